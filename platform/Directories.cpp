@@ -1,0 +1,12 @@
+#include "platform/Directories.h"
+
+#include <QStandardPaths>
+
+namespace vorn {
+
+QString cachesDirectory()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+}
+
+} // namespace vorn

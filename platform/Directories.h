@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QString>
+
+namespace vorn {
+
+// The current user's caches directory ($XDG_CACHE_HOME, else ~/.cache), without a slash behind it.
+QString cachesDirectory();
+
+} // namespace vorn

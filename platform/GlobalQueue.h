@@ -1,0 +1,66 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace vorn {
+
+// The process's background threads. A job runs at once, on an idle thread or a new one, so that
+// jobs that wait never keep others from running. All methods may be called from any thread.
+class GlobalQueue
+{
+public:
+    using Job = std::function<void()>;
+    using Clock = std::chrono::steady_clock;
+    // Names a scheduled job: its due time and a running number.
+    using Ticket = std::pair<Clock::time_point, std::uint64_t>;
+
+    static GlobalQueue &instance();
+
+    // Runs the job in the background. False after shutdown(), when the job is dropped.
+    bool post(Job job);
+
+    // Posts the job at the given time, or after the given delay.
+    Ticket postAt(Clock::time_point when, Job job);
+    Ticket postAfter(Clock::duration delay, Job job)
+    {
+        return postAt(Clock::now() + delay, std::move(job));
+    }
+    // Takes a scheduled job back; does nothing when it was posted already.
+    void cancel(const Ticket &ticket);
+
+    // Drops what is scheduled and waits for the jobs that run; called once nothing that a job might
+    // wait for (the main queue, a port) can hold it any more. Runs by itself at the process's end.
+    void shutdown();
+
+    GlobalQueue(const GlobalQueue &) = delete;
+    GlobalQueue &operator=(const GlobalQueue &) = delete;
+
+private:
+    GlobalQueue();
+    ~GlobalQueue();
+    void work();
+    void runScheduler();
+
+    std::mutex m_mutex;
+    std::condition_variable m_jobPosted;
+    std::deque<Job> m_jobs;
+    std::vector<std::thread> m_threads;
+    std::size_t m_idle = 0;
+    bool m_stopping = false;
+
+    std::condition_variable m_scheduleChanged;
+    std::map<Ticket, Job> m_scheduled;
+    std::uint64_t m_lastNumber = 0;
+    std::thread m_scheduler;
+};
+
+} // namespace vorn

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace vorn {
+
+// One serial device as the registry knows it. Immutable: a device that comes back is a new record.
+struct SerialDevice
+{
+    QString calloutDevice; // the device node; what is opened to talk to the device
+    QString dialinDevice;  // a path that stays the same when nodes are renumbered, else the node
+    QString ttyDevice;     // the display name: base name and suffix together
+    QString ttyBaseName;   // "usbserial-", "usbmodem-", or the first part of the kernel's name
+    QString ttySuffix;     // serial number or place of the adapter, or the kernel's number
+    QString clientType = QStringLiteral("IOSerialStream"); // the kind of serial client
+};
+
+// A reference to a device; null means no device. It stays valid after the device is gone.
+using SerialDeviceHandle = std::shared_ptr<const SerialDevice>;
+
+// The serial devices that the system has, and word of those that come and go. Main thread only, but
+// for devices().
+class SerialDeviceRegistry
+{
+public:
+    using Devices = QList<SerialDeviceHandle>;
+    using Handler = std::function<void(const Devices &)>;
+
+    SerialDeviceRegistry() = default;
+    virtual ~SerialDeviceRegistry() = default;
+    SerialDeviceRegistry(const SerialDeviceRegistry &) = delete;
+    SerialDeviceRegistry &operator=(const SerialDeviceRegistry &) = delete;
+
+    // The devices that are present now, never opening one. Any thread.
+    virtual Devices devices() const = 0;
+
+    // From now on calls the handler, on the main thread's event loop, with each batch of devices
+    // that appeared (that were removed). A batch may name a device that devices() told already.
+    // False when such events cannot be had on this system.
+    virtual bool watchPublished(Handler handler) = 0;
+    virtual bool watchTerminated(Handler handler) = 0;
+
+    // The registry that the process uses: udev's, unless another was installed before first use.
+    static SerialDeviceRegistry &system();
+    static void setSystem(std::unique_ptr<SerialDeviceRegistry> registry);
+};
+
+} // namespace vorn

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/FileDescriptor.h"
+
+namespace vorn {
+
+// An event that poll(2) can wait for beside other descriptors (eventfd, non-blocking). Any thread
+// may call any method.
+class WakeEvent
+{
+public:
+    WakeEvent();
+
+    bool isValid() const { return m_fd.isValid(); }
+    // The descriptor is readable from set() until clear().
+    int descriptor() const { return m_fd.get(); }
+    void set() const;
+    void clear() const;
+
+private:
+    FileDescriptor m_fd;
+};
+
+} // namespace vorn
