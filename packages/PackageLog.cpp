@@ -1,0 +1,3 @@
+#include "packages/PackageLog.h"
+
+Q_LOGGING_CATEGORY(packagesLog, "vorn.packages")

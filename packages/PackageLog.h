@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QLoggingCategory>
+
+// The log of firmware packages, "vorn.packages".
+Q_DECLARE_LOGGING_CATEGORY(packagesLog)
