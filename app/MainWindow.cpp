@@ -1,0 +1,140 @@
+#include "app/MainWindow.h"
+
+#include <QEvent>
+#include <QIcon>
+
+#include <algorithm>
+#include <array>
+
+#include "ui_MainWindow.h"
+
+// A static library's resources are left out of a program unless something names them, and that only
+// works outside of every namespace.
+static void loadResources()
+{
+    Q_INIT_RESOURCE(icons);
+}
+
+namespace {
+
+QIcon programIcon()
+{
+    QIcon icon;
+    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+        icon.addFile(QStringLiteral(":/icons/%1.png").arg(size), QSize(size, size));
+    }
+    return icon;
+}
+
+} // namespace
+
+namespace vorn {
+
+MainWindow::MainWindow(QWidget *parent)
+    : QMainWindow(parent), m_ui(std::make_unique<Ui::MainWindow>())
+{
+    loadResources();
+    m_ui->setupUi(this);
+    setCentralWidget(m_ui->view);
+    setWindowIcon(programIcon());
+
+    m_ui->downloadProgress->keepPlaceWhenHidden();
+    m_ui->downloadProgress->hide();
+    emphasiseUpdateButton();
+    alignButtons();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::showUpdateProgress(int percent)
+{
+    m_ui->updateProgress->showPercent(percent);
+}
+
+void MainWindow::showUpdateBusy()
+{
+    m_ui->updateProgress->showBusy();
+}
+
+void MainWindow::resetUpdateProgress()
+{
+    m_ui->updateProgress->clear();
+}
+
+void MainWindow::showDownloadProgress(int percent)
+{
+    m_ui->downloadProgress->showPercent(percent);
+    m_ui->downloadProgress->show();
+}
+
+void MainWindow::showDownloadBusy()
+{
+    m_ui->downloadProgress->showBusy();
+    m_ui->downloadProgress->show();
+}
+
+void MainWindow::hideDownloadProgress()
+{
+    m_ui->downloadProgress->clear();
+    m_ui->downloadProgress->hide();
+}
+
+void MainWindow::setDownloadAvailable(bool available, const QString &tooltip)
+{
+    m_ui->downloadButton_2002->setEnabled(available);
+    m_ui->downloadButton_2002->setToolTip(tooltip);
+}
+
+void MainWindow::setStatusTone(Line line, Tone tone)
+{
+    switch (line) {
+    case Line::Connection:
+        m_ui->connectText_1001->setTone(tone);
+        break;
+    case Line::Firmware:
+        m_ui->perText_1012->setTone(tone);
+        break;
+    case Line::Update:
+        m_ui->updateText_1015->setTone(tone);
+        break;
+    }
+}
+
+void MainWindow::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        emphasiseUpdateButton();
+    } else if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+        alignButtons();
+    }
+}
+
+// The one action that everything else leads to wears the desktop's accent colour. It is no default
+// button: the Enter key in a list must never start an update.
+void MainWindow::emphasiseUpdateButton()
+{
+    QPalette colours;
+    for (const auto group : {QPalette::Active, QPalette::Inactive}) {
+        colours.setColor(group, QPalette::Button, palette().color(group, QPalette::Highlight));
+        colours.setColor(group, QPalette::ButtonText,
+                         palette().color(group, QPalette::HighlightedText));
+    }
+    m_ui->updateButton_2001->setPalette(colours);
+}
+
+// One column of buttons through the three steps, as wide as the widest text.
+void MainWindow::alignButtons()
+{
+    const std::array<QPushButton *, 3> buttons{m_ui->openButton_1011, m_ui->downloadButton_2002,
+                                               m_ui->updateButton_2001};
+    int width = 0;
+    for (const auto *button : buttons) {
+        width = std::max(width, button->sizeHint().width());
+    }
+    for (auto *button : buttons) {
+        button->setMinimumWidth(width);
+    }
+}
+
+} // namespace vorn
