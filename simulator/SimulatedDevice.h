@@ -1,30 +1,19 @@
 #pragma once
 
+#include "simulator/DeviceEvent.h"
 #include "simulator/DeviceOptions.h"
 #include "simulator/DeviceReport.h"
 
 #include <QString>
 
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <vector>
 
 namespace vorn {
 
-struct DeviceEvent
-{
-    enum class Kind {
-        Exchange,     // a sync byte; number: exchanges so far
-        Frame,        // a data frame or the last frame; number: its number in the download, from 1
-        Update,       // an update was completed; number: updates so far
-        Unplugged,    // number: 0
-        Plugged,      // number: 0
-        ProtocolError // an offence of the other side; number: offences so far
-    };
-    Kind kind;
-    int number;
-};
+class DeviceJournal;
+class DeviceThread;
 
 // A device's boot loader behind a pseudo-terminal, with a thread of its own that needs no event
 // loop: a busy or blocked program around it never slows it. Destruction unplugs and stops it.
@@ -33,8 +22,6 @@ struct DeviceEvent
 class SimulatedDevice
 {
 public:
-    using Observer = std::function<void(const DeviceEvent &)>;
-
     explicit SimulatedDevice(DeviceOptions options = {});
     ~SimulatedDevice();
     SimulatedDevice(const SimulatedDevice &) = delete;
@@ -43,7 +30,7 @@ public:
     // Calls the observer on the device's thread for each event: a frame's before its answer, an
     // update's after it. The observer must be quick and may call report() and unplug(), no wait.
     // Before start() only.
-    void setObserver(Observer observer);
+    void setObserver(DeviceObserver observer);
 
     // Plugs the device in; once. False, with the reason in *problem, when the options make no
     // sense or there is no terminal or no link to be had.
@@ -56,7 +43,7 @@ public:
     // Takes the place of the options' faults; counting begins anew.
     void setFaults(std::vector<Fault> faults);
 
-    // Each waits until the condition has been true, and says whether it was within the time.
+    // Each waits for its condition, and says whether it held within the time.
     // Data frames count from 1, the last frame is the last of them; the count begins anew with
     // each download. waitForFrame() is true from the arrival of frame k on, before its answer.
     bool waitForExchanges(int count, std::chrono::milliseconds limit) const;
@@ -73,8 +60,9 @@ public:
     [[nodiscard]] bool replug(QString *problem = nullptr);
 
 private:
-    class Worker;
-    std::unique_ptr<Worker> m_worker;
+    std::unique_ptr<DeviceJournal> m_journal;
+    std::unique_ptr<DeviceThread> m_thread;
+    QString m_problem; // with the options
 };
 
 } // namespace vorn

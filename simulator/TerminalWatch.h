@@ -1,0 +1,32 @@
+#pragma once
+
+#include "simulator/UniqueFd.h"
+
+#include <QString>
+
+namespace vorn {
+
+// Sees other programs open and close a terminal. Where the system cannot tell (no inotify), it
+// sees nothing and the descriptor is -1.
+class TerminalWatch
+{
+public:
+    TerminalWatch() = default;
+    explicit TerminalWatch(const QString &path);
+
+    int descriptor() const { return m_fd.get(); } // readable when there is something to take
+
+    struct Changes
+    {
+        int opens = 0;
+        bool taken = false; // the first user came
+        bool freed = false; // the last user left
+    };
+    Changes takeChanges();
+
+private:
+    UniqueFd m_fd;
+    int m_users = 0;
+};
+
+} // namespace vorn
