@@ -1,0 +1,49 @@
+#include "platform/DeviceEvents.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+
+namespace vorn {
+
+DeviceEvents::DeviceEvents() = default;
+
+DeviceEvents::~DeviceEvents() = default;
+
+bool DeviceEvents::listen(int descriptor, std::function<void()> onReady)
+{
+    if (m_notifier)
+        return true;
+    QCoreApplication *const application = QCoreApplication::instance();
+    if (descriptor < 0 || !application)
+        return false;
+    m_notifier = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
+                     [onReady = std::move(onReady)] { onReady(); });
+    // A notifier must not outlive the application's event dispatcher.
+    QObject::connect(application, &QObject::destroyed, m_notifier.get(), [this] { stop(); });
+    return true;
+}
+
+void DeviceEvents::stop()
+{
+    m_notifier.reset();
+}
+
+void DeviceEvents::tell(const Devices &before, const Devices &now) const
+{
+    const auto without = [](Devices devices, const Devices &others) {
+        devices.removeIf([&](const SerialDeviceHandle &device) { return others.contains(device); });
+        return devices;
+    };
+    // Copies, since a handler may install another one.
+    const Handler terminated = m_terminated;
+    const Handler published = m_published;
+    const Devices gone = without(before, now);
+    const Devices added = without(now, before);
+    if (terminated && !gone.isEmpty())
+        terminated(gone);
+    if (published && !added.isEmpty())
+        published(added);
+}
+
+} // namespace vorn

@@ -1,0 +1,152 @@
+#include "platform/DirectoryDeviceRegistry.h"
+
+#include "platform/Log.h"
+#include "platform/SerialDeviceName.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <dirent.h>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+namespace vorn {
+
+namespace {
+
+struct CloseDir
+{
+    void operator()(DIR *directory) const { ::closedir(directory); }
+};
+
+} // namespace
+
+DirectoryDeviceRegistry::DirectoryDeviceRegistry(const QString &directory)
+    : m_directory(QDir(directory).absolutePath()),
+      m_inotify(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
+{
+    const QByteArray path = QFile::encodeName(m_directory);
+    if (::inotify_add_watch(m_inotify.get(), path.constData(),
+                            IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF |
+                                IN_MOVE_SELF | IN_ONLYDIR) < 0) {
+        qCWarning(logPlatform, "The device directory %s cannot be watched: %s", path.constData(),
+                  std::strerror(errno));
+        m_inotify.reset();
+    }
+    // Only now, so that no entry slips through between the listing and the watching.
+    m_entries = scan({});
+}
+
+DirectoryDeviceRegistry::~DirectoryDeviceRegistry() = default;
+
+DirectoryDeviceRegistry::Entries DirectoryDeviceRegistry::scan(const Entries &known) const
+{
+    Entries entries;
+    const QByteArray path = QFile::encodeName(m_directory);
+    const std::unique_ptr<DIR, CloseDir> directory(::opendir(path.constData()));
+    if (!directory)
+        return entries;
+    while (const dirent *const item = ::readdir(directory.get())) { // NOLINT(concurrency-mt-unsafe)
+        const QByteArray fileName(item->d_name);
+        struct stat status = {};
+        if (fileName.startsWith('.') ||
+            ::fstatat(::dirfd(directory.get()), fileName.constData(), &status, 0) != 0 ||
+            !S_ISCHR(status.st_mode))
+            continue;
+        const QString name = QFile::decodeName(fileName);
+        if (QFile::encodeName(name) != fileName) {
+            qCWarning(logPlatform) << "A device's file name is not valid UTF-8:" << fileName;
+            continue;
+        }
+        const auto same = std::find_if(known.begin(), known.end(), [&](const Entry &entry) {
+            return entry.fileName == fileName && entry.terminal == status.st_rdev;
+        });
+        if (same != known.end()) {
+            entries.push_back(*same);
+            continue;
+        }
+        const QString node = m_directory + u'/' + name;
+        const SerialDeviceName split = splitSerialDeviceName(printableName(name));
+        entries.push_back(
+            {fileName, status.st_rdev,
+             std::make_shared<SerialDevice>(SerialDevice{.calloutDevice = node,
+                                                         .dialinDevice = node,
+                                                         .ttyDevice = split.full(),
+                                                         .ttyBaseName = split.baseName,
+                                                         .ttySuffix = split.suffix})});
+    }
+    std::sort(entries.begin(), entries.end(),
+              [](const Entry &a, const Entry &b) { return a.fileName < b.fileName; });
+    return entries;
+}
+
+SerialDeviceRegistry::Devices DirectoryDeviceRegistry::devicesOf(const Entries &entries)
+{
+    Devices devices;
+    for (const Entry &entry : entries)
+        devices.push_back(entry.device);
+    return devices;
+}
+
+SerialDeviceRegistry::Devices DirectoryDeviceRegistry::devices() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_gone ? Devices() : devicesOf(scan(m_entries));
+}
+
+bool DirectoryDeviceRegistry::watchPublished(Handler handler)
+{
+    m_events.setPublished(std::move(handler));
+    return listen();
+}
+
+bool DirectoryDeviceRegistry::watchTerminated(Handler handler)
+{
+    m_events.setTerminated(std::move(handler));
+    return listen();
+}
+
+bool DirectoryDeviceRegistry::listen()
+{
+    return m_events.listen(m_inotify.get(), [this] { receive(); });
+}
+
+void DirectoryDeviceRegistry::receive()
+{
+    Entries known = m_entries;
+    bool gone = m_gone;
+    alignas(inotify_event) std::array<char, 16384> buffer{};
+    // Bounded, so that a storm of events leaves the window its turn; the rest wakes us again.
+    for (int left = 64; left > 0; --left) {
+        const ssize_t count = ::read(m_inotify.get(), buffer.data(), buffer.size());
+        if (count <= 0)
+            break;
+        for (ssize_t at = 0; at < count;) {
+            inotify_event event = {};
+            std::memcpy(&event, buffer.data() + at, sizeof event);
+            const char *const name = buffer.data() + at + sizeof event;
+            at += static_cast<ssize_t>(sizeof event + event.len);
+            gone = gone || (event.mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED)) != 0;
+            // An entry that left and came back is another device, also for the same terminal.
+            if ((event.mask & (IN_DELETE | IN_MOVED_FROM)) != 0)
+                std::erase_if(known, [&](const Entry &entry) { return entry.fileName == name; });
+        }
+    }
+    // Read anew, which covers also events that got lost.
+    Entries entries = gone ? Entries() : scan(known);
+    const Devices before = devicesOf(m_entries);
+    {
+        const std::lock_guard lock(m_mutex);
+        m_entries = std::move(entries);
+        m_gone = gone;
+    }
+    m_events.tell(before, devicesOf(m_entries));
+}
+
+} // namespace vorn

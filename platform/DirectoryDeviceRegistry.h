@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/DeviceEvents.h"
+#include "platform/FileDescriptor.h"
+#include "platform/SerialDeviceRegistry.h"
+
+#include <sys/types.h>
+
+#include <mutex>
+#include <vector>
+
+namespace vorn {
+
+// Serial devices that are the entries of a directory: links to terminals, or terminal nodes. A
+// device's name is its entry's file name, its path is the entry's. Adding or removing an entry is
+// plugging in or out, and so is replacing it by one for another terminal. Hidden entries and those
+// that lead to no character device are no devices. When the directory itself goes away or is moved,
+// all of its devices are gone for good.
+class DirectoryDeviceRegistry final : public SerialDeviceRegistry
+{
+public:
+    explicit DirectoryDeviceRegistry(const QString &directory);
+    ~DirectoryDeviceRegistry() override;
+
+    Devices devices() const override;
+    bool watchPublished(Handler handler) override;
+    bool watchTerminated(Handler handler) override;
+
+private:
+    struct Entry
+    {
+        QByteArray fileName;
+        dev_t terminal = 0; // the terminal that the entry leads to
+        SerialDeviceHandle device;
+    };
+    using Entries = std::vector<Entry>;
+
+    static Devices devicesOf(const Entries &entries);
+    Entries scan(const Entries &known) const;
+    bool listen();
+    void receive();
+
+    const QString m_directory;
+    FileDescriptor m_inotify;
+    mutable std::mutex m_mutex; // guards m_entries and m_gone
+    Entries m_entries;
+    bool m_gone = false;
+    DeviceEvents m_events;
+};
+
+} // namespace vorn

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QLoggingCategory>
+
+namespace vorn {
+
+// Diagnostic lines of platform/ ("vorn.platform").
+Q_DECLARE_LOGGING_CATEGORY(logPlatform)
+
+} // namespace vorn

@@ -1,0 +1,155 @@
+#include "platform/UdevDeviceRegistry.h"
+
+#include "platform/Log.h"
+
+#include <libudev.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <optional>
+
+namespace vorn {
+
+namespace {
+
+// Whether udev has yet to run its rules for an adapter that was just plugged in, after which the
+// monitor tells of it.
+bool isStillToCome(udev_device *device, const UdevTty &tty)
+{
+    return tty.family != UdevTty::Family::Other && !udev_device_get_is_initialized(device) &&
+           !udev_device_get_property_value(device, "ID_BUS") &&
+           ::access("/run/udev/control", F_OK) == 0;
+}
+
+// The serial ports that are present, in udev's order. With a context of its own, so that it may
+// run on any thread.
+std::vector<UdevTty> scanTtys()
+{
+    std::vector<UdevTty> ttys;
+    const UdevPointer<udev> context(udev_new());
+    const UdevPointer<udev_enumerate> list(context ? udev_enumerate_new(context.get()) : nullptr);
+    if (!list || udev_enumerate_add_match_subsystem(list.get(), "tty") < 0 ||
+        udev_enumerate_scan_devices(list.get()) < 0) {
+        qCWarning(logPlatform, "udev cannot list the serial devices");
+        return ttys;
+    }
+    udev_list_entry *entry = nullptr;
+    udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(list.get()))
+    {
+        const UdevPointer<udev_device> device(
+            udev_device_new_from_syspath(context.get(), udev_list_entry_get_name(entry)));
+        if (!device)
+            continue; // gone since the listing
+        const auto tty = readUdevTty(device.get());
+        if (tty && !isStillToCome(device.get(), *tty))
+            ttys.push_back(*tty);
+    }
+    return ttys;
+}
+
+SerialDeviceRegistry::Devices devicesOf(const std::vector<UdevPort> &ports)
+{
+    SerialDeviceRegistry::Devices devices;
+    for (const UdevPort &port : ports)
+        devices.push_back(port.device);
+    return devices;
+}
+
+std::vector<UdevTty> ttysOf(const std::vector<UdevPort> &ports)
+{
+    std::vector<UdevTty> ttys;
+    for (const UdevPort &port : ports)
+        ttys.push_back(port.tty);
+    return ttys;
+}
+
+} // namespace
+
+UdevDeviceRegistry::UdevDeviceRegistry() : m_udev(udev_new())
+{
+    if (m_udev)
+        m_monitor.reset(udev_monitor_new_from_netlink(m_udev.get(), "udev"));
+    if (m_monitor &&
+        (udev_monitor_filter_add_match_subsystem_devtype(m_monitor.get(), "tty", nullptr) < 0 ||
+         udev_monitor_enable_receiving(m_monitor.get()) < 0))
+        m_monitor.reset();
+    if (!m_monitor)
+        qCWarning(logPlatform,
+                  "udev cannot be watched: serial devices that come or go stay unseen");
+    // Only now, so that no device slips through between the listing and the watching.
+    m_ports = nameUdevPorts({}, scanTtys());
+}
+
+UdevDeviceRegistry::~UdevDeviceRegistry() = default;
+
+SerialDeviceRegistry::Devices UdevDeviceRegistry::devices() const
+{
+    const std::vector<UdevTty> present = scanTtys();
+    const std::lock_guard lock(m_mutex);
+    return devicesOf(nameUdevPorts(m_ports, present));
+}
+
+bool UdevDeviceRegistry::watchPublished(Handler handler)
+{
+    m_events.setPublished(std::move(handler));
+    return listen();
+}
+
+bool UdevDeviceRegistry::watchTerminated(Handler handler)
+{
+    m_events.setTerminated(std::move(handler));
+    return listen();
+}
+
+bool UdevDeviceRegistry::listen()
+{
+    return m_monitor &&
+           m_events.listen(udev_monitor_get_fd(m_monitor.get()), [this] { receive(); });
+}
+
+void UdevDeviceRegistry::receive()
+{
+    std::vector<UdevPort> known = m_ports;
+    std::vector<UdevTty> added;
+    bool lostEvents = false;
+    // Bounded, so that a storm of events leaves the window its turn; the rest wakes us again.
+    for (int left = 1000; left > 0; --left) {
+        errno = 0;
+        const UdevPointer<udev_device> device(udev_monitor_receive_device(m_monitor.get()));
+        if (!device) {
+            lostEvents = lostEvents || errno == ENOBUFS;
+            if (errno == EAGAIN || errno == 0)
+                break;
+            continue;
+        }
+        const QByteArrayView action = udev_device_get_action(device.get());
+        const QString kernelName = QString::fromUtf8(udev_device_get_sysname(device.get()));
+        const auto tty = action == "add" || action == "change" ? readUdevTty(device.get())
+                                                               : std::optional<UdevTty>();
+        const auto isSamePort = [&](const UdevPort &port) { return port.tty.isSamePort(*tty); };
+        const bool isNew = tty && std::none_of(known.begin(), known.end(), isSamePort);
+        // A name of the kernel's that is given anew is free: its removal got lost.
+        if (action == "remove" || isNew) {
+            std::erase_if(known,
+                          [&](const UdevPort &port) { return port.tty.kernelName == kernelName; });
+            std::erase_if(added,
+                          [&](const UdevTty &other) { return other.kernelName == kernelName; });
+        }
+        if (isNew)
+            added.push_back(*tty);
+    }
+
+    std::vector<UdevTty> present = lostEvents ? scanTtys() : ttysOf(known);
+    if (!lostEvents)
+        present.insert(present.end(), added.begin(), added.end());
+    const Devices before = devicesOf(m_ports);
+    std::vector<UdevPort> ports = nameUdevPorts(known, present);
+    {
+        const std::lock_guard lock(m_mutex);
+        m_ports = std::move(ports);
+    }
+    m_events.tell(before, devicesOf(m_ports));
+}
+
+} // namespace vorn

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/DeviceEvents.h"
+#include "platform/SerialDeviceRegistry.h"
+#include "platform/UdevPorts.h"
+
+#include <mutex>
+#include <vector>
+
+namespace vorn {
+
+// The serial ports that udev knows to have hardware behind them, each under a name that stays the
+// same when its node is renumbered (see nameUdevPorts). Hot-plug is taken from udev after its rules
+// have run, so that links and properties are complete.
+class UdevDeviceRegistry final : public SerialDeviceRegistry
+{
+public:
+    UdevDeviceRegistry();
+    ~UdevDeviceRegistry() override;
+
+    Devices devices() const override;
+    bool watchPublished(Handler handler) override;
+    bool watchTerminated(Handler handler) override;
+
+private:
+    bool listen();
+    void receive();
+
+    UdevPointer<udev> m_udev;
+    UdevPointer<udev_monitor> m_monitor;
+    mutable std::mutex m_mutex; // guards m_ports
+    std::vector<UdevPort> m_ports;
+    DeviceEvents m_events;
+};
+
+} // namespace vorn

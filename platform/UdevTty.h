@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+
+struct udev;
+struct udev_device;
+struct udev_enumerate;
+struct udev_monitor;
+
+namespace vorn {
+
+// Drops the reference that a libudev call returned.
+struct UdevUnref
+{
+    void operator()(udev *object) const;
+    void operator()(udev_device *object) const;
+    void operator()(udev_enumerate *object) const;
+    void operator()(udev_monitor *object) const;
+};
+template <typename Object>
+using UdevPointer = std::unique_ptr<Object, UdevUnref>;
+
+// What udev says about one serial port with hardware behind it.
+struct UdevTty
+{
+    enum class Family { UsbSerial, CdcAcm, Other };
+
+    QString kernelName;      // "ttyUSB0"; one port at a time has it
+    QString sysPath;         // the port's place in /sys
+    QString node;            // "/dev/ttyUSB0"
+    QStringList stableLinks; // links below /dev/serial: by-id before by-path
+    Family family = Family::Other;
+    QString adapter;      // the same for all ports of one USB adapter; else empty
+    QString place;        // where on the USB the adapter is, such as "1-2.3"; else empty
+    QString serialNumber; // the adapter's, fit for a name; empty when it has none
+    int number = 0;       // tells the adapter's ports apart
+    bool oneOfSeveral = false;
+
+    // The same port of the same adapter, and not one that took its place.
+    bool isSamePort(const UdevTty &other) const
+    {
+        return kernelName == other.kernelName && sysPath == other.sysPath &&
+               serialNumber == other.serialNumber;
+    }
+};
+
+// Reads a tty device; nothing for one that is no serial port with hardware behind it: consoles,
+// pseudo-terminals, and ports of the legacy driver that it never found (sysfs `type` 0).
+std::optional<UdevTty> readUdevTty(udev_device *device);
+
+} // namespace vorn
