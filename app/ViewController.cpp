@@ -1,0 +1,394 @@
+#include "app/ViewController.h"
+
+#include "platform/Directories.h"
+#include "platform/GlobalQueue.h"
+#include "platform/NotificationCenter.h"
+#include "update/FirmwareImage.h"
+#include "update/UpdateTexts.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QLoggingCategory>
+
+using namespace std::chrono_literals;
+using vorn::MainWindow;
+using vorn::Tone;
+
+namespace {
+
+Q_LOGGING_CATEGORY(logController, "vorn.app")
+
+enum Tag {
+    kConnectText = 1001,
+    kFileList = 1002,
+    kDeviceList = 1010,
+    kOpenButton = 1011,
+    kPerText = 1012,
+    kUpdateText = 1015,
+    kUpdateButton = 2001,
+    kDownloadButton = 2002,
+};
+
+const QString kOpen = QStringLiteral("Open");
+const QString kClose = QStringLiteral("Close");
+const QString kNoDevice = QStringLiteral("No device selected");
+const QString kNoFirmware = QStringLiteral("No firmware selected");
+const QString kDeviceNamePrefix = QStringLiteral("usbserial-");
+
+// The speed of the device's boot loader.
+constexpr quint32 kBaudRate = 2000000;
+// What a device needs, with some room, to tell its model after the port was opened.
+constexpr auto kRefillDelay = 500ms;
+// A port that has not closed by then is reported so; closing itself goes on.
+constexpr auto kCloseLimit = 2s;
+
+QString devicePrefix(const ORSSerialPort &port) { return port.name().left(kDeviceNamePrefix.size()); }
+
+QStringList namesOf(const ORSSerialPortList &ports)
+{
+    QStringList names;
+    for (const ORSSerialPortPtr &port : ports)
+        names.append(port->name());
+    return names;
+}
+
+} // namespace
+
+ViewController::ViewController(MainWindow &window, const vorn::UpdateTimings &timings)
+    : m_window(window),
+      m_library(std::make_shared<vorn::FirmwareLibrary>(
+          [this](qint32, const QStringList &titles) { refillFirmwareList(titles); })),
+      m_updater(this, timings)
+{
+    m_closeLimit.setSingleShot(true);
+    m_closeLimit.setInterval(kCloseLimit);
+    connect(&m_closeLimit, &QTimer::timeout, this, &ViewController::closingEnded);
+}
+
+ViewController::~ViewController() { setSerialPort(nullptr); }
+
+void ViewController::viewDidLoad()
+{
+    wireControls();
+    m_serialPortManager = &ORSSerialPortManager::sharedSerialPortManager();
+
+    auto &center = vorn::NotificationCenter::defaultCenter();
+    center.addObserver(this, ORSSerialPortWasConnectedNotification,
+                       [this](const QVariantMap &userInfo) { serialPortsWereConnected(userInfo); });
+    center.addObserver(
+        this, ORSSerialPortWasDisconnectedNotification,
+        [this](const QVariantMap &userInfo) { serialPortsWereDisconnected(userInfo); });
+
+    m_curDirName = vorn::firmwareFolderName;
+    m_library->readFirmWare(targetVersion());
+    getDeviceConnected();
+}
+
+QWidget *ViewController::getSub(const QWidget *view, int andLevel, int tag)
+{
+    for (QObject *child : view->children()) {
+        auto *widget = qobject_cast<QWidget *>(child);
+        if (!widget)
+            continue;
+        if (widget->property("tag").toInt() == tag)
+            return widget;
+        if (QWidget *found = getSub(widget, andLevel + 1, tag))
+            return found;
+    }
+    return nullptr;
+}
+
+void ViewController::wireControls()
+{
+    const auto find = [this](int tag) { return getSub(m_window.centralWidget(), 1, tag); };
+    const auto wireButton = [&](QPushButton *button, void (ViewController::*action)()) {
+        if (button)
+            connect(button, &QPushButton::clicked, this, action);
+    };
+    const auto wireList = [&](QComboBox *list, void (ViewController::*action)()) {
+        if (list)
+            connect(list, &QComboBox::activated, this, action);
+    };
+
+    wireButton(qobject_cast<QPushButton *>(find(kUpdateButton)), &ViewController::send);
+    wireButton(qobject_cast<QPushButton *>(find(kDownloadButton)), &ViewController::getFirmWare);
+
+    m_controls.connectText = qobject_cast<QLabel *>(find(kConnectText));
+    showConnection(vorn::texts::kNoDeviceSelected);
+    m_controls.filePopUpBtn = qobject_cast<QComboBox *>(find(kFileList));
+    wireList(m_controls.filePopUpBtn, &ViewController::fileHandlePopBtn);
+    m_controls.devPopUpBtn = qobject_cast<QComboBox *>(find(kDeviceList));
+    wireList(m_controls.devPopUpBtn, &ViewController::devHandlePopBtn);
+    m_controls.openBtn = qobject_cast<QPushButton *>(find(kOpenButton));
+    wireButton(m_controls.openBtn, &ViewController::openHandleBtn);
+    m_controls.perText = qobject_cast<QLabel *>(find(kPerText));
+    m_controls.updateText = qobject_cast<QLabel *>(find(kUpdateText));
+}
+
+void ViewController::setSerialPort(const ORSSerialPortPtr &port)
+{
+    if (port == m_serialPort)
+        return;
+    if (m_serialPort) {
+        disconnect(m_portOpenConnection);
+        m_serialPort->close();
+        m_serialPort->setDelegate(nullptr);
+        m_closeLimit.stop();
+        m_updater.portWasClosed();
+    }
+    m_serialPort = port;
+    if (m_serialPort) {
+        m_serialPort->setDelegate(this);
+        m_portOpenConnection = connect(m_serialPort.get(), &ORSSerialPort::fileDescriptorChanged,
+                                       this, &ViewController::portOpenChanged);
+    }
+}
+
+void ViewController::getDeviceConnected()
+{
+    setSerialPort(nullptr);
+    QComboBox *list = m_controls.devPopUpBtn;
+    if (list) {
+        list->clear();
+        list->addItem(kNoDevice);
+    }
+    const ORSSerialPortList ports = m_serialPortManager->availablePorts();
+    for (const ORSSerialPortPtr &port : ports) {
+        if (devicePrefix(*port) != kDeviceNamePrefix)
+            continue;
+        // The placeholder, which is the current item, takes the name too: the list shows it twice.
+        if (list) {
+            list->addItem(port->name());
+            list->setItemText(list->currentIndex(), port->name());
+        }
+        setSerialPort(port);
+        showConnection(QStringLiteral("Prompt:%1 Selected,not opened").arg(port->name()));
+        break;
+    }
+    if (!m_serialPort) {
+        showConnection(vorn::texts::kNoDeviceSelected);
+        setTitle(m_controls.openBtn, kOpen);
+    }
+}
+
+void ViewController::devHandlePopBtn()
+{
+    const QString title = currentTitle(m_controls.devPopUpBtn);
+    qCInfo(logController).noquote() << "Device list:" << m_controls.devPopUpBtn->currentIndex()
+                                    << title;
+    // The whole title against a name's first ten characters: only a title of ten can match.
+    const ORSSerialPortList ports = m_serialPortManager->availablePorts();
+    for (const ORSSerialPortPtr &port : ports) {
+        if (devicePrefix(*port) == title)
+            setSerialPort(port);
+    }
+}
+
+void ViewController::openHandleBtn()
+{
+    if (!m_serialPort)
+        return;
+    const QString title = m_controls.openBtn->text();
+    if (!m_serialPort->isOpen() && title == kOpen)
+        openSerialPort();
+    else if (m_serialPort->isOpen() && title == kClose)
+        closeSerialPort();
+}
+
+void ViewController::openSerialPort()
+{
+    const QString name = m_serialPort->name();
+    m_serialPort->setBaudRate(kBaudRate);
+    m_serialPort->open();
+    if (!m_serialPort->isOpen()) {
+        setTitle(m_controls.openBtn, kOpen);
+        showConnection(
+            QStringLiteral("Prompt:%1 Selected,failed to open,please try again").arg(name),
+            Tone::Bad);
+        return;
+    }
+    setTitle(m_controls.openBtn, kClose);
+    showConnection(QStringLiteral("Prompt:%1 Selected,opened successfully").arg(name), Tone::Good);
+    m_openedAt = std::chrono::steady_clock::now();
+    m_updater.getTargetVersion(m_serialPort);
+    QTimer::singleShot(kRefillDelay, Qt::PreciseTimer, this,
+                       &ViewController::readFirmWareInBackground);
+}
+
+void ViewController::closeSerialPort()
+{
+    m_serialPort->close();
+    if (!m_closeLimit.isActive())
+        m_closeLimit.start();
+}
+
+void ViewController::portOpenChanged()
+{
+    if (m_serialPort->isOpen())
+        return;
+    m_updater.portWasClosed();
+    if (m_closeLimit.isActive())
+        closingEnded();
+}
+
+// The port has closed, or has not in time.
+void ViewController::closingEnded()
+{
+    m_closeLimit.stop();
+    const QString name = m_serialPort->name();
+    if (m_serialPort->isOpen()) {
+        setTitle(m_controls.openBtn, kClose);
+        showConnection(QStringLiteral("Prompt:%1 Selected,closeing failed").arg(name), Tone::Bad);
+    } else {
+        setTitle(m_controls.openBtn, kOpen);
+        showConnection(QStringLiteral("Prompt:%1 Selected,close successfully").arg(name));
+    }
+}
+
+void ViewController::fileHandlePopBtn()
+{
+    const QString title = currentTitle(m_controls.filePopUpBtn);
+    qCInfo(logController).noquote() << "Firmware list:" << m_controls.filePopUpBtn->currentIndex()
+                                    << title;
+    m_fileName = title;
+    setText(m_controls.perText, title == kNoFirmware ? vorn::texts::kNoFirmwareSelected
+                                                     : QStringLiteral("Prompt:Firmware selected"));
+    m_window.setStatusTone(MainWindow::Line::Firmware, Tone::Neutral);
+}
+
+void ViewController::send()
+{
+    if (m_updater.isUpdating())
+        return;
+    if (!m_serialPort)
+        return refuseUpdate(vorn::texts::kNoDeviceSelected);
+    if (!m_serialPort->isOpen())
+        return refuseUpdate(vorn::texts::kDeviceNotOpened);
+    // A list that was never filled offers nothing to choose either.
+    const QString firmware = currentTitle(m_controls.filePopUpBtn);
+    if (firmware.isNull() || firmware == kNoFirmware)
+        return refuseUpdate(vorn::texts::kNoFirmwareSelected);
+
+    QString imagePath;
+    if (!m_fileName.isNull()) {
+        imagePath =
+            QDir(vorn::cachesDirectory()).filePath(m_curDirName + QLatin1Char('/') + m_fileName);
+        const auto check = vorn::checkFirmwareImage(imagePath);
+        if (const auto *error = std::get_if<vorn::ImageError>(&check)) {
+            qCWarning(logController).noquote() << error->description();
+            return refuseUpdate(vorn::texts::kUpdateFailed);
+        }
+    }
+    m_updater.startUpdate(m_serialPort, imagePath);
+}
+
+// A press that cannot start an update leaves the device alone.
+void ViewController::refuseUpdate(const QString &text)
+{
+    showUpdateText(text);
+    m_window.resetUpdateProgress();
+}
+
+void ViewController::serialPortsWereConnected(const QVariantMap &userInfo)
+{
+    const auto ports = userInfo.value(ORSConnectedSerialPortsKey).value<ORSSerialPortList>();
+    qCInfo(logController) << "Ports were connected:" << namesOf(ports);
+    postUserNotification(
+        tr("Serial Port Connected"),
+        QT_TRANSLATE_NOOP("ViewController", "Serial Port %1 was connected to your Mac."), ports);
+}
+
+void ViewController::serialPortsWereDisconnected(const QVariantMap &userInfo)
+{
+    const auto ports = userInfo.value(ORSDisconnectedSerialPortsKey).value<ORSSerialPortList>();
+    qCInfo(logController) << "Ports were disconnected:" << namesOf(ports);
+    postUserNotification(
+        tr("Serial Port Disconnected"),
+        QT_TRANSLATE_NOOP("ViewController", "Serial Port %1 was disconnected from your Mac."),
+        ports);
+}
+
+void ViewController::postUserNotification(const QString &title, const char *text,
+                                          const ORSSerialPortList &ports)
+{
+    if (!vorn::DesktopNotifications::exists())
+        return;
+    for (const ORSSerialPortPtr &port : ports)
+        m_notifications.deliver(title, tr(text).arg(port->name()));
+    getDeviceConnected();
+}
+
+void ViewController::serialPortWasRemovedFromSystem(ORSSerialPort &) {}
+
+void ViewController::serialPortDidReceiveData(ORSSerialPort &, const QByteArray &data)
+{
+    m_updater.serialPortDidReceiveData(data);
+}
+
+void ViewController::serialPortDidEncounterError(ORSSerialPort &serialPort,
+                                                 const ORSSerialPortError &error)
+{
+    qCWarning(logController).noquote()
+        << "Serial port" << serialPort.description() << "encountered an error:" << error.description
+        << '(' << error.code << ')' << error.path;
+}
+
+void ViewController::showUpdateText(const QString &text)
+{
+    // Outside a run only failures are shown.
+    m_window.setStatusTone(MainWindow::Line::Update,
+                           m_updater.isUpdating() ? Tone::Neutral : Tone::Bad);
+    setText(m_controls.updateText, text);
+}
+
+void ViewController::updateDidBegin()
+{
+    m_percent = 0;
+    m_window.resetUpdateProgress();
+}
+
+void ViewController::updateDidProgress(int percent)
+{
+    m_percent = percent;
+    m_window.showUpdateProgress(percent);
+}
+
+void ViewController::updateIsErasing() { m_window.showUpdateBusy(); }
+
+void ViewController::updateDidEnd(const vorn::UpdateResult &result)
+{
+    m_window.setStatusTone(MainWindow::Line::Update, result.succeeded() ? Tone::Good : Tone::Bad);
+    // A failure during the erase leaves the bar indeterminate otherwise.
+    m_window.showUpdateProgress(m_percent);
+}
+
+void ViewController::versionQueryDidEnd()
+{
+    // A device that told its model after the list was filled gets the list for its model now.
+    if (std::chrono::steady_clock::now() - m_openedAt >= kRefillDelay)
+        readFirmWareInBackground();
+}
+
+void ViewController::readFirmWareInBackground()
+{
+    vorn::GlobalQueue::instance().post(
+        [library = m_library, version = targetVersion()] { library->readFirmWare(version); });
+}
+
+void ViewController::refillFirmwareList(const QStringList &titles)
+{
+    QComboBox *list = m_controls.filePopUpBtn;
+    if (!list)
+        return;
+    list->clear();
+    list->addItem(kNoFirmware);
+    list->addItems(titles);
+}
+
+void ViewController::showConnection(const QString &text, Tone tone)
+{
+    m_window.setStatusTone(MainWindow::Line::Connection, tone);
+    setText(m_controls.connectText, text);
+}
+
+void ViewController::getFirmWare() {}

@@ -1,0 +1,100 @@
+#pragma once
+
+#include "app/Controls.h"
+#include "app/MainWindow.h"
+#include "packages/FirmwareLibrary.h"
+#include "platform/DesktopNotifications.h"
+#include "serial/ORSSerialPort.h"
+#include "serial/ORSSerialPortManager.h"
+#include "update/Updater.h"
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <memory>
+
+// The controller of the program's one window: keeps the current port and the choices, wires the
+// controls, keeps the device list in step with the system, opens and closes the port, and shows the
+// texts. Updates, the firmware folder and downloads are done by classes of their own. Main thread
+// only.
+class ViewController : public QObject, public ORSSerialPortDelegate, public vorn::UpdateObserver
+{
+    Q_OBJECT
+
+public:
+    explicit ViewController(vorn::MainWindow &window, const vorn::UpdateTimings &timings = {});
+    ~ViewController() override;
+
+    // Start-up, once: finds and wires the controls, subscribes to the ports' coming and going, fills
+    // both lists.
+    void viewDidLoad();
+
+    // The first control with this tag below the view, depth first, a parent before its children; null
+    // when there is none. Nothing depends on the level.
+    static QWidget *getSub(const QWidget *view, int andLevel, int tag);
+
+    // The current port, null for none. Another port than the current one closes that one.
+    ORSSerialPortPtr serialPort() const { return m_serialPort; }
+    void setSerialPort(const ORSSerialPortPtr &port);
+
+    // The device's model code, -1 until it told.
+    qint32 targetVersion() const { return m_updater.targetVersion(); }
+
+    // Rebuilds the device list and chooses the first device whose name begins "usbserial-".
+    void getDeviceConnected();
+
+    // Actions of the controls.
+    void openHandleBtn();
+    void devHandlePopBtn();
+    void fileHandlePopBtn();
+    void getFirmWare();
+    void send();
+
+    // Ports that came and went.
+    void serialPortsWereConnected(const QVariantMap &userInfo);
+    void serialPortsWereDisconnected(const QVariantMap &userInfo);
+
+    // ORSSerialPortDelegate
+    void serialPortWasRemovedFromSystem(ORSSerialPort &serialPort) override;
+    void serialPortDidReceiveData(ORSSerialPort &serialPort, const QByteArray &data) override;
+    void serialPortDidEncounterError(ORSSerialPort &serialPort,
+                                     const ORSSerialPortError &error) override;
+
+    // vorn::UpdateObserver
+    void showUpdateText(const QString &text) override;
+    void updateDidBegin() override;
+    void updateDidProgress(int percent) override;
+    void updateIsErasing() override;
+    void updateDidEnd(const vorn::UpdateResult &result) override;
+    void versionQueryDidEnd() override;
+
+private:
+    void wireControls();
+    void postUserNotification(const QString &title, const char *text,
+                              const ORSSerialPortList &ports);
+    void openSerialPort();
+    void closeSerialPort();
+    void portOpenChanged();
+    void closingEnded();
+    void refuseUpdate(const QString &text);
+    void showConnection(const QString &text, vorn::Tone tone = vorn::Tone::Neutral);
+    void readFirmWareInBackground();
+    void refillFirmwareList(const QStringList &titles);
+
+    vorn::MainWindow &m_window;
+    vorn::Controls m_controls;
+    vorn::DesktopNotifications m_notifications;
+    const std::shared_ptr<vorn::FirmwareLibrary> m_library;
+    vorn::Updater m_updater;
+    ORSSerialPortManager *m_serialPortManager = nullptr;
+    ORSSerialPortPtr m_serialPort;
+    QMetaObject::Connection m_portOpenConnection;
+
+    QString m_curDirName;
+    QString m_fileName; // null while none was chosen
+    // Runs while the close button waits for the port to be closed.
+    QTimer m_closeLimit;
+    std::chrono::steady_clock::time_point m_openedAt;
+    int m_percent = 0;
+};

@@ -1,0 +1,75 @@
+#include "serial/LineSettings.h"
+
+#include "serial/LineSpeed.h"
+
+#include <cerrno>
+
+namespace vorn {
+namespace {
+
+// UARTs cope with about two per cent between the two ends; drivers round to what their divisor
+// makes.
+bool isCloseTo(std::uint32_t actual, std::uint32_t wanted)
+{
+    const std::uint32_t difference = actual > wanted ? actual - wanted : wanted - actual;
+    return difference <= wanted / 50;
+}
+
+void setFlag(tcflag_t &flags, tcflag_t flag, bool on)
+{
+    if (on)
+        flags |= flag;
+    else
+        flags &= ~flag;
+}
+
+} // namespace
+
+termios withLineSettings(termios attributes, const LineSettings &settings)
+{
+    cfmakeraw(&attributes);
+    attributes.c_cc[VMIN] = 1;
+    attributes.c_cc[VTIME] = 2;
+
+    attributes.c_cflag &= ~static_cast<tcflag_t>(CSIZE);
+    if (settings.dataBits == 7)
+        attributes.c_cflag |= CS7;
+    else if (settings.dataBits == 8)
+        attributes.c_cflag |= CS8;
+
+    if (settings.parity <= 2)
+        setFlag(attributes.c_cflag, PARENB, settings.parity != 0);
+    if (settings.parity == 1 || settings.parity == 2)
+        setFlag(attributes.c_cflag, PARODD, settings.parity == 1);
+    setFlag(attributes.c_cflag, CSTOPB, settings.stopBits >= 2);
+
+    setFlag(attributes.c_cflag, CRTSCTS, settings.rtsCts);
+    attributes.c_cflag |= HUPCL | CLOCAL | CREAD;
+    attributes.c_lflag &= ~static_cast<tcflag_t>(ICANON | ISIG);
+    setFlag(attributes.c_lflag, ECHO, settings.echo);
+    return attributes;
+}
+
+int applyLineSettings(int terminal, const LineSettings &settings)
+{
+    termios attributes{};
+    if (::tcgetattr(terminal, &attributes) != 0)
+        return errno;
+    attributes = withLineSettings(attributes, settings);
+
+    const bool isStandardSpeed = ::cfsetspeed(&attributes, settings.baudRate) == 0;
+    int error = isStandardSpeed ? 0 : EINVAL;
+    if (::tcsetattr(terminal, TCSANOW, &attributes) != 0)
+        error = errno;
+    else if (isStandardSpeed && !isCloseTo(outputSpeed(terminal), settings.baudRate))
+        error = EINVAL;
+
+    if (error != 0 && settings.allowsNonStandardBaudRates) {
+        error = setArbitrarySpeed(terminal, settings.baudRate);
+        if (error == 0 && !isCloseTo(outputSpeed(terminal), settings.baudRate))
+            error = EINVAL;
+    }
+    return error;
+}
+
+} // namespace vorn

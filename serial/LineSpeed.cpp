@@ -1,0 +1,31 @@
+#include "serial/LineSpeed.h"
+
+// The kernel's own terminal record knows any speed; it cannot be included beside <termios.h>, whose
+// record has the same name.
+#include <asm/termbits.h>
+#include <sys/ioctl.h>
+
+#include <cerrno>
+
+namespace vorn {
+
+int setArbitrarySpeed(int terminal, std::uint32_t baudRate)
+{
+    termios2 attributes{};
+    if (::ioctl(terminal, TCGETS2, &attributes) != 0)
+        return errno;
+    // An input speed of B0 means "as the output's".
+    attributes.c_cflag &= ~static_cast<tcflag_t>(CBAUD | CIBAUD);
+    attributes.c_cflag |= BOTHER;
+    attributes.c_ispeed = baudRate;
+    attributes.c_ospeed = baudRate;
+    return ::ioctl(terminal, TCSETS2, &attributes) == 0 ? 0 : errno;
+}
+
+std::uint32_t outputSpeed(int terminal)
+{
+    termios2 attributes{};
+    return ::ioctl(terminal, TCGETS2, &attributes) == 0 ? attributes.c_ospeed : 0;
+}
+
+} // namespace vorn

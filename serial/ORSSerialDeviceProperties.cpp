@@ -1,0 +1,68 @@
+// What the device registry knows of a port's device.
+#include "serial/ORSSerialPort.h"
+
+using vorn::SerialDevice;
+using vorn::SerialDeviceHandle;
+
+SerialDeviceHandle ORSSerialPort::deviceFromBSDPath(const QString &path)
+{
+    if (path.isEmpty())
+        return nullptr;
+    for (const SerialDeviceHandle &device : vorn::SerialDeviceRegistry::system().devices()) {
+        if (path == bsdCalloutPathFromDevice(device) || path == bsdDialinPathFromDevice(device))
+            return device;
+    }
+    return nullptr;
+}
+
+QString ORSSerialPort::stringPropertyOf(const SerialDeviceHandle &device, const QString &key)
+{
+    struct Property
+    {
+        const char *key;
+        QString SerialDevice::*value;
+    };
+    static constexpr Property kProperties[] = {
+        {"IOCalloutDevice", &SerialDevice::calloutDevice},
+        {"IODialinDevice", &SerialDevice::dialinDevice},
+        {"IOTTYDevice", &SerialDevice::ttyDevice},
+        {"IOTTYBaseName", &SerialDevice::ttyBaseName},
+        {"IOTTYSuffix", &SerialDevice::ttySuffix},
+        {"IOSerialBSDClientType", &SerialDevice::clientType},
+    };
+    for (const Property &property : kProperties) {
+        if (device && key == QLatin1String(property.key))
+            return (*device).*property.value;
+    }
+    return {};
+}
+
+QString ORSSerialPort::bsdCalloutPathFromDevice(const SerialDeviceHandle &device)
+{
+    return stringPropertyOf(device, QStringLiteral("IOCalloutDevice"));
+}
+
+QString ORSSerialPort::bsdDialinPathFromDevice(const SerialDeviceHandle &device)
+{
+    return stringPropertyOf(device, QStringLiteral("IODialinDevice"));
+}
+
+QString ORSSerialPort::baseNameFromDevice(const SerialDeviceHandle &device)
+{
+    return stringPropertyOf(device, QStringLiteral("IOTTYBaseName"));
+}
+
+QString ORSSerialPort::serviceTypeFromDevice(const SerialDeviceHandle &device)
+{
+    return stringPropertyOf(device, QStringLiteral("IOSerialBSDClientType"));
+}
+
+QString ORSSerialPort::modemNameFromDevice(const SerialDeviceHandle &device)
+{
+    return stringPropertyOf(device, QStringLiteral("IOTTYDevice"));
+}
+
+QString ORSSerialPort::suffixFromDevice(const SerialDeviceHandle &device)
+{
+    return stringPropertyOf(device, QStringLiteral("IOTTYSuffix"));
+}

@@ -1,0 +1,209 @@
+#include "serial/ORSSerialPort_p.h"
+
+#include "serial/PortLoop.h"
+
+#include "platform/GlobalQueue.h"
+
+#include <cstring>
+
+using vorn::MainQueue;
+using vorn::SerialTerminal;
+
+ORSSerialPortPrivate::ORSSerialPortPrivate(ORSSerialPort *owner,
+                                           const vorn::SerialDeviceHandle &itsDevice)
+    : port(owner), device(itsDevice), path(ORSSerialPort::bsdCalloutPathFromDevice(itsDevice)),
+      name(ORSSerialPort::modemNameFromDevice(itsDevice))
+{
+}
+
+std::shared_ptr<SerialTerminal> ORSSerialPortPrivate::openTerminal() const
+{
+    const std::lock_guard lock(terminalMutex);
+    return terminal;
+}
+
+void ORSSerialPortPrivate::open()
+{
+    if (fileDescriptor != 0)
+        return;
+    if (const int error = openTerminalAtPath(); error != 0)
+        notifyDelegateOfPosixError(error);
+}
+
+void ORSSerialPortPrivate::close()
+{
+    if (const auto opened = openTerminal())
+        opened->requestClose();
+}
+
+int ORSSerialPortPrivate::openTerminalAtPath()
+{
+    auto opened = std::make_shared<SerialTerminal>();
+    if (const int error = opened->open(path); error != 0)
+        return error;
+    {
+        const std::lock_guard lock(terminalMutex);
+        terminal = opened;
+        fileDescriptor = opened->descriptor();
+    }
+    emitOnMain(&ORSSerialPort::fileDescriptorChanged);
+    setPortOptions();
+    updateModemLines();
+    postToDelegate([](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
+        receiver.serialPortWasOpened(itsPort);
+    });
+    vorn::GlobalQueue::instance().post(
+        [self = shared_from_this(), opened] { vorn::PortLoop(self, opened).run(); });
+    return 0;
+}
+
+void ORSSerialPortPrivate::setPortOptions()
+{
+    const auto opened = openTerminal();
+    if (!opened)
+        return;
+    vorn::LineSettings wanted;
+    {
+        const std::lock_guard lock(settingsMutex);
+        wanted = settings;
+    }
+    if (const int error = opened->applySettings(wanted); error != 0)
+        notifyDelegateOfPosixError(error);
+}
+
+void ORSSerialPortPrivate::updateModemLines()
+{
+    const auto opened = openTerminal();
+    if (!opened)
+        return;
+    int error = 0;
+    {
+        const std::lock_guard oneAtATime(modemLinesMutex);
+        bool wantedRts = false;
+        bool wantedDtr = false;
+        {
+            const std::lock_guard lock(settingsMutex);
+            wantedRts = rts;
+            wantedDtr = dtr;
+        }
+        error = opened->setModemLines(wantedRts, wantedDtr);
+    }
+    if (error != 0)
+        notifyOfModemLineError(*opened, error);
+}
+
+ORSSerialPortDelegate::Implements ORSSerialPortPrivate::implemented() const
+{
+    const std::lock_guard lock(delegateMutex);
+    return delegate.isGone() ? ORSSerialPortDelegate::Implements() : delegateImplements;
+}
+
+void ORSSerialPortPrivate::postToDelegate(DelegateCall call)
+{
+    MainQueue::instance().post([self = shared_from_this(), call = std::move(call)] {
+        self->callDelegateAndWait(call);
+    });
+}
+
+void ORSSerialPortPrivate::callDelegateAndWait(const DelegateCall &call)
+{
+    MainQueue::instance().postAndWait([&] {
+        if (!port)
+            return;
+        if (ORSSerialPortDelegate *receiver = port->delegate())
+            call(*port, *receiver);
+    });
+}
+
+void ORSSerialPortPrivate::emitOnMain(void (ORSSerialPort::*signal)())
+{
+    const auto emitNow = [self = shared_from_this(), signal] {
+        if (self->port)
+            emit(self->port->*signal)();
+    };
+    if (MainQueue::instance().isCurrent())
+        emitNow();
+    else
+        MainQueue::instance().post(emitNow);
+}
+
+void ORSSerialPortPrivate::notifyDelegateOfPosixErrorWaitingUntilDone(int error, bool wait)
+{
+    if (!implemented().didEncounterError)
+        return;
+    const DelegateCall report =
+        [failure = ORSSerialPortError{error, QString::fromUtf8(std::strerror(error)), path}](
+            ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
+            receiver.serialPortDidEncounterError(itsPort, failure);
+        };
+    if (wait || MainQueue::instance().isCurrent())
+        callDelegateAndWait(report);
+    else
+        postToDelegate(report);
+}
+
+void ORSSerialPortPrivate::notifyOfModemLineError(SerialTerminal &itsTerminal, int error)
+{
+    if (!vorn::meansNoModemLines(error) || itsTerminal.noteMissingModemLines())
+        notifyDelegateOfPosixError(error);
+}
+
+bool ORSSerialPortPrivate::sendData(QByteArrayView data)
+{
+    const auto opened = openTerminal();
+    if (!opened)
+        return false;
+    if (const int error = opened->writeAll(data); error != 0) {
+        notifyDelegateOfPosixError(error);
+        return false;
+    }
+    return true;
+}
+
+void ORSSerialPortPrivate::receiveData(const QByteArray &data)
+{
+    postToDelegate([data](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
+        receiver.serialPortDidReceiveData(itsPort, data);
+    });
+    // With nobody to match for, no byte needs the walk.
+    if (!packetListeners.isEmpty())
+        requestHandlingQueue.post([self = shared_from_this(), data] { self->matchReceivedData(data); });
+}
+
+void ORSSerialPortPrivate::matchReceivedData(const QByteArray &data)
+{
+    const auto report = [this](const ORSSerialPacketDescriptorPtr &descriptor,
+                               const QByteArray &packet) {
+        postToDelegate([descriptor, packet](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
+            receiver.serialPortDidReceivePacketMatchingDescriptor(itsPort, packet, descriptor);
+        });
+    };
+    for (qsizetype i = 0; i < data.size(); ++i)
+        packetListeners.receive(QByteArrayView(data).sliced(i, 1), report);
+}
+
+void ORSSerialPortPrivate::tellOfRemoval()
+{
+    callDelegateAndWait([](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
+        receiver.serialPortWasRemovedFromSystem(itsPort);
+    });
+}
+
+void ORSSerialPortPrivate::terminalWasClosed(int error)
+{
+    if (error != 0) {
+        notifyDelegateOfPosixError(error);
+        return;
+    }
+    {
+        const std::scoped_lock lock(opening, terminalMutex);
+        terminal.reset();
+        fileDescriptor = 0;
+    }
+    emitOnMain(&ORSSerialPort::fileDescriptorChanged);
+    if (implemented().wasClosed) {
+        callDelegateAndWait([](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
+            receiver.serialPortWasClosed(itsPort);
+        });
+    }
+}

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "platform/MainQueue.h"
+#include "platform/SerialQueue.h"
+#include "serial/LineSettings.h"
+#include "serial/ORSSerialPort.h"
+#include "serial/PacketListeners.h"
+#include "serial/SerialTerminal.h"
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+
+// What a port's background jobs work on. They share its ownership, so it outlives them also when
+// the port object is gone by then.
+class ORSSerialPortPrivate : public std::enable_shared_from_this<ORSSerialPortPrivate>
+{
+public:
+    ORSSerialPortPrivate(ORSSerialPort *owner, const vorn::SerialDeviceHandle &itsDevice);
+
+    using DelegateCall = std::function<void(ORSSerialPort &, ORSSerialPortDelegate &)>;
+
+    // The open terminal, or null.
+    std::shared_ptr<vorn::SerialTerminal> openTerminal() const;
+    // Opens the port if it is closed. The caller holds `opening`.
+    void open();
+    int openTerminalAtPath();
+    void close();
+    void setPortOptions();
+    void updateModemLines();
+
+    // The delegate's optional methods, none of them once it is gone. Any thread.
+    ORSSerialPortDelegate::Implements implemented() const;
+    // Calls the delegate on the main thread, if port and delegate are still there by then.
+    void postToDelegate(DelegateCall call);
+    void callDelegateAndWait(const DelegateCall &call);
+    // Emits a change signal on the main thread; at once when already there.
+    void emitOnMain(void (ORSSerialPort::*signal)());
+
+    void notifyDelegateOfPosixError(int error) { notifyDelegateOfPosixErrorWaitingUntilDone(error, false); }
+    void notifyDelegateOfPosixErrorWaitingUntilDone(int error, bool wait);
+    // Reports a failure of the modem lines; that a terminal has none is told once per opening.
+    void notifyOfModemLineError(vorn::SerialTerminal &terminal, int error);
+
+    bool sendData(QByteArrayView data);
+    // Takes the bytes of one read.
+    void receiveData(const QByteArray &data);
+    // Takes the bytes one at a time; runs on the request handling queue.
+    void matchReceivedData(const QByteArray &data);
+
+    void tellOfRemoval();
+    // The terminal was closed with this result.
+    void terminalWasClosed(int error);
+
+    // Main thread only; null once the port object is gone.
+    ORSSerialPort *port;
+    const vorn::SerialDeviceHandle device;
+    const QString path;
+    const QString name;
+
+    mutable std::mutex delegateMutex;
+    vorn::WeakDelegate<ORSSerialPortDelegate> delegate;
+    ORSSerialPortDelegate::Implements delegateImplements;
+
+    mutable std::mutex settingsMutex;
+    vorn::LineSettings settings;
+    bool rts = false;
+    bool dtr = false;
+    // Held while the output lines are set, so that the latest wish is the last one set.
+    std::mutex modemLinesMutex;
+    std::atomic<bool> cts = false;
+    std::atomic<bool> dsr = false;
+    std::atomic<bool> dcd = false;
+
+    // Held while the port turns from closed to open or back, so that nobody acts on half of it;
+    // recursive, since a delegate that hears of a failure may try again at once.
+    std::recursive_mutex opening;
+    mutable std::mutex terminalMutex;
+    std::shared_ptr<vorn::SerialTerminal> terminal;
+    std::atomic<int> fileDescriptor = 0;
+
+    vorn::SerialQueue requestHandlingQueue;
+    vorn::PacketListeners packetListeners;
+};

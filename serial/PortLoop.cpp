@@ -1,0 +1,115 @@
+#include "serial/PortLoop.h"
+
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+
+namespace vorn {
+namespace {
+
+constexpr std::chrono::milliseconds kPinPollInterval{10};
+constexpr qsizetype kReadSize = 1024;
+
+} // namespace
+
+PortLoop::PortLoop(std::shared_ptr<ORSSerialPortPrivate> port,
+                   std::shared_ptr<SerialTerminal> terminal)
+    : m_port(std::move(port)), m_terminal(std::move(terminal)),
+      m_pins{{
+          {TIOCM_CTS, &ORSSerialPortPrivate::cts, &ORSSerialPort::CTSChanged, m_port->cts},
+          {TIOCM_DSR, &ORSSerialPortPrivate::dsr, &ORSSerialPort::DSRChanged, m_port->dsr},
+          {TIOCM_CAR, &ORSSerialPortPrivate::dcd, &ORSSerialPort::DCDChanged, m_port->dcd},
+      }}
+{
+}
+
+void PortLoop::run()
+{
+    while (!m_terminal->isCloseRequested()) {
+        if (const int error = waitAndHandle(); error != 0) {
+            deviceIsGone(error);
+            return;
+        }
+    }
+    m_port->terminalWasClosed(m_terminal->close(false));
+}
+
+int PortLoop::millisecondsToPinPoll() const
+{
+    if (!m_pollsPins)
+        return -1;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_nextPinPoll - Clock::now());
+    return static_cast<int>(std::max<std::int64_t>(left.count(), 0));
+}
+
+int PortLoop::waitAndHandle()
+{
+    std::array<pollfd, 2> waiting{
+        {{m_terminal->descriptor(), POLLIN, 0}, {m_terminal->closeEvent(), POLLIN, 0}}};
+    ::poll(waiting.data(), waiting.size(), millisecondsToPinPoll());
+    if (waiting[1].revents != 0)
+        return 0;
+    int error = waiting[0].revents != 0 ? readOnce() : 0;
+    if (error == 0 && m_pollsPins && Clock::now() >= m_nextPinPoll)
+        error = pollPins();
+    return error;
+}
+
+int PortLoop::readOnce()
+{
+    QByteArray chunk(kReadSize, Qt::Uninitialized);
+    const ssize_t count = ::read(m_terminal->descriptor(), chunk.data(), kReadSize);
+    if (count > 0) {
+        chunk.truncate(count);
+        m_port->receiveData(chunk);
+        return 0;
+    }
+    // A terminal that hung up is readable for ever and gives nothing; it must not be polled again.
+    if (count == 0)
+        return ENXIO;
+    return errno == EAGAIN || errno == EINTR ? 0 : errno;
+}
+
+int PortLoop::pollPins()
+{
+    m_nextPinPoll = Clock::now() + kPinPollInterval;
+    int error = 0;
+    const std::optional<int> lines = m_terminal->modemLines(error);
+    if (lines) {
+        for (InputPin &pin : m_pins)
+            updatePin(pin, *lines & pin.mask);
+        return 0;
+    }
+    if (meansDeviceGone(error))
+        return error;
+    m_pollsPins = !meansNoModemLines(error);
+    m_port->notifyOfModemLineError(*m_terminal, error);
+    return 0;
+}
+
+// Not waited for, though the change happens on the main thread: while that one is busy, the bytes
+// that arrive here must still be read before the kernel's buffer is full.
+void PortLoop::updatePin(InputPin &pin, bool on)
+{
+    if (pin.lastSeen == on)
+        return;
+    pin.lastSeen = on;
+    MainQueue::instance().post([port = m_port, state = pin.state, changed = pin.changed, on] {
+        (*port).*state = on;
+        port->emitOnMain(changed);
+    });
+}
+
+void PortLoop::deviceIsGone(int error)
+{
+    // Before anybody is told: an open descriptor keeps its name from the adapter when it comes back.
+    const int closeError = m_terminal->close(true);
+    m_port->notifyDelegateOfPosixErrorWaitingUntilDone(error, true);
+    m_port->tellOfRemoval();
+    m_port->terminalWasClosed(closeError);
+}
+
+} // namespace vorn

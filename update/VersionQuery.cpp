@@ -1,0 +1,25 @@
+#include "update/VersionQuery.h"
+
+namespace vorn {
+
+VersionQuery::VersionQuery(BootLoaderLink link, std::shared_ptr<std::atomic<qint32>> targetVersion)
+    : m_link(std::move(link)), m_targetVersion(std::move(targetVersion))
+{
+}
+
+void VersionQuery::run()
+{
+    bool connected = false;
+    if (m_link.handshake(connected)) {
+        // On the main thread, where an update that takes over begins: the device's word to an
+        // abandoned query does not reach its successor's version.
+        m_link.tell([this](UpdateObserver &) {
+            if (const auto version = m_link.reportedVersion())
+                *m_targetVersion = *version;
+        });
+        m_link.scheduleRtsLow();
+    }
+    m_link.tell([](UpdateObserver &observer) { observer.versionQueryDidEnd(); });
+}
+
+} // namespace vorn
