@@ -40,8 +40,8 @@ MainWindow::MainWindow(QWidget *parent)
 
     m_ui->downloadProgress->keepPlaceWhenHidden();
     m_ui->downloadProgress->hide();
-    emphasiseUpdateButton();
-    alignButtons();
+    alignControls();
+    resize(std::max(width(), sizeHint().width()), sizeHint().height());
 }
 
 MainWindow::~MainWindow() = default;
@@ -103,37 +103,29 @@ void MainWindow::setStatusTone(Line line, Tone tone)
 void MainWindow::changeEvent(QEvent *event)
 {
     QMainWindow::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) {
-        emphasiseUpdateButton();
-    } else if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
-        alignButtons();
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+        alignControls();
     }
 }
 
-// The one action that everything else leads to wears the desktop's accent colour. It is no default
-// button: the Enter key in a list must never start an update.
-void MainWindow::emphasiseUpdateButton()
+// One height for what stands in a row, one column of buttons as wide as the widest text: the places
+// stay whatever a button says.
+void MainWindow::alignControls()
 {
-    QPalette colours;
-    for (const auto group : {QPalette::Active, QPalette::Inactive}) {
-        colours.setColor(group, QPalette::Button, palette().color(group, QPalette::Highlight));
-        colours.setColor(group, QPalette::ButtonText,
-                         palette().color(group, QPalette::HighlightedText));
-    }
-    m_ui->updateButton_2001->setPalette(colours);
-}
-
-// One column of buttons through the three steps, as wide as the widest text.
-void MainWindow::alignButtons()
-{
+    constexpr int air = 8;
     const std::array<QPushButton *, 3> buttons{m_ui->openButton_1011, m_ui->downloadButton_2002,
                                                m_ui->updateButton_2001};
-    int width = 0;
+    const std::array<QComboBox *, 2> lists{m_ui->deviceList_1010, m_ui->firmwareList_1002};
+    QSize size = m_ui->deviceList_1010->sizeHint();
+    size.setWidth(0);
     for (const auto *button : buttons) {
-        width = std::max(width, button->sizeHint().width());
+        size = size.expandedTo(button->sizeHint());
     }
     for (auto *button : buttons) {
-        button->setMinimumWidth(width);
+        button->setMinimumSize(size + QSize(2 * air, air));
+    }
+    for (auto *list : lists) {
+        list->setMinimumHeight(size.height() + air);
     }
 }
 

@@ -58,8 +58,7 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
-    void emphasiseUpdateButton();
-    void alignButtons();
+    void alignControls();
 
     const std::unique_ptr<Ui::MainWindow> m_ui;
 };

@@ -108,7 +108,7 @@ void ProgressLine::hideEvent(QHideEvent *event)
 
 void ProgressLine::paintEvent(QPaintEvent *)
 {
-    const QColor accent = palette().color(QPalette::Highlight);
+    const QColor accent = accentColour(palette());
     const QColor ground = cardColour(palette());
     const QColor track = blended(ground, palette().color(QPalette::WindowText), 0.12);
     QRectF bar(0, 0, width(), thickness);
@@ -123,8 +123,11 @@ void ProgressLine::paintEvent(QPaintEvent *)
 
     if (isBusy()) {
         const qreal half = bar.width() / 4;
-        const qreal pass =
-            m_frame.isActive() ? qreal(m_busySince.elapsed() % passTime) / passTime : 0.5;
+        // It starts in the middle, so that the first frame already shows it; without animations it
+        // stays there.
+        const qint64 time =
+            m_frame.isActive() ? m_busySince.elapsed() + passTime / 2 : passTime / 2;
+        const qreal pass = qreal(time % passTime) / passTime;
         const qreal centre = -half + pass * (bar.width() + 2 * half);
         QLinearGradient glint(bar.left() + centre - half, 0, bar.left() + centre + half, 0);
         glint.setColorAt(0, track);

@@ -6,13 +6,14 @@
 #include <QTextLayout>
 #include <QToolTip>
 
+#include <algorithm>
+
 #include "app/Colours.h"
 
 namespace vorn {
 
 namespace {
 
-constexpr int markSide = 16;
 constexpr int gap = 8;
 constexpr int lineCount = 2;
 
@@ -49,8 +50,7 @@ void StatusLabel::setTone(Tone tone)
 
 QSize StatusLabel::sizeHint() const
 {
-    return {textStart() + 48 * fontMetrics().averageCharWidth(),
-            lineCount * fontMetrics().lineSpacing()};
+    return {textStart() + 48 * fontMetrics().averageCharWidth(), lineCount * lineHeight()};
 }
 
 QSize StatusLabel::minimumSizeHint() const
@@ -58,14 +58,27 @@ QSize StatusLabel::minimumSizeHint() const
     return {textStart() + 24 * fontMetrics().averageCharWidth(), sizeHint().height()};
 }
 
+int StatusLabel::markSide() const
+{
+    return std::max(16, fontMetrics().ascent() / 2 * 2);
+}
+
+int StatusLabel::lineHeight() const
+{
+    return std::max(markSide(), fontMetrics().lineSpacing());
+}
+
 int StatusLabel::textStart() const
 {
-    return markSide + gap;
+    return markSide() + gap;
 }
 
 StatusLabel::Arranged StatusLabel::arranged() const
 {
     Arranged result;
+    if (text().isEmpty()) {
+        return result;
+    }
     const qreal room = width() - textStart();
     QTextOption wrapping;
     wrapping.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -106,24 +119,23 @@ void StatusLabel::paintEvent(QPaintEvent *)
     if (lines.isEmpty()) {
         return;
     }
-    const int lineHeight = fontMetrics().lineSpacing();
-    const int top = (height() - static_cast<int>(lines.size()) * lineHeight) / 2;
+    const int top = (height() - static_cast<int>(lines.size()) * lineHeight()) / 2;
     const auto mirrored = [this](const QRect &area) {
         return QStyle::visualRect(layoutDirection(), rect(), area);
     };
 
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    paintMark(painter, QRectF(mirrored({0, top, markSide, lineHeight})).center());
+    paintMark(painter, QRectF(mirrored({0, top, markSide(), lineHeight()})).center());
     painter.setPen(palette().color(foregroundRole()));
-    QRect area(textStart(), top, width() - textStart(), lineHeight);
+    QRect area(textStart(), top, width() - textStart(), lineHeight());
     for (const QString &line : lines) {
         painter.drawText(mirrored(area),
                          static_cast<int>(QStyle::visualAlignment(
                              layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter)) |
                              Qt::TextSingleLine,
                          line);
-        area.translate(0, lineHeight);
+        area.translate(0, lineHeight());
     }
 }
 
@@ -137,14 +149,16 @@ void StatusLabel::paintMark(QPainter &painter, const QPointF &centre) const
         painter.drawEllipse(centre, 3, 3);
         return;
     }
-    painter.drawEllipse(centre, markSide / 2.0, markSide / 2.0);
-    painter.setPen(QPen(cardColour(palette()), 1.75, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    const qreal radius = markSide() / 2.0;
+    const auto at = [&](qreal x, qreal y) { return centre + QPointF(x, y) * radius; };
+    painter.drawEllipse(centre, radius, radius);
+    painter.setPen(
+        QPen(cardColour(palette()), radius * 0.22, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     if (m_tone == Tone::Good) {
-        painter.drawPolyline(QPolygonF{{centre + QPointF(-3.25, 0.25), centre + QPointF(-1, 2.5),
-                                        centre + QPointF(3.5, -2.5)}});
+        painter.drawPolyline(QPolygonF{{at(-0.4, 0.03), at(-0.12, 0.31), at(0.44, -0.31)}});
     } else {
-        painter.drawLine(centre + QPointF(-2.5, -2.5), centre + QPointF(2.5, 2.5));
-        painter.drawLine(centre + QPointF(-2.5, 2.5), centre + QPointF(2.5, -2.5));
+        painter.drawLine(at(-0.31, -0.31), at(0.31, 0.31));
+        painter.drawLine(at(-0.31, 0.31), at(0.31, -0.31));
     }
 }
 

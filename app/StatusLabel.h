@@ -35,6 +35,8 @@ private:
         bool shortened = false;
     };
     Arranged arranged() const;
+    int markSide() const;
+    int lineHeight() const;
     int textStart() const;
     void paintMark(QPainter &painter, const QPointF &centre) const;
 

@@ -42,7 +42,10 @@ constexpr auto kRefillDelay = 500ms;
 // A port that has not closed by then is reported so; closing itself goes on.
 constexpr auto kCloseLimit = 2s;
 
-QString devicePrefix(const ORSSerialPort &port) { return port.name().left(kDeviceNamePrefix.size()); }
+QString devicePrefix(const ORSSerialPort &port)
+{
+    return port.name().left(kDeviceNamePrefix.size());
+}
 
 QStringList namesOf(const ORSSerialPortList &ports)
 {
@@ -65,7 +68,10 @@ ViewController::ViewController(MainWindow &window, const vorn::UpdateTimings &ti
     connect(&m_closeLimit, &QTimer::timeout, this, &ViewController::closingEnded);
 }
 
-ViewController::~ViewController() { setSerialPort(nullptr); }
+ViewController::~ViewController()
+{
+    setSerialPort(nullptr);
+}
 
 void ViewController::viewDidLoad()
 {
@@ -174,8 +180,8 @@ void ViewController::getDeviceConnected()
 void ViewController::devHandlePopBtn()
 {
     const QString title = currentTitle(m_controls.devPopUpBtn);
-    qCInfo(logController).noquote() << "Device list:" << m_controls.devPopUpBtn->currentIndex()
-                                    << title;
+    qCInfo(logController).noquote()
+        << "Device list:" << m_controls.devPopUpBtn->currentIndex() << title;
     // The whole title against a name's first ten characters: only a title of ten can match.
     const ORSSerialPortList ports = m_serialPortManager->availablePorts();
     for (const ORSSerialPortPtr &port : ports) {
@@ -248,8 +254,8 @@ void ViewController::closingEnded()
 void ViewController::fileHandlePopBtn()
 {
     const QString title = currentTitle(m_controls.filePopUpBtn);
-    qCInfo(logController).noquote() << "Firmware list:" << m_controls.filePopUpBtn->currentIndex()
-                                    << title;
+    qCInfo(logController).noquote()
+        << "Firmware list:" << m_controls.filePopUpBtn->currentIndex() << title;
     m_fileName = title;
     setText(m_controls.perText, title == kNoFirmware ? vorn::texts::kNoFirmwareSelected
                                                      : QStringLiteral("Prompt:Firmware selected"));
@@ -353,7 +359,10 @@ void ViewController::updateDidProgress(int percent)
     m_window.showUpdateProgress(percent);
 }
 
-void ViewController::updateIsErasing() { m_window.showUpdateBusy(); }
+void ViewController::updateIsErasing()
+{
+    m_window.showUpdateBusy();
+}
 
 void ViewController::updateDidEnd(const vorn::UpdateResult &result)
 {

@@ -26,12 +26,12 @@ public:
     explicit ViewController(vorn::MainWindow &window, const vorn::UpdateTimings &timings = {});
     ~ViewController() override;
 
-    // Start-up, once: finds and wires the controls, subscribes to the ports' coming and going, fills
-    // both lists.
+    // Start-up, once: finds and wires the controls, subscribes to the ports' coming and going,
+    // fills both lists.
     void viewDidLoad();
 
-    // The first control with this tag below the view, depth first, a parent before its children; null
-    // when there is none. Nothing depends on the level.
+    // The first control with this tag below the view, depth first, a parent before its children;
+    // null when there is none. Nothing depends on the level.
     static QWidget *getSub(const QWidget *view, int andLevel, int tag);
 
     // The current port, null for none. Another port than the current one closes that one.

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace vorn {
+
+// What the program was asked for on its command line.
+struct CommandLine
+{
+    QString deviceDirectory; // empty: the system's devices only
+    QString packageHost;     // HOST[:PORT]; empty: no package server
+    QString packageCaFile;   // empty: the system's certificates only
+};
+
+// Reads the arguments. Nothing when the program is to end at once with `exitCode`, after help, the
+// version or a message was printed.
+std::optional<CommandLine> readCommandLine(const QStringList &arguments, int &exitCode);
+
+} // namespace vorn

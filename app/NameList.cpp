@@ -1,0 +1,18 @@
+#include "app/NameList.h"
+
+#include <QStyle>
+#include <QStyleOptionComboBox>
+
+namespace vorn {
+
+void NameList::initStyleOption(QStyleOptionComboBox *option) const
+{
+    QComboBox::initStyleOption(option);
+    constexpr int padding = 4;
+    const QRect field =
+        style()->subControlRect(QStyle::CC_ComboBox, option, QStyle::SC_ComboBoxEditField, this);
+    option->currentText =
+        fontMetrics().elidedText(option->currentText, Qt::ElideMiddle, field.width() - padding);
+}
+
+} // namespace vorn
