@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/SerialDeviceRegistry.h"
+
+namespace vorn {
+
+// A registry whose devices a test plugs in and out. Main thread only.
+class TestRegistry : public SerialDeviceRegistry
+{
+public:
+    Devices devices() const override { return m_devices; }
+    bool watchPublished(Handler handler) override
+    {
+        if (!m_hasEvents)
+            return false;
+        m_published = std::move(handler);
+        return true;
+    }
+    bool watchTerminated(Handler handler) override
+    {
+        if (!m_hasEvents)
+            return false;
+        m_terminated = std::move(handler);
+        return true;
+    }
+
+    // Devices that are there already when the registry is first asked.
+    explicit TestRegistry(Devices present = {}, bool hasEvents = true)
+        : m_devices(std::move(present)), m_hasEvents(hasEvents)
+    {
+    }
+
+    // One batch of devices that appeared (were removed).
+    void plug(const Devices &batch)
+    {
+        m_devices += batch;
+        if (m_published)
+            m_published(batch);
+    }
+    void unplug(const Devices &batch)
+    {
+        m_devices.removeIf(
+            [&](const SerialDeviceHandle &device) { return batch.contains(device); });
+        if (m_terminated)
+            m_terminated(batch);
+    }
+
+private:
+    Devices m_devices;
+    bool m_hasEvents;
+    Handler m_published;
+    Handler m_terminated;
+};
+
+} // namespace vorn

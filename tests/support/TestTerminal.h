@@ -1,0 +1,99 @@
+#pragma once
+
+#include "platform/FileDescriptor.h"
+#include "platform/SerialDeviceRegistry.h"
+#include "tests/support/Eventually.h"
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QFile>
+#include <QString>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
+#include <termios.h>
+
+namespace vorn {
+
+// A pseudo-terminal whose far side, the device, is this object; path() is the serial port.
+class TestTerminal
+{
+public:
+    TestTerminal() : m_master(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK))
+    {
+        std::array<char, 64> path{};
+        const int fd = m_master.get();
+        EXPECT_TRUE(::grantpt(fd) == 0 && ::unlockpt(fd) == 0 &&
+                    ::ptsname_r(fd, path.data(), path.size()) == 0);
+        m_path = QFile::decodeName(path.data());
+        // No echo before a port has set the line.
+        termios attributes = lineSettings();
+        ::cfmakeraw(&attributes);
+        EXPECT_EQ(::tcsetattr(fd, TCSANOW, &attributes), 0);
+    }
+
+    const QString &path() const { return m_path; }
+    int master() const { return m_master.get(); }
+
+    // A device record for path(), or for a link to it.
+    SerialDeviceHandle device(const QString &link = {}) const
+    {
+        SerialDevice device;
+        device.calloutDevice = link.isEmpty() ? m_path : link;
+        device.dialinDevice = m_path;
+        device.ttyDevice = QStringLiteral("usbserial-test");
+        return std::make_shared<SerialDevice>(device);
+    }
+
+    // The settings of the line, as the port left them.
+    termios lineSettings() const
+    {
+        termios attributes{};
+        EXPECT_EQ(::tcgetattr(m_master.get(), &attributes), 0);
+        return attributes;
+    }
+
+    // The device sends; all of it at once.
+    void send(QByteArrayView bytes) const
+    {
+        EXPECT_EQ(::write(m_master.get(), bytes.data(), static_cast<size_t>(bytes.size())),
+                  bytes.size());
+    }
+
+    // What has arrived at the device; does not wait.
+    QByteArray take() const
+    {
+        QByteArray all;
+        std::array<char, 4096> chunk{};
+        for (;;) {
+            const ssize_t count = ::read(m_master.get(), chunk.data(), chunk.size());
+            if (count <= 0)
+                return all;
+            all.append(chunk.data(), count);
+        }
+    }
+    // Waits for so many bytes at the device, with the event loop running.
+    QByteArray take(qsizetype count) const
+    {
+        QByteArray all;
+        EXPECT_TRUE(eventually([&] {
+            all += take();
+            return all.size() >= count;
+        })) << "only "
+            << all.size() << " bytes arrived";
+        return all;
+    }
+
+    // The device is pulled out.
+    void unplug() { m_master.reset(); }
+
+private:
+    FileDescriptor m_master;
+    QString m_path;
+};
+
+} // namespace vorn
