@@ -1,0 +1,169 @@
+#include "platform/DirectoryDeviceRegistry.h"
+#include "platform/CombinedDeviceRegistry.h"
+#include "platform/FileDescriptor.h"
+#include "tests/platform/RegistryWatcher.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <fcntl.h>
+
+namespace vorn {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Terminal
+{
+public:
+    Terminal() : m_master(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))
+    {
+        EXPECT_EQ(::unlockpt(m_master.get()), 0);
+        EXPECT_EQ(::ptsname_r(m_master.get(), m_path.data(), m_path.size()), 0);
+    }
+    QString path() const { return QFile::decodeName(m_path.data()); }
+
+private:
+    FileDescriptor m_master;
+    std::array<char, 64> m_path{};
+};
+
+class DirectoryDeviceRegistryTest : public testing::Test
+{
+protected:
+    QString path(const QString &entry) const { return m_directory.filePath(entry); }
+    void link(const Terminal &terminal, const QString &entry) const
+    {
+        EXPECT_TRUE(QFile::link(terminal.path(), path(entry)));
+    }
+    void rename(const QString &from, const QString &to) const
+    {
+        EXPECT_EQ(::rename(QFile::encodeName(path(from)), QFile::encodeName(path(to))), 0);
+    }
+
+    const QTemporaryDir m_directory;
+    const Terminal m_terminal;
+    const Terminal m_other;
+};
+
+TEST_F(DirectoryDeviceRegistryTest, EveryEntryThatLeadsToATerminalIsADevice)
+{
+    link(m_terminal, "usbserial-demo");
+    link(m_terminal, "bad\nna\x1bme");
+    link(m_terminal, "a");
+    link(m_terminal, ".hidden");
+    EXPECT_TRUE(QFile::link("/nowhere", path("dangling")));
+    EXPECT_TRUE(QFile(path("plain file")).open(QIODevice::WriteOnly));
+    EXPECT_TRUE(QDir(m_directory.path()).mkdir("folder"));
+    const auto devices = DirectoryDeviceRegistry(m_directory.path()).devices();
+    ASSERT_THAT(namesOf(devices), ElementsAre("a", "bad_na_me", "usbserial-demo"));
+    EXPECT_EQ(devices.at(1)->calloutDevice, path("bad\nna\x1bme"));
+    EXPECT_EQ(devices.at(2)->calloutDevice, path("usbserial-demo"));
+    EXPECT_EQ(devices.at(2)->dialinDevice, path("usbserial-demo"));
+}
+
+TEST_F(DirectoryDeviceRegistryTest, ANameIsSplitIntoBaseNameAndSuffix)
+{
+    const QList<QStringList> cases{{"usbserial-", "demo-1"},
+                                   {"usbmodem-", ""},
+                                   {"left-right-", "3"},
+                                   {"ttyS", "12"},
+                                   {"plain", ""}};
+    for (const QStringList &halves : cases) {
+        link(m_terminal, halves.join(QString()));
+        const auto devices = DirectoryDeviceRegistry(m_directory.path()).devices();
+        EXPECT_EQ(QStringList({devices.first()->ttyBaseName, devices.first()->ttySuffix}), halves);
+        QFile::remove(path(halves.join(QString())));
+    }
+}
+
+TEST_F(DirectoryDeviceRegistryTest, EntriesComeAndGoLikeDevices)
+{
+    DirectoryDeviceRegistry registry(m_directory.path());
+    RegistryWatcher watcher(registry);
+    link(m_terminal, "one");
+    link(m_other, "two");
+    EXPECT_EQ(watcher.take(1), Batches({{"+one", "+two"}}));
+    const auto told = watcher.last();
+    EXPECT_EQ(registry.devices(), told);
+    QFile::remove(path("one"));
+    QFile::remove(path("two"));
+    EXPECT_EQ(watcher.take(1), Batches({{"-one", "-two"}}));
+    EXPECT_EQ(watcher.last(), told);
+
+    link(m_terminal, ".new");
+    rename(".new", "three"); // put in place at once, as careful programs do
+    EXPECT_EQ(watcher.take(1), Batches({{"+three"}}));
+    rename("three", "four");
+    EXPECT_EQ(watcher.take(2), Batches({{"-three"}, {"+four"}}));
+}
+
+TEST_F(DirectoryDeviceRegistryTest, AReplacedEntryIsRemovedAndAdded)
+{
+    link(m_terminal, "dev");
+    DirectoryDeviceRegistry registry(m_directory.path());
+    RegistryWatcher watcher(registry);
+    link(m_other, ".new");
+    rename(".new", "dev"); // leads to another terminal now
+    EXPECT_EQ(watcher.take(2), Batches({{"-dev"}, {"+dev"}}));
+    QFile::remove(path("dev"));
+    link(m_other, "dev"); // the same terminal, but plugged anew
+    EXPECT_EQ(watcher.take(2), Batches({{"-dev"}, {"+dev"}}));
+    link(m_other, ".new");
+    rename(".new", "dev"); // changes nothing
+    link(m_terminal, "end");
+    EXPECT_EQ(watcher.take(1), Batches({{"+end"}}));
+}
+
+TEST_F(DirectoryDeviceRegistryTest, AllDevicesGoWithTheDirectory)
+{
+    for (const bool moved : {true, false}) {
+        EXPECT_TRUE(QDir(m_directory.path()).mkpath("devices"));
+        link(m_terminal, "devices/one");
+        link(m_other, "devices/two");
+        DirectoryDeviceRegistry registry(path("devices"));
+        RegistryWatcher watcher(registry);
+        if (moved)
+            rename("devices", "elsewhere");
+        else
+            EXPECT_TRUE(QDir(path("devices")).removeRecursively());
+        EXPECT_EQ(watcher.take(1), Batches({{"-one", "-two"}}));
+        EXPECT_THAT(registry.devices(), IsEmpty());
+    }
+}
+
+TEST_F(DirectoryDeviceRegistryTest, ManyChangesAtOnceLoseNothing)
+{
+    DirectoryDeviceRegistry registry(m_directory.path());
+    RegistryWatcher watcher(registry);
+    for (int i = 0; i < 20000; ++i) { // more than the kernel queues by default
+        link(m_terminal, "flicker");
+        QFile::remove(path("flicker"));
+    }
+    link(m_terminal, "last");
+    EXPECT_EQ(watcher.take(1), Batches({{"+last"}}));
+}
+
+TEST_F(DirectoryDeviceRegistryTest, SeveralRegistriesAreOne)
+{
+    EXPECT_TRUE(QDir(m_directory.path()).mkdir("a") && QDir(m_directory.path()).mkdir("b"));
+    CombinedDeviceRegistry::Parts parts;
+    for (const QString &part : {path("a"), path("missing"), path("b")})
+        parts.push_back(std::make_unique<DirectoryDeviceRegistry>(part));
+    EXPECT_FALSE(parts.at(1)->watchPublished({}));
+    CombinedDeviceRegistry registry(std::move(parts));
+    RegistryWatcher watcher(registry);
+    link(m_terminal, "b/two");
+    EXPECT_EQ(watcher.take(1), Batches({{"+two"}}));
+    link(m_other, "a/one");
+    EXPECT_EQ(watcher.take(1), Batches({{"+one"}}));
+    EXPECT_THAT(namesOf(registry.devices()), ElementsAre("one", "two"));
+}
+
+} // namespace
+} // namespace vorn

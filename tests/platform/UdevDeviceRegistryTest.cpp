@@ -1,0 +1,238 @@
+#include "platform/UdevDeviceRegistry.h"
+#include "tests/platform/RegistryWatcher.h"
+
+#include <QByteArray>
+#include <QMap>
+
+#include <gmock/gmock.h>
+
+// GLib's names collide with Qt's keywords.
+#undef signals
+#include <umockdev.h>
+
+namespace vorn {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// A mocked /sys with USB adapters and their ports, which udev's own library reads and watches.
+class UdevDeviceRegistryTest : public testing::Test
+{
+protected:
+    struct Adapter
+    {
+        QByteArray place;
+        QByteArray serialNumber; // empty: it has none
+        QByteArray driver = "ftdi_sio";
+    };
+    struct Port
+    {
+        QByteArray kernelName;
+        int interfaceNumber = 0;
+        int portNumber = 0;
+    };
+
+    QByteArray add(const char *subsystem, const QByteArray &name, const QByteArray &parent,
+                   const QMap<QByteArray, QByteArray> &attributes,
+                   const QMap<QByteArray, QByteArray> &properties)
+    {
+        const auto flat = [](const QMap<QByteArray, QByteArray> &map) {
+            std::vector<QByteArray> list;
+            for (auto it = map.begin(); it != map.end(); ++it)
+                list.insert(list.end(), {it.key(), it.value()});
+            return list;
+        };
+        const auto pointers = [](std::vector<QByteArray> &list) {
+            std::vector<gchar *> result;
+            for (QByteArray &item : list)
+                result.push_back(item.data());
+            result.push_back(nullptr);
+            return result;
+        };
+        auto attributeList = flat(attributes);
+        auto propertyList = flat(properties);
+        const std::unique_ptr<gchar, decltype(&g_free)> path(
+            umockdev_testbed_add_devicev(m_testbed.get(), subsystem, name.constData(),
+                                         parent.isEmpty() ? nullptr : parent.constData(),
+                                         pointers(attributeList).data(),
+                                         pointers(propertyList).data()),
+            &g_free);
+        m_devices.append(path.get());
+        return path.get();
+    }
+
+    // Adds a port of an adapter (and the adapter before its first port); its path in /sys.
+    QByteArray plug(const Adapter &adapter, const Port &port)
+    {
+        QByteArray &device = m_adapters[adapter.place];
+        if (device.isEmpty())
+            device = add("usb", adapter.place, {}, {}, {{"DEVTYPE", "usb_device"}});
+        const QByteArray number = QByteArray::number(port.interfaceNumber);
+        QByteArray &interface = m_adapters[adapter.place + ':' + number];
+        if (interface.isEmpty())
+            interface = add("usb", adapter.place + ":1." + number, device, {},
+                            {{"DEVTYPE", "usb_interface"}});
+        QByteArray parent = interface;
+        const QByteArray model = adapter.serialNumber.isEmpty() ? "Maker_Model" : "Maker_Model_";
+        const QByteArray inPath = "pci-0000:00:14.0-usb-0:" + adapter.place + ":1." + number;
+        QByteArray link = "/dev/serial/by-id/usb-" + model + adapter.serialNumber + "-if0" + number;
+        QByteArray pathLink = "/dev/serial/by-path/" + inPath;
+        if (adapter.driver != "cdc_acm") {
+            const QByteArray portNumber = QByteArray::number(port.portNumber);
+            parent = add("usb-serial", port.kernelName, interface, {{"port_number", portNumber}},
+                         {{"DRIVER", adapter.driver}});
+            link += "-port" + portNumber;
+            pathLink += "-port" + portNumber;
+        }
+        QMap<QByteArray, QByteArray> properties{
+            {"DEVNAME", "/dev/" + port.kernelName},      {"ID_BUS", "usb"},
+            {"ID_SERIAL", model + adapter.serialNumber}, {"ID_USB_DRIVER", adapter.driver},
+            {"ID_USB_INTERFACE_NUM", "0" + number},      {"ID_PATH", inPath},
+            {"DEVLINKS", pathLink + ' ' + link}};
+        if (!adapter.serialNumber.isEmpty())
+            properties["ID_SERIAL_SHORT"] = adapter.serialNumber;
+        return add("tty", port.kernelName, parent, {}, properties);
+    }
+
+    void unplug(const QByteArray &place, const QList<QByteArray> &ttys)
+    {
+        for (const QByteArray &tty : ttys)
+            umockdev_testbed_uevent(m_testbed.get(), tty.constData(), "remove");
+        // Children first: the test bed leaves the links to children behind.
+        for (auto it = m_devices.end(); it != m_devices.begin();) {
+            if ((--it)->contains('/' + place + '/') || it->endsWith('/' + place)) {
+                umockdev_testbed_remove_device(m_testbed.get(), it->constData());
+                it = m_devices.erase(it);
+            }
+        }
+        m_adapters.removeIf([&](const auto &entry) { return entry.key().startsWith(place); });
+    }
+
+    const std::unique_ptr<UMockdevTestbed, decltype(&g_object_unref)> m_testbed{
+        umockdev_testbed_new(), &g_object_unref};
+    QMap<QByteArray, QByteArray> m_adapters;
+    QList<QByteArray> m_devices; // in the order of their making
+};
+
+TEST_F(UdevDeviceRegistryTest, AnAdapterIsNamedAfterItsSerialNumber)
+{
+    plug({"1-2", "A9XYZ"}, {"ttyUSB0"});
+    const auto devices = UdevDeviceRegistry().devices();
+    ASSERT_EQ(devices.size(), 1);
+    const SerialDevice &device = *devices.first();
+    EXPECT_EQ(device.ttyDevice, "usbserial-A9XYZ");
+    EXPECT_EQ(device.ttyBaseName, "usbserial-");
+    EXPECT_EQ(device.ttySuffix, "A9XYZ");
+    EXPECT_EQ(device.calloutDevice, "/dev/ttyUSB0");
+    EXPECT_EQ(device.dialinDevice, "/dev/serial/by-id/usb-Maker_Model_A9XYZ-if00-port0");
+    EXPECT_EQ(device.clientType, "IOSerialStream");
+}
+
+TEST_F(UdevDeviceRegistryTest, EachKindOfPortHasItsName)
+{
+    plug({"1-1", "TWO"}, {"ttyUSB0", 0, 0}); // one port on each of two interfaces
+    plug({"1-1", "TWO"}, {"ttyUSB1", 1, 0});
+    plug({"1-2", "FOUR"}, {"ttyUSB2", 0, 0}); // two ports on one interface
+    plug({"1-2", "FOUR"}, {"ttyUSB3", 0, 1});
+    plug({"1-3.4", ""}, {"ttyUSB4"});
+    plug({"2-1", "SAME"}, {"ttyUSB5"});
+    plug({"2-2", "SAME"}, {"ttyUSB6"});
+    plug({"2-3", "SAME", "cdc_acm"}, {"ttyACM0"}); // another kind, so another name
+    UdevDeviceRegistry registry;
+    EXPECT_THAT(namesOf(registry.devices()),
+                testing::UnorderedElementsAre(
+                    "usbserial-TWO-0", "usbserial-TWO-1", "usbserial-FOUR-0", "usbserial-FOUR-1",
+                    "usbserial-1-3.4", "usbserial-2-1", "usbserial-2-2", "usbmodem-SAME"));
+}
+
+TEST_F(UdevDeviceRegistryTest, OnlyTerminalsWithHardwareAreListed)
+{
+    add("tty", "tty1", {}, {}, {{"DEVNAME", "/dev/tty1"}}); // no parent: a console
+    const QByteArray board = add("platform", "serial8250", {}, {}, {});
+    add("tty", "ttyS0", board, {{"type", "0\n"}}, {{"DEVNAME", "/dev/ttyS0"}});
+    add("tty", "ttyS1", board, {{"type", "4\n"}}, {{"DEVNAME", "/dev/ttyS1"}});
+    const auto devices = UdevDeviceRegistry().devices();
+    ASSERT_THAT(namesOf(devices), ElementsAre("ttyS1"));
+    EXPECT_EQ(devices.first()->ttyBaseName, "ttyS");
+    EXPECT_EQ(devices.first()->ttySuffix, "1");
+    EXPECT_EQ(devices.first()->dialinDevice, "/dev/ttyS1");
+}
+
+TEST_F(UdevDeviceRegistryTest, HostileSerialNumbersGiveSaneNames)
+{
+    const QList<QPair<QByteArray, QString>> cases{
+        {"../../etc/passwd", "usbserial-.._.._etc_passwd"},
+        {"a b\tc\x01", "usbserial-a_b_c_"},
+        {"ok\xff\xfe", "usbserial-ok__"},
+        {"\x7f\x7f///", "usbserial-1-4"}, // nothing is left of it: the place tells
+        {"\u00dc\u202e<b>", "usbserial-\u00dc__b_"},
+    };
+    int count = 0;
+    for (const auto &[serialNumber, name] : cases) {
+        const QByteArray place = "1-" + QByteArray::number(++count);
+        const QByteArray tty = plug({place, serialNumber}, {"ttyUSB" + QByteArray::number(count)});
+        EXPECT_THAT(namesOf(UdevDeviceRegistry().devices()), ElementsAre(name));
+        unplug(place, {tty});
+    }
+}
+
+TEST_F(UdevDeviceRegistryTest, HotPlugIsToldInOneBatchPerWakeUp)
+{
+    UdevDeviceRegistry registry;
+    RegistryWatcher watcher(registry);
+    const QByteArray a = plug({"1-1", "A"}, {"ttyUSB0"});
+    const QByteArray b = plug({"1-2", "B"}, {"ttyUSB1"});
+    EXPECT_EQ(watcher.take(1), Batches({{"+usbserial-A", "+usbserial-B"}}));
+    const auto told = watcher.last();
+    EXPECT_EQ(registry.devices(), told);
+
+    umockdev_testbed_uevent(m_testbed.get(), a.constData(), "change"); // as by `udevadm trigger`
+    unplug("1-1", {a});
+    unplug("1-2", {b});
+    EXPECT_EQ(watcher.take(1), Batches({{"-usbserial-A", "-usbserial-B"}}));
+    EXPECT_EQ(watcher.last(), told) << "a removed device is told with the record it came with";
+    EXPECT_THAT(registry.devices(), IsEmpty());
+}
+
+TEST_F(UdevDeviceRegistryTest, AnAdapterKeepsItsNameUnderAnotherNode)
+{
+    const QByteArray before = plug({"1-1", "A"}, {"ttyUSB0"});
+    UdevDeviceRegistry registry;
+    RegistryWatcher watcher(registry);
+    unplug("1-1", {before});
+    plug({"1-1", "A"}, {"ttyUSB1"});
+    EXPECT_EQ(watcher.take(2), Batches({{"-usbserial-A"}, {"+usbserial-A"}}));
+    EXPECT_EQ(watcher.last().first()->calloutDevice, "/dev/ttyUSB1");
+}
+
+TEST_F(UdevDeviceRegistryTest, APortReplacedWithinOneWakeUpIsRemovedAndThenAdded)
+{
+    const QByteArray before = plug({"1-1", "A"}, {"ttyUSB0"});
+    UdevDeviceRegistry registry;
+    RegistryWatcher watcher(registry);
+    unplug("1-1", {before});
+    const QByteArray flicker = plug({"1-9", "X"}, {"ttyUSB1"});
+    unplug("1-9", {flicker}); // gone before anybody was told
+    plug({"1-1", "A"}, {"ttyUSB0"});
+    EXPECT_EQ(watcher.take(2), Batches({{"-usbserial-A"}, {"+usbserial-A"}}));
+}
+
+TEST_F(UdevDeviceRegistryTest, ASecondAdapterOfOneSerialNumberDoesNotRenameTheFirst)
+{
+    const QByteArray first = plug({"1-1", "SAME"}, {"ttyUSB0"});
+    UdevDeviceRegistry registry;
+    RegistryWatcher watcher(registry);
+    plug({"1-2", "SAME"}, {"ttyUSB1"});
+    EXPECT_EQ(watcher.take(1), Batches({{"+usbserial-1-2"}}));
+    EXPECT_EQ(watcher.last().first()->dialinDevice,
+              "/dev/serial/by-path/pci-0000:00:14.0-usb-0:1-2:1.0-port0")
+        << "the link by serial number leads to one of the two only";
+    EXPECT_THAT(namesOf(registry.devices()), ElementsAre("usbserial-SAME", "usbserial-1-2"));
+    unplug("1-1", {first});
+    EXPECT_EQ(watcher.take(1), Batches({{"-usbserial-SAME"}}));
+    EXPECT_THAT(namesOf(registry.devices()), ElementsAre("usbserial-1-2"));
+}
+
+} // namespace
+} // namespace vorn
