@@ -2,6 +2,7 @@
 
 #include <QStyle>
 #include <QStyleOptionComboBox>
+#include <QWheelEvent>
 
 namespace vorn {
 
@@ -13,6 +14,11 @@ void NameList::initStyleOption(QStyleOptionComboBox *option) const
         style()->subControlRect(QStyle::CC_ComboBox, option, QStyle::SC_ComboBoxEditField, this);
     option->currentText =
         fontMetrics().elidedText(option->currentText, Qt::ElideMiddle, field.width() - padding);
+}
+
+void NameList::wheelEvent(QWheelEvent *event)
+{
+    event->ignore();
 }
 
 } // namespace vorn

@@ -14,7 +14,7 @@ namespace vorn {
 namespace {
 
 constexpr int thickness = 6;
-constexpr int frameTime = 100; // ms
+constexpr int frameTime = 50;  // ms
 constexpr int passTime = 3000; // ms
 
 } // namespace
@@ -73,8 +73,8 @@ bool ProgressLine::isBusy() const
     return maximum() == 0;
 }
 
-// The style's own busy animation repaints 60 times a second for as long as the state lasts; ten
-// frames of a soft glint are enough to say "alive".
+// The style's own busy animation takes 7 to 11 % of a core for as long as the state lasts; a soft
+// glint at a third of its pace takes less than one.
 void ProgressLine::animateWhileSeen()
 {
     const bool moving = isBusy() && isVisible() &&
