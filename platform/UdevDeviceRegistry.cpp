@@ -58,9 +58,9 @@ SerialDeviceRegistry::Devices devicesOf(const std::vector<UdevPort> &ports)
 
 std::vector<UdevTty> ttysOf(const std::vector<UdevPort> &ports)
 {
-    std::vector<UdevTty> ttys;
-    for (const UdevPort &port : ports)
-        ttys.push_back(port.tty);
+    std::vector<UdevTty> ttys(ports.size());
+    std::transform(ports.begin(), ports.end(), ttys.begin(),
+                   [](const UdevPort &port) { return port.tty; });
     return ttys;
 }
 

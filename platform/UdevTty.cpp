@@ -72,7 +72,8 @@ QStringList stableLinksOf(udev_device *device)
 // before the last one exists; the descriptors are complete from the start.
 int countSerialInterfaces(udev_device *usbDevice, UdevTty::Family family)
 {
-    QFile file(QFile::decodeName(udev_device_get_syspath(usbDevice)) + QStringLiteral("/descriptors"));
+    QFile file(QFile::decodeName(udev_device_get_syspath(usbDevice)) +
+               QStringLiteral("/descriptors"));
     if (!file.open(QIODevice::ReadOnly))
         return 0;
     const QByteArray bytes = file.read(65536);
