@@ -2,10 +2,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QFile>
 #include <QFileInfo>
-#include <QSslCertificate>
-#include <QUrl>
 
 #include <cstdio>
 
@@ -14,35 +11,31 @@ namespace {
 
 constexpr int kUsageError = 2;
 
-// What is wrong with the wishes, in words for a person; empty when nothing is.
-QString problemOf(const CommandLine &wishes)
+// What is wrong with the directory, in words for a person; empty when nothing is.
+QString problemOfDirectory(const QString &path)
 {
-    if (!wishes.deviceDirectory.isNull()) {
-        const QFileInfo directory(wishes.deviceDirectory);
-        if (!directory.exists())
-            return QStringLiteral("The device directory does not exist: ") + wishes.deviceDirectory;
-        if (!directory.isDir())
-            return QStringLiteral("The device directory is not a directory: ") +
-                   wishes.deviceDirectory;
-        if (!directory.isReadable() || !directory.isExecutable())
-            return QStringLiteral("The device directory cannot be read: ") + wishes.deviceDirectory;
+    const QFileInfo directory(path);
+    if (!directory.exists())
+        return QStringLiteral("The device directory does not exist: ") + path;
+    if (!directory.isDir())
+        return QStringLiteral("The device directory is not a directory: ") + path;
+    if (!directory.isReadable() || !directory.isExecutable())
+        return QStringLiteral("The device directory cannot be read: ") + path;
+    return {};
+}
+
+// Sets `packages`; what is wrong with the host or the certificate file, empty when nothing is.
+QString problemOfPackages(const QString &host, const QString &caFile, PackageLocation &packages)
+{
+    if (!host.isEmpty()) {
+        const auto location = PackageLocation::onHost(host);
+        if (!location)
+            return QStringLiteral("The package host is not of the form HOST[:PORT]: ") + host;
+        packages = *location;
     }
-    if (!wishes.packageHost.isEmpty()) {
-        const QUrl url(QStringLiteral("https://") + wishes.packageHost, QUrl::StrictMode);
-        if (!url.isValid() || url.host().isEmpty() || !url.path().isEmpty() || url.hasQuery() ||
-            url.hasFragment() || !url.userInfo().isEmpty())
-            return QStringLiteral("The package host is not of the form HOST[:PORT]: ") +
-                   wishes.packageHost;
-    }
-    if (!wishes.packageCaFile.isNull()) {
-        QFile file(wishes.packageCaFile);
-        if (!file.open(QIODevice::ReadOnly))
-            return QStringLiteral("The certificate file cannot be read: %1: %2")
-                .arg(wishes.packageCaFile, file.errorString());
-        if (QSslCertificate::fromDevice(&file, QSsl::Pem).isEmpty())
-            return QStringLiteral("There is no PEM certificate in the file: ") +
-                   wishes.packageCaFile;
-    }
+    QString error;
+    if (!caFile.isNull() && !packages.addCertificates(caFile, error))
+        return error;
     return {};
 }
 
@@ -89,16 +82,20 @@ std::optional<CommandLine> readCommandLine(const QStringList &arguments, int &ex
         return std::nullopt;
     }
 
-    const CommandLine wishes{parser.value(deviceDirectory), parser.value(packageHost),
-                             parser.value(packageCa)};
+    CommandLine wishes;
+    wishes.deviceDirectory = parser.value(deviceDirectory);
     QString problem;
     if (!parsed)
         problem = parser.errorText();
     else if (!parser.positionalArguments().isEmpty())
         problem =
             QStringLiteral("Unexpected argument: ") + parser.positionalArguments().constFirst();
-    else
-        problem = problemOf(wishes);
+    else if (parser.isSet(deviceDirectory))
+        problem = problemOfDirectory(wishes.deviceDirectory);
+    if (problem.isEmpty()) {
+        problem =
+            problemOfPackages(parser.value(packageHost), parser.value(packageCa), wishes.packages);
+    }
     if (problem.isEmpty())
         return wishes;
     print(stderr, problem + QStringLiteral("\nTry --help.\n"));

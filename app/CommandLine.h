@@ -1,5 +1,7 @@
 #pragma once
 
+#include "packages/PackageLocation.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -10,9 +12,8 @@ namespace vorn {
 // What the program was asked for on its command line.
 struct CommandLine
 {
-    QString deviceDirectory; // empty: the system's devices only
-    QString packageHost;     // HOST[:PORT]; empty: no package server
-    QString packageCaFile;   // empty: the system's certificates only
+    QString deviceDirectory;  // empty: the system's devices only
+    PackageLocation packages; // not configured without a package server
 };
 
 // Reads the arguments. Nothing when the program is to end at once with `exitCode`, after help, the

@@ -57,11 +57,14 @@ QStringList namesOf(const ORSSerialPortList &ports)
 
 } // namespace
 
-ViewController::ViewController(MainWindow &window, const vorn::UpdateTimings &timings)
-    : m_window(window),
+ViewController::ViewController(MainWindow &window, vorn::PackageLocation packages,
+                               const vorn::UpdateTimings &timings)
+    : m_window(window), m_hasPackageServer(packages.isConfigured()),
       m_library(std::make_shared<vorn::FirmwareLibrary>(
           [this](qint32, const QStringList &titles) { refillFirmwareList(titles); })),
-      m_updater(this, timings)
+      m_updater(this, timings),
+      m_download(
+          std::move(packages), *m_library, [this] { return targetVersion(); }, *this)
 {
     m_closeLimit.setSingleShot(true);
     m_closeLimit.setInterval(kCloseLimit);
@@ -85,7 +88,6 @@ void ViewController::viewDidLoad()
         this, ORSSerialPortWasDisconnectedNotification,
         [this](const QVariantMap &userInfo) { serialPortsWereDisconnected(userInfo); });
 
-    m_curDirName = vorn::firmwareFolderName;
     m_library->readFirmWare(targetVersion());
     getDeviceConnected();
 }
@@ -129,6 +131,10 @@ void ViewController::wireControls()
     wireButton(m_controls.openBtn, &ViewController::openHandleBtn);
     m_controls.perText = qobject_cast<QLabel *>(find(kPerText));
     m_controls.updateText = qobject_cast<QLabel *>(find(kUpdateText));
+
+    m_window.setDownloadAvailable(m_hasPackageServer, m_hasPackageServer
+                                                          ? tr("Fetch the latest firmware package")
+                                                          : tr("No package server is configured"));
 }
 
 void ViewController::setSerialPort(const ORSSerialPortPtr &port)
@@ -277,8 +283,8 @@ void ViewController::send()
 
     QString imagePath;
     if (!m_fileName.isNull()) {
-        imagePath =
-            QDir(vorn::cachesDirectory()).filePath(m_curDirName + QLatin1Char('/') + m_fileName);
+        imagePath = QDir(vorn::cachesDirectory())
+                        .filePath(m_download.curDirName() + QLatin1Char('/') + m_fileName);
         const auto check = vorn::checkFirmwareImage(imagePath);
         if (const auto *error = std::get_if<vorn::ImageError>(&check)) {
             qCWarning(logController).noquote() << error->description();
@@ -400,4 +406,32 @@ void ViewController::showConnection(const QString &text, Tone tone)
     setText(m_controls.connectText, text);
 }
 
-void ViewController::getFirmWare() {}
+void ViewController::getFirmWare()
+{
+    m_window.showDownloadBusy();
+    m_download.sendRequest();
+}
+
+void ViewController::showText(const QString &text)
+{
+    m_window.setStatusTone(MainWindow::Line::Firmware, Tone::Neutral);
+    setText(m_controls.perText, text);
+}
+
+void ViewController::packageProgress(Phase phase, qint64 received, qint64 total)
+{
+    if (phase == Phase::Receiving && total > 0)
+        m_window.showDownloadProgress(
+            static_cast<int>(std::min(100 * received / total, qint64{100})));
+    else
+        m_window.showDownloadBusy();
+}
+
+void ViewController::packageEnded(Outcome outcome, const vorn::PackageProblem &problem)
+{
+    if (problem)
+        qCWarning(logController).noquote() << "No package was installed:" << problem.text;
+    m_window.setStatusTone(MainWindow::Line::Firmware,
+                           outcome == Outcome::Failed ? Tone::Bad : Tone::Good);
+    m_window.hideDownloadProgress();
+}

@@ -3,6 +3,7 @@
 #include "app/Controls.h"
 #include "app/MainWindow.h"
 #include "packages/FirmwareLibrary.h"
+#include "packages/PackageDownload.h"
 #include "platform/DesktopNotifications.h"
 #include "serial/ORSSerialPort.h"
 #include "serial/ORSSerialPortManager.h"
@@ -18,12 +19,16 @@
 // controls, keeps the device list in step with the system, opens and closes the port, and shows the
 // texts. Updates, the firmware folder and downloads are done by classes of their own. Main thread
 // only.
-class ViewController : public QObject, public ORSSerialPortDelegate, public vorn::UpdateObserver
+class ViewController : public QObject,
+                       public ORSSerialPortDelegate,
+                       public vorn::UpdateObserver,
+                       private vorn::PackageObserver
 {
     Q_OBJECT
 
 public:
-    explicit ViewController(vorn::MainWindow &window, const vorn::UpdateTimings &timings = {});
+    ViewController(vorn::MainWindow &window, vorn::PackageLocation packages,
+                   const vorn::UpdateTimings &timings = {});
     ~ViewController() override;
 
     // Start-up, once: finds and wires the controls, subscribes to the ports' coming and going,
@@ -70,6 +75,11 @@ public:
     void versionQueryDidEnd() override;
 
 private:
+    // vorn::PackageObserver
+    void showText(const QString &text) override;
+    void packageProgress(Phase phase, qint64 received, qint64 total) override;
+    void packageEnded(Outcome outcome, const vorn::PackageProblem &problem) override;
+
     void wireControls();
     void postUserNotification(const QString &title, const char *text,
                               const ORSSerialPortList &ports);
@@ -85,13 +95,14 @@ private:
     vorn::MainWindow &m_window;
     vorn::Controls m_controls;
     vorn::DesktopNotifications m_notifications;
+    const bool m_hasPackageServer;
     const std::shared_ptr<vorn::FirmwareLibrary> m_library;
     vorn::Updater m_updater;
+    vorn::PackageDownload m_download;
     ORSSerialPortManager *m_serialPortManager = nullptr;
     ORSSerialPortPtr m_serialPort;
     QMetaObject::Connection m_portOpenConnection;
 
-    QString m_curDirName;
     QString m_fileName; // null while none was chosen
     // Runs while the close button waits for the port to be closed.
     QTimer m_closeLimit;

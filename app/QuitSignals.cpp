@@ -1,0 +1,36 @@
+#include "app/QuitSignals.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <sys/signalfd.h>
+
+namespace vorn {
+
+QuitSignals::QuitSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        sigaddset(&signals, number);
+    m_fd = FileDescriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+    // Without the descriptor the signals keep their deadly meaning.
+    if (m_fd.isValid())
+        ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
+QuitSignals::~QuitSignals() = default;
+
+void QuitSignals::watch()
+{
+    if (!m_fd.isValid())
+        return;
+    m_notifier = std::make_unique<QSocketNotifier>(m_fd.get(), QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] {
+        m_notifier->setEnabled(false);
+        QCoreApplication::quit();
+    });
+}
+
+} // namespace vorn
