@@ -1,0 +1,39 @@
+#pragma once
+
+#include "simulator/PackageServer.h"
+#include "simulator/SimulatedDevice.h"
+
+#include <QString>
+#include <QTemporaryDir>
+
+#include <optional>
+
+namespace vorn {
+
+// What the demonstration plays on: a simulated device, a package server, and a private folder for
+// the firmware, so that nothing of the user's is touched. All of it is gone afterwards.
+class DemoStage
+{
+public:
+    DemoStage();
+
+    // False, with the reason, when something could not be set up.
+    bool set(QString &problem);
+
+    QString deviceDirectory() const { return m_directory.filePath(QStringLiteral("devices")); }
+    QString cacheDirectory() const { return m_directory.filePath(QStringLiteral("cache")); }
+    QString configDirectory() const { return m_directory.filePath(QStringLiteral("config")); }
+    QString firmwareFolder() const;
+    // HOST:PORT of the package server, and the file with the certificate to trust it by.
+    QString packageHost() const { return m_server.hostAndPort(); }
+    QString packageCaFile() const { return m_server.caFile(); }
+
+    const SimulatedDevice &device() const { return m_device; }
+
+private:
+    QTemporaryDir m_directory;
+    SimulatedDevice m_device;
+    PackageServer m_server;
+};
+
+} // namespace vorn

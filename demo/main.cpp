@@ -1,0 +1,108 @@
+// The demonstration: with a display it opens the program on a simulated device and package server;
+// without one it does a whole update by itself in the same window, on Qt's offscreen platform, and
+// says whether the device holds the file.
+#include "app/MainWindow.h"
+#include "app/ViewController.h"
+#include "demo/AutoPilot.h"
+#include "demo/DemoStage.h"
+#include "demo/StatusPrinter.h"
+
+#include "platform/DirectoryDeviceRegistry.h"
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QProcess>
+
+#include <cstdio>
+
+namespace {
+
+bool hasDisplay()
+{
+    return (qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
+        && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+}
+
+int complain(const QString &problem)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(problem));
+    return 1;
+}
+
+int showProgram(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    vorn::DemoStage stage;
+    QString problem;
+    if (!stage.set(problem))
+        return complain(problem);
+    std::puts("The device \"usbserial-demo\" is simulated. Open it, choose a firmware file, and "
+              "press Update.");
+    std::fflush(stdout);
+
+    QProcess program;
+    program.setProcessChannelMode(QProcess::ForwardedChannels);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_CACHE_HOME"), stage.cacheDirectory());
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), stage.configDirectory());
+    program.setProcessEnvironment(environment);
+    QObject::connect(&program, &QProcess::errorOccurred, &application,
+                     [] { QCoreApplication::exit(1); });
+    QObject::connect(&program, &QProcess::finished, &application, &QCoreApplication::exit);
+    program.start(QCoreApplication::applicationDirPath() + QStringLiteral("/vornupdater"),
+                  {QStringLiteral("--device-dir"), stage.deviceDirectory(),
+                   QStringLiteral("--package-host"), stage.packageHost(),
+                   QStringLiteral("--package-ca"), stage.packageCaFile()});
+    const int exitCode = QCoreApplication::exec();
+    if (program.error() == QProcess::FailedToStart)
+        return complain(program.errorString());
+
+    const vorn::DeviceReport report = stage.device().report();
+    std::printf("The device was updated %d times", report.updates);
+    if (report.updates > 0)
+        std::printf("; it holds %lld bytes, SHA-256 %s", static_cast<long long>(report.image.size()),
+                    qPrintable(report.imageSha256()));
+    std::puts(".");
+    return exitCode;
+}
+
+int updateByItself(int argc, char **argv)
+{
+    vorn::DemoStage stage;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("XDG_CACHE_HOME", QFile::encodeName(stage.cacheDirectory()));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(stage.configDirectory()));
+    const QApplication application(argc, argv);
+    QString problem;
+    if (!stage.set(problem))
+        return complain(problem);
+    vorn::PackageLocation packages =
+        vorn::PackageLocation::onHost(stage.packageHost()).value_or(vorn::PackageLocation());
+    if (!packages.addCertificates(stage.packageCaFile(), problem))
+        return complain(problem);
+    vorn::SerialDeviceRegistry::setSystem(
+        std::make_unique<vorn::DirectoryDeviceRegistry>(stage.deviceDirectory()));
+
+    std::puts("No display: the program updates a simulated device by itself.\n");
+    vorn::printStatusTexts();
+    vorn::MainWindow window;
+    ViewController controller(window, packages);
+    controller.viewDidLoad();
+    window.show();
+
+    const QString screenshot =
+        QFileInfo(QCoreApplication::applicationDirPath() + QStringLiteral("/../demo.png"))
+            .absoluteFilePath();
+    const bool equal = vorn::AutoPilot(window, stage).run(screenshot);
+    std::printf("The picture of the window is %s\n", qPrintable(QFileInfo(screenshot).canonicalFilePath()));
+    return equal ? 0 : 1;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication::setOrganizationName(QStringLiteral("Vorn"));
+    QCoreApplication::setApplicationName(QStringLiteral("vornupdater"));
+    return hasDisplay() ? showProgram(argc, argv) : updateByItself(argc, argv);
+}
