@@ -33,8 +33,8 @@ AutoPilot::AutoPilot(MainWindow &window, const DemoStage &stage)
 
 bool AutoPilot::run(const QString &screenshot)
 {
-    return download() && openDevice() && chooseFirmware() && update(screenshot)
-        && deviceHoldsTheFile();
+    return download() && openDevice() && chooseFirmware() && update(screenshot) &&
+           deviceHoldsTheFile();
 }
 
 bool AutoPilot::waitFor(const char *what, const std::function<bool()> &condition)
@@ -73,8 +73,8 @@ bool AutoPilot::chooseFirmware()
         return m_firmwareList->findText(QStringLiteral("VORN_PLATINA-"), Qt::MatchStartsWith);
     };
     const auto showsThisModelOnly = [&] {
-        return firstPlatinaFile() > 0
-            && m_firmwareList->findText(QStringLiteral("VORN_I-"), Qt::MatchStartsWith) < 0;
+        return firstPlatinaFile() > 0 &&
+               m_firmwareList->findText(QStringLiteral("VORN_I-"), Qt::MatchStartsWith) < 0;
     };
     if (!waitFor("the firmware list shows the device's model", showsThisModelOnly))
         return false;
@@ -93,12 +93,12 @@ bool AutoPilot::update(const QString &screenshot)
     bool pictured = false;
     const auto ended = [&] {
         const QString text = m_updateText->text();
-        if (!pictured && text.contains(QLatin1StringView("progress,updating"))
-            && text.section(QLatin1Char(':'), 1).section(QLatin1Char('%'), 0, 0).toInt() >= 50)
+        if (!pictured && text.contains(QLatin1StringView("progress,updating")) &&
+            text.section(QLatin1Char(':'), 1).section(QLatin1Char('%'), 0, 0).toInt() >= 50)
             pictured = m_window.grab().save(screenshot);
-        return text.contains(QLatin1StringView("successfully update"))
-            || text.contains(QLatin1StringView("try again"))
-            || text.contains(QLatin1StringView("does not respond"));
+        return text.contains(QLatin1StringView("successfully update")) ||
+               text.contains(QLatin1StringView("try again")) ||
+               text.contains(QLatin1StringView("does not respond"));
     };
     if (!waitFor("the update ends", ended))
         return false;
@@ -111,13 +111,13 @@ bool AutoPilot::deviceHoldsTheFile() const
 {
     QFile file(QDir(m_stage.firmwareFolder()).filePath(m_firmwareList->currentText()));
     if (!file.open(QIODevice::ReadOnly)) {
-        std::fprintf(stderr, "%s: %s\n", qPrintable(file.fileName()), qPrintable(file.errorString()));
+        std::fprintf(stderr, "%s: %s\n", qPrintable(file.fileName()),
+                     qPrintable(file.errorString()));
         return false;
     }
     const QByteArray image = file.readAll();
     const DeviceReport report = m_stage.device().report();
-    const QByteArray hash =
-        QCryptographicHash::hash(image, QCryptographicHash::Sha256).toHex();
+    const QByteArray hash = QCryptographicHash::hash(image, QCryptographicHash::Sha256).toHex();
     std::printf("\nfile    %s  %lld bytes\ndevice  %s  %lld bytes, %d protocol errors\n",
                 hash.constData(), static_cast<long long>(image.size()),
                 qPrintable(report.imageSha256()), static_cast<long long>(report.image.size()),

@@ -9,8 +9,8 @@
 
 namespace vorn {
 
-// Does in the real window what a person would: fetches the latest package, opens the device, chooses
-// a firmware file and updates the device, pressing the real controls.
+// Does in the real window what a person would: fetches the latest package, opens the device,
+// chooses a firmware file and updates the device, pressing the real controls.
 class AutoPilot
 {
 public:

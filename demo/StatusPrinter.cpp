@@ -22,8 +22,8 @@ const QElapsedTimer &clockSinceStart()
 void printUpdate(QAccessibleEvent *event)
 {
     const auto *label = qobject_cast<const QLabel *>(event->object());
-    if (event->type() != QAccessible::NameChanged || !label
-        || label->accessibleDescription().isEmpty())
+    if (event->type() != QAccessible::NameChanged || !label ||
+        label->accessibleDescription().isEmpty())
         return;
     std::printf("%8.3f s  %-18s %s\n", static_cast<double>(clockSinceStart().elapsed()) / 1000.0,
                 qPrintable(label->accessibleDescription() + QLatin1Char(':')),

@@ -19,8 +19,8 @@ namespace {
 
 bool hasDisplay()
 {
-    return (qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
-        && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+    return (qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) &&
+           !qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
 }
 
 int complain(const QString &problem)
@@ -60,8 +60,8 @@ int showProgram(int argc, char **argv)
     const vorn::DeviceReport report = stage.device().report();
     std::printf("The device was updated %d times", report.updates);
     if (report.updates > 0)
-        std::printf("; it holds %lld bytes, SHA-256 %s", static_cast<long long>(report.image.size()),
-                    qPrintable(report.imageSha256()));
+        std::printf("; it holds %lld bytes, SHA-256 %s",
+                    static_cast<long long>(report.image.size()), qPrintable(report.imageSha256()));
     std::puts(".");
     return exitCode;
 }
@@ -94,7 +94,8 @@ int updateByItself(int argc, char **argv)
         QFileInfo(QCoreApplication::applicationDirPath() + QStringLiteral("/../demo.png"))
             .absoluteFilePath();
     const bool equal = vorn::AutoPilot(window, stage).run(screenshot);
-    std::printf("The picture of the window is %s\n", qPrintable(QFileInfo(screenshot).canonicalFilePath()));
+    std::printf("The picture of the window is %s\n",
+                qPrintable(QFileInfo(screenshot).canonicalFilePath()));
     return equal ? 0 : 1;
 }
 
