@@ -42,21 +42,11 @@ void DeviceJournal::plugged(const QString &path, const QString &slavePath)
     tell(DeviceEvent::Kind::Plugged, 0);
 }
 
-void DeviceJournal::unplugged()
-{
-    {
-        const std::lock_guard lock(m_mutex);
-        m_report.plugged = false;
-        m_downloading = false;
-    }
-    m_changed.notify_all();
-    tell(DeviceEvent::Kind::Unplugged, 0);
-}
-
-void DeviceJournal::opened(int times)
+void DeviceJournal::used(int opens, bool inUse)
 {
     const std::lock_guard lock(m_mutex);
-    m_report.opens += times;
+    m_report.opens += opens;
+    m_report.inUse = inUse;
 }
 
 void DeviceJournal::note(const QString &error)
@@ -160,7 +150,16 @@ void DeviceJournal::tellAnswer(const Answer &answer, bool written)
 DeviceReport DeviceJournal::report() const
 {
     const std::lock_guard lock(m_mutex);
-    return m_report;
+    DeviceReport copy = m_report;
+    // Deep copies: no memory is shared across threads but under the lock.
+    copy.path = QString(copy.path.constData(), copy.path.size());
+    copy.slavePath = QString(copy.slavePath.constData(), copy.slavePath.size());
+    copy.image = QByteArray(copy.image.constData(), copy.image.size());
+    copy.partialImage = QByteArray(copy.partialImage.constData(), copy.partialImage.size());
+    copy.errors.clear();
+    for (const QString &error : m_report.errors)
+        copy.errors.append(QString(error.constData(), error.size()));
+    return copy;
 }
 
 } // namespace vorn

@@ -24,8 +24,22 @@ public:
     void setObserver(DeviceObserver observer); // before the device's thread runs
 
     void plugged(const QString &path, const QString &slavePath);
-    void unplugged();
-    void opened(int times);
+    // Calls pull(), which removes the link and hangs up. A report waits for it, so whoever has seen
+    // the device go finds it gone there.
+    template <typename Pull>
+    void unplug(Pull pull)
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            pull();
+            m_report.plugged = false;
+            m_report.inUse = false;
+            m_downloading = false;
+        }
+        m_changed.notify_all();
+        tell(DeviceEvent::Kind::Unplugged, 0);
+    }
+    void used(int opens, bool inUse);
     // begun: when the frame's first byte was read; ended: when its last bit arrived.
     void received(const BootEvent &event, qint64 declaredLength, Time begun, Time ended);
     // Calls write(), which writes the answer and says whether it could, and notes the answer. A

@@ -58,6 +58,7 @@ QJsonObject DeviceReport::toJson() const
             {QStringLiteral("plugged"), plugged},
             {QStringLiteral("model"), modelCode},
             {QStringLiteral("opens"), opens},
+            {QStringLiteral("inUse"), inUse},
             {QStringLiteral("exchanges"), exchanges},
             {QStringLiteral("updates"), updates},
             {QStringLiteral("imageSha256"), imageSha256()},

@@ -36,6 +36,7 @@ struct DeviceReport
     int modelCode = 0;
 
     int opens = 0;           // how often a program opened the terminal
+    bool inUse = false;      // whether one has it open now
     int exchanges = 0;       // sync bytes
     int updates = 0;         // downloads whose last acknowledgement was written
     std::int64_t frames = 0; // frames received in good order, of every kind

@@ -74,9 +74,10 @@ bool DeviceThread::request(Request what, QString *problem)
     m_requestProblem = {};
     wake();
     m_served.wait(lock, [this] { return m_requestDone; });
+    const bool done = m_requestProblem.isNull();
     if (problem != nullptr)
-        *problem = m_requestProblem;
-    return m_requestProblem.isNull();
+        *problem = std::move(m_requestProblem);
+    return done;
 }
 
 bool DeviceThread::serveRequest()
@@ -100,7 +101,7 @@ bool DeviceThread::serveRequest()
     {
         const std::lock_guard lock(m_mutex);
         m_requestDone = true;
-        m_requestProblem = problem;
+        m_requestProblem = std::move(problem);
     }
     m_served.notify_all();
     return what != Request::Stop;
@@ -135,9 +136,10 @@ void DeviceThread::pullOut()
     m_line.dropOutput(Clock::now());
     m_loader.powerOff();
     m_watch = TerminalWatch();
-    m_link.reset();
-    m_terminal.reset();
-    m_journal.unplugged();
+    m_journal.unplug([this] {
+        m_link.reset();
+        m_terminal.reset();
+    });
 }
 
 void DeviceThread::plugInWhenDue(Time now)
@@ -210,12 +212,12 @@ void DeviceThread::waitAndReceive()
 void DeviceThread::takeChanges()
 {
     const TerminalWatch::Changes changes = m_watch.takeChanges();
-    if (changes.opens > 0)
-        m_journal.opened(changes.opens);
-    if (changes.freed)
-        m_terminal->settle();
-    else if (changes.taken)
+    if (changes.handover) {
         m_terminal->discardUnread();
+        if (changes.unused)
+            m_terminal->endExclusiveUse();
+    }
+    m_journal.used(changes.opens, !changes.unused);
 }
 
 void DeviceThread::receive()
@@ -235,8 +237,11 @@ void DeviceThread::receive()
 void DeviceThread::take(std::span<const std::uint8_t> bytes, Time now)
 {
     while (!bytes.empty() && m_terminal) {
-        if (!m_loader.insideFrame())
+        if (!m_loader.insideFrame()) {
             m_frameBegun = now;
+            if (bytes.front() == boot::Sync)
+                m_lateness = {}; // no answer released it
+        }
         m_lastByte = now;
         const BootLoader::Taken taken = m_loader.take(bytes);
         bytes = bytes.subspan(taken.count);

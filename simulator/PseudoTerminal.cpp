@@ -52,11 +52,9 @@ std::optional<PseudoTerminal> PseudoTerminal::open(QString *problem)
     return terminal;
 }
 
-void PseudoTerminal::settle() const
+void PseudoTerminal::endExclusiveUse() const
 {
     ::ioctl(m_slave.get(), TIOCNXCL);
-    makeRaw(m_slave.get());
-    discardUnread();
 }
 
 void PseudoTerminal::discardUnread() const

@@ -20,10 +20,9 @@ public:
     int master() const { return m_master.get(); } // non-blocking
     const QString &slavePath() const { return m_slavePath; }
 
-    // What the closing of a real port's last user does: the exclusive claim ends, raw mode is back
-    // and bytes that nobody has read are gone.
-    void settle() const;
-    // Discards bytes that were written for a program and not read by it.
+    // The closing of a real port's last user ends its exclusive claim and discards what it has not
+    // read. Here the slave stays open, so both must be done.
+    void endExclusiveUse() const;
     void discardUnread() const;
 
 private:

@@ -25,19 +25,21 @@ TerminalWatch::Changes TerminalWatch::takeChanges()
     std::array<std::byte, 4096> buffer{};
     for (;;) {
         const ssize_t got = m_fd.isValid() ? ::read(m_fd.get(), buffer.data(), buffer.size()) : -1;
-        if (got <= 0)
+        if (got <= 0) {
+            changes.unused = m_users == 0;
             return changes;
+        }
         for (std::size_t at = 0; at < static_cast<std::size_t>(got);) {
             inotify_event event{};
             std::memcpy(&event, buffer.data() + at, sizeof event);
             at += sizeof event + event.len;
             if ((event.mask & IN_OPEN) != 0) {
                 ++changes.opens;
-                changes.taken = changes.taken || m_users == 0;
+                changes.handover = changes.handover || m_users == 0;
                 ++m_users;
             } else if ((event.mask & (IN_CLOSE_WRITE | IN_CLOSE_NOWRITE)) != 0) {
                 m_users = std::max(m_users - 1, 0);
-                changes.freed = changes.freed || m_users == 0;
+                changes.handover = changes.handover || m_users == 0;
             }
         }
     }

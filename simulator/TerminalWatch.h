@@ -19,8 +19,8 @@ public:
     struct Changes
     {
         int opens = 0;
-        bool taken = false; // the first user came
-        bool freed = false; // the last user left
+        bool handover = false; // the last user left or the first one came
+        bool unused = false;   // now
     };
     Changes takeChanges();
 
