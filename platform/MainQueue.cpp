@@ -1,5 +1,7 @@
 #include "platform/MainQueue.h"
 
+#include "platform/GlobalQueue.h"
+
 #include <QCoreApplication>
 #include <QSocketNotifier>
 #include <QThread>
@@ -36,13 +38,22 @@ MainQueue::MainQueue() : m_thread(std::this_thread::get_id())
 {
     Q_ASSERT(QCoreApplication::instance() &&
              QCoreApplication::instance()->thread() == QThread::currentThread());
+    // Made first, so that it is still there when this queue ends.
+    GlobalQueue::instance();
     m_notifier = std::make_unique<QSocketNotifier>(m_wake.descriptor(), QSocketNotifier::Read);
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, [this] { drain(); });
     // A notifier must not outlive the application's event dispatcher.
-    QObject::connect(QCoreApplication::instance(), &QObject::destroyed, [this] { close(); });
+    QObject::connect(QCoreApplication::instance(), &QObject::destroyed, m_notifier.get(),
+                     [this] { close(); });
 }
 
-MainQueue::~MainQueue() = default;
+// At the process's end. Background threads may be waiting for the main thread, and use this queue
+// until they end.
+MainQueue::~MainQueue()
+{
+    close();
+    GlobalQueue::instance().shutdown();
+}
 
 bool MainQueue::isCurrent() const
 {

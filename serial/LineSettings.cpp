@@ -28,6 +28,9 @@ void setFlag(tcflag_t &flags, tcflag_t flag, bool on)
 termios withLineSettings(termios attributes, const LineSettings &settings)
 {
     cfmakeraw(&attributes);
+    // What raw mode leaves as it was, but binary traffic cannot bear: the kernel's own XOFF bytes
+    // among the data, and changed or dropped characters.
+    attributes.c_iflag &= ~static_cast<tcflag_t>(IXOFF | IXANY | INPCK | IGNPAR | IUCLC);
     attributes.c_cc[VMIN] = 1;
     attributes.c_cc[VTIME] = 2;
 
@@ -37,6 +40,8 @@ termios withLineSettings(termios attributes, const LineSettings &settings)
     else if (settings.dataBits == 8)
         attributes.c_cflag |= CS8;
 
+    // Mark and space parity, which would take the place of odd and even.
+    attributes.c_cflag &= ~static_cast<tcflag_t>(CMSPAR);
     if (settings.parity <= 2)
         setFlag(attributes.c_cflag, PARENB, settings.parity != 0);
     if (settings.parity == 1 || settings.parity == 2)

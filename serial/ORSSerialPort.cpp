@@ -11,6 +11,9 @@ namespace {
 
 Q_LOGGING_CATEGORY(logSerial, "vorn.serial")
 
+// The methods below that may call the delegate or tell observers hold on to `d` and do not touch
+// the port afterwards: whoever hears of the event may let go of the port.
+
 // The last owner of a port may be a background job, but a port dies on the main thread.
 struct MainThreadDeleter
 {
@@ -40,25 +43,26 @@ ORSSerialPortPtr ORSSerialPort::serialPortWithDevice(const SerialDeviceHandle &d
 ORSSerialPort::ORSSerialPort(const SerialDeviceHandle &device)
     : d(std::make_shared<ORSSerialPortPrivate>(this, device))
 {
-    vorn::LivePorts::instance().add(this);
+    d->livePorts->add(this);
 }
 
 ORSSerialPort::~ORSSerialPort()
 {
-    vorn::LivePorts::instance().remove(this);
+    d->livePorts->remove(this);
     d->port = nullptr;
     d->close();
 }
 
 ORSSerialPort *ORSSerialPort::existingPortWithPath(const QString &path)
 {
-    return vorn::LivePorts::instance().withPath(path);
+    return vorn::LivePorts::instance()->withPath(path);
 }
 
 void ORSSerialPort::open()
 {
-    const std::lock_guard lock(d->opening);
-    d->open();
+    const auto self = d;
+    const std::lock_guard lock(self->opening);
+    self->open();
 }
 
 bool ORSSerialPort::close()
@@ -69,8 +73,9 @@ bool ORSSerialPort::close()
 
 void ORSSerialPort::cleanupAfterSystemRemoval()
 {
-    d->tellOfRemoval();
-    close();
+    const auto self = d;
+    self->tellOfRemoval();
+    self->close();
 }
 
 void ORSSerialPort::cleanup()
@@ -80,22 +85,28 @@ void ORSSerialPort::cleanup()
     cleanupAfterSystemRemoval();
 }
 
-bool ORSSerialPort::sendData(QByteArrayView data) { return d->sendData(data); }
+bool ORSSerialPort::sendData(QByteArrayView data)
+{
+    const auto self = d;
+    return self->sendData(data);
+}
 
 void ORSSerialPort::startListeningForPacketsMatchingDescriptor(
     const ORSSerialPacketDescriptorPtr &descriptor)
 {
-    if (d->packetListeners.contains(descriptor))
+    const auto self = d;
+    if (self->packetListeners.contains(descriptor))
         return;
-    d->requestHandlingQueue.postAndWait([&] { d->packetListeners.add(descriptor); });
-    d->emitOnMain(&ORSSerialPort::packetDescriptorsAndBuffersChanged);
+    self->requestHandlingQueue.postAndWait([&] { self->packetListeners.add(descriptor); });
+    self->emitOnMain(&ORSSerialPort::packetDescriptorsAndBuffersChanged);
 }
 
 void ORSSerialPort::stopListeningForPacketsMatchingDescriptor(
     const ORSSerialPacketDescriptorPtr &descriptor)
 {
-    d->requestHandlingQueue.postAndWait([&] { d->packetListeners.remove(descriptor); });
-    d->emitOnMain(&ORSSerialPort::packetDescriptorsAndBuffersChanged);
+    const auto self = d;
+    self->requestHandlingQueue.postAndWait([&] { self->packetListeners.remove(descriptor); });
+    self->emitOnMain(&ORSSerialPort::packetDescriptorsAndBuffersChanged);
 }
 
 QList<ORSSerialPacketDescriptorPtr> ORSSerialPort::packetDescriptors() const
@@ -103,7 +114,10 @@ QList<ORSSerialPacketDescriptorPtr> ORSSerialPort::packetDescriptors() const
     return d->packetListeners.descriptors();
 }
 
-void ORSSerialPort::setDelegate(std::nullptr_t) { setDelegate(nullptr, {}); }
+void ORSSerialPort::setDelegate(std::nullptr_t)
+{
+    setDelegate(nullptr, {});
+}
 
 void ORSSerialPort::setDelegate(ORSSerialPortDelegate *delegate,
                                 ORSSerialPortDelegate::Implements implements)
@@ -119,10 +133,31 @@ ORSSerialPortDelegate *ORSSerialPort::delegate() const
     return d->delegate.get();
 }
 
-SerialDeviceHandle ORSSerialPort::IOKitDevice() const { return d->device; }
-QString ORSSerialPort::path() const { return d->path; }
-QString ORSSerialPort::name() const { return d->name; }
-int ORSSerialPort::fileDescriptor() const { return d->fileDescriptor; }
-bool ORSSerialPort::CTS() const { return d->cts; }
-bool ORSSerialPort::DSR() const { return d->dsr; }
-bool ORSSerialPort::DCD() const { return d->dcd; }
+SerialDeviceHandle ORSSerialPort::IOKitDevice() const
+{
+    return d->device;
+}
+QString ORSSerialPort::path() const
+{
+    return d->path;
+}
+QString ORSSerialPort::name() const
+{
+    return d->name;
+}
+int ORSSerialPort::fileDescriptor() const
+{
+    return d->fileDescriptor;
+}
+bool ORSSerialPort::CTS() const
+{
+    return d->cts;
+}
+bool ORSSerialPort::DSR() const
+{
+    return d->dsr;
+}
+bool ORSSerialPort::DCD() const
+{
+    return d->dcd;
+}

@@ -65,7 +65,7 @@ public:
     explicit ORSSerialPort(const vorn::SerialDeviceHandle &device);
     ~ORSSerialPort() override;
 
-    // The live port with this path that was made first, or null.
+    // The live port with this path that was made first, or null. Main thread only.
     static ORSSerialPort *existingPortWithPath(const QString &path);
 
     // Device registry: the device with this callout or dial-in path, else null.
@@ -80,7 +80,8 @@ public:
     static QString modemNameFromDevice(const vorn::SerialDeviceHandle &device);
     static QString suffixFromDevice(const vorn::SerialDeviceHandle &device);
 
-    // Opens the device for this process alone and sets the line. Does nothing on an open port.
+    // Opens the device for this process alone and sets the line; EBUSY when another has it, ENOTTY
+    // when the path leads to no terminal. Does nothing on an open port, also on one that closes.
     void open();
     // Begins to close and returns at once, always true: the port is closed when isOpen() says so.
     // Output that still waits gets at most a second to leave.
@@ -90,11 +91,12 @@ public:
     void cleanupAfterSystemRemoval();
     [[deprecated("never intended to be called")]] void cleanup();
 
-    // Writes all bytes, blocking until the line took them. False when the port is not open, a write
-    // fails, or the port closes meanwhile.
+    // Writes all bytes, blocking until the line took them. False when the port is not open or
+    // closes meanwhile, and when a write fails, which alone is reported.
     bool sendData(QByteArrayView data);
 
-    // Reports packets from now on (no longer). May be called from the main thread.
+    // Reports packets from now on (no longer). Waits for the port's matching of what arrived
+    // before, so not to be called from a descriptor's evaluator.
     void startListeningForPacketsMatchingDescriptor(const ORSSerialPacketDescriptorPtr &descriptor);
     void stopListeningForPacketsMatchingDescriptor(const ORSSerialPacketDescriptorPtr &descriptor);
     QList<ORSSerialPacketDescriptorPtr> packetDescriptors() const;

@@ -23,7 +23,8 @@ struct ORSSerialPortError
 
 // Receives a port's events, always on the main thread. All methods but the first are optional: the
 // port sees which of them a delegate's class overrides and behaves accordingly (without
-// serialPortWasClosed(), for example, queued requests survive a close). Ports hold delegates weakly.
+// serialPortWasClosed(), for example, queued requests survive a close). Ports hold delegates
+// weakly.
 class ORSSerialPortDelegate : public vorn::DelegateBase
 {
 public:
@@ -37,9 +38,9 @@ public:
         ORSSerialPort &serialPort, const QByteArray &packetData,
         const std::shared_ptr<const ORSSerialPacketDescriptor> &descriptor);
     // The response that a sent request waited for.
-    virtual void serialPortDidReceiveResponseToRequest(
-        ORSSerialPort &serialPort, const QByteArray &responseData,
-        const std::shared_ptr<ORSSerialRequest> &request);
+    virtual void
+    serialPortDidReceiveResponseToRequest(ORSSerialPort &serialPort, const QByteArray &responseData,
+                                          const std::shared_ptr<ORSSerialRequest> &request);
     // A request got no response in time. No request when none was pending by then.
     virtual void serialPortRequestDidTimeout(ORSSerialPort &serialPort,
                                              const std::shared_ptr<ORSSerialRequest> &request);
@@ -66,8 +67,8 @@ public:
     {
         using Base = ORSSerialPortDelegate;
         return {
-            .didReceiveData = overrides(&Delegate::serialPortDidReceiveData,
-                                        &Base::serialPortDidReceiveData),
+            .didReceiveData =
+                overrides(&Delegate::serialPortDidReceiveData, &Base::serialPortDidReceiveData),
             .didReceivePacket = overrides(&Delegate::serialPortDidReceivePacketMatchingDescriptor,
                                           &Base::serialPortDidReceivePacketMatchingDescriptor),
             .didReceiveResponse = overrides(&Delegate::serialPortDidReceiveResponseToRequest,

@@ -1,8 +1,8 @@
 #include "serial/ORSSerialPortManager.h"
 
-#include "platform/GlobalQueue.h"
 #include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
+#include "serial/LivePorts.h"
 
 #include <QLoggingCategory>
 
@@ -29,8 +29,8 @@ ORSSerialPortManager &ORSSerialPortManager::sharedSerialPortManager()
 {
     // What the manager needs at the process's end is made before it, and so outlives it.
     static const bool queuesExist = [] {
-        vorn::GlobalQueue::instance();
         vorn::MainQueue::instance();
+        vorn::LivePorts::instance();
         NotificationCenter::defaultCenter();
         SerialDeviceRegistry::system();
         return true;
@@ -54,7 +54,8 @@ ORSSerialPortManager::ORSSerialPortManager()
 void ORSSerialPortManager::retrieveAvailablePortsAndRegisterForChangeNotifications()
 {
     SerialDeviceRegistry &registry = SerialDeviceRegistry::system();
-    if (!registry.watchPublished([this](const auto &devices) { serialPortsWerePublished(devices); }))
+    if (!registry.watchPublished(
+            [this](const auto &devices) { serialPortsWerePublished(devices); }))
         return;
     ORSSerialPortList ports;
     for (const vorn::SerialDeviceHandle &device : registry.devices()) {

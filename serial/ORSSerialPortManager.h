@@ -9,15 +9,16 @@
 
 using ORSSerialPortList = QList<ORSSerialPortPtr>;
 
-// Notifications on the default notification centre when devices came (went), and the key under which
-// their user information holds the ports (an ORSSerialPortList). Ports of a removal are new objects:
-// find the port that you hold by isEqual().
+// Notifications on the default notification centre when devices came (went), and the key under
+// which their user information holds the ports (an ORSSerialPortList). Ports of a removal are new
+// objects: find the port that you hold by isEqual().
 inline const QString ORSSerialPortWasConnectedNotification =
     QStringLiteral("ORSSerialPortWasConnectedNotification");
 inline const QString ORSSerialPortWasDisconnectedNotification =
     QStringLiteral("ORSSerialPortWasDisconnectedNotification");
 inline const QString ORSConnectedSerialPortsKey = QStringLiteral("ORSConnectedSerialPortsKey");
-inline const QString ORSDisconnectedSerialPortsKey = QStringLiteral("ORSDisconnectedSerialPortsKey");
+inline const QString ORSDisconnectedSerialPortsKey =
+    QStringLiteral("ORSDisconnectedSerialPortsKey");
 
 // The process's list of the serial devices that are present, kept current as they come and go. Main
 // thread only. At the process's end, open ports are closed and their lines put back.

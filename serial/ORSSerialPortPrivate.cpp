@@ -4,6 +4,7 @@
 
 #include "platform/GlobalQueue.h"
 
+#include <cerrno>
 #include <cstring>
 
 using vorn::MainQueue;
@@ -52,8 +53,11 @@ int ORSSerialPortPrivate::openTerminalAtPath()
     postToDelegate([](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
         receiver.serialPortWasOpened(itsPort);
     });
-    vorn::GlobalQueue::instance().post(
+    const bool isServed = vorn::GlobalQueue::instance().post(
         [self = shared_from_this(), opened] { vorn::PortLoop(self, opened).run(); });
+    // At the process's end, when no background thread is left to read and close.
+    if (!isServed)
+        terminalWasClosed(opened->close(false));
     return 0;
 }
 
@@ -62,12 +66,17 @@ void ORSSerialPortPrivate::setPortOptions()
     const auto opened = openTerminal();
     if (!opened)
         return;
-    vorn::LineSettings wanted;
+    int error = 0;
     {
-        const std::lock_guard lock(settingsMutex);
-        wanted = settings;
+        const std::lock_guard oneAtATime(lineMutex);
+        vorn::LineSettings wanted;
+        {
+            const std::lock_guard lock(settingsMutex);
+            wanted = settings;
+        }
+        error = opened->applySettings(wanted);
     }
-    if (const int error = opened->applySettings(wanted); error != 0)
+    if (error != 0)
         notifyDelegateOfPosixError(error);
 }
 
@@ -100,9 +109,8 @@ ORSSerialPortDelegate::Implements ORSSerialPortPrivate::implemented() const
 
 void ORSSerialPortPrivate::postToDelegate(DelegateCall call)
 {
-    MainQueue::instance().post([self = shared_from_this(), call = std::move(call)] {
-        self->callDelegateAndWait(call);
-    });
+    MainQueue::instance().post(
+        [self = shared_from_this(), call = std::move(call)] { self->callDelegateAndWait(call); });
 }
 
 void ORSSerialPortPrivate::callDelegateAndWait(const DelegateCall &call)
@@ -153,11 +161,11 @@ bool ORSSerialPortPrivate::sendData(QByteArrayView data)
     const auto opened = openTerminal();
     if (!opened)
         return false;
-    if (const int error = opened->writeAll(data); error != 0) {
+    const int error = data.isEmpty() ? 0 : opened->writeAll(data);
+    // A port that closes is as good as closed, where a write is refused without a word.
+    if (error != 0 && error != ECANCELED)
         notifyDelegateOfPosixError(error);
-        return false;
-    }
-    return true;
+    return error == 0;
 }
 
 void ORSSerialPortPrivate::receiveData(const QByteArray &data)
@@ -167,16 +175,18 @@ void ORSSerialPortPrivate::receiveData(const QByteArray &data)
     });
     // With nobody to match for, no byte needs the walk.
     if (!packetListeners.isEmpty())
-        requestHandlingQueue.post([self = shared_from_this(), data] { self->matchReceivedData(data); });
+        requestHandlingQueue.post(
+            [self = shared_from_this(), data] { self->matchReceivedData(data); });
 }
 
 void ORSSerialPortPrivate::matchReceivedData(const QByteArray &data)
 {
     const auto report = [this](const ORSSerialPacketDescriptorPtr &descriptor,
                                const QByteArray &packet) {
-        postToDelegate([descriptor, packet](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
-            receiver.serialPortDidReceivePacketMatchingDescriptor(itsPort, packet, descriptor);
-        });
+        postToDelegate(
+            [descriptor, packet](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
+                receiver.serialPortDidReceivePacketMatchingDescriptor(itsPort, packet, descriptor);
+            });
     };
     for (qsizetype i = 0; i < data.size(); ++i)
         packetListeners.receive(QByteArrayView(data).sliced(i, 1), report);

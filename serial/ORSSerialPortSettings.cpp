@@ -18,43 +18,50 @@ bool store(ORSSerialPortPrivate &d, Value vorn::LineSettings::*field, Value valu
     return std::exchange(d.settings.*field, value) != value;
 }
 
+// Those below hold on to what they work on: whoever hears of the event may let go of the port.
+
 template <typename Value>
-void storeAndApply(ORSSerialPortPrivate &d, Value vorn::LineSettings::*field, Value value)
+void storeAndApply(const std::shared_ptr<ORSSerialPortPrivate> &of,
+                   Value vorn::LineSettings::*field, Value value)
 {
-    if (!store(d, field, value))
+    const auto d = of;
+    if (!store(*d, field, value))
         return;
-    d.setPortOptions();
-    d.emitOnMain(&ORSSerialPort::lineSettingsChanged);
+    d->setPortOptions();
+    d->emitOnMain(&ORSSerialPort::lineSettingsChanged);
 }
 
 // Closing is only asked for here, so the opening meets a port that still counts as open and does
 // nothing: an open port ends up closed.
-void storeFlowControl(ORSSerialPortPrivate &d, bool vorn::LineSettings::*field, bool uses)
+void storeFlowControl(const std::shared_ptr<ORSSerialPortPrivate> &of,
+                      bool vorn::LineSettings::*field, bool uses)
 {
+    const auto d = of;
     {
-        const std::lock_guard lock(d.opening);
-        if (read(d, field) == uses)
+        const std::lock_guard lock(d->opening);
+        if (read(*d, field) == uses)
             return;
-        const bool wasOpen = d.fileDescriptor != 0;
-        d.close();
-        store(d, field, uses);
-        d.setPortOptions();
+        const bool wasOpen = d->fileDescriptor != 0;
+        d->close();
+        store(*d, field, uses);
+        d->setPortOptions();
         if (wasOpen)
-            d.open();
+            d->open();
     }
-    d.emitOnMain(&ORSSerialPort::lineSettingsChanged);
+    d->emitOnMain(&ORSSerialPort::lineSettingsChanged);
 }
 
-void storeOutputLine(ORSSerialPortPrivate &d, bool ORSSerialPortPrivate::*line, bool on,
-                     void (ORSSerialPort::*changed)())
+void storeOutputLine(const std::shared_ptr<ORSSerialPortPrivate> &of,
+                     bool ORSSerialPortPrivate::*line, bool on, void (ORSSerialPort::*changed)())
 {
+    const auto d = of;
     {
-        const std::lock_guard lock(d.settingsMutex);
-        if (std::exchange(d.*line, on) == on)
+        const std::lock_guard lock(d->settingsMutex);
+        if (std::exchange(d.get()->*line, on) == on)
             return;
     }
-    d.updateModemLines();
-    d.emitOnMain(changed);
+    d->updateModemLines();
+    d->emitOnMain(changed);
 }
 
 } // namespace
@@ -71,62 +78,87 @@ void ORSSerialPort::setAllowsNonStandardBaudRates(bool allows)
     store(*d, &LineSettings::allowsNonStandardBaudRates, allows);
 }
 
-quint32 ORSSerialPort::baudRate() const { return read(*d, &LineSettings::baudRate); }
+quint32 ORSSerialPort::baudRate() const
+{
+    return read(*d, &LineSettings::baudRate);
+}
 
 void ORSSerialPort::setBaudRate(quint32 baudRate)
 {
-    store(*d, &LineSettings::baudRate, baudRate);
-    d->setPortOptions();
-    d->emitOnMain(&ORSSerialPort::lineSettingsChanged);
+    const auto self = d;
+    store(*self, &LineSettings::baudRate, baudRate);
+    self->setPortOptions();
+    self->emitOnMain(&ORSSerialPort::lineSettingsChanged);
 }
 
-uint ORSSerialPort::numberOfStopBits() const { return read(*d, &LineSettings::stopBits); }
+uint ORSSerialPort::numberOfStopBits() const
+{
+    return read(*d, &LineSettings::stopBits);
+}
 
 void ORSSerialPort::setNumberOfStopBits(uint numberOfStopBits)
 {
-    storeAndApply(*d, &LineSettings::stopBits, numberOfStopBits);
+    storeAndApply(d, &LineSettings::stopBits, numberOfStopBits);
 }
 
-uint ORSSerialPort::numberOfDataBits() const { return read(*d, &LineSettings::dataBits); }
+uint ORSSerialPort::numberOfDataBits() const
+{
+    return read(*d, &LineSettings::dataBits);
+}
 
 void ORSSerialPort::setNumberOfDataBits(uint numberOfDataBits)
 {
-    storeAndApply(*d, &LineSettings::dataBits, numberOfDataBits);
+    storeAndApply(d, &LineSettings::dataBits, numberOfDataBits);
 }
 
-uint ORSSerialPort::parity() const { return read(*d, &LineSettings::parity); }
+uint ORSSerialPort::parity() const
+{
+    return read(*d, &LineSettings::parity);
+}
 
 void ORSSerialPort::setParity(uint parity)
 {
-    storeAndApply(*d, &LineSettings::parity, parity > 2 ? 0 : parity);
+    storeAndApply(d, &LineSettings::parity, parity > 2 ? 0 : parity);
 }
 
-bool ORSSerialPort::shouldEchoReceivedData() const { return read(*d, &LineSettings::echo); }
+bool ORSSerialPort::shouldEchoReceivedData() const
+{
+    return read(*d, &LineSettings::echo);
+}
 
 void ORSSerialPort::setShouldEchoReceivedData(bool echo)
 {
-    storeAndApply(*d, &LineSettings::echo, echo);
+    storeAndApply(d, &LineSettings::echo, echo);
 }
 
-bool ORSSerialPort::usesRTSCTSFlowControl() const { return read(*d, &LineSettings::rtsCts); }
+bool ORSSerialPort::usesRTSCTSFlowControl() const
+{
+    return read(*d, &LineSettings::rtsCts);
+}
 
 void ORSSerialPort::setUsesRTSCTSFlowControl(bool uses)
 {
-    storeFlowControl(*d, &LineSettings::rtsCts, uses);
+    storeFlowControl(d, &LineSettings::rtsCts, uses);
 }
 
-bool ORSSerialPort::usesDTRDSRFlowControl() const { return read(*d, &LineSettings::dtrDsr); }
+bool ORSSerialPort::usesDTRDSRFlowControl() const
+{
+    return read(*d, &LineSettings::dtrDsr);
+}
 
 void ORSSerialPort::setUsesDTRDSRFlowControl(bool uses)
 {
-    storeFlowControl(*d, &LineSettings::dtrDsr, uses);
+    storeFlowControl(d, &LineSettings::dtrDsr, uses);
 }
 
-bool ORSSerialPort::usesDCDOutputFlowControl() const { return read(*d, &LineSettings::dcd); }
+bool ORSSerialPort::usesDCDOutputFlowControl() const
+{
+    return read(*d, &LineSettings::dcd);
+}
 
 void ORSSerialPort::setUsesDCDOutputFlowControl(bool uses)
 {
-    storeFlowControl(*d, &LineSettings::dcd, uses);
+    storeFlowControl(d, &LineSettings::dcd, uses);
 }
 
 bool ORSSerialPort::RTS() const
@@ -137,7 +169,7 @@ bool ORSSerialPort::RTS() const
 
 void ORSSerialPort::setRTS(bool on)
 {
-    storeOutputLine(*d, &ORSSerialPortPrivate::rts, on, &ORSSerialPort::RTSChanged);
+    storeOutputLine(d, &ORSSerialPortPrivate::rts, on, &ORSSerialPort::RTSChanged);
 }
 
 bool ORSSerialPort::DTR() const
@@ -148,5 +180,5 @@ bool ORSSerialPort::DTR() const
 
 void ORSSerialPort::setDTR(bool on)
 {
-    storeOutputLine(*d, &ORSSerialPortPrivate::dtr, on, &ORSSerialPort::DTRChanged);
+    storeOutputLine(d, &ORSSerialPortPrivate::dtr, on, &ORSSerialPort::DTRChanged);
 }

@@ -3,6 +3,7 @@
 #include "platform/MainQueue.h"
 #include "platform/SerialQueue.h"
 #include "serial/LineSettings.h"
+#include "serial/LivePorts.h"
 #include "serial/ORSSerialPort.h"
 #include "serial/PacketListeners.h"
 #include "serial/SerialTerminal.h"
@@ -37,7 +38,10 @@ public:
     // Emits a change signal on the main thread; at once when already there.
     void emitOnMain(void (ORSSerialPort::*signal)());
 
-    void notifyDelegateOfPosixError(int error) { notifyDelegateOfPosixErrorWaitingUntilDone(error, false); }
+    void notifyDelegateOfPosixError(int error)
+    {
+        notifyDelegateOfPosixErrorWaitingUntilDone(error, false);
+    }
     void notifyDelegateOfPosixErrorWaitingUntilDone(int error, bool wait);
     // Reports a failure of the modem lines; that a terminal has none is told once per opening.
     void notifyOfModemLineError(vorn::SerialTerminal &terminal, int error);
@@ -66,11 +70,14 @@ public:
     vorn::LineSettings settings;
     bool rts = false;
     bool dtr = false;
-    // Held while the output lines are set, so that the latest wish is the last one set.
+    // Held while the line or the output lines are set, so that the latest wish is the last one set.
+    std::mutex lineMutex;
     std::mutex modemLinesMutex;
     std::atomic<bool> cts = false;
     std::atomic<bool> dsr = false;
     std::atomic<bool> dcd = false;
+    // The input lines (TIOCM_*) as the port's thread, which alone uses this, saw them last.
+    int polledLines = 0;
 
     // Held while the port turns from closed to open or back, so that nobody acts on half of it;
     // recursive, since a delegate that hears of a failure may try again at once.
@@ -78,6 +85,8 @@ public:
     mutable std::mutex terminalMutex;
     std::shared_ptr<vorn::SerialTerminal> terminal;
     std::atomic<int> fileDescriptor = 0;
+
+    const std::shared_ptr<vorn::LivePorts> livePorts = vorn::LivePorts::instance();
 
     vorn::SerialQueue requestHandlingQueue;
     vorn::PacketListeners packetListeners;

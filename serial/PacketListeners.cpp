@@ -54,7 +54,8 @@ void PacketListeners::receive(QByteArrayView byte, const Report &report)
     // caller's may ask for it.
     for (Listener &listener : m_listeners) {
         listener.buffer.appendData(byte);
-        const auto packet = listener.descriptor->packetMatchingAtEndOfBuffer(listener.buffer.data());
+        const auto packet =
+            listener.descriptor->packetMatchingAtEndOfBuffer(listener.buffer.data());
         if (packet && !packet->isEmpty()) {
             report(listener.descriptor, *packet);
             listener.buffer.clearBuffer();

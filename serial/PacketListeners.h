@@ -27,7 +27,8 @@ public:
 
     void add(const Descriptor &descriptor);
     void remove(const Descriptor &descriptor);
-    // Gives one received byte to every descriptor's buffer and reports the packets that it completes.
+    // Gives one received byte to every descriptor's buffer and reports the packets that it
+    // completes.
     void receive(QByteArrayView byte, const Report &report);
 
 private:

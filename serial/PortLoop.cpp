@@ -11,18 +11,26 @@ namespace vorn {
 namespace {
 
 constexpr std::chrono::milliseconds kPinPollInterval{10};
-constexpr qsizetype kReadSize = 1024;
+constexpr std::size_t kReadSize = 1024;
+
+struct InputPin
+{
+    int mask;
+    std::atomic<bool> ORSSerialPortPrivate::*state;
+    void (ORSSerialPort::*changed)();
+};
+// In the order in which their changes are told.
+constexpr std::array kInputPins{
+    InputPin{TIOCM_CTS, &ORSSerialPortPrivate::cts, &ORSSerialPort::CTSChanged},
+    InputPin{TIOCM_DSR, &ORSSerialPortPrivate::dsr, &ORSSerialPort::DSRChanged},
+    InputPin{TIOCM_CAR, &ORSSerialPortPrivate::dcd, &ORSSerialPort::DCDChanged},
+};
 
 } // namespace
 
 PortLoop::PortLoop(std::shared_ptr<ORSSerialPortPrivate> port,
                    std::shared_ptr<SerialTerminal> terminal)
-    : m_port(std::move(port)), m_terminal(std::move(terminal)),
-      m_pins{{
-          {TIOCM_CTS, &ORSSerialPortPrivate::cts, &ORSSerialPort::CTSChanged, m_port->cts},
-          {TIOCM_DSR, &ORSSerialPortPrivate::dsr, &ORSSerialPort::DSRChanged, m_port->dsr},
-          {TIOCM_CAR, &ORSSerialPortPrivate::dcd, &ORSSerialPort::DCDChanged, m_port->dcd},
-      }}
+    : m_port(std::move(port)), m_terminal(std::move(terminal))
 {
 }
 
@@ -60,11 +68,10 @@ int PortLoop::waitAndHandle()
 
 int PortLoop::readOnce()
 {
-    QByteArray chunk(kReadSize, Qt::Uninitialized);
-    const ssize_t count = ::read(m_terminal->descriptor(), chunk.data(), kReadSize);
+    std::array<char, kReadSize> chunk;
+    const ssize_t count = ::read(m_terminal->descriptor(), chunk.data(), chunk.size());
     if (count > 0) {
-        chunk.truncate(count);
-        m_port->receiveData(chunk);
+        m_port->receiveData(QByteArray(chunk.data(), count));
         return 0;
     }
     // A terminal that hung up is readable for ever and gives nothing; it must not be polled again.
@@ -79,8 +86,7 @@ int PortLoop::pollPins()
     int error = 0;
     const std::optional<int> lines = m_terminal->modemLines(error);
     if (lines) {
-        for (InputPin &pin : m_pins)
-            updatePin(pin, *lines & pin.mask);
+        updatePins(*lines);
         return 0;
     }
     if (meansDeviceGone(error))
@@ -92,20 +98,23 @@ int PortLoop::pollPins()
 
 // Not waited for, though the change happens on the main thread: while that one is busy, the bytes
 // that arrive here must still be read before the kernel's buffer is full.
-void PortLoop::updatePin(InputPin &pin, bool on)
+void PortLoop::updatePins(int lines)
 {
-    if (pin.lastSeen == on)
-        return;
-    pin.lastSeen = on;
-    MainQueue::instance().post([port = m_port, state = pin.state, changed = pin.changed, on] {
-        (*port).*state = on;
-        port->emitOnMain(changed);
-    });
+    const int changedLines = std::exchange(m_port->polledLines, lines) ^ lines;
+    for (const InputPin &pin : kInputPins) {
+        if (!(changedLines & pin.mask))
+            continue;
+        MainQueue::instance().post([port = m_port, pin, isOn = (lines & pin.mask) != 0] {
+            (*port).*pin.state = isOn;
+            port->emitOnMain(pin.changed);
+        });
+    }
 }
 
 void PortLoop::deviceIsGone(int error)
 {
-    // Before anybody is told: an open descriptor keeps its name from the adapter when it comes back.
+    // Before anybody is told: an open descriptor keeps its name from the adapter when it comes
+    // back.
     const int closeError = m_terminal->close(true);
     m_port->notifyDelegateOfPosixErrorWaitingUntilDone(error, true);
     m_port->tellOfRemoval();

@@ -2,14 +2,13 @@
 
 #include "serial/ORSSerialPort_p.h"
 
-#include <array>
 #include <chrono>
 #include <memory>
 
 namespace vorn {
 
-// The background thread of an open port: reads what arrives, polls the modem lines, notices that the
-// device is gone, and closes the terminal at the end.
+// The background thread of an open port: reads what arrives, polls the modem lines, notices that
+// the device is gone, and closes the terminal at the end.
 class PortLoop
 {
 public:
@@ -21,19 +20,11 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    struct InputPin
-    {
-        int mask;
-        std::atomic<bool> ORSSerialPortPrivate::*state;
-        void (ORSSerialPort::*changed)();
-        bool lastSeen;
-    };
-
     // Each returns 0, or the errno by which the device says that it is gone.
     int waitAndHandle();
     int readOnce();
     int pollPins();
-    void updatePin(InputPin &pin, bool on);
+    void updatePins(int lines);
     int millisecondsToPinPoll() const;
     void deviceIsGone(int error);
 
@@ -41,7 +32,6 @@ private:
     std::shared_ptr<SerialTerminal> m_terminal;
     Clock::time_point m_nextPinPoll = Clock::now();
     bool m_pollsPins = true;
-    std::array<InputPin, 3> m_pins;
 };
 
 } // namespace vorn

@@ -1,5 +1,7 @@
 #include "serial/SerialTerminal.h"
 
+#include "serial/LineSpeed.h"
+
 #include <QFile>
 
 #include <fcntl.h>
@@ -56,9 +58,10 @@ int SerialTerminal::open(const QString &path)
     // Keeps out those who open the terminal without asking for the lock; the lock is what counts.
     ::ioctl(fd.get(), TIOCEXCL);
 
-    termios attributes{};
-    if (::tcgetattr(fd.get(), &attributes) == 0)
-        m_originalAttributes = attributes;
+    // Also where it shows that the path leads to something else than a terminal.
+    if (::tcgetattr(fd.get(), &m_originalAttributes) != 0)
+        return errno;
+    m_originalSpeed = outputSpeed(fd.get());
     m_fd = std::move(fd);
     m_number = m_fd.get();
     lowerLatency();
@@ -77,21 +80,25 @@ void SerialTerminal::lowerLatency()
         m_originalSerialFlags = flags;
 }
 
-bool SerialTerminal::canUse(const std::shared_lock<std::shared_mutex> &use) const
+std::shared_lock<std::shared_mutex> SerialTerminal::use()
 {
-    return use.owns_lock() && m_fd.isValid();
+    std::shared_lock inUse(m_use, std::defer_lock);
+    // Asked before, so that the closing gets its turn, and after, since it may have had it.
+    if (!m_closing && inUse.try_lock() && m_closing)
+        inUse.unlock();
+    return inUse;
 }
 
 int SerialTerminal::applySettings(const LineSettings &settings)
 {
-    const std::shared_lock lock(m_use, std::try_to_lock);
-    return canUse(lock) ? applyLineSettings(m_fd.get(), settings) : 0;
+    const auto inUse = use();
+    return inUse ? applyLineSettings(m_fd.get(), settings) : 0;
 }
 
 int SerialTerminal::setModemLines(bool rts, bool dtr)
 {
-    const std::shared_lock lock(m_use, std::try_to_lock);
-    if (!canUse(lock))
+    const auto inUse = use();
+    if (!inUse)
         return 0;
     int lines = 0;
     ::ioctl(m_fd.get(), TIOCMGET, &lines);
@@ -102,9 +109,9 @@ int SerialTerminal::setModemLines(bool rts, bool dtr)
 
 std::optional<int> SerialTerminal::modemLines(int &error)
 {
-    const std::shared_lock lock(m_use, std::try_to_lock);
+    const auto inUse = use();
     int lines = 0;
-    error = canUse(lock) ? result(::ioctl(m_fd.get(), TIOCMGET, &lines)) : ECANCELED;
+    error = inUse ? result(::ioctl(m_fd.get(), TIOCMGET, &lines)) : ECANCELED;
     return error == 0 ? std::optional(lines) : std::nullopt;
 }
 
@@ -112,8 +119,8 @@ int SerialTerminal::writeAll(QByteArrayView bytes)
 {
     const std::lock_guard whole(m_write);
     while (!bytes.isEmpty()) {
-        const std::shared_lock lock(m_use, std::try_to_lock);
-        if (m_closeRequested || !canUse(lock))
+        const auto inUse = use();
+        if (m_closeRequested || !inUse)
             return ECANCELED;
         const ssize_t written =
             ::write(m_fd.get(), bytes.data(), static_cast<size_t>(bytes.size()));
@@ -138,11 +145,21 @@ void SerialTerminal::requestClose()
     m_closeEvent.set();
 }
 
+bool SerialTerminal::holdsOutput() const
+{
+    int waiting = 0;
+    if (::ioctl(m_fd.get(), TIOCOUTQ, &waiting) == 0 && waiting > 0)
+        return true;
+    // The line gets another speed next, so the last byte must have left the adapter too; not every
+    // driver can tell.
+    unsigned transmitter = 0;
+    return ::ioctl(m_fd.get(), TIOCSERGETLSR, &transmitter) == 0 && !(transmitter & TIOCSER_TEMT);
+}
+
 void SerialTerminal::waitForOutput()
 {
     const auto deadline = Clock::now() + kDrainLimit;
-    int waiting = 0;
-    while (::ioctl(m_fd.get(), TIOCOUTQ, &waiting) == 0 && waiting > 0) {
+    while (holdsOutput()) {
         if (Clock::now() >= deadline) {
             ::tcflush(m_fd.get(), TCOFLUSH);
             return;
@@ -169,17 +186,18 @@ void SerialTerminal::restoreLine()
         attributes.c_cflag &= ~static_cast<tcflag_t>(CRTSCTS);
         ::tcsetattr(m_fd.get(), TCSANOW, &attributes);
     }
-    if (m_originalAttributes)
-        ::tcsetattr(m_fd.get(), TCSANOW, &*m_originalAttributes);
+    ::tcsetattr(m_fd.get(), TCSANOW, &m_originalAttributes);
+    // The attributes do not hold a speed that is not a standard one.
+    if (outputSpeed(m_fd.get()) != m_originalSpeed)
+        setArbitrarySpeed(m_fd.get(), m_originalSpeed);
     ::ioctl(m_fd.get(), TIOCNXCL);
 }
 
 int SerialTerminal::close(bool deviceIsGone)
 {
     requestClose();
-    const std::unique_lock lock(m_use);
-    if (!m_fd.isValid())
-        return 0;
+    m_closing = true;
+    const std::unique_lock alone(m_use);
     if (!deviceIsGone) {
         waitForOutput();
         restoreLine();

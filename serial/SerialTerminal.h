@@ -57,10 +57,11 @@ public:
 private:
     void lowerLatency();
     void waitForOutput();
+    bool holdsOutput() const;
     void restoreLine();
 
-    // False while somebody closes the terminal, and afterwards.
-    bool canUse(const std::shared_lock<std::shared_mutex> &use) const;
+    // To be held while the descriptor is used; owns nothing once the terminal closes.
+    std::shared_lock<std::shared_mutex> use();
 
     int m_number = 0;
     FileDescriptor m_fd;
@@ -70,9 +71,12 @@ private:
     // Held shared by everybody who uses the descriptor, and alone by the one who closes it. Users
     // only ever try for it: closing may take a second, which nobody is to wait.
     std::shared_mutex m_use;
+    // From the start of the closing on.
+    std::atomic<bool> m_closing = false;
     // Keeps the bytes of one writeAll() together.
     std::mutex m_write;
-    std::optional<termios> m_originalAttributes;
+    termios m_originalAttributes{};
+    std::uint32_t m_originalSpeed = 0;
     std::optional<int> m_originalSerialFlags;
 };
 
