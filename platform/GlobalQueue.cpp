@@ -50,7 +50,10 @@ GlobalQueue::Ticket GlobalQueue::postAt(Clock::time_point when, Job job)
 {
     const std::lock_guard lock(m_mutex);
     const Ticket ticket(when, ++m_lastNumber);
-    if (!m_stopping && m_scheduled.emplace(ticket, std::move(job)).first == m_scheduled.begin())
+    if (m_stopping)
+        return ticket;
+    const auto placed = m_scheduled.emplace(ticket, std::move(job)).first;
+    if (placed == m_scheduled.begin())
         m_scheduleChanged.notify_one();
     return ticket;
 }

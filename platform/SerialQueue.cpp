@@ -2,10 +2,12 @@
 
 #include "platform/GlobalQueue.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 namespace vorn {
 
@@ -85,6 +87,7 @@ struct QueueTimer::Shot : std::enable_shared_from_this<Shot>
     std::function<void()> handler;
     std::mutex mutex;
     bool cancelled = false;
+    bool posted = false; // a call is on the queue already
     GlobalQueue::Ticket ticket;
 
     void arm(GlobalQueue::Clock::time_point due)
@@ -92,17 +95,31 @@ struct QueueTimer::Shot : std::enable_shared_from_this<Shot>
         const std::lock_guard lock(mutex);
         if (cancelled)
             return;
-        ticket = GlobalQueue::instance().postAt(due, [self = shared_from_this(), due] {
-            if (const auto target = self->queue.lock())
-                target->post([self] { self->fire(); });
-            self->arm(due + self->interval);
-        });
+        ticket = GlobalQueue::instance().postAt(
+            due, [self = shared_from_this(), due] { self->tick(due); });
+    }
+
+    void tick(GlobalQueue::Clock::time_point due)
+    {
+        bool isDue = false;
+        {
+            const std::lock_guard lock(mutex);
+            isDue = !cancelled && !std::exchange(posted, true);
+        }
+        const auto target = queue.lock();
+        if (isDue && target)
+            target->post([self = shared_from_this()] { self->fire(); });
+        // Ticks that were missed are left out, so that a queue that was busy, or a process that
+        // was stopped, is not flooded with them afterwards.
+        const auto late = std::max(GlobalQueue::Clock::now() - due, GlobalQueue::Clock::duration());
+        arm(due + (late / interval + 1) * interval);
     }
 
     void fire()
     {
         {
             const std::lock_guard lock(mutex);
+            posted = false;
             if (cancelled)
                 return;
         }

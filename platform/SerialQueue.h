@@ -33,7 +33,8 @@ private:
 };
 
 // Calls a handler on a serial queue, first after an interval and then again and again in the same
-// interval, until cancel() or destruction. After a cancel() on the queue itself no call follows.
+// interval, until cancel() or destruction. A queue that is busy for longer gets one call for all of
+// the ticks that it missed. After a cancel() on the queue itself no call follows.
 class QueueTimer
 {
 public:

@@ -8,7 +8,6 @@
 #include <libudev.h>
 
 #include <algorithm>
-#include <array>
 
 namespace vorn {
 
