@@ -95,6 +95,17 @@ public:
     // closes meanwhile, and when a write fails, which alone is reported.
     bool sendData(QByteArrayView data);
 
+    // Sends the request, or queues it behind the pending one, and returns when that is done. False
+    // when the write failed; the request then stays pending until its time-out. Any thread but the
+    // port's own request handling queue.
+    bool sendRequest(const ORSSerialRequestPtr &request);
+    // Returns at once. A request in flight cannot be cancelled.
+    void cancelQueuedRequest(const ORSSerialRequestPtr &request);
+    void cancelAllQueuedRequests();
+    // The request that waits for its answer, or null; those behind it, oldest first.
+    ORSSerialRequestPtr pendingRequest() const;
+    QList<ORSSerialRequestPtr> queuedRequests() const;
+
     // Reports packets from now on (no longer). Waits for the port's matching of what arrived
     // before, so not to be called from a descriptor's evaluator.
     void startListeningForPacketsMatchingDescriptor(const ORSSerialPacketDescriptorPtr &descriptor);
@@ -157,6 +168,8 @@ public:
     bool DCD() const;
 
 signals:
+    void pendingRequestChanged();
+    void requestsQueueChanged();
     void lineSettingsChanged();
     void RTSChanged();
     void DTRChanged();

@@ -174,7 +174,7 @@ void ORSSerialPortPrivate::receiveData(const QByteArray &data)
         receiver.serialPortDidReceiveData(itsPort, data);
     });
     // With nobody to match for, no byte needs the walk.
-    if (!packetListeners.isEmpty())
+    if (!packetListeners.isEmpty() || requests.isPending())
         requestHandlingQueue.post(
             [self = shared_from_this(), data] { self->matchReceivedData(data); });
 }
@@ -188,8 +188,10 @@ void ORSSerialPortPrivate::matchReceivedData(const QByteArray &data)
                 receiver.serialPortDidReceivePacketMatchingDescriptor(itsPort, packet, descriptor);
             });
     };
-    for (qsizetype i = 0; i < data.size(); ++i)
+    for (qsizetype i = 0; i < data.size(); ++i) {
         packetListeners.receive(QByteArrayView(data).sliced(i, 1), report);
+        requests.checkResponseToPendingRequestAndContinueIfValidWithReceivedByte(data[i]);
+    }
 }
 
 void ORSSerialPortPrivate::tellOfRemoval()
@@ -215,5 +217,7 @@ void ORSSerialPortPrivate::terminalWasClosed(int error)
         callDelegateAndWait([](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
             receiver.serialPortWasClosed(itsPort);
         });
+        // Only a delegate that hears of the close loses its requests by it.
+        requestHandlingQueue.post([self = shared_from_this()] { self->requests.reset(); });
     }
 }

@@ -6,6 +6,7 @@
 #include "serial/LivePorts.h"
 #include "serial/ORSSerialPort.h"
 #include "serial/PacketListeners.h"
+#include "serial/RequestQueue.h"
 #include "serial/SerialTerminal.h"
 
 #include <atomic>
@@ -14,7 +15,8 @@
 
 // What a port's background jobs work on. They share its ownership, so it outlives them also when
 // the port object is gone by then.
-class ORSSerialPortPrivate : public std::enable_shared_from_this<ORSSerialPortPrivate>
+class ORSSerialPortPrivate : public std::enable_shared_from_this<ORSSerialPortPrivate>,
+                             public vorn::RequestQueueHost
 {
 public:
     ORSSerialPortPrivate(ORSSerialPort *owner, const vorn::SerialDeviceHandle &itsDevice);
@@ -56,6 +58,16 @@ public:
     // The terminal was closed with this result.
     void terminalWasClosed(int error);
 
+    // vorn::RequestQueueHost
+    std::weak_ptr<const void> lifetime() override { return weak_from_this(); }
+    bool writeRequest(QByteArrayView data) override { return sendData(data); }
+    void requestWasAnswered(const ORSSerialRequestPtr &request,
+                            const QByteArray &response) override;
+    bool hearsOfTimeouts() override { return implemented().requestDidTimeout; }
+    void requestTimedOut(const ORSSerialRequestPtr &request, std::function<void()> moveOn) override;
+    void pendingRequestDidChange() override;
+    void requestsQueueDidChange() override;
+
     // Main thread only; null once the port object is gone.
     ORSSerialPort *port;
     const vorn::SerialDeviceHandle device;
@@ -90,4 +102,5 @@ public:
 
     vorn::SerialQueue requestHandlingQueue;
     vorn::PacketListeners packetListeners;
+    vorn::RequestQueue requests{requestHandlingQueue, *this};
 };

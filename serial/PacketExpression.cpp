@@ -37,6 +37,15 @@ char32_t decodedCharacter(QByteArrayView bytes)
     return character;
 }
 
+// Of all constructs, a line's start behind a line's end is the only one of which a partial match
+// does not tell that more text may bring it.
+bool hasLineStarts(const QRegularExpression &expression)
+{
+    static const QRegularExpression inlineOption(QStringLiteral("\\(\\?[\\^a-zA-Z-]*m"));
+    return expression.patternOptions().testFlag(QRegularExpression::MultilineOption) ||
+           expression.pattern().contains(inlineOption);
+}
+
 bool mayBeginWith(const QRegularExpression &expression, char character)
 {
     const auto match = expression.match(QString(QLatin1Char(character)), 0,
@@ -54,6 +63,10 @@ PacketExpression::PacketExpression(const QRegularExpression &expression)
 {
     if (!m_isValid)
         return;
+    if (hasLineStarts(m_expression)) {
+        m_firstCharacters.set();
+        return;
+    }
     for (std::size_t c = 0; c < m_firstCharacters.size(); ++c)
         m_firstCharacters[c] = mayBeginWith(m_expression, static_cast<char>(c));
 }

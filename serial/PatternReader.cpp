@@ -151,7 +151,10 @@ PatternReader::Part PatternReader::atom()
     case u'.':
         return askEngine(begin);
     case u'^':
-        return {};
+        // Behind a line's end, it is met only if there is something more.
+        return m_options.testFlag(QRegularExpression::MultilineOption)
+                   ? nextCharacterIfAny(Characters().set())
+                   : Part();
     case u'$':
         return nextCharacterIfAny(Characters().set('\n'));
     case u'*':
