@@ -10,14 +10,14 @@ namespace vorn {
 
 QuitSignals::QuitSignals()
 {
-    sigset_t signals;
-    sigemptyset(&signals);
+    sigset_t set;
+    sigemptyset(&set);
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        sigaddset(&signals, number);
-    m_fd = FileDescriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
+        sigaddset(&set, number);
+    m_fd = FileDescriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
     // Without the descriptor the signals keep their deadly meaning.
     if (m_fd.isValid())
-        ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+        ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
 }
 
 QuitSignals::~QuitSignals() = default;

@@ -55,7 +55,7 @@ QSize StatusLabel::sizeHint() const
 
 QSize StatusLabel::minimumSizeHint() const
 {
-    return {textStart() + 24 * fontMetrics().averageCharWidth(), sizeHint().height()};
+    return {textStart() + 44 * fontMetrics().averageCharWidth(), sizeHint().height()};
 }
 
 int StatusLabel::markSide() const

@@ -11,7 +11,10 @@
 #include <QLoggingCategory>
 
 using namespace std::chrono_literals;
+using vorn::currentTitle;
 using vorn::MainWindow;
+using vorn::setText;
+using vorn::setTitle;
 using vorn::Tone;
 
 namespace {
