@@ -1,0 +1,182 @@
+#include "tests/ziparchive/ArchiveFixture.h"
+
+#include <ctime>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace {
+
+struct Written
+{
+    const char *name;
+    const char *password;
+    int level;
+};
+
+class CreatedArchive : public ArchiveTest, public ::testing::WithParamInterface<Written>
+{
+};
+
+TEST_P(CreatedArchive, IsReadByUnzipSevenZipPythonBsdtarAndItself)
+{
+    const Tree contents = {{"a/text.txt", QByteArray("text ").repeated(50'000)},
+                           {"empty.bin", ""},
+                           {u"\u56fa\u4ef6.bin"_qs, QByteArray(300'000, '\xff')},
+                           {u"\U0001f600.bin"_qs, "not in GBK"}};
+    const QString password = GetParam().password;
+    ASSERT_TRUE(m_archive.CreateZipFile2(path("a.zip"), password));
+    m_archive.setCompression(GetParam().level);
+    for (auto it = contents.begin(); it != contents.end(); ++it) {
+        // Half of them in a second go.
+        if (it.key() == "empty.bin") {
+            ASSERT_TRUE(m_archive.CloseZipFile2());
+            ASSERT_TRUE(m_archive.CreateZipFile2(path("a.zip"), password, true));
+        }
+        ASSERT_TRUE(m_archive.addDataToZip(it.value(), std::nullopt, it.key()));
+    }
+    ASSERT_TRUE(m_archive.CloseZipFile2());
+    EXPECT_TRUE(m_archive.password().isEmpty());
+
+    run("unzip", {"-tqq", "-P", password, "a.zip"});
+    run("7z", {"t", "-bd", "-p" + password, "a.zip"});
+    run("/usr/bin/python3",
+        {"-c",
+         "import sys, zipfile\n"
+         "archive = zipfile.ZipFile('a.zip')\n"
+         "archive.setpassword(sys.argv[1].encode())\n"
+         "assert archive.testzip() is None\n"
+         "named = {info.orig_filename: info.flag_bits & 0x801 for info in archive.infolist()}\n"
+         "gbk = '\\u56fa\\u4ef6.bin'.encode('gbk').decode('cp437')\n"
+         "encrypted = 1 if sys.argv[1] else 0\n"
+         "assert named == {'a/text.txt': encrypted, 'empty.bin': encrypted, gbk: encrypted,\n"
+         "                 '\\U0001f600.bin': 0x800 | encrypted}, named",
+         password});
+    // To its standard output: a file name in GBK is none that Qt could remove again.
+    const QByteArray unpackedByBsdtar =
+        run("bsdtar", {"-xOf", "a.zip", "--passphrase", password.isEmpty() ? "none" : password});
+    QByteArray all;
+    for (const QByteArray &bytes : contents)
+        all += bytes;
+    EXPECT_EQ(unpackedByBsdtar, all);
+
+    ASSERT_TRUE(m_archive.UnzipOpenFile(path("a.zip"), password));
+    EXPECT_TRUE(m_archive.UnzipFileTo(out(), true));
+    Tree unpacked = tree(out());
+    unpacked.remove("a/");
+    EXPECT_EQ(unpacked, contents);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, CreatedArchive,
+                         ::testing::Values(Written{"plain", "", -1},
+                                           Written{"plain_level_0", "", 0},
+                                           Written{"encrypted", "secret", -1},
+                                           Written{"encrypted_level_9", "se cret!", 9}),
+                         nameOf<Written>);
+
+class Creation : public ArchiveTest
+{
+protected:
+    QByteArray dateInArchive() const
+    {
+        return run("/usr/bin/python3",
+                   {"-c",
+                    "import zipfile; print(*zipfile.ZipFile('a.zip').infolist()[0].date_time)"})
+            .trimmed();
+    }
+};
+
+struct DateCase
+{
+    const char *given;
+    const char *stored;
+};
+
+TEST_F(Creation, StoresDatesAMonthLateWithinWhatTheFormatCanSay)
+{
+    for (const auto &[given, stored] : {DateCase{"2023-01-15T12:30:20", "2023 2 15 12 30 20"},
+                                        DateCase{"2023-12-31T23:59:58", "2023 13 31 23 59 58"},
+                                        DateCase{"1970-06-01T08:00:00", "1980 2 1 0 0 0"},
+                                        DateCase{"2150-01-01T00:00:00", "2107 13 31 23 59 58"}}) {
+        const auto moment = QDateTime::fromString(given, Qt::ISODate).toSecsSinceEpoch();
+        vorn::FileAttributes attributes;
+        attributes.modificationDate = std::chrono::system_clock::from_time_t(moment);
+        ASSERT_TRUE(m_archive.CreateZipFile2(path("a.zip")));
+        ASSERT_TRUE(m_archive.addDataToZip("x", attributes, "x"));
+        ASSERT_TRUE(m_archive.CloseZipFile2());
+        EXPECT_EQ(dateInArchive(), stored);
+    }
+    EXPECT_EQ(
+        QDateTime::fromSecsSinceEpoch(std::chrono::system_clock::to_time_t(ZipArchive::Date1980())),
+        QDateTime(QDate(1980, 1, 1), QTime(0, 0)));
+}
+
+TEST_F(Creation, ReadsAThirteenthMonthAsTheNextJanuary)
+{
+    vorn::FileAttributes december;
+    december.modificationDate = std::chrono::system_clock::from_time_t(
+        QDateTime(QDate(2023, 12, 10), QTime(1, 2, 4)).toSecsSinceEpoch());
+    ASSERT_TRUE(m_archive.CreateZipFile2(path("a.zip")));
+    ASSERT_TRUE(m_archive.addDataToZip("x", december, "x"));
+    ASSERT_TRUE(m_archive.CloseZipFile2());
+    ASSERT_TRUE(m_archive.UnzipOpenFile(path("a.zip")));
+    ASSERT_TRUE(m_archive.UnzipFileTo(out(), true));
+    EXPECT_EQ(QFileInfo(out() + "/x").lastModified(),
+              QDateTime(QDate(2024, 1, 10), QTime(1, 2, 4)));
+}
+
+TEST_F(Creation, AddsWhatALinkLeadsToWithItsDate)
+{
+    ASSERT_TRUE(write(path("target.bin"), "target"));
+    const timespec times[2] = {
+        {0, 0}, {QDateTime(QDate(2020, 3, 4), QTime(5, 6, 8)).toSecsSinceEpoch(), 0}};
+    ASSERT_EQ(::utimensat(AT_FDCWD, qPrintable(path("target.bin")), times, 0), 0);
+    ASSERT_TRUE(QFile::link("target.bin", path("link")));
+    ASSERT_EQ(::mkfifo(qPrintable(path("pipe")), 0666), 0);
+
+    ASSERT_TRUE(m_archive.CreateZipFile2(path("a.zip")));
+    EXPECT_TRUE(m_archive.addFileToZip(path("link"), "entry.bin"));
+    EXPECT_FALSE(m_archive.addFileToZip(m_folder.path(), "folder"));
+    EXPECT_FALSE(m_archive.addFileToZip(path("missing"), "missing"));
+    EXPECT_FALSE(m_archive.addFileToZip(path("pipe"), "pipe"));
+    ASSERT_TRUE(m_archive.CloseZipFile2());
+    EXPECT_EQ(dateInArchive(), "2020 4 4 5 6 8");
+    ASSERT_TRUE(m_archive.UnzipOpenFile(path("a.zip")));
+    EXPECT_EQ(m_archive.UnzipFileToMemory(), (QHash<QString, QByteArray>{{"entry.bin", "target"}}));
+}
+
+TEST_F(Creation, RefusesWhatAnArchiveCannotHold)
+{
+    EXPECT_FALSE(m_archive.addDataToZip("x", std::nullopt, "x")); // none open
+    EXPECT_FALSE(m_archive.CloseZipFile2());
+    EXPECT_FALSE(m_archive.CreateZipFile2(path("missing/a.zip")));
+    EXPECT_FALSE(m_archive.CreateZipFile2(path("a.zip"), true)); // nothing to append to
+    ASSERT_TRUE(m_archive.CreateZipFile2(path("a.zip"), u"schl\u00fcssel"_qs));
+    EXPECT_FALSE(m_archive.addDataToZip("x", std::nullopt, "x"));
+    m_archive.setPassword({});
+    EXPECT_FALSE(m_archive.addDataToZip(std::nullopt, std::nullopt, "x"));
+    EXPECT_FALSE(m_archive.addDataToZip("x", std::nullopt, ""));
+    EXPECT_FALSE(m_archive.addDataToZip("x", std::nullopt, QString(1, QChar(0))));
+    EXPECT_FALSE(m_archive.addDataToZip("x", std::nullopt, QString(70'000, 'x')));
+    m_archive.setCompression(10);
+    EXPECT_FALSE(m_archive.addDataToZip("x", std::nullopt, "x"));
+    m_archive.setCompression(1);
+    EXPECT_TRUE(m_archive.addDataToZip(QByteArray(), std::nullopt, QString(200, 'x')));
+    EXPECT_TRUE(m_archive.CloseZipFile2());
+    run("unzip", {"-tqq", "a.zip"});
+}
+
+TEST_F(Creation, FinishesAnArchiveAtTheEndButNotOneLeftForAnother)
+{
+    {
+        ZipArchive archive;
+        ASSERT_TRUE(archive.CreateZipFile2(path("left.zip")));
+        ASSERT_TRUE(archive.addDataToZip("x", std::nullopt, "x"));
+        ASSERT_TRUE(archive.CreateZipFile2(path("a.zip")));
+        ASSERT_TRUE(archive.addDataToZip("x", std::nullopt, "x"));
+    }
+    run("unzip", {"-tqq", "a.zip"});
+    EXPECT_FALSE(m_archive.UnzipOpenFile(path("left.zip")));
+}
+
+} // namespace

@@ -1,0 +1,149 @@
+#include "ziparchive/ArchiveFile.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vorn {
+
+namespace {
+
+constexpr std::size_t kWindowSize = 65536;
+
+ArchiveFile &fileOf(voidpf self)
+{
+    return *static_cast<ArchiveFile *>(self);
+}
+
+} // namespace
+
+std::unique_ptr<ArchiveFile> ArchiveFile::open(const QString &path)
+{
+    // Non-blocking, so that a pipe of that name cannot hold the caller up.
+    FileDescriptor fd(
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!fd.isValid())
+        return nullptr;
+    struct stat status = {};
+    if (::fstat(fd.get(), &status) != 0)
+        return nullptr;
+    if (!S_ISREG(status.st_mode)) {
+        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+        return nullptr;
+    }
+    return std::unique_ptr<ArchiveFile>(
+        new ArchiveFile(std::move(fd), static_cast<quint64>(status.st_size)));
+}
+
+const ArchiveFile::Window *ArchiveFile::windowAt(quint64 position)
+{
+    const quint64 start = position - position % kWindowSize;
+    ++m_uses;
+    Window *oldest = m_windows.data();
+    for (Window &window : m_windows) {
+        if (window.filled > 0 && window.start == start) {
+            window.lastUse = m_uses;
+            return &window;
+        }
+        if (window.lastUse < oldest->lastUse)
+            oldest = &window;
+    }
+    oldest->bytes.resize(kWindowSize);
+    oldest->filled = 0;
+    while (oldest->filled < kWindowSize) {
+        const ssize_t count =
+            ::pread(m_fd.get(), oldest->bytes.data() + oldest->filled, kWindowSize - oldest->filled,
+                    static_cast<off_t>(start + oldest->filled));
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            m_failed = true;
+        if (count <= 0)
+            break;
+        oldest->filled += static_cast<std::size_t>(count);
+    }
+    oldest->start = start;
+    oldest->lastUse = m_uses;
+    return oldest;
+}
+
+std::size_t ArchiveFile::read(std::span<char> target)
+{
+    std::size_t done = 0;
+    while (done < target.size() && m_position < m_size) {
+        const Window *window = windowAt(m_position);
+        const auto offset = static_cast<std::size_t>(m_position - window->start);
+        if (offset >= window->filled)
+            break;
+        const std::size_t count = std::min(target.size() - done, window->filled - offset);
+        std::memcpy(target.data() + done, window->bytes.data() + offset, count);
+        done += count;
+        m_position += count;
+    }
+    return done;
+}
+
+zlib_filefunc64_def ArchiveFile::minizipFunctions()
+{
+    return {.zopen64_file = openStream,
+            .zread_file = readStream,
+            .zwrite_file = writeStream,
+            .ztell64_file = tellStream,
+            .zseek64_file = seekStream,
+            .zclose_file = closeStream,
+            .zerror_file = streamError,
+            .opaque = this};
+}
+
+voidpf ArchiveFile::openStream(voidpf self, const void * /*path*/, int /*mode*/)
+{
+    return self;
+}
+
+uLong ArchiveFile::readStream(voidpf self, voidpf /*stream*/, void *buffer, uLong size)
+{
+    return fileOf(self).read({static_cast<char *>(buffer), size});
+}
+
+uLong ArchiveFile::writeStream(voidpf /*self*/, voidpf /*stream*/, const void * /*buffer*/,
+                               uLong /*size*/)
+{
+    return 0;
+}
+
+ZPOS64_T ArchiveFile::tellStream(voidpf self, voidpf /*stream*/)
+{
+    return fileOf(self).m_position;
+}
+
+long ArchiveFile::seekStream(voidpf self, voidpf /*stream*/, ZPOS64_T offset, int origin)
+{
+    ArchiveFile &file = fileOf(self);
+    quint64 base = 0;
+    if (origin == ZLIB_FILEFUNC_SEEK_CUR)
+        base = file.m_position;
+    else if (origin == ZLIB_FILEFUNC_SEEK_END)
+        base = file.m_size;
+    else if (origin != ZLIB_FILEFUNC_SEEK_SET)
+        return -1;
+    file.m_position = base + offset;
+    return 0;
+}
+
+int ArchiveFile::closeStream(voidpf /*self*/, voidpf /*stream*/)
+{
+    return 0;
+}
+
+int ArchiveFile::streamError(voidpf self, voidpf /*stream*/)
+{
+    return fileOf(self).m_failed ? 1 : 0;
+}
+
+} // namespace vorn

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "platform/FileDescriptor.h"
+
+#include <QString>
+
+#include <array>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include <minizip/ioapi.h>
+
+namespace vorn {
+
+// An archive opened for reading, with a position, for minizip and for the check of the archive's
+// directory. minizip reads headers byte by byte and jumps between directory and data for every
+// entry; a few cached windows of the file turn that into one read of the file from front to back.
+class ArchiveFile
+{
+public:
+    // Null (with errno set) when `path` cannot be opened or is not a regular file.
+    static std::unique_ptr<ArchiveFile> open(const QString &path);
+
+    quint64 size() const { return m_size; }
+    void seek(quint64 position) { m_position = position; }
+    // Reads into `target` and moves on; the number of bytes read, less than asked at the end of the
+    // file or after an error.
+    std::size_t read(std::span<char> target);
+
+    // What minizip needs to read this file through this object, which must outlive its handle.
+    zlib_filefunc64_def minizipFunctions();
+
+private:
+    struct Window
+    {
+        std::vector<char> bytes;
+        quint64 start = 0;
+        std::size_t filled = 0;
+        quint64 lastUse = 0;
+    };
+
+    ArchiveFile(FileDescriptor fd, quint64 size) : m_fd(std::move(fd)), m_size(size) {}
+    const Window *windowAt(quint64 position);
+
+    static voidpf openStream(voidpf self, const void *path, int mode);
+    static uLong readStream(voidpf self, voidpf stream, void *buffer, uLong size);
+    static uLong writeStream(voidpf self, voidpf stream, const void *buffer, uLong size);
+    static ZPOS64_T tellStream(voidpf self, voidpf stream);
+    static long seekStream(voidpf self, voidpf stream, ZPOS64_T offset, int origin);
+    static int closeStream(voidpf self, voidpf stream);
+    static int streamError(voidpf self, voidpf stream);
+
+    FileDescriptor m_fd;
+    quint64 m_size = 0;
+    quint64 m_position = 0;
+    quint64 m_uses = 0;
+    bool m_failed = false;
+    // Directory, data, and the data's next stretch while an entry crosses from one to the other.
+    std::array<Window, 3> m_windows;
+};
+
+} // namespace vorn

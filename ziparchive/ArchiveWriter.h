@@ -1,0 +1,57 @@
+#pragma once
+
+#include "ziparchive/EntryNameCodec.h"
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+
+#include <memory>
+
+#include <minizip/zip.h>
+
+namespace vorn {
+
+// An archive open for writing.
+class ArchiveWriter
+{
+public:
+    struct Entry
+    {
+        EncodedEntryName name;
+        tm_zip date = {};
+        // zlib's, 0 to 9 or -1.
+        int level = Z_DEFAULT_COMPRESSION;
+        // Encrypts when not empty.
+        QByteArray password;
+    };
+
+    // Makes the archive (in place of what is at `path`), or opens the one there to add to it. Null
+    // when that fails.
+    static std::unique_ptr<ArchiveWriter> open(const QString &path, bool append);
+    ArchiveWriter(const ArchiveWriter &) = delete;
+    ArchiveWriter &operator=(const ArchiveWriter &) = delete;
+    // Without close() before, the file stays as it is, without the directory that would make it an
+    // archive.
+    ~ArchiveWriter();
+
+    // Adds an entry; false when it fails, and for what the format cannot hold: names that are
+    // empty, hold a NUL or are longer than 65,535 bytes, data of about 4 GiB or more.
+    bool add(const Entry &entry, QByteArrayView data);
+    // Writes the directory and closes the file.
+    bool close();
+
+private:
+    ArchiveWriter() = default;
+    bool openEntry(const Entry &entry, bool isEncrypted);
+    bool writeEncrypted(const Entry &entry, QByteArrayView data, uLong crc);
+
+    static uLong writeStream(voidpf self, voidpf stream, const void *buffer, uLong size);
+
+    // minizip's own file functions, under the one that is put in place of its writing.
+    zlib_filefunc64_def m_stdio = {};
+    bool m_isAbandoned = false;
+    zipFile m_handle = nullptr;
+};
+
+} // namespace vorn

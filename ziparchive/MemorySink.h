@@ -1,0 +1,47 @@
+#pragma once
+
+#include "ziparchive/EntrySink.h"
+
+#include <QHash>
+
+namespace vorn {
+
+// Collects the bytes of the entries that have any, under their names.
+class MemorySink : public EntrySink
+{
+public:
+    explicit MemorySink(quint64 maxBytes) : m_maxBytes(maxBytes) {}
+
+    std::optional<QString> objectionTo(quint64 bytes) override
+    {
+        if (bytes <= m_maxBytes)
+            return std::nullopt;
+        return QStringLiteral("Error occurs");
+    }
+    bool begin(const EntryHead &entry) override
+    {
+        m_name = entry.name;
+        m_bytes.clear();
+        return true;
+    }
+    bool write(QByteArrayView bytes) override
+    {
+        m_bytes.append(bytes);
+        return true;
+    }
+    void end(bool isIntact) override
+    {
+        if (isIntact && !m_bytes.isEmpty())
+            m_contents.insert(m_name, std::move(m_bytes));
+    }
+
+    const QHash<QString, QByteArray> &contents() const { return m_contents; }
+
+private:
+    quint64 m_maxBytes;
+    QString m_name;
+    QByteArray m_bytes;
+    QHash<QString, QByteArray> m_contents;
+};
+
+} // namespace vorn

@@ -1,0 +1,144 @@
+#include "ziparchive/ArchiveReader.h"
+#include "ziparchive/EntryDate.h"
+#include "ziparchive/EntryNameCodec.h"
+#include "ziparchive/FolderSink.h"
+#include "ziparchive/MemorySink.h"
+#include "ziparchive/ZipArchive.h"
+
+#include <array>
+
+using vorn::ArchiveReader;
+
+namespace {
+
+constexpr std::size_t kReadSize = 4096;
+
+} // namespace
+
+QStringList ZipArchive::getZipFileContents()
+{
+    const auto reader = m_unzFile;
+    QStringList names;
+    constexpr qsizetype kUsualCount = 40;
+    names.reserve(kUsualCount);
+    int result = goToFirstEntry(reader.get());
+    do {
+        if (!openEntry(reader.get(), "Error occured"))
+            break;
+        names.append(entryName(*reader));
+        result = reader->closeEntry();
+        if (result != UNZ_OK) {
+            OutputErrorMessage(QStringLiteral("Error while closing current file %1").arg(result));
+            break;
+        }
+        result = reader->goToNextEntry();
+        if (result != UNZ_OK && result != UNZ_END_OF_LIST_OF_FILE)
+            OutputErrorMessage(QStringLiteral("Error while going to next file %1").arg(result));
+    } while (result == UNZ_OK);
+    return names;
+}
+
+bool ZipArchive::UnzipFileTo(const QString &path, bool overWrite)
+{
+    vorn::FolderSink::Options options;
+    options.path = path;
+    options.maxBytes = m_limits.bytesOnDisk;
+    if (!overWrite)
+        options.mayReplace = [this](const QString &file) { return OverWrite(file); };
+    options.report = [this](const QString &message) { OutputErrorMessage(message); };
+    options.written = [this](const QString &file) { m_unzippedFiles.append(file); };
+    vorn::FolderSink sink(*m_fileManager, std::move(options));
+    return unpack(sink) && !sink.hasFailed();
+}
+
+QHash<QString, QByteArray> ZipArchive::UnzipFileToMemory()
+{
+    vorn::MemorySink sink(m_limits.bytesInMemory);
+    unpack(sink);
+    return sink.contents();
+}
+
+bool ZipArchive::unpack(vorn::EntrySink &sink)
+{
+    const auto reader = m_unzFile;
+    bool isAsked = false;
+    quint32 counter = 0;
+    int result = goToFirstEntry(reader.get());
+    do {
+        if (!openEntry(reader.get(), "Error occurs"))
+            return false;
+        if (!isAsked) {
+            isAsked = true;
+            if (const auto objection = sink.objectionTo(reader->totalSize())) {
+                reader->closeEntry();
+                OutputErrorMessage(*objection);
+                return false;
+            }
+        }
+        result = unpackEntry(*reader, sink);
+        if (m_progressBlock && m_numFiles != 0) {
+            ++counter;
+            m_progressBlock(static_cast<qint32>(quint64{counter} * 100 / m_numFiles), counter,
+                            m_numFiles);
+        }
+    } while (result == UNZ_OK);
+    return result == UNZ_END_OF_LIST_OF_FILE;
+}
+
+int ZipArchive::unpackEntry(ArchiveReader &reader, vorn::EntrySink &sink)
+{
+    const QString name = entryName(reader);
+    bool isWanted = sink.begin({.name = name,
+                                .isFolder = name.endsWith(u'/'),
+                                .date = vorn::fromEntryDate(reader.entry().date)});
+    std::array<char, kReadSize> buffer;
+    int count = isWanted ? 1 : 0;
+    while (isWanted && count > 0) {
+        count = reader.readEntry(buffer);
+        if (count < 0)
+            OutputErrorMessage(QStringLiteral("Failed to read zip file"));
+        else
+            isWanted = sink.write({buffer.data(), count});
+    }
+
+    int result = reader.closeEntry();
+    if (count < 0) {
+        result = count;
+    } else if (result != UNZ_OK) {
+        OutputErrorMessage(QStringLiteral("file was unzipped but failed crc check"));
+    }
+    sink.end(isWanted && result == UNZ_OK);
+    if (result != UNZ_OK)
+        return result;
+
+    result = reader.goToNextEntry();
+    if (result != UNZ_OK && result != UNZ_END_OF_LIST_OF_FILE)
+        OutputErrorMessage(QStringLiteral("Error occurs while getting file info"));
+    return result;
+}
+
+int ZipArchive::goToFirstEntry(ArchiveReader *reader)
+{
+    const int result = reader ? reader->goToFirstEntry(m_limits.entries) : UNZ_PARAMERROR;
+    if (result != UNZ_OK)
+        OutputErrorMessage(QStringLiteral("Failed"));
+    return result;
+}
+
+bool ZipArchive::openEntry(ArchiveReader *reader, const char *failureText)
+{
+    const auto opened = reader ? reader->openEntry(passwordBytes()) : ArchiveReader::Opened::No;
+    if (opened == ArchiveReader::Opened::No)
+        OutputErrorMessage(QString::fromLatin1(failureText));
+    if (opened == ArchiveReader::Opened::BadInformation)
+        OutputErrorMessage(QStringLiteral("Error occurs while getting file info"));
+    return opened == ArchiveReader::Opened::Yes;
+}
+
+QString ZipArchive::entryName(const ArchiveReader &reader) const
+{
+    const ArchiveReader::Entry &entry = reader.entry();
+    QString name = m_nameCodec->decode(entry.name, entry.isUtf8);
+    // Separators are looked for in the text: in GBK, "\" is also the second byte of letters.
+    return name.replace(u'\\', u'/');
+}
