@@ -30,7 +30,9 @@ bool eventually(Predicate holds, std::chrono::milliseconds limit = std::chrono::
 // Runs the event loop for a while: for what must not happen.
 inline void runEventLoopFor(std::chrono::milliseconds time)
 {
-    eventually([] { return false; }, time);
+    QEventLoop loop;
+    QTimer::singleShot(time, &loop, &QEventLoop::quit);
+    loop.exec();
 }
 
 } // namespace vorn

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "platform/MainQueue.h"
+#include "serial/ORSSerialPort.h"
+#include "tests/support/Eventually.h"
+
+#include <QByteArrayList>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <utility>
+
+// Keeps what a port told, one line per event; the bytes of chunks in a row are one event, since it
+// is the line that decides how they are cut.
+class RecordingDelegate final : public ORSSerialPortDelegate
+{
+public:
+    void serialPortWasRemovedFromSystem(ORSSerialPort &) override { keep("removed"); }
+    void serialPortDidReceiveData(ORSSerialPort &, const QByteArray &data) override
+    {
+        if (!m_events.isEmpty() && m_events.last().startsWith("data "))
+            m_events.last() += data;
+        else
+            keep("data " + data);
+    }
+    void serialPortDidReceivePacketMatchingDescriptor(
+        ORSSerialPort &, const QByteArray &packetData,
+        const std::shared_ptr<const ORSSerialPacketDescriptor> &) override
+    {
+        keep("packet " + packetData);
+    }
+    void serialPortDidEncounterError(ORSSerialPort &, const ORSSerialPortError &error) override
+    {
+        EXPECT_EQ(error.description, QString::fromLocal8Bit(std::strerror(error.code)));
+        keep(QByteArray("error ") + ::strerrorname_np(error.code));
+    }
+    void serialPortWasOpened(ORSSerialPort &) override { keep("opened"); }
+    void serialPortWasClosed(ORSSerialPort &) override { keep("closed"); }
+
+    // Called with each event as it comes.
+    std::function<void(const QByteArray &event)> onEvent;
+
+    // Waits for as many events as are expected and compares them.
+    void expect(const QByteArrayList &expected)
+    {
+        vorn::eventually([&] { return m_events.size() >= expected.size(); });
+        EXPECT_EQ(take().join(", ").toStdString(), expected.join(", ").toStdString());
+    }
+    QByteArrayList take() { return std::exchange(m_events, {}); }
+    bool contains(const QByteArray &event) const { return m_events.contains(event); }
+
+private:
+    void keep(const QByteArray &event)
+    {
+        EXPECT_TRUE(vorn::MainQueue::instance().isCurrent());
+        m_events += event;
+        if (onEvent)
+            onEvent(event);
+    }
+
+    QByteArrayList m_events;
+};
