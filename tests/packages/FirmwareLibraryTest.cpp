@@ -28,7 +28,7 @@ protected:
         removeFolder();
     }
 
-    ~FirmwareLibraryTest() override { removeFolder(); }
+    void TearDown() override { removeFolder(); }
 
     // Not through QDir: a name may be no text.
     void removeFolder() const
@@ -108,12 +108,12 @@ TEST_F(FirmwareLibraryTest, AFolderThatYieldsNothingLeavesTheListsByModelAlone)
 TEST_F(FirmwareLibraryTest, ScansOnSeveralThreadsRefillOncePerScanAndNeverAfterTheLibraryIsGone)
 {
     addFiles({"VORN_I-1.bin", "VORN-1.bin"});
-    constexpr int jobs = 8;
-    constexpr int scans = 20;
-    std::atomic<int> done = 0;
-    for (int job = 0; job < jobs; ++job) {
+    constexpr qsizetype jobs = 8;
+    constexpr qsizetype scans = 20;
+    std::atomic<qsizetype> done = 0;
+    for (qsizetype job = 0; job < jobs; ++job) {
         GlobalQueue::instance().post([&] {
-            for (int scan = 0; scan < scans; ++scan)
+            for (qsizetype scan = 0; scan < scans; ++scan)
                 library.readFirmWare(2);
             ++done;
         });

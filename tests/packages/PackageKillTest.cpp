@@ -1,0 +1,184 @@
+#include "packages/PackageProblem.h"
+#include "packages/StagingFolder.h"
+#include "tests/packages/Tree.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <filesystem>
+
+#include <sys/ptrace.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace vorn;
+
+namespace {
+
+// The program that installs a package, followed from one system call to the next.
+class TracedInstall
+{
+public:
+    TracedInstall(const QString &cache, const QStringList &arguments)
+    {
+        QList<QByteArray> words = {INSTALL_PACKAGE};
+        for (const QString &argument : arguments)
+            words.append(argument.toUtf8());
+        std::vector<char *> argv;
+        for (QByteArray &word : words)
+            argv.push_back(word.data());
+        argv.push_back(nullptr);
+        QByteArray home = "XDG_CACHE_HOME=" + cache.toUtf8();
+        QByteArray rules = "QT_LOGGING_RULES=*=false";
+        char *environment[] = {home.data(), rules.data(), nullptr};
+        m_pid = ::fork();
+        if (m_pid == 0) {
+            ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+            ::execve(argv[0], argv.data(), environment);
+            ::_exit(127);
+        }
+        wait();
+        ::ptrace(PTRACE_SETOPTIONS, m_pid, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
+        while (isRunning() && WSTOPSIG(m_status) != SIGSTOP)
+            resume(PTRACE_CONT);
+    }
+    TracedInstall(const TracedInstall &) = delete;
+    TracedInstall &operator=(const TracedInstall &) = delete;
+    ~TracedInstall() { kill(); }
+
+    // Goes on to before the next system call; false when the program has ended instead.
+    bool goToNextCall()
+    {
+        do {
+            resume(PTRACE_SYSCALL);
+            if (isRunning() && WSTOPSIG(m_status) == (SIGTRAP | 0x80))
+                m_isInCall = !m_isInCall;
+        } while (isRunning() && !m_isInCall);
+        return isRunning();
+    }
+
+    void kill()
+    {
+        if (isRunning()) {
+            ::kill(m_pid, SIGKILL);
+            wait();
+        }
+    }
+
+    bool isRunning() const { return WIFSTOPPED(m_status); }
+    bool hasSucceeded() const { return WIFEXITED(m_status) && WEXITSTATUS(m_status) == 0; }
+
+private:
+    void resume(__ptrace_request how)
+    {
+        ::ptrace(how, m_pid, nullptr, nullptr);
+        wait();
+    }
+    void wait() { ::waitpid(m_pid, &m_status, 0); }
+
+    pid_t m_pid = -1;
+    int m_status = 0;
+    bool m_isInCall = false;
+};
+
+class PackageKillTest : public testing::TestWithParam<QString>
+{
+};
+
+TEST_P(PackageKillTest, AProgramKilledBeforeAnyOfItsSystemCallsLeavesTheOldFirmwareOrTheNew)
+{
+    // In memory where there is such a place: hundreds of runs each bring everything to the disk.
+    QTemporaryDir home(QDir("/dev/shm").exists() ? QStringLiteral("/dev/shm/vorn-XXXXXX")
+                                                 : QString());
+    const QString cache = home.filePath("cache");
+    qputenv("XDG_CACHE_HOME", cache.toUtf8());
+    QFile archive(home.filePath("archive.zip"));
+    ASSERT_TRUE(archive.open(QIODevice::WriteOnly));
+    archive.write(makeArchive(
+        {{"VornUpdate2/", {}}, {"VornUpdate2/a.bin", "A"}, {"VornUpdate2/sub/same.bin", "new"}}));
+    archive.close();
+    const Tree oldTree = {{"VornUpdate2/old.bin", "old"}, {"VornUpdate2/sub/same.bin", "old"}};
+    const Tree newTree = {{"VornUpdate2/a.bin", "A"}, {"VornUpdate2/sub/same.bin", "new"}};
+    const QStringList arguments = {"VornUpdate2.zip", archive.fileName(), "stop", GetParam()};
+
+    int oldSets = 0;
+    int newSets = 0;
+    constexpr int limit = 5000;
+    for (int calls = 1; calls < limit; ++calls) {
+        std::filesystem::remove_all(std::filesystem::path(cache.toStdString()));
+        writeTree(cache, oldTree);
+        TracedInstall install(cache, arguments);
+        ASSERT_TRUE(install.isRunning());
+        for (int call = 0; call < calls && install.goToNextCall(); ++call) {
+        }
+        const bool wasKilled = install.isRunning();
+        install.kill();
+        StagingFolder::recoverInterruptedPublish();
+
+        Tree tree = treeAt(cache);
+        tree.remove("VornUpdate2.zip");
+        ASSERT_TRUE(tree == oldTree || tree == newTree)
+            << "killed before call " << calls << ": " << tree.keys().join(' ').toStdString();
+        ++(tree == oldTree ? oldSets : newSets);
+        if (!wasKilled) {
+            EXPECT_TRUE(install.hasSucceeded());
+            EXPECT_EQ(tree, newTree);
+            break;
+        }
+    }
+    EXPECT_GT(oldSets, 20);
+    EXPECT_GT(newSets, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(WithAndWithoutAnExchangeOfNames, PackageKillTest,
+                         testing::Values("exchange", "no-exchange"));
+
+TEST(PackageSpaceTest, AFullDiskLeavesTheOldFirmware)
+{
+    const QTemporaryDir home;
+    const Tree newTree = {{"a.bin", QByteArray(100'000, 'A')}, {"b.bin", QByteArray(100'000, 'B')}};
+    QFile archive(home.filePath("archive.zip"));
+    ASSERT_TRUE(archive.open(QIODevice::WriteOnly));
+    archive.write(makeArchive({{"VornUpdate2/", {}},
+                               {"VornUpdate2/a.bin", newTree["a.bin"]},
+                               {"VornUpdate2/b.bin", newTree["b.bin"]}}));
+    archive.close();
+    // A file system of the size $1, in a name space in which anybody may mount one.
+    QFile script(home.filePath("script"));
+    ASSERT_TRUE(script.open(QIODevice::WriteOnly));
+    script.write(R"(set -e; cd "$2"; mkdir -p cache; mount -t tmpfs -o size=$1 tmpfs cache
+mkdir cache/VornUpdate2; echo -n old >cache/VornUpdate2/old.bin
+trap 'rm -rf result; cp -r cache/VornUpdate2 result' EXIT
+XDG_CACHE_HOME="$2/cache" "$3" VornUpdate2.zip "$2/archive.zip")");
+    script.close();
+
+    int oldSets = 0;
+    int newSets = 0;
+    for (int size = 8'192; size < 400'000; size += 32'768) {
+        QProcess process;
+        process.start("unshare", {"--map-root-user", "--mount", "sh", script.fileName(),
+                                  QString::number(size), home.path(), INSTALL_PACKAGE});
+        ASSERT_TRUE(process.waitForFinished());
+        const Tree tree = treeAt(home.filePath("result"));
+        if (tree.isEmpty())
+            GTEST_SKIP() << "cannot mount: " << process.readAllStandardError().constData();
+        if (tree == newTree) {
+            ++newSets;
+            EXPECT_EQ(process.exitCode(), 0);
+        } else {
+            ++oldSets;
+            EXPECT_EQ(tree, (Tree{{"old.bin", "old"}})) << size;
+            EXPECT_EQ(process.exitCode(), static_cast<int>(PackageProblem::Kind::NoSpace))
+                << size << process.readAllStandardError().constData();
+        }
+    }
+    EXPECT_GT(oldSets, 4);
+    EXPECT_GT(newSets, 1);
+}
+
+} // namespace
