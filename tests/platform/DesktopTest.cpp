@@ -1,0 +1,206 @@
+#include "platform/DesktopNotifications.h"
+#include "platform/PowerEvents.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingReply>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gmock/gmock.h>
+
+namespace vorn {
+namespace {
+
+constexpr int kLimit = 20000; // ms to wait for what must come
+
+// A bus of the test's own, with mocked services on it.
+class DesktopTest : public testing::Test
+{
+protected:
+    DesktopTest()
+    {
+        // Without the machine's own services, which a call would start.
+        QFile config(m_directory.filePath("bus.conf"));
+        EXPECT_TRUE(config.open(QIODevice::WriteOnly));
+        config.write(
+            "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>"
+            "<policy context='default'><allow send_destination='*'/><allow receive_type='*'/>"
+            "<allow own='*'/>"
+            "</policy></busconfig>");
+        config.close();
+        m_daemon.start("dbus-daemon",
+                       {"--config-file", config.fileName(), "--nofork", "--print-address"});
+        m_daemon.waitForReadyRead(kLimit);
+        m_address = QString::fromUtf8(m_daemon.readLine().trimmed());
+        m_bus = QDBusConnection::connectToBus(m_address, m_address);
+        EXPECT_TRUE(m_bus.isConnected()) << qPrintable(m_bus.lastError().message());
+    }
+    ~DesktopTest() override
+    {
+        QDBusConnection::disconnectFromBus(m_address);
+        for (QProcess *const process : {&m_service, &m_daemon}) {
+            process->kill();
+            process->waitForFinished();
+        }
+    }
+
+    void startService(const QString &mockTemplate, const QString &name, const QString &path)
+    {
+        m_name = name;
+        m_path = path;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("DBUS_SESSION_BUS_ADDRESS", m_address);
+        environment.insert("DBUS_SYSTEM_BUS_ADDRESS", m_address);
+        m_service.setProcessEnvironment(environment);
+        m_service.start("/usr/bin/python3", {"-m", "dbusmock", "--template", mockTemplate});
+        ASSERT_TRUE(comesTrue([&] { return ask("GetMethodCalls", {"none"}).isValid(); }));
+    }
+    // What the mock answers to a call of its own interface, or of another; the first value.
+    QVariant ask(const QString &method, const QVariantList &arguments,
+                 const QString &interface = "org.freedesktop.DBus.Mock")
+    {
+        QDBusMessage call = QDBusMessage::createMethodCall(m_name, m_path, interface, method);
+        call.setArguments(arguments);
+        // Waits with the event loop running, as the program would.
+        QDBusPendingCall pending = m_bus.asyncCall(call);
+        EXPECT_TRUE(comesTrue([&] { return pending.isFinished(); }));
+        return pending.isError() ? QVariant() : pending.reply().arguments().value(0);
+    }
+    static bool comesTrue(const std::function<bool()> &condition)
+    {
+        return QTest::qWaitFor(condition, kLimit);
+    }
+
+    const QTemporaryDir m_directory;
+    QProcess m_daemon;
+    QProcess m_service;
+    QString m_address;
+    QString m_name;
+    QString m_path;
+    QDBusConnection m_bus{QString()};
+};
+
+class DesktopNotificationsTest : public DesktopTest
+{
+protected:
+    // The arguments of the calls of Notify that the service has had.
+    QList<QVariantList> received()
+    {
+        QList<QVariantList> calls;
+        const auto list = ask("GetMethodCalls", {"Notify"}).value<QDBusArgument>();
+        list.beginArray();
+        while (!list.atEnd()) {
+            quint64 time = 0;
+            QVariantList arguments;
+            list.beginStructure();
+            list >> time >> arguments;
+            list.endStructure();
+            calls.append(arguments);
+        }
+        list.endArray();
+        return calls;
+    }
+};
+
+TEST_F(DesktopNotificationsTest, AMessageReachesTheServiceWithoutSound)
+{
+    startService("notification_daemon", "org.freedesktop.Notifications",
+                 "/org/freedesktop/Notifications");
+    DesktopNotifications notifications(m_bus);
+    notifications.deliver("Serial Port Connected", "Serial Port a<b was connected to your Mac.");
+    ASSERT_TRUE(comesTrue([&] { return !received().isEmpty(); }));
+    const QVariantList call = received().first();
+    EXPECT_EQ(call.value(3), "Serial Port Connected");
+    EXPECT_EQ(call.value(4), "Serial Port a&lt;b was connected to your Mac.");
+    const auto hints = qdbus_cast<QVariantMap>(call.value(6));
+    EXPECT_EQ(hints.value("suppress-sound"), true);
+}
+
+TEST_F(DesktopNotificationsTest, WithoutAServiceTheMessageIsDroppedAtOnce)
+{
+    for (const QDBusConnection &bus : {m_bus, QDBusConnection("none")}) {
+        DesktopNotifications notifications(bus);
+        QElapsedTimer clock;
+        clock.start();
+        notifications.deliver("a", "b");
+        EXPECT_LT(clock.elapsed(), 1000);
+        notifications.deliver("c", "d"); // unanswered when its sender ends
+    }
+    EXPECT_TRUE(DesktopNotifications::exists());
+}
+
+class PowerEventsTest : public DesktopTest
+{
+protected:
+    void prepareForSleep(bool begins)
+    {
+        ask("EmitSignal",
+            {"org.freedesktop.login1.Manager", "PrepareForSleep", "b", QVariantList{begins}});
+    }
+    bool isDelayed()
+    {
+        const auto list =
+            ask("ListInhibitors", {}, "org.freedesktop.login1.Manager").value<QDBusArgument>();
+        list.beginArray();
+        if (list.atEnd())
+            return false;
+        QString what;
+        QString who;
+        QString why;
+        QString mode;
+        list.beginStructure();
+        list >> what >> who >> why >> mode;
+        EXPECT_EQ(what, "sleep");
+        EXPECT_EQ(mode, "delay");
+        return true;
+    }
+};
+
+TEST_F(PowerEventsTest, SleepWaitsForTheCallbackAndForWhatItHolds)
+{
+    startService("logind", "org.freedesktop.login1", "/org/freedesktop/login1");
+    QStringList told;
+    std::shared_ptr<const void> hold;
+    std::unique_ptr<PowerEvents> events;
+    events = std::make_unique<PowerEvents>(
+        [&] {
+            told += "sleep";
+            hold = events->delaySleep();
+        },
+        [&] { told += "wake"; }, m_bus);
+    const auto holdsLock = [&] { return isDelayed() && events->delaySleep(); };
+    ASSERT_TRUE(comesTrue(holdsLock));
+    for (int round = 1; round <= 2; ++round) {
+        told.clear();
+        prepareForSleep(true);
+        EXPECT_TRUE(comesTrue([&] { return told == QStringList("sleep"); }));
+        EXPECT_NE(hold, nullptr);
+        EXPECT_TRUE(isDelayed());
+        hold.reset();
+        EXPECT_TRUE(comesTrue([&] { return !isDelayed(); }));
+        prepareForSleep(false);
+        EXPECT_TRUE(comesTrue([&] { return told == QStringList({"sleep", "wake"}); }));
+        EXPECT_TRUE(comesTrue(holdsLock));
+    }
+    events.reset();
+    EXPECT_TRUE(comesTrue([&] { return !isDelayed(); }));
+}
+
+TEST_F(PowerEventsTest, WithoutABusOrServiceNothingHappens)
+{
+    bool told = false;
+    const auto tell = [&] { told = true; };
+    for (const QDBusConnection &bus : {m_bus, QDBusConnection("none")}) {
+        const PowerEvents events(tell, tell, bus);
+        QTest::qWait(100);
+        EXPECT_EQ(events.delaySleep(), nullptr);
+    }
+    EXPECT_FALSE(told);
+}
+
+} // namespace
+} // namespace vorn
