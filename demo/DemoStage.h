@@ -6,8 +6,6 @@
 #include <QString>
 #include <QTemporaryDir>
 
-#include <optional>
-
 namespace vorn {
 
 // What the demonstration plays on: a simulated device, a package server, and a private folder for
@@ -25,8 +23,8 @@ public:
     QString configDirectory() const { return m_directory.filePath(QStringLiteral("config")); }
     QString firmwareFolder() const;
     // HOST:PORT of the package server, and the file with the certificate to trust it by.
-    QString packageHost() const { return m_server.hostAndPort(); }
-    QString packageCaFile() const { return m_server.caFile(); }
+    QString packageHost() const { return m_server.host(); }
+    QString packageCaFile() const { return m_server.authorityFile(); }
 
     const SimulatedDevice &device() const { return m_device; }
 

@@ -71,6 +71,14 @@ protected:
         deviceDirectory();
     }
 
+    // The devices of one test must be gone before the next one plugs in its own.
+    void TearDown() override
+    {
+        EXPECT_TRUE(eventually([] {
+            return ORSSerialPortManager::sharedSerialPortManager().availablePorts().isEmpty();
+        }));
+    }
+
     void show()
     {
         UpdateTimings timings;
