@@ -9,8 +9,18 @@
 namespace vorn {
 namespace {
 
+using namespace std::chrono_literals;
+
 // Where the device's answer to CmdConnect carries its version, which is its model code.
 constexpr std::size_t kVersionByte = 3;
+
+// Everything that the port has read by now is in the buffer afterwards: the port's chunks and this
+// job share a queue. A time-out says nothing about the device while the main thread, which delivers
+// the answers, is busy.
+void waitForDelivery()
+{
+    MainQueue::instance().postAndWait([] {});
+}
 
 } // namespace
 
@@ -18,7 +28,7 @@ BootLoaderLink::BootLoaderLink(ORSSerialPortPtr port, std::shared_ptr<ReceiveBuf
                                ReceiveBuffer::Sequence sequence,
                                WeakDelegate<UpdateObserver> observer, const UpdateTimings &timings)
     : m_port(std::move(port)), m_buffer(std::move(buffer)), m_sequence(sequence),
-      m_observer(observer), m_timings(timings), m_answerLimit(timings.answer)
+      m_observer(std::move(observer)), m_timings(timings), m_answerLimit(timings.answer)
 {
 }
 
@@ -38,32 +48,46 @@ bool BootLoaderLink::sendCmdOrData(QByteArrayView frame, qsizetype byteLenght)
 
 Verdict BootLoaderLink::waitForAnswer()
 {
+    m_buffer->clearReceiveByte();
     m_lastVerdict = m_buffer->waitForVerdict(m_sequence, m_answerLimit);
+    if (m_lastVerdict == Verdict::Timeout) {
+        waitForDelivery();
+        m_lastVerdict = m_buffer->waitForVerdict(m_sequence, 0ms);
+    }
     return m_lastVerdict;
 }
 
 bool BootLoaderLink::awaitRelease()
 {
-    if (waitForAnswer() == Verdict::Timeout)
+    waitForAnswer();
+    if (gotNoAnswer())
         showText(texts::kUpdateFailed);
     return m_lastVerdict == Verdict::Ack;
 }
 
 void BootLoaderLink::transmit(QByteArrayView frame)
 {
-    m_buffer->frameGoesOut();
-    m_port->sendData(frame);
+    // What goes wrong here closes the port or leaves the device silent, and the next wait tells.
+    if (m_buffer->frameGoesOut(m_sequence))
+        m_port->sendData(frame);
 }
 
-bool BootLoaderLink::handshake(bool &connected)
+bool BootLoaderLink::connect()
 {
     sendSyncByte();
-    const QByteArray connect = CmdConnect();
-    connected = sendCmdOrData(connect, connect.size());
-    if (!connected || !awaitRelease())
+    const QByteArray frame = CmdConnect();
+    return sendCmdOrData(frame, frame.size());
+}
+
+bool BootLoaderLink::queryVersion()
+{
+    if (!awaitRelease())
         return false;
     // Before the next frame goes out, since what arrives then answers that one.
-    m_buffer->completeChunk(m_sequence, kVersionByte + 1, m_timings.answerGap);
+    if (!m_buffer->completeChunk(m_sequence, kVersionByte + 1, m_timings.answerGap)) {
+        waitForDelivery();
+        m_buffer->completeChunk(m_sequence, kVersionByte + 1, 0ms);
+    }
     transmit(CmdQueryVersion());
     return true;
 }
@@ -75,6 +99,13 @@ std::optional<qint32> BootLoaderLink::reportedVersion() const
     return m_buffer->byteAt(kVersionByte);
 }
 
+void BootLoaderLink::keepSecondAnswer()
+{
+    const quint8 second = m_buffer->byteAt(1);
+    if (second == AckByte || second == NakByte)
+        m_buffer->splitChunk();
+}
+
 void BootLoaderLink::showText(const QString &text)
 {
     tell([&](UpdateObserver &observer) { observer.showUpdateText(text); });
@@ -82,21 +113,29 @@ void BootLoaderLink::showText(const QString &text)
 
 void BootLoaderLink::tell(const std::function<void(UpdateObserver &)> &call)
 {
-    MainQueue::instance().postAndWait([&] {
-        UpdateObserver *observer = m_observer.get();
-        if (observer && m_buffer->isCurrent(m_sequence))
+    onMainThread([&](UpdateObserver *observer) {
+        if (observer)
             call(*observer);
     });
 }
 
+void BootLoaderLink::onMainThread(const std::function<void(UpdateObserver *)> &call)
+{
+    MainQueue::instance().postAndWait([&] {
+        if (isCurrent())
+            call(m_observer.get());
+    });
+}
+
+void BootLoaderLink::lowerRts()
+{
+    m_buffer->unlessSucceeded(m_sequence, [this] { m_port->setRTS(false); });
+}
+
 void BootLoaderLink::scheduleRtsLow()
 {
-    GlobalQueue::instance().postAfter(
-        m_timings.resetPulse, [port = m_port, buffer = m_buffer, sequence = m_sequence] {
-            // A later sequence drives the line by itself.
-            if (buffer->isCurrent(sequence))
-                port->setRTS(false);
-        });
+    GlobalQueue::instance().postAfter(m_timings.resetPulse,
+                                      [link = *this]() mutable { link.lowerRts(); });
 }
 
 } // namespace vorn

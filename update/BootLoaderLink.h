@@ -28,7 +28,8 @@ struct UpdateTimings
 };
 
 // One sequence's line to the device's boot loader: sends frames, each only after the device has
-// acknowledged the one before. Used on the sequence's background thread; blocks while it waits.
+// acknowledged the one before. Used on the sequence's background thread; blocks while it waits. A
+// sequence that is no longer current sends nothing and shows nothing.
 class BootLoaderLink
 {
 public:
@@ -36,39 +37,53 @@ public:
                    ReceiveBuffer::Sequence sequence, WeakDelegate<UpdateObserver> observer,
                    const UpdateTimings &timings);
 
+    bool isCurrent() const { return m_buffer->isCurrent(m_sequence); }
+
     // Sends SyncByte, unframed and without waiting.
     void sendSyncByte();
-    // Waits for the device's acknowledgement of what was sent before, then sends the first byteLenght
-    // bytes of the frame, which carries its checksum already. False when the device refused, did not
-    // answer in time (a text tells), or the sequence was abandoned; lastVerdict() tells which.
+    // Waits for the device's acknowledgement of what was sent before, then sends the first
+    // byteLenght bytes of the frame, which carries its checksum already. False when the device
+    // refused, did not answer (a text tells), or the sequence was abandoned; lastVerdict() tells
+    // which.
     bool sendCmdOrData(QByteArrayView frame, qsizetype byteLenght);
     // Waits for an answer that releases nothing.
     Verdict waitForAnswer();
 
-    // SyncByte, CmdConnect and CmdQueryVersion. True when all were sent; `connected` tells how far it
-    // came.
-    bool handshake(bool &connected);
+    // SyncByte and CmdConnect. True when both were sent.
+    bool connect();
+    // CmdQueryVersion, behind the whole answer to CmdConnect. True when it was sent.
+    bool queryVersion();
     // The version that the device told in its answer to CmdConnect; nothing when that answer, the
     // chunk in the buffer, is none.
     std::optional<qint32> reportedVersion() const;
-    // A second acknowledgement in the chunk that was judged last counts as an answer of its own.
-    void keepSecondAnswer() { m_buffer->splitChunk(); }
+    // A second answer in the chunk that was judged last, also a refusal, counts as one of its own.
+    void keepSecondAnswer();
 
     // While the device may be erasing, answers take longer.
-    void allowForErasing(bool erasing) { m_answerLimit = erasing ? m_timings.erase : m_timings.answer; }
+    void allowForErasing(bool erasing)
+    {
+        m_answerLimit = erasing ? m_timings.erase : m_timings.answer;
+    }
 
     Verdict lastVerdict() const { return m_lastVerdict; }
-    bool portIsOpen() const { return m_port->isOpen(); }
+    // The last wait ended without an answer.
+    bool gotNoAnswer() const
+    {
+        return m_lastVerdict == Verdict::Timeout || m_lastVerdict == Verdict::LinkLost;
+    }
 
     // Shows a status text and returns when it is shown.
     void showText(const QString &text);
     // Calls the observer on the main thread, if it and the sequence are still there by then, and
     // returns afterwards.
     void tell(const std::function<void(UpdateObserver &)> &call);
+    // The same also without an observer, which is null then.
+    void onMainThread(const std::function<void(UpdateObserver *)> &call);
 
-    // Ends a reset pulse: RTS low, after the length of a pulse.
+    void raiseRts() { m_port->setRTS(true); }
+    // Ends a reset pulse, now or after the length of one. A later sequence's pulse stays untouched.
+    void lowerRts();
     void scheduleRtsLow();
-    void setRTS(bool on) { m_port->setRTS(on); }
 
 private:
     bool awaitRelease();

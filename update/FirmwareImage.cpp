@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <limits>
+#include <new>
 
 namespace vorn {
 namespace {
@@ -23,8 +24,8 @@ struct OpenImage
 std::variant<OpenImage, ImageError> openImage(const QString &path)
 {
     using Kind = ImageError::Kind;
-    OpenImage image{FileDescriptor(::open(QFile::encodeName(path).constData(),
-                                          O_RDONLY | O_NONBLOCK | O_CLOEXEC))};
+    OpenImage image{FileDescriptor(
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC))};
     struct stat status
     {
     };
@@ -71,11 +72,16 @@ std::variant<QByteArray, ImageError> readFirmwareImage(const QString &path)
         return *error;
     const auto &image = std::get<OpenImage>(opened);
 
-    QByteArray bytes(image.size, Qt::Uninitialized);
+    QByteArray bytes;
+    try {
+        bytes = QByteArray(image.size, Qt::Uninitialized);
+    } catch (const std::bad_alloc &) {
+        return ImageError{ImageError::Kind::Unreadable, ENOMEM, path};
+    }
     qint64 count = 0;
     while (count < image.size) {
-        const ssize_t got = ::read(image.fd.get(), bytes.data() + count,
-                                   static_cast<size_t>(image.size - count));
+        const ssize_t got =
+            ::read(image.fd.get(), bytes.data() + count, static_cast<size_t>(image.size - count));
         if (got < 0 && errno == EINTR)
             continue;
         // A file that shrinks while it is read is not the file that was chosen.

@@ -31,11 +31,20 @@ quint8 dataChecksumappendLen(QByteArrayView data, qsizetype len)
     return checksum;
 }
 
-QByteArray CmdConnect() { return command(0x01); }
+QByteArray CmdConnect()
+{
+    return command(0x01);
+}
 
-QByteArray CmdQueryVersion() { return command(0x02); }
+QByteArray CmdQueryVersion()
+{
+    return command(0x02);
+}
 
-QByteArray CmdDownload() { return command(0x03); }
+QByteArray CmdDownload()
+{
+    return command(0x03);
+}
 
 QByteArray DownloadHeader(quint32 imageLength)
 {

@@ -18,6 +18,7 @@ ReceiveBuffer::Sequence ReceiveBuffer::beginSequence()
     {
         const std::lock_guard lock(m_mutex);
         sequence = ++m_sequence;
+        m_abandoned = false;
         m_linkLost = false;
         m_held.clear();
     }
@@ -25,10 +26,31 @@ ReceiveBuffer::Sequence ReceiveBuffer::beginSequence()
     return sequence;
 }
 
+void ReceiveBuffer::abandonSequence()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_abandoned = true;
+    }
+    m_changed.notify_all();
+}
+
 bool ReceiveBuffer::isCurrent(Sequence sequence) const
 {
     const std::lock_guard lock(m_mutex);
-    return sequence == m_sequence;
+    return isCurrentLocked(sequence);
+}
+
+bool ReceiveBuffer::isCurrentLocked(Sequence sequence) const
+{
+    return sequence == m_sequence && !m_abandoned;
+}
+
+void ReceiveBuffer::unlessSucceeded(Sequence sequence, const std::function<void()> &action) const
+{
+    const std::lock_guard lock(m_mutex);
+    if (sequence == m_sequence)
+        action();
 }
 
 void ReceiveBuffer::linkWasLost()
@@ -57,17 +79,19 @@ void ReceiveBuffer::clearReceiveByte()
     land({}, 0);
 }
 
-void ReceiveBuffer::frameGoesOut()
+bool ReceiveBuffer::frameGoesOut(Sequence sequence)
 {
     const std::lock_guard lock(m_mutex);
+    if (!isCurrentLocked(sequence))
+        return false;
     m_held.clear();
+    return true;
 }
 
 Verdict ReceiveBuffer::waitForVerdict(Sequence sequence, std::chrono::milliseconds limit)
 {
     const auto deadline = Clock::now() + limit;
     std::unique_lock lock(m_mutex);
-    land({}, 0);
     while (waitForChunk(lock, sequence, deadline)) {
         land(m_held.front(), 0);
         m_held.pop_front();
@@ -76,10 +100,12 @@ Verdict ReceiveBuffer::waitForVerdict(Sequence sequence, std::chrono::millisecon
         if (m_bytes[0] == NakByte)
             return Verdict::Nak;
     }
-    return sequence == m_sequence ? Verdict::Timeout : Verdict::Abandoned;
+    if (!isCurrentLocked(sequence))
+        return Verdict::Abandoned;
+    return m_linkLost ? Verdict::LinkLost : Verdict::Timeout;
 }
 
-void ReceiveBuffer::completeChunk(Sequence sequence, std::size_t length,
+bool ReceiveBuffer::completeChunk(Sequence sequence, std::size_t length,
                                   std::chrono::milliseconds limit)
 {
     const auto deadline = Clock::now() + limit;
@@ -88,6 +114,7 @@ void ReceiveBuffer::completeChunk(Sequence sequence, std::size_t length,
         land(m_held.front(), m_length);
         m_held.pop_front();
     }
+    return m_length >= length;
 }
 
 void ReceiveBuffer::splitChunk()
@@ -95,10 +122,8 @@ void ReceiveBuffer::splitChunk()
     const std::lock_guard lock(m_mutex);
     if (m_length < 2)
         return;
-    QByteArray rest;
-    std::for_each(m_bytes.begin() + 1, m_bytes.begin() + static_cast<std::ptrdiff_t>(m_length),
-                  [&](quint8 byte) { rest.append(static_cast<char>(byte)); });
-    m_held.push_front(rest);
+    const QByteArrayView chunk(m_bytes.data(), static_cast<qsizetype>(m_length));
+    m_held.push_front(chunk.sliced(1).toByteArray());
 }
 
 quint8 ReceiveBuffer::byteAt(std::size_t index) const
@@ -108,11 +133,11 @@ quint8 ReceiveBuffer::byteAt(std::size_t index) const
 }
 
 // Puts the chunk at the offset; what stood behind is zero afterwards.
-void ReceiveBuffer::land(const QByteArray &chunk, std::size_t offset)
+void ReceiveBuffer::land(QByteArrayView chunk, std::size_t offset)
 {
     const std::size_t count = std::min(static_cast<std::size_t>(chunk.size()), kSize - offset);
-    const auto end = std::copy_n(chunk.begin(), count, m_bytes.begin() + static_cast<long>(offset));
-    std::fill(end, m_bytes.end(), quint8{0});
+    const auto place = m_bytes.begin() + static_cast<std::ptrdiff_t>(offset);
+    std::fill(std::copy_n(chunk.begin(), count, place), m_bytes.end(), quint8{0});
     m_length = offset + count;
 }
 
@@ -120,9 +145,9 @@ bool ReceiveBuffer::waitForChunk(std::unique_lock<std::mutex> &lock, Sequence se
                                  Clock::time_point deadline)
 {
     m_changed.wait_until(lock, deadline, [&] {
-        return !m_held.empty() || m_linkLost || sequence != m_sequence;
+        return !m_held.empty() || m_linkLost || !isCurrentLocked(sequence);
     });
-    return sequence == m_sequence && !m_held.empty();
+    return isCurrentLocked(sequence) && !m_held.empty();
 }
 
 } // namespace vorn

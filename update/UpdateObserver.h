@@ -54,7 +54,8 @@ public:
     // The device may be erasing; how long that takes is not known.
     virtual void updateIsErasing() = 0;
     virtual void updateDidEnd(const UpdateResult &result) = 0;
-    // A version query has ended, with or without an answer. Not told of one that a run took over from.
+    // A version query has ended, with or without an answer. Not told of one that a run took over
+    // from.
     virtual void versionQueryDidEnd() = 0;
 
 protected:

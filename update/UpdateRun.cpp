@@ -11,7 +11,8 @@ namespace {
 
 Q_LOGGING_CATEGORY(logUpdate, "vorn.update")
 
-// Devices of this model code and above erase their flash after the header and say when they are done.
+// Devices of this model code and above erase their flash after the header and say when they are
+// done.
 constexpr qint32 kFirstErasingModel = 2;
 
 QString nameOf(UpdateStep step)
@@ -51,8 +52,8 @@ UpdateRun::UpdateRun(BootLoaderLink link, QString imagePath,
 UpdateResult UpdateRun::run()
 {
     m_link.tell([](UpdateObserver &observer) { observer.updateDidBegin(); });
-    if (handshake() && readImage() && startDownload() && waitForErase() && sendData()
-        && sendLastData() && finish())
+    if (handshake() && readImage() && startDownload() && waitForErase() && sendData() &&
+        sendLastData() && finish())
         qCInfo(logUpdate, "The device holds the image of %lld bytes", m_image.size());
     else
         qCWarning(logUpdate).noquote() << m_result.description;
@@ -61,13 +62,12 @@ UpdateResult UpdateRun::run()
 
 bool UpdateRun::handshake()
 {
-    bool connected = false;
-    if (!m_link.handshake(connected)) {
-        if (connected)
-            return failAt(UpdateStep::QueryVersion);
+    if (!m_link.connect()) {
         m_link.showText(texts::kDeviceDoesNotRespond);
         return failAt(UpdateStep::Connect);
     }
+    if (!m_link.queryVersion())
+        return failAt(UpdateStep::QueryVersion);
     if (const auto version = m_link.reportedVersion())
         *m_targetVersion = *version;
     return true;
@@ -114,7 +114,7 @@ bool UpdateRun::waitForErase()
         m_link.keepSecondAnswer();
         return true;
     }
-    if (m_link.lastVerdict() == Verdict::Timeout)
+    if (m_link.gotNoAnswer())
         m_link.showText(texts::kEraseFailed);
     return failAt(UpdateStep::Erase);
 }
@@ -144,13 +144,13 @@ bool UpdateRun::sendLastData()
 bool UpdateRun::finish()
 {
     const Verdict verdict = m_link.waitForAnswer();
-    if (verdict == Verdict::Timeout) {
+    if (m_link.gotNoAnswer()) {
         m_link.showText(texts::kUpdateFailed);
         m_link.scheduleRtsLow();
     }
     if (verdict != Verdict::Ack)
         return failAt(UpdateStep::Finish);
-    m_link.setRTS(true);
+    m_link.raiseRts();
     m_link.tell([](UpdateObserver &observer) {
         observer.updateDidProgress(100);
         observer.showUpdateText(texts::kUpdated);
@@ -173,17 +173,17 @@ bool UpdateRun::failAt(UpdateStep step, qint64 frame)
     if (m_link.lastVerdict() == Verdict::Nak) {
         m_result.outcome = Outcome::Refused;
         cause = QStringLiteral("The device refused");
-    } else if (m_link.portIsOpen()) {
-        m_result.outcome = Outcome::TimedOut;
-        cause = QStringLiteral("The device did not answer in time");
-    } else {
+    } else if (m_link.lastVerdict() == Verdict::LinkLost) {
         m_result.outcome = Outcome::PortClosed;
         cause = QStringLiteral("The connection to the device was closed");
+    } else {
+        m_result.outcome = Outcome::TimedOut;
+        cause = QStringLiteral("The device did not answer in time");
     }
     m_result.description = cause + QStringLiteral(" while ") + nameOf(step);
     if (frame >= 0) {
-        m_result.description += QStringLiteral(", at frame %1 of %2").arg(frame + 1).arg(
-            m_fullFrames + 1);
+        m_result.description +=
+            QStringLiteral(", at frame %1 of %2").arg(frame + 1).arg(m_fullFrames + 1);
     }
     return false;
 }

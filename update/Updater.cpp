@@ -12,7 +12,10 @@ Updater::Updater(UpdateObserver *observer, const UpdateTimings &timings)
 {
 }
 
-Updater::~Updater() { m_buffer->beginSequence(); }
+Updater::~Updater()
+{
+    m_buffer->abandonSequence();
+}
 
 void Updater::getTargetVersion(const ORSSerialPortPtr &port)
 {
@@ -30,24 +33,32 @@ void Updater::startUpdate(const ORSSerialPortPtr &port, const QString &imagePath
     resetDeviceAndRun(
         port, [imagePath, version = m_targetVersion, updating = m_updating](BootLoaderLink link) {
             const UpdateResult result = UpdateRun(link, imagePath, version).run();
-            link.tell([&](UpdateObserver &observer) {
+            link.onMainThread([&](UpdateObserver *observer) {
                 *updating = false;
-                observer.updateDidEnd(result);
+                if (observer)
+                    observer->updateDidEnd(result);
             });
         });
 }
 
 void Updater::resetDeviceAndRun(const ORSSerialPortPtr &port, Sequence sequence)
 {
-    const BootLoaderLink link(port, m_buffer, m_buffer->beginSequence(), m_observer, m_timings);
-    port->setRTS(true);
+    BootLoaderLink link(port, m_buffer, m_buffer->beginSequence(), m_observer, m_timings);
+    if (!port->isOpen())
+        m_buffer->linkWasLost();
+    link.raiseRts();
+    const auto afterwards = [line = m_line](std::chrono::milliseconds delay, SerialQueue::Job job) {
+        GlobalQueue::instance().postAfter(delay, [line, job = std::move(job)] { line->post(job); });
+    };
     // One after the other, not side by side on two timers: the device must not see the first byte
     // while it is held in reset.
-    GlobalQueue &queue = GlobalQueue::instance();
-    queue.postAfter(m_timings.resetPulse, [&queue, port, link, sequence = std::move(sequence),
-                                           start = m_timings.bootLoaderStart] {
-        port->setRTS(false);
-        queue.postAfter(start, [link, sequence] { sequence(link); });
+    afterwards(m_timings.resetPulse, [afterwards, link, sequence = std::move(sequence),
+                                      start = m_timings.bootLoaderStart]() mutable {
+        link.lowerRts();
+        afterwards(start, [link, sequence] {
+            if (link.isCurrent())
+                sequence(link);
+        });
     });
 }
 

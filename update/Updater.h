@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/SerialQueue.h"
 #include "serial/ORSSerialPort.h"
 #include "update/BootLoaderLink.h"
 
@@ -7,6 +8,7 @@
 #include <QString>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 namespace vorn {
@@ -43,10 +45,14 @@ private:
 
     const WeakDelegate<UpdateObserver> m_observer;
     const UpdateTimings m_timings;
+    // Runs the sequences, so that an abandoned one has let go of the line when its successor
+    // starts.
+    const std::shared_ptr<SerialQueue> m_line = std::make_shared<SerialQueue>();
     const std::shared_ptr<ReceiveBuffer> m_buffer = std::make_shared<ReceiveBuffer>();
     const std::shared_ptr<std::atomic<qint32>> m_targetVersion =
         std::make_shared<std::atomic<qint32>>(-1);
-    const std::shared_ptr<std::atomic<bool>> m_updating = std::make_shared<std::atomic<bool>>(false);
+    const std::shared_ptr<std::atomic<bool>> m_updating =
+        std::make_shared<std::atomic<bool>>(false);
 };
 
 } // namespace vorn

@@ -9,11 +9,10 @@ VersionQuery::VersionQuery(BootLoaderLink link, std::shared_ptr<std::atomic<qint
 
 void VersionQuery::run()
 {
-    bool connected = false;
-    if (m_link.handshake(connected)) {
+    if (m_link.connect() && m_link.queryVersion()) {
         // On the main thread, where an update that takes over begins: the device's word to an
         // abandoned query does not reach its successor's version.
-        m_link.tell([this](UpdateObserver &) {
+        m_link.onMainThread([this](UpdateObserver *) {
             if (const auto version = m_link.reportedVersion())
                 *m_targetVersion = *version;
         });

@@ -1,0 +1,127 @@
+#include "tests/update/UpdateRig.h"
+
+#include <QPointer>
+
+namespace vorn {
+namespace {
+
+using Outcome = UpdateResult::Outcome;
+
+// A run that waits for its time-out has not ended at once.
+constexpr auto kAtOnce = 10s;
+
+const QStringList kPulse{kRtsHigh, kRtsLow};
+const QString kFirstText = texts::kUpdating.arg(0);
+
+void expectEndedAtOnce(UpdateRig &rig)
+{
+    EXPECT_TRUE(eventually([&] { return !rig.results.empty(); }, kAtOnce));
+    const UpdateResult result = rig.result();
+    EXPECT_EQ(result.outcome, Outcome::PortClosed) << qPrintable(result.description);
+}
+
+void expectNextRunSucceeds(UpdateRig &rig)
+{
+    const QByteArray image = sampleImage(1000);
+    rig.events.clear();
+    rig.update(image);
+    const UpdateResult result = rig.result(rig.results.size() + 1);
+    EXPECT_TRUE(result.succeeded()) << qPrintable(result.description);
+    EXPECT_TRUE(eventually([&] { return rig.events.back() == kRtsLow; }));
+    EXPECT_EQ(rig.events.mid(rig.events.size() - 3),
+              QStringList({kRtsHigh, texts::kUpdated, kRtsLow}));
+    EXPECT_EQ(rig.device.report().image, image);
+}
+
+TEST(UpdateInterruption, UnpluggingEndsTheRunAtOnceWithItsTexts)
+{
+    struct Row
+    {
+        BootStep step;
+        QStringList texts;
+    };
+    for (const Row &row :
+         {Row{BootStep::Sync, {texts::kUpdateFailed, texts::kDeviceDoesNotRespond}},
+          Row{BootStep::Erase, {texts::kEraseFailed}},
+          Row{BootStep::Frame, {kFirstText, texts::kUpdateFailed}},
+          Row{BootStep::Last, {kFirstText, texts::kUpdateFailed}}}) {
+        SCOPED_TRACE(row.texts.join(u' ').toStdString());
+        UpdateRig rig(
+            with(&DeviceOptions::faults,
+                 {{.step = row.step, .kind = FaultKind::Unplug, .frame = 1, .times = 1}}));
+        rig.update(sampleImage(250));
+        expectEndedAtOnce(rig);
+        rig.settle();
+        EXPECT_EQ(rig.events, kPulse + row.texts);
+
+        QString problem;
+        ASSERT_TRUE(rig.device.replug(&problem)) << qPrintable(problem);
+        rig.openPort();
+        expectNextRunSucceeds(rig);
+    }
+}
+
+TEST(UpdateInterruption, ClosingThePortEndsTheRunAtOnceAndItCanBeOpenedAgain)
+{
+    UpdateRig rig(
+        with(&DeviceOptions::faults, {{.step = BootStep::Frame, .frame = 1, .times = 1}}));
+    rig.onText = [&](const QString &text) {
+        if (text == kFirstText)
+            rig.port->close();
+    };
+    rig.update(sampleImage(500));
+    expectEndedAtOnce(rig);
+    EXPECT_EQ(rig.events, kPulse + QStringList({kFirstText, texts::kUpdateFailed}));
+
+    rig.onText = nullptr;
+    rig.closePort();
+    rig.port->open();
+    expectNextRunSucceeds(rig);
+}
+
+TEST(UpdateInterruption, ARunOnAPortThatHasClosedAlreadyEndsAtOnce)
+{
+    UpdateRig rig;
+    rig.closePort();
+    rig.update(sampleImage(1));
+    expectEndedAtOnce(rig);
+}
+
+TEST(UpdateInterruption, AnUpdaterThatIsDestroyedLeavesWithoutAWord)
+{
+    UpdateRig rig(with(&DeviceOptions::eraseTime, 300ms));
+    rig.onErasing = [&] { rig.updater.reset(); };
+    rig.update(sampleImage(250));
+    EXPECT_TRUE(eventually([&] { return !rig.updater; }));
+    runEventLoopFor(500ms);
+    EXPECT_EQ(rig.events, kPulse);
+    EXPECT_TRUE(rig.results.empty());
+    EXPECT_EQ(rig.device.report().downloadFrames, 0) << "nothing more was sent";
+
+    rig.onErasing = nullptr;
+    rig.updater = std::make_unique<Updater>(&rig, patientTimings());
+    expectNextRunSucceeds(rig);
+}
+
+TEST(UpdateInterruption, AnUpdaterThatIsDestroyedDuringTheResetLetsTheDeviceGo)
+{
+    UpdateRig rig;
+    rig.update(sampleImage(250));
+    rig.updater.reset();
+    EXPECT_TRUE(eventually([&] { return rig.events == kPulse; }));
+    rig.settle();
+    EXPECT_EQ(rig.device.report().exchanges, 0);
+}
+
+TEST(UpdateInterruption, ARunKeepsThePortThatItsOwnerReleases)
+{
+    UpdateRig rig(with(&DeviceOptions::eraseTime, 50ms));
+    const QPointer<ORSSerialPort> port = rig.port.get();
+    rig.onErasing = [&] { rig.port.reset(); };
+    rig.update(sampleImage(250));
+    EXPECT_TRUE(rig.result().succeeded());
+    EXPECT_TRUE(eventually([&] { return port.isNull(); })) << "nobody needs it any more";
+}
+
+} // namespace
+} // namespace vorn

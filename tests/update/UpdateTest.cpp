@@ -1,0 +1,183 @@
+#include "tests/update/UpdateRig.h"
+
+#include <QTimer>
+
+#include <ctime>
+#include <thread>
+
+namespace vorn {
+namespace {
+
+using Outcome = UpdateResult::Outcome;
+using Rigs = std::vector<std::unique_ptr<UpdateRig>>;
+
+// What the user sees of a whole update, a text that stays counted once.
+QStringList eventsOfUpdate(qsizetype length)
+{
+    QStringList events{kRtsHigh, kRtsLow};
+    const qsizetype frames = length / 250;
+    for (qsizetype i = 0; i < frames; ++i) {
+        const auto share = static_cast<float>(i) / static_cast<float>(frames);
+        const QString text = QString::asprintf("Prompt:%d%%progress,updating firmware",
+                                               static_cast<int>(share * 100.0F));
+        if (events.back() != text)
+            events.append(text);
+    }
+    return events << kRtsHigh << QStringLiteral("Prompt:100% progress,successfully update")
+                  << kRtsLow;
+}
+
+void expectUpdated(UpdateRig &rig, const QByteArray &image, std::size_t run = 1)
+{
+    const UpdateResult result = rig.result(run);
+    EXPECT_TRUE(result.succeeded()) << qPrintable(result.description);
+    EXPECT_EQ(result.description, QString());
+    const DeviceReport report = rig.device.report();
+    EXPECT_TRUE(report.image == image);
+    EXPECT_EQ(report.errors, QStringList());
+    EXPECT_EQ(rig.progress.back(), 100);
+}
+
+// Processor seconds that the whole process has used.
+double processorTime()
+{
+    timespec time{};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+TEST(Update, PutsTheImageIntoTheDeviceByteForByte)
+{
+    Rigs rigs;
+    std::vector<qsizetype> lengths;
+    for (const qsizetype length : {1, 249, 250, 251, 500, 65'536}) {
+        for (const int modelCode : {1, 2, 8}) {
+            rigs.push_back(std::make_unique<UpdateRig>(with(&DeviceOptions::modelCode, modelCode)));
+            rigs.back()->update(sampleImage(length));
+            lengths.push_back(length);
+        }
+    }
+    for (std::size_t i = 0; i < rigs.size(); ++i) {
+        UpdateRig &rig = *rigs[i];
+        const int modelCode = rig.device.report().modelCode;
+        SCOPED_TRACE(testing::Message() << lengths[i] << " bytes to model " << modelCode);
+        expectUpdated(rig, sampleImage(lengths[i]));
+        EXPECT_EQ(rig.updater->targetVersion(), modelCode);
+        EXPECT_EQ(rig.erasings, modelCode >= 2 ? 1 : 0);
+        EXPECT_TRUE(eventually([&] { return rig.events.back() == kRtsLow; }));
+        EXPECT_EQ(rig.events, eventsOfUpdate(lengths[i]));
+    }
+}
+
+TEST(Update, UnderstandsAnswersInEveryShape)
+{
+    std::vector<std::pair<const char *, DeviceOptions>> shapes;
+    for (const std::vector<int> &pieces : {std::vector{1, 3}, {3, 1}, {2, 2}, {1, 1, 1, 1}})
+        shapes.push_back({"connect in pieces", with(&DeviceOptions::connectPieces, pieces)});
+    shapes.push_back({"one chunk around the erase", with(&DeviceOptions::joinEraseAnswers, true)});
+    const auto addFault = [&](const char *name, const Fault &fault) {
+        shapes.push_back({name, with(&DeviceOptions::faults, {fault})});
+    };
+    addFault("two chunks around the erase",
+             {.step = BootStep::Ready, .kind = FaultKind::Late, .delay = 30ms});
+    for (const BootStep step :
+         {BootStep::Sync, BootStep::Connect, BootStep::Version, BootStep::Download, BootStep::Erase,
+          BootStep::Ready, BootStep::Frame, BootStep::Last}) {
+        addFault("noise before", {.step = step, .kind = FaultKind::Noise, .frame = 1});
+        // Two answers in the chunk that ends the erase are two answers.
+        if (step != BootStep::Erase)
+            addFault("twice", {.step = step, .kind = FaultKind::Duplicate, .frame = 1});
+    }
+    Rigs rigs;
+    for (const auto &[name, options] : shapes) {
+        rigs.push_back(std::make_unique<UpdateRig>(options));
+        rigs.back()->update(sampleImage(600));
+    }
+    for (std::size_t i = 0; i < rigs.size(); ++i) {
+        SCOPED_TRACE(testing::Message() << "shape " << i << ": " << shapes[i].first);
+        expectUpdated(*rigs[i], sampleImage(600));
+        EXPECT_EQ(rigs[i]->updater->targetVersion(), 8);
+    }
+}
+
+TEST(Update, SucceedsFiftyTimesOutOfFiftyWhileTheMainThreadIsBusy)
+{
+    constexpr std::size_t kDevices = 10;
+    constexpr std::size_t kRunsEach = 5;
+    QTimer busy;
+    QObject::connect(&busy, &QTimer::timeout, [] { std::this_thread::sleep_for(200ms); });
+    Rigs rigs;
+    for (std::size_t i = 0; i < kDevices; ++i)
+        rigs.push_back(std::make_unique<UpdateRig>(with(&DeviceOptions::modelCode, i % 2 ? 1 : 8)));
+    busy.start(0);
+    for (std::size_t run = 1; run <= kRunsEach; ++run) {
+        const QByteArray image = sampleImage(250 + static_cast<qsizetype>(run));
+        for (const auto &rig : rigs)
+            rig->update(image);
+        for (const auto &rig : rigs)
+            expectUpdated(*rig, image, run);
+    }
+    busy.stop();
+}
+
+TEST(Update, CountsAnswersThatCameInTimeHoweverLateTheyAreDelivered)
+{
+    UpdateTimings timings = patientTimings();
+    timings.answer = 500ms;
+    timings.answerGap = 20ms;
+    UpdateRig rig(with(&DeviceOptions::connectPieces, {1, 3}), timings);
+    // For longer than the updater waits, right behind the answers to the sync byte and to the
+    // connect command, whose other piece is under way then.
+    rig.onChunk = [&] {
+        if (rig.chunks.size() <= 2)
+            QTimer::singleShot(0, [] { std::this_thread::sleep_for(1s); });
+    };
+    rig.update(sampleImage(300));
+    expectUpdated(rig, sampleImage(300));
+    EXPECT_EQ(rig.updater->targetVersion(), 8);
+}
+
+TEST(Update, NeedsNoProcessorTimeWhileTheDeviceErases)
+{
+    UpdateRig rig(with(&DeviceOptions::eraseTime, 1s));
+    double before = 0;
+    rig.onErasing = [&] { before = processorTime(); };
+    double used = 0;
+    rig.onText = [&](const QString &text) {
+        if (text.startsWith(QStringLiteral("Prompt:0%")))
+            used = processorTime() - before;
+    };
+    rig.update(sampleImage(250));
+    expectUpdated(rig, sampleImage(250));
+    RecordProperty("milliseconds", static_cast<int>(used * 1e3));
+    EXPECT_LT(used, 0.3) << "of one second; polling would take all of it";
+}
+
+TEST(Update, ASecondPressDuringARunDoesNothing)
+{
+    UpdateRig rig(with(&DeviceOptions::eraseTime, 100ms));
+    rig.onErasing = [&] {
+        EXPECT_TRUE(rig.updater->isUpdating());
+        rig.updater->startUpdate(rig.port, rig.imagePath);
+        rig.updater->getTargetVersion(rig.port);
+    };
+    rig.update(sampleImage(250));
+    rig.updater->startUpdate(rig.port, rig.imagePath);
+    expectUpdated(rig, sampleImage(250));
+    rig.settle();
+    EXPECT_EQ(rig.events, eventsOfUpdate(250));
+    EXPECT_EQ(rig.results.size(), 1U);
+    EXPECT_EQ(rig.device.report().exchanges, 1);
+}
+
+TEST(Update, WorksWithNobodyLooking)
+{
+    UpdateRig rig;
+    rig.updater = std::make_unique<Updater>(nullptr, patientTimings());
+    rig.update(sampleImage(600));
+    EXPECT_TRUE(eventually([&] { return !rig.updater->isUpdating(); }));
+    EXPECT_EQ(rig.device.report().image, sampleImage(600));
+}
+
+} // namespace
+} // namespace vorn
