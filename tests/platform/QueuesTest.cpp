@@ -139,10 +139,10 @@ TEST(GlobalQueueTest, JobsThatWaitNeverKeepOthersFromRunning)
 {
     for (int round = 0; round < 20; ++round) {
         constexpr int count = 40;
-        std::latch all(count + 1);
+        const auto all = std::make_shared<std::latch>(count + 1);
         for (int i = 0; i < count; ++i)
-            globalQueue().post([&] { all.arrive_and_wait(); });
-        all.arrive_and_wait(); // hangs when one job is not run beside the others
+            globalQueue().post([all] { all->arrive_and_wait(); });
+        all->arrive_and_wait(); // hangs when one job is not run beside the others
     }
 }
 
