@@ -1,7 +1,7 @@
 #include "demo/DemoStage.h"
 
 #include "simulator/SampleFirmware.h"
-#include "simulator/SamplePackage.h"
+#include "simulator/StoredZip.h"
 
 #include <QDir>
 
