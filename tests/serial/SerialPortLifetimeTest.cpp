@@ -66,6 +66,14 @@ TEST_F(SerialPortLifetimeTest, AnObserverMayLetGoOfThePort)
     EXPECT_EQ(port, nullptr);
 }
 
+TEST_F(SerialPortLifetimeTest, ADelegateMayLetGoOfThePortWhenToldOfItsRemoval)
+{
+    delegate.onEvent = [&](const QByteArray &) { port.reset(); };
+    port->cleanupAfterSystemRemoval();
+    EXPECT_EQ(port, nullptr);
+    delegate.expect({"removed"});
+}
+
 TEST_F(SerialPortLifetimeTest, NothingReachesADelegateThatIsGone)
 {
     auto shortLived = std::make_unique<RecordingDelegate>();
@@ -131,13 +139,10 @@ TEST_F(SerialPortLifetimeTest, ThreadsThatDoEverythingAtOnceLeaveAPortThatWorks)
         thread.join();
 
     port->close();
-    EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
-    runEventLoopFor(milliseconds(10));
-    EXPECT_TRUE(delegate.contains("opened"));
-    delegate.take();
+    EXPECT_TRUE(eventually([&] { return delegate.contains("closed") && !port->isOpen(); }));
     terminal.take();
-    openPort();
-    port->sendData("x");
+    port->open();
+    EXPECT_TRUE(port->sendData("x"));
     EXPECT_EQ(terminal.take(1), "x");
 }
 
