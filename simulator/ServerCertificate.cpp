@@ -1,18 +1,24 @@
 #include "simulator/ServerCertificate.h"
 
 #include <QFile>
-#include <QProcess>
+#include <QStringList>
 #include <QTemporaryDir>
 
+#include <cerrno>
 #include <csignal>
+#include <system_error>
+#include <vector>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace vorn {
 
 namespace {
 
 using namespace Qt::StringLiterals;
-
-constexpr int OpensslLimitMs = 20'000;
 
 // A configuration of our own: the system's may say anything.
 constexpr const char *Configuration = R"([req]
@@ -42,6 +48,42 @@ policy = any
 commonName = supplied
 )";
 
+constexpr const char *LogName = "log";
+
+// A posix_spawn(3) of `openssl ARGUMENTS` in the directory, what it says going to the log there.
+// Zero, or the errno of what failed; then *exitStatus is as waitpid(2) has it.
+int spawnOpenssl(const QByteArray &directory, const QStringList &arguments, int *exitStatus)
+{
+    std::vector<QByteArray> words{"openssl"};
+    for (const QString &argument : arguments)
+        words.push_back(argument.toLocal8Bit());
+    std::vector<char *> argv;
+    for (QByteArray &word : words)
+        argv.push_back(word.data());
+    argv.push_back(nullptr);
+
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attributes;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawnattr_init(&attributes);
+    ::posix_spawn_file_actions_addchdir_np(&actions, directory.constData());
+    ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, LogName,
+                                       O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    ::posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
+    sigset_t none;
+    ::sigemptyset(&none); // this process may have blocked signals; openssl is to hear them
+    ::posix_spawnattr_setsigmask(&attributes, &none);
+    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+    pid_t pid = 0;
+    int error = ::posix_spawnp(&pid, "openssl", &actions, &attributes, argv.data(), environ);
+    ::posix_spawnattr_destroy(&attributes);
+    ::posix_spawn_file_actions_destroy(&actions);
+    while (error == 0 && ::waitpid(pid, exitStatus, 0) < 0)
+        error = errno == EINTR ? 0 : errno;
+    return error;
+}
+
 // Runs openssl in a directory of its own, until a step fails.
 class Openssl
 {
@@ -60,23 +102,14 @@ public:
     {
         if (!m_good)
             return;
-        QProcess process;
-        process.setWorkingDirectory(m_directory);
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        // This process may have blocked signals; openssl is to hear them.
-        process.setChildProcessModifier([] {
-            sigset_t none;
-            ::sigemptyset(&none);
-            ::sigprocmask(SIG_SETMASK, &none, nullptr);
-        });
-        process.start(u"openssl"_s, arguments);
-        m_good = process.waitForFinished(OpensslLimitMs) &&
-                 process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+        int status = 0;
+        const int error = spawnOpenssl(QFile::encodeName(m_directory), arguments, &status);
+        m_good = error == 0 && status == 0;
         if (m_good)
             return;
-        const QString said = QString::fromLocal8Bit(process.readAll()).trimmed();
-        *m_problem = u"openssl %1: %2"_s.arg(arguments.first(),
-                                             said.isEmpty() ? process.errorString() : said);
+        const QString said = QString::fromStdString(
+            error != 0 ? std::generic_category().message(error) : read(LogName).toStdString());
+        *m_problem = u"openssl %1: %2"_s.arg(arguments.first(), said.trimmed());
     }
 
     QByteArray read(const char *name) const

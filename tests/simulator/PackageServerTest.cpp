@@ -36,14 +36,15 @@ protected:
         ASSERT_TRUE(m_server->start(&problem)) << problem.toStdString();
     }
 
-    // A connection by TLS that trusts the server's authority.
-    std::unique_ptr<QSslSocket> connection(const char *host = "127.0.0.1") const
+    // A connection by TLS that trusts the server's authority and expects a certificate for name.
+    std::unique_ptr<QSslSocket> connection(const char *name = "127.0.0.1") const
     {
         auto socket = std::make_unique<QSslSocket>();
         QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
         configuration.setCaCertificates(QSslCertificate::fromData(m_server->authority()));
         socket->setSslConfiguration(configuration);
-        socket->connectToHostEncrypted(QLatin1String(host), m_server->port());
+        socket->connectToHostEncrypted(QStringLiteral("127.0.0.1"), m_server->port(),
+                                       QLatin1String(name));
         return socket;
     }
 
