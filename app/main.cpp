@@ -11,7 +11,6 @@
 #include "serial/ORSSerialPortManager.h"
 
 #include <QApplication>
-#include <QIcon>
 
 #include <cstdio>
 #include <cstring>
@@ -70,6 +69,7 @@ int main(int argc, char **argv)
     QCoreApplication::setOrganizationName(QStringLiteral("Vorn"));
     QCoreApplication::setApplicationName(QStringLiteral("vornupdater"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VORN_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("vornupdater"));
 
     const QStringList arguments(argv, argv + argc);
     if (isAskedForText(arguments) || !hasDisplay(arguments))

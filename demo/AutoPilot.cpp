@@ -109,6 +109,8 @@ bool AutoPilot::update(const QString &screenshot)
 
 bool AutoPilot::deviceHoldsTheFile() const
 {
+    // What the event loop has still to do, so that the last text is told of before the outcome.
+    QCoreApplication::processEvents();
     QFile file(QDir(m_stage.firmwareFolder()).filePath(m_firmwareList->currentText()));
     if (!file.open(QIODevice::ReadOnly)) {
         std::fprintf(stderr, "%s: %s\n", qPrintable(file.fileName()),

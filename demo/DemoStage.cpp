@@ -31,22 +31,21 @@ PackageAnswer demoPackage()
 
 } // namespace
 
-DemoStage::DemoStage() : m_device(demoDevice(deviceDirectory())), m_server(demoPackage()) {}
+DemoStage::DemoStage(const QString &directory)
+    : m_directory(directory), m_device(demoDevice(deviceDirectory())), m_server(demoPackage())
+{
+}
 
 bool DemoStage::set(QString &problem)
 {
-    if (!m_directory.isValid()) {
-        problem = m_directory.errorString();
-        return false;
-    }
-    for (const QString &directory : {deviceDirectory(), cacheDirectory(), configDirectory()}) {
-        if (!QDir().mkpath(directory)) {
-            problem = QStringLiteral("Cannot make the directory ") + directory;
+    for (const QString &path : {deviceDirectory(), cacheDirectory(), configDirectory()}) {
+        if (!QDir().mkpath(path)) {
+            problem = QStringLiteral("Cannot make the directory ") + path;
             return false;
         }
     }
-    return writeSampleFirmware(firmwareFolder(), &problem) && m_device.start(&problem)
-        && m_server.start(&problem);
+    return writeSampleFirmware(firmwareFolder(), &problem) && m_device.start(&problem) &&
+           m_server.start(&problem);
 }
 
 QString DemoStage::firmwareFolder() const

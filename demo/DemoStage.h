@@ -4,7 +4,6 @@
 #include "simulator/SimulatedDevice.h"
 
 #include <QString>
-#include <QTemporaryDir>
 
 namespace vorn {
 
@@ -13,14 +12,15 @@ namespace vorn {
 class DemoStage
 {
 public:
-    DemoStage();
+    // `directory` is an empty one of the caller's.
+    explicit DemoStage(const QString &directory);
 
     // False, with the reason, when something could not be set up.
     bool set(QString &problem);
 
-    QString deviceDirectory() const { return m_directory.filePath(QStringLiteral("devices")); }
-    QString cacheDirectory() const { return m_directory.filePath(QStringLiteral("cache")); }
-    QString configDirectory() const { return m_directory.filePath(QStringLiteral("config")); }
+    QString deviceDirectory() const { return m_directory + QStringLiteral("/devices"); }
+    QString cacheDirectory() const { return m_directory + QStringLiteral("/cache"); }
+    QString configDirectory() const { return m_directory + QStringLiteral("/config"); }
     QString firmwareFolder() const;
     // HOST:PORT of the package server, and the file with the certificate to trust it by.
     QString packageHost() const { return m_server.host(); }
@@ -29,7 +29,7 @@ public:
     const SimulatedDevice &device() const { return m_device; }
 
 private:
-    QTemporaryDir m_directory;
+    const QString m_directory;
     SimulatedDevice m_device;
     PackageServer m_server;
 };

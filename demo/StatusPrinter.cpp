@@ -1,43 +1,37 @@
 #include "demo/StatusPrinter.h"
 
-#include <QAccessible>
-#include <QElapsedTimer>
-#include <QLabel>
+#include <QAbstractEventDispatcher>
 
 #include <cstdio>
 
 namespace vorn {
-namespace {
 
-const QElapsedTimer &clockSinceStart()
+StatusPrinter::StatusPrinter(const QWidget &window)
 {
-    static const QElapsedTimer clock = [] {
-        QElapsedTimer started;
-        started.start();
-        return started;
-    }();
-    return clock;
+    m_clock.start();
+    const auto labels = window.findChildren<QLabel *>();
+    for (const QLabel *label : labels) {
+        if (!label->accessibleDescription().isEmpty())
+            m_shown.insert(label, QString());
+    }
+    connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
+            &StatusPrinter::printChanges);
+    connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, this,
+            &StatusPrinter::printChanges);
 }
 
-void printUpdate(QAccessibleEvent *event)
+void StatusPrinter::printChanges()
 {
-    const auto *label = qobject_cast<const QLabel *>(event->object());
-    if (event->type() != QAccessible::NameChanged || !label ||
-        label->accessibleDescription().isEmpty())
-        return;
-    std::printf("%8.3f s  %-18s %s\n", static_cast<double>(clockSinceStart().elapsed()) / 1000.0,
-                qPrintable(label->accessibleDescription() + QLatin1Char(':')),
-                qPrintable(label->text()));
+    for (auto shown = m_shown.begin(); shown != m_shown.end(); ++shown) {
+        const QString text = shown.key()->text();
+        if (text == shown.value())
+            continue;
+        shown.value() = text;
+        std::printf("%8.3f s  %-18s %s\n", static_cast<double>(m_clock.elapsed()) / 1000.0,
+                    qPrintable(shown.key()->accessibleDescription() + QLatin1Char(':')),
+                    qPrintable(text));
+    }
     std::fflush(stdout);
-}
-
-} // namespace
-
-void printStatusTexts()
-{
-    clockSinceStart();
-    QAccessible::installUpdateHandler(printUpdate);
-    QAccessible::setActive(true);
 }
 
 } // namespace vorn

@@ -11,7 +11,9 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QLoggingCategory>
 #include <QProcess>
+#include <QTemporaryDir>
 
 #include <cstdio>
 
@@ -32,7 +34,8 @@ int complain(const QString &problem)
 int showProgram(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
-    vorn::DemoStage stage;
+    const QTemporaryDir directory;
+    vorn::DemoStage stage(directory.path());
     QString problem;
     if (!stage.set(problem))
         return complain(problem);
@@ -68,11 +71,12 @@ int showProgram(int argc, char **argv)
 
 int updateByItself(int argc, char **argv)
 {
-    vorn::DemoStage stage;
+    const QTemporaryDir directory;
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    qputenv("XDG_CACHE_HOME", QFile::encodeName(stage.cacheDirectory()));
-    qputenv("XDG_CONFIG_HOME", QFile::encodeName(stage.configDirectory()));
+    qputenv("XDG_CACHE_HOME", QFile::encodeName(directory.filePath(QStringLiteral("cache"))));
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(directory.filePath(QStringLiteral("config"))));
     const QApplication application(argc, argv);
+    vorn::DemoStage stage(directory.path());
     QString problem;
     if (!stage.set(problem))
         return complain(problem);
@@ -84,8 +88,8 @@ int updateByItself(int argc, char **argv)
         std::make_unique<vorn::DirectoryDeviceRegistry>(stage.deviceDirectory()));
 
     std::puts("No display: the program updates a simulated device by itself.\n");
-    vorn::printStatusTexts();
     vorn::MainWindow window;
+    vorn::StatusPrinter printer(window);
     ViewController controller(window, packages);
     controller.viewDidLoad();
     window.show();
@@ -94,6 +98,7 @@ int updateByItself(int argc, char **argv)
         QFileInfo(QCoreApplication::applicationDirPath() + QStringLiteral("/../demo.png"))
             .absoluteFilePath();
     const bool equal = vorn::AutoPilot(window, stage).run(screenshot);
+    printer.printChanges();
     std::printf("The picture of the window is %s\n",
                 qPrintable(QFileInfo(screenshot).canonicalFilePath()));
     return equal ? 0 : 1;
@@ -105,5 +110,7 @@ int main(int argc, char **argv)
 {
     QCoreApplication::setOrganizationName(QStringLiteral("Vorn"));
     QCoreApplication::setApplicationName(QStringLiteral("vornupdater"));
+    // The status texts tell the story here.
+    QLoggingCategory::setFilterRules(QStringLiteral("vorn.*.info=false"));
     return hasDisplay() ? showProgram(argc, argv) : updateByItself(argc, argv);
 }
