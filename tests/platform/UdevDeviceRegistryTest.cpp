@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 // GLib's names collide with Qt's keywords.
 #undef signals
 #include <umockdev.h>
@@ -44,10 +46,9 @@ protected:
             return list;
         };
         const auto pointers = [](std::vector<QByteArray> &list) {
-            std::vector<gchar *> result;
-            for (QByteArray &item : list)
-                result.push_back(item.data());
-            result.push_back(nullptr);
+            std::vector<gchar *> result(list.size() + 1); // the last one is null
+            std::transform(list.begin(), list.end(), result.begin(),
+                           [](QByteArray &item) { return item.data(); });
             return result;
         };
         auto attributeList = flat(attributes);
@@ -144,6 +145,37 @@ TEST_F(UdevDeviceRegistryTest, EachKindOfPortHasItsName)
                 testing::UnorderedElementsAre(
                     "usbserial-TWO-0", "usbserial-TWO-1", "usbserial-FOUR-0", "usbserial-FOUR-1",
                     "usbserial-1-3.4", "usbserial-2-1", "usbserial-2-2", "usbmodem-SAME"));
+}
+
+TEST_F(UdevDeviceRegistryTest, TheFirstPortOfAnAdapterIsNumberedBeforeTheOthersExist)
+{
+    UdevDeviceRegistry registry;
+    RegistryWatcher watcher(registry);
+    const auto describe = [&](const QByteArray &place, const QByteArray &interfaces) {
+        QByteArray bytes = QByteArray::fromHex("1201000200000040030410600007010203010902"
+                                               "370002010080 2d" +
+                                               interfaces);
+        m_adapters[place] = add("usb", place, {}, {}, {{"DEVTYPE", "usb_device"}});
+        umockdev_testbed_set_attribute_binary(
+            m_testbed.get(), m_adapters[place].constData(), "descriptors",
+            reinterpret_cast<guint8 *>(bytes.data()), static_cast<gint>(bytes.size()));
+    };
+    // Two vendor-specific interfaces, each with an end point.
+    describe("1-1", "090400000 1ffffff00 07058102000200 0904010001ffffff00 07058302000200");
+    plug({"1-1", "TWO"}, {"ttyUSB0"});
+    // Control and data interface are one CDC-ACM port; mass storage beside it is none.
+    describe("1-2", "0904000001020201000904010002 0a0000000904020002080650000904020102 08065000");
+    plug({"1-2", "ONE", "cdc_acm"}, {"ttyACM0"});
+    EXPECT_EQ(watcher.take(1), Batches({{"+usbserial-TWO-0", "+usbmodem-ONE"}}));
+}
+
+TEST_F(UdevDeviceRegistryTest, WhereUdevsRulesDoNotRunTheDeviceSpeaksForItself)
+{
+    const QByteArray device =
+        add("usb", "1-1", {}, {{"serial", "A 9\n"}}, {{"DEVTYPE", "usb_device"}});
+    const QByteArray port = add("usb-serial", "ttyUSB0", device, {}, {});
+    add("tty", "ttyUSB0", port, {}, {{"DEVNAME", "/dev/ttyUSB0"}});
+    EXPECT_THAT(namesOf(UdevDeviceRegistry().devices()), ElementsAre("usbserial-A_9"));
 }
 
 TEST_F(UdevDeviceRegistryTest, OnlyTerminalsWithHardwareAreListed)
