@@ -42,15 +42,15 @@ struct PackageDownload::Download
 
 PackageDownload::PackageDownload(PackageLocation location, FirmwareLibrary &library,
                                  std::function<qint32()> targetVersion, PackageObserver &observer)
-    : PackageDownload(std::move(location), library, std::move(targetVersion), observer, Times())
+    : PackageDownload(std::move(location), library, std::move(targetVersion), observer, Limits())
 {
 }
 
 PackageDownload::PackageDownload(PackageLocation location, FirmwareLibrary &library,
                                  std::function<qint32()> targetVersion, PackageObserver &observer,
-                                 Times times)
+                                 Limits limits)
     : m_location(std::move(location)), m_library(library),
-      m_targetVersion(std::move(targetVersion)), m_observer(observer), m_times(times)
+      m_targetVersion(std::move(targetVersion)), m_observer(observer), m_limits(limits)
 {
 }
 
@@ -60,7 +60,7 @@ void PackageDownload::sendRequest()
 {
     const auto download = std::make_shared<Download>();
     download->session = std::make_unique<UrlSession>(static_cast<UrlSessionDelegate &>(*this),
-                                                     m_times.transferTimeout);
+                                                     m_limits.transferTimeout);
     m_downloads.push_back(download);
     m_observer.packageProgress(Phase::Connecting, 0, 0);
     download->session->resume(m_network, m_location);
@@ -95,7 +95,7 @@ PackageDownload::URLSessionDataTaskDidReceiveResponse(UrlSession &session,
             QStringLiteral("Prompt:Currently it is the latest firmware,no need to download"));
         return Disposition::Cancel;
     }
-    if (m_state->totalNum > kMaxPackageBytes)
+    if (m_state->totalNum > m_limits.packageBytes)
         return refuse(
             *download,
             {Kind::TooLarge, QStringLiteral("the package has %1 bytes").arg(m_state->totalNum)});
@@ -117,7 +117,7 @@ void PackageDownload::URLSessionDataTaskDidReceiveData(UrlSession &session, cons
     qCDebug(packagesLog, "receive data.");
     const DownloadPtr download = downloadOf(session);
     PackageState &state = *download->state;
-    if (piece.size() > kMaxPackageBytes - state.data.size()) {
+    if (piece.size() > m_limits.packageBytes - state.data.size()) {
         state.data = {};
         refuse(*download, {Kind::TooLarge, QStringLiteral("the package does not end")});
         session.cancel();
@@ -174,7 +174,7 @@ void PackageDownload::savePackage(const DownloadPtr &download, PackageState &sta
 void PackageDownload::unpackLater(const DownloadPtr &download, const PackageProblem &saving)
 {
     // A package that could not be saved fails like one that cannot be unpacked, and no earlier.
-    QTimer::singleShot(m_times.delayBeforeUnpacking, &m_network, [this, download, saving] {
+    QTimer::singleShot(m_limits.delayBeforeUnpacking, &m_network, [this, download, saving] {
         inBackground([download, saving] { return saving ? saving : download->store->install(); },
                      [this, download](const PackageProblem &problem) {
                          finishUnpacking(download, problem);

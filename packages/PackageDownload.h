@@ -25,18 +25,17 @@ class PackageStore;
 // line, and state() is that of the latest response; but each keeps the body it received and
 // installs nothing but that, one after the other, so that what is installed is always one whole
 // package.
-class PackageDownload : private UrlSessionDelegate
+class PackageDownload final : private UrlSessionDelegate
 {
 public:
-    struct Times
+    struct Limits
     {
         // How long a transfer may go without a byte: the usual limit of HTTP clients.
         std::chrono::milliseconds transferTimeout{60'000};
         std::chrono::milliseconds delayBeforeUnpacking{500};
+        // A body is held in memory until it is saved: four times the largest package known (60 MB).
+        qint64 packageBytes = qint64{256} << 20;
     };
-
-    // A body is held in memory until it is saved: four times the largest package known (60 MB).
-    static constexpr qint64 kMaxPackageBytes = qint64{256} << 20;
 
     // The key of the user defaults under which the "Last-Modified" value of the package installed
     // last is kept.
@@ -46,7 +45,8 @@ public:
     PackageDownload(PackageLocation location, FirmwareLibrary &library,
                     std::function<qint32()> targetVersion, PackageObserver &observer);
     PackageDownload(PackageLocation location, FirmwareLibrary &library,
-                    std::function<qint32()> targetVersion, PackageObserver &observer, Times times);
+                    std::function<qint32()> targetVersion, PackageObserver &observer,
+                    Limits limits);
     // Ends transfers. A package that is being unpacked is installed or not, but never by half.
     ~PackageDownload();
     PackageDownload(const PackageDownload &) = delete;
@@ -85,7 +85,7 @@ private:
     FirmwareLibrary &m_library;
     const std::function<qint32()> m_targetVersion;
     PackageObserver &m_observer;
-    const Times m_times;
+    const Limits m_limits;
     QNetworkAccessManager m_network;
     std::shared_ptr<PackageState> m_state = std::make_shared<PackageState>();
     std::vector<DownloadPtr> m_downloads;

@@ -53,6 +53,8 @@ std::unique_ptr<StagingFolder> StagingFolder::create()
     if (!::mkdtemp(path.data()))
         return nullptr;
     FileDescriptor lock = openFolder(path);
+    if (!lock.isValid())
+        return nullptr;
     // A file system without locks leaves the folder unmarked, which matters only to a second
     // instance of the program that starts at this moment.
     ::flock(lock.get(), LOCK_EX | LOCK_NB);

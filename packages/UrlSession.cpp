@@ -46,9 +46,19 @@ bool isHttpStatusOnly(const QNetworkReply &reply)
            reply.error() != QNetworkReply::ProtocolFailure;
 }
 
+// A response that only says where to go, which Qt does, or fails.
 bool isRedirect(const QNetworkReply &reply)
 {
-    return reply.attribute(QNetworkRequest::RedirectionTargetAttribute).isValid();
+    switch (statusOf(reply)) {
+    case 301:
+    case 302:
+    case 303:
+    case 307:
+    case 308:
+        return reply.hasRawHeader("Location");
+    default:
+        return false;
+    }
 }
 
 QNetworkRequest requestFor(const PackageLocation &location)

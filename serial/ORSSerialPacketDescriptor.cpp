@@ -3,7 +3,6 @@
 #include "serial/PacketExpression.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace {
@@ -20,40 +19,6 @@ bool hasEnds(QByteArrayView packet, const PrefixSuffix &ends)
 {
     return (ends.prefix || ends.suffix) && (!ends.prefix || packet.startsWith(*ends.prefix)) &&
            (!ends.suffix || packet.endsWith(*ends.suffix));
-}
-
-// The last place where the bytes hold the part, -1 when they do not. An idle line may repeat a byte
-// that the part begins or ends with for ever: so both its ends are compared, and for many places at
-// once in a loop of fixed length, which compilers turn into vector instructions.
-qsizetype lastPlace(QByteArrayView bytes, QByteArrayView part)
-{
-    constexpr qsizetype Block = 64;
-    qsizetype place = bytes.size() - part.size();
-    if (part.isEmpty() || place < 0)
-        return place;
-    const char front = part.front();
-    const char back = part.back();
-    const char *const fronts = bytes.data();
-    const char *const backs = fronts + part.size() - 1;
-    while (place >= 0) {
-        const qsizetype first = std::max<qsizetype>(place - (Block - 1), 0);
-        if (place - first == Block - 1) {
-            unsigned found = 0;
-            for (qsizetype i = 0; i < Block; ++i)
-                found |= static_cast<unsigned>(fronts[first + i] == front) &
-                         static_cast<unsigned>(backs[first + i] == back);
-            if (found == 0) {
-                place = first - 1;
-                continue;
-            }
-        }
-        for (; place >= first; --place) {
-            if (fronts[place] == front && backs[place] == back &&
-                bytes.sliced(place, part.size()) == part)
-                return place;
-        }
-    }
-    return -1;
 }
 
 } // namespace
@@ -137,8 +102,10 @@ qsizetype ORSSerialPacketDescriptor::lengthByPrefixAndSuffix(QByteArrayView buff
     if (buffer.size() < least || !buffer.endsWith(suffix))
         return 0;
     // The shortest packet begins at the last place that still leaves it the least length.
-    const qsizetype start = lastPlace(buffer.chopped(least - prefix.size()), prefix);
-    return start < 0 ? 0 : buffer.size() - start;
+    const QByteArrayView places = buffer.chopped(least - prefix.size());
+    const auto found = std::find_end(places.begin(), places.end(), prefix.begin(), prefix.end());
+    const bool isMissing = found == places.end() && !prefix.isEmpty();
+    return isMissing ? 0 : buffer.size() - (found - places.begin());
 }
 
 qsizetype ORSSerialPacketDescriptor::lengthByEvaluator(QByteArrayView buffer,

@@ -81,8 +81,8 @@ public:
 
     bool dataIsValidPacket(QByteArrayView packet) const { return m_responseEvaluator(packet); }
 
-    // The shortest packet that ends where the buffer ends. Whoever looks for packets in a stream
-    // byte by byte is better served by vorn::PacketMatcher, whose answers are the same.
+    // The shortest packet that ends where the buffer ends. With a regular expression, it takes
+    // longer the longer the buffer is; a port that listens finds the same packets faster.
     std::optional<QByteArray> packetMatchingAtEndOfBuffer(QByteArrayView buffer) const;
 
     friend bool operator==(const ORSSerialPacketDescriptor &a, const ORSSerialPacketDescriptor &b)

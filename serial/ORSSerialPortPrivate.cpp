@@ -189,7 +189,7 @@ void ORSSerialPortPrivate::matchReceivedData(const QByteArray &data)
             });
     };
     for (qsizetype i = 0; i < data.size(); ++i) {
-        packetListeners.receive(QByteArrayView(data).sliced(i, 1), report);
+        packetListeners.receive(data[i], report);
         requests.checkResponseToPendingRequestAndContinueIfValidWithReceivedByte(data[i]);
     }
 }

@@ -13,29 +13,62 @@ namespace vorn {
 namespace {
 
 constexpr qsizetype LongestCharacter = 4; // bytes, in UTF-8
+constexpr std::size_t AsciiEnd = 0x80;
+constexpr std::size_t ContinuationEnd = 0xC0;
 
-// The number of bytes in the last character of UTF-8 text; 0 when the text does not end in one.
-qsizetype lengthOfLastCharacter(QByteArrayView text)
+bool isContinuation(char byte)
 {
-    if (static_cast<uchar>(text.back()) < 0x80)
-        return 1;
-    const qsizetype most = std::min(text.size(), LongestCharacter);
-    qsizetype length = 1;
-    while (length < most && (static_cast<uchar>(text[text.size() - length]) & 0xC0) == 0x80)
-        ++length;
-    return text.last(length).isValidUtf8() ? length : 0;
+    return (static_cast<uchar>(byte) & 0xC0) == 0x80;
 }
 
-char32_t decodedCharacter(QByteArrayView bytes)
+// The text of a buffer's tails, decoded from the end on, no further than is asked for.
+class TailText
 {
-    const auto lead = static_cast<uchar>(bytes.front());
-    if (bytes.size() == 1)
-        return lead;
-    char32_t character = lead & (0x7FU >> bytes.size());
-    for (const char byte : bytes.sliced(1))
-        character = character << 6 | (static_cast<uchar>(byte) & 0x3FU);
-    return character;
-}
+public:
+    explicit TailText(QByteArrayView buffer)
+        : m_rest(buffer), m_units(buffer.size()), m_begin(m_units.end())
+    {
+    }
+
+    // Decodes what lies between the given place and what is decoded. False when that is not text.
+    bool decodeFrom(qsizetype start)
+    {
+        while (m_rest.size() > start) {
+            if (!decodeCharacter())
+                return false;
+        }
+        return true;
+    }
+    QStringView decoded() const { return {m_begin, m_units.end()}; }
+
+private:
+    bool decodeCharacter()
+    {
+        const qsizetype most = std::min(m_rest.size(), LongestCharacter);
+        qsizetype length = 1;
+        while (length < most && isContinuation(m_rest[m_rest.size() - length]))
+            ++length;
+        const QByteArrayView bytes = m_rest.last(length);
+        if (!bytes.isValidUtf8())
+            return false;
+        const auto lead = static_cast<uchar>(bytes.front());
+        char32_t code = length == 1 ? lead : lead & (0x7FU >> length);
+        for (const char byte : bytes.sliced(1))
+            code = code << 6 | (static_cast<uchar>(byte) & 0x3FU);
+        if (QChar::requiresSurrogates(code)) {
+            *--m_begin = QChar::lowSurrogate(code);
+            *--m_begin = QChar::highSurrogate(code);
+        } else {
+            *--m_begin = static_cast<char16_t>(code);
+        }
+        m_rest.chop(length);
+        return true;
+    }
+
+    QByteArrayView m_rest;
+    QVarLengthArray<char16_t, 1024> m_units;
+    char16_t *m_begin;
+};
 
 // Of all constructs, a line's start behind a line's end is the only one of which a partial match
 // does not tell that more text may bring it.
@@ -63,12 +96,12 @@ PacketExpression::PacketExpression(const QRegularExpression &expression)
 {
     if (!m_isValid)
         return;
-    if (hasLineStarts(m_expression)) {
-        m_firstCharacters.set();
-        return;
-    }
-    for (std::size_t c = 0; c < m_firstCharacters.size(); ++c)
-        m_firstCharacters[c] = mayBeginWith(m_expression, static_cast<char>(c));
+    const bool mayBeginAnyhow = hasLineStarts(m_expression);
+    for (std::size_t byte = 0; byte < AsciiEnd; ++byte)
+        m_firstBytes[byte] = mayBeginAnyhow || mayBeginWith(m_expression, static_cast<char>(byte));
+    // A tail that begins inside a character is not text; of other characters little is known.
+    for (std::size_t byte = ContinuationEnd; byte < m_firstBytes.size(); ++byte)
+        m_firstBytes.set(byte);
 }
 
 bool PacketExpression::accepts(QByteArrayView packet) const
@@ -78,26 +111,15 @@ bool PacketExpression::accepts(QByteArrayView packet) const
 
 qsizetype PacketExpression::lengthOfPacketAtEnd(QByteArrayView buffer, qsizetype leastLength) const
 {
-    // Decoded from the end on, so that each tail's text is at hand when its turn comes. A tail that
-    // begins inside a character is not text, and neither is a longer one than a tail that holds a
-    // wrong byte.
-    QVarLengthArray<char16_t, 1024> units(buffer.size());
-    qsizetype begin = units.size();
-    qsizetype rest = buffer.size();
-    while (m_isValid && rest > 0) {
-        const qsizetype size = lengthOfLastCharacter(buffer.first(rest));
-        if (size == 0)
+    TailText text(buffer);
+    for (qsizetype start = buffer.size() - leastLength; start >= 0; --start) {
+        if (!m_firstBytes[static_cast<uchar>(buffer[start])])
+            continue;
+        // A longer tail than one that holds a wrong byte holds it, too.
+        if (!text.decodeFrom(start))
             return 0;
-        rest -= size;
-        const char32_t character = decodedCharacter(buffer.sliced(rest, size));
-        const auto encoded = QChar::fromUcs4(character);
-        begin -= encoded.operator QStringView().size();
-        std::copy(encoded.begin(), encoded.end(), units.begin() + begin);
-        const qsizetype length = buffer.size() - rest;
-        const bool mayBegin = character >= m_firstCharacters.size() || m_firstCharacters[character];
-        if (length >= leastLength && mayBegin &&
-            matchesAtStart(QStringView(units.data() + begin, units.size() - begin)))
-            return length;
+        if (matchesAtStart(text.decoded()))
+            return buffer.size() - start;
     }
     return 0;
 }

@@ -33,8 +33,8 @@ private:
 
     const QRegularExpression m_expression;
     const bool m_isValid;
-    // The ASCII characters that a match can begin with.
-    std::bitset<128> m_firstCharacters;
+    // The bytes that text which matches can begin with.
+    std::bitset<256> m_firstBytes;
     const std::shared_ptr<const PatternAutomaton> m_automaton;
 };
 

@@ -4,11 +4,10 @@
 
 namespace vorn {
 
-std::vector<PacketListeners::Listener>::const_iterator
-PacketListeners::find(const Descriptor &descriptor) const
+std::vector<PacketMatcher>::const_iterator PacketListeners::find(const Descriptor &descriptor) const
 {
-    return std::find_if(m_listeners.begin(), m_listeners.end(), [&](const Listener &listener) {
-        return *listener.descriptor == *descriptor;
+    return std::find_if(m_listeners.begin(), m_listeners.end(), [&](const PacketMatcher &listener) {
+        return *listener.descriptor() == *descriptor;
     });
 }
 
@@ -22,8 +21,8 @@ QList<PacketListeners::Descriptor> PacketListeners::descriptors() const
 {
     const std::lock_guard lock(m_mutex);
     QList<Descriptor> all;
-    for (const Listener &listener : m_listeners)
-        all.append(listener.descriptor);
+    for (const PacketMatcher &listener : m_listeners)
+        all.append(listener.descriptor());
     return all;
 }
 
@@ -37,7 +36,7 @@ void PacketListeners::add(const Descriptor &descriptor)
 {
     const std::lock_guard lock(m_mutex);
     if (find(descriptor) == m_listeners.end())
-        m_listeners.push_back({descriptor, ORSSerialBuffer(descriptor->maximumPacketLength())});
+        m_listeners.emplace_back(descriptor);
 }
 
 void PacketListeners::remove(const Descriptor &descriptor)
@@ -48,18 +47,13 @@ void PacketListeners::remove(const Descriptor &descriptor)
         m_listeners.erase(found);
 }
 
-void PacketListeners::receive(QByteArrayView byte, const Report &report)
+void PacketListeners::receive(char byte, const Report &report)
 {
     // Without the lock: only the queue that runs this changes the list, and an evaluator of the
     // caller's may ask for it.
-    for (Listener &listener : m_listeners) {
-        listener.buffer.appendData(byte);
-        const auto packet =
-            listener.descriptor->packetMatchingAtEndOfBuffer(listener.buffer.data());
-        if (packet && !packet->isEmpty()) {
-            report(listener.descriptor, *packet);
-            listener.buffer.clearBuffer();
-        }
+    for (PacketMatcher &listener : m_listeners) {
+        if (const auto packet = listener.append(byte))
+            report(listener.descriptor(), *packet);
     }
 }
 

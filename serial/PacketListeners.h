@@ -1,9 +1,8 @@
 #pragma once
 
-#include "serial/ORSSerialBuffer.h"
-#include "serial/ORSSerialPacketDescriptor.h"
+#include "serial/PacketMatcher.h"
 
-#include <QByteArrayView>
+#include <QByteArray>
 #include <QList>
 
 #include <functional>
@@ -13,8 +12,9 @@
 
 namespace vorn {
 
-// The descriptors that a port listens for, each with the buffer that it is matched against. All
-// changes and matching happen on the port's request handling queue; asking may be done anywhere.
+// The descriptors that a port listens for, each with the newest bytes that it is matched against.
+// All changes and matching happen on the port's request handling queue; asking may be done
+// anywhere.
 class PacketListeners
 {
 public:
@@ -27,20 +27,14 @@ public:
 
     void add(const Descriptor &descriptor);
     void remove(const Descriptor &descriptor);
-    // Gives one received byte to every descriptor's buffer and reports the packets that it
-    // completes.
-    void receive(QByteArrayView byte, const Report &report);
+    // Gives one received byte to every descriptor and reports the packets that it completes.
+    void receive(char byte, const Report &report);
 
 private:
-    struct Listener
-    {
-        Descriptor descriptor;
-        ORSSerialBuffer buffer;
-    };
-    std::vector<Listener>::const_iterator find(const Descriptor &descriptor) const;
+    std::vector<PacketMatcher>::const_iterator find(const Descriptor &descriptor) const;
 
     mutable std::mutex m_mutex;
-    std::vector<Listener> m_listeners;
+    std::vector<PacketMatcher> m_listeners;
 };
 
 } // namespace vorn

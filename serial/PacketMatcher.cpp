@@ -17,9 +17,8 @@ std::optional<QByteArray> PacketMatcher::append(char byte)
 {
     m_buffer.appendData({&byte, 1});
     const QByteArrayView buffer = m_buffer.data();
-    // No tail matched before this byte, so one that matches now is a walk that ends with it; a walk
-    // longer than the buffer began with bytes that are gone.
-    const qint64 leastLength = m_run ? m_run->append(byte) : 1;
+    const qint64 leastLength = leastLengthWith(byte);
+    // One that is longer than the buffer began with bytes that are gone.
     if (leastLength == 0 || leastLength > buffer.size())
         return std::nullopt;
     const qsizetype length = m_descriptor->lengthOfPacketAtEnd(buffer, leastLength);
@@ -30,11 +29,26 @@ std::optional<QByteArray> PacketMatcher::append(char byte)
     return packet;
 }
 
+qint64 PacketMatcher::leastLengthWith(char byte)
+{
+    if (m_run)
+        return m_run->append(byte);
+    const auto &prefix = m_descriptor->prefix();
+    if (!prefix || prefix->isEmpty())
+        return 1;
+    if (m_buffer.data().endsWith(*prefix))
+        m_sincePrefix = prefix->size();
+    else if (m_sincePrefix > 0)
+        ++m_sincePrefix;
+    return m_sincePrefix;
+}
+
 void PacketMatcher::clear()
 {
     m_buffer.clearBuffer();
     if (m_run)
         m_run->reset();
+    m_sincePrefix = 0;
 }
 
 } // namespace vorn

@@ -11,10 +11,10 @@
 namespace vorn {
 
 // Finds a descriptor's packets in a stream of bytes. The answers are those of the descriptor's
-// packetMatchingAtEndOfBuffer() on the newest bytes, but for a regular expression they take a time
-// that does not grow with their number: walks through the expression's automaton tell whether a
-// packet can end with a byte at all. (Expressions beyond the automaton, such as those with
-// look-around or references, are tried at every place of the buffer for every byte.)
+// packetMatchingAtEndOfBuffer() on the newest bytes, in a time that does not grow with their
+// number: what came before tells whether a packet can end with a byte at all. Two kinds are tried
+// at every length instead: evaluators, and expressions with constructs that PatternReader does not
+// know.
 //
 // One owner, one thread at a time.
 class PacketMatcher
@@ -31,9 +31,14 @@ public:
     const ORSSerialBuffer &buffer() const { return m_buffer; }
 
 private:
+    // The least length of a packet that ends with the newest byte, 0 when there is none.
+    qint64 leastLengthWith(char byte);
+
     ORSSerialPacketDescriptorPtr m_descriptor;
     ORSSerialBuffer m_buffer;
     std::optional<PatternRun> m_run;
+    // Bytes since the newest prefix began, 0 when there was none.
+    qint64 m_sincePrefix = 0;
 };
 
 } // namespace vorn

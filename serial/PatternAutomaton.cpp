@@ -17,11 +17,7 @@ void addTo(std::vector<std::size_t> &places, const std::vector<std::size_t> &mor
 PatternAutomaton::Part PatternAutomaton::place(const Characters &taken)
 {
     const std::size_t place = m_places.size();
-    m_places.emplace_back();
-    for (std::size_t c = 0; c < taken.size(); ++c) {
-        if (taken[c])
-            m_takers[c].push_back(place);
-    }
+    m_places.push_back({.taken = taken, .next = {}});
     return {{place}, {place}, false};
 }
 
@@ -60,8 +56,7 @@ PatternAutomaton::Part PatternAutomaton::optional(Part part)
 
 void PatternAutomaton::finish(const Part &whole)
 {
-    for (const std::size_t place : whole.first)
-        m_places[place].isFirst = true;
+    m_first = whole.first;
     for (const std::size_t place : whole.last)
         m_places[place].isLast = true;
 }
@@ -73,8 +68,8 @@ void PatternAutomaton::connect(const std::vector<std::size_t> &from,
     m_isTooLarge = m_isTooLarge || m_connections > MostConnections;
     if (m_isTooLarge)
         return;
-    for (const std::size_t place : to)
-        addTo(m_places[place].before, from);
+    for (const std::size_t place : from)
+        addTo(m_places[place].next, to);
 }
 
 } // namespace vorn

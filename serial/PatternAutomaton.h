@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <bitset>
 #include <cstddef>
 #include <vector>
@@ -42,15 +41,14 @@ private:
     friend class PatternRun;
     struct Place
     {
-        std::vector<std::size_t> before;
-        bool isFirst = false;
+        Characters taken;
+        std::vector<std::size_t> next;
         bool isLast = false;
     };
     void connect(const std::vector<std::size_t> &from, const std::vector<std::size_t> &to);
 
     std::vector<Place> m_places;
-    // The places that take a character.
-    std::array<std::vector<std::size_t>, OtherCharacter + 1> m_takers;
+    std::vector<std::size_t> m_first;
     std::size_t m_connections = 0;
     bool m_isTooLarge = false;
 };

@@ -10,6 +10,9 @@ namespace {
 // How many atoms are read, each repetition counted: more would make steps slow, or reading endless.
 constexpr int MostAtoms = 2048;
 constexpr int Unlimited = -1;
+// A repetition that may go on for longer than this counts as one without a limit: to keep all the
+// counts apart takes more time than it saves.
+constexpr int MostOptional = 8;
 
 bool isAsciiLetter(QChar c)
 {
@@ -21,6 +24,7 @@ bool isAsciiLetter(QChar c)
 std::shared_ptr<const PatternAutomaton> PatternReader::read(const QRegularExpression &expression)
 {
     PatternReader reader(expression);
+    reader.leadingOptions();
     const Part whole = reader.alternatives();
     // A choice that is kept for good, made by what comes next, may be another one a character
     // earlier: then the walks of both would have to be told apart.
@@ -33,11 +37,8 @@ std::shared_ptr<const PatternAutomaton> PatternReader::read(const QRegularExpres
 }
 
 PatternReader::PatternReader(const QRegularExpression &expression)
-    : m_pattern(expression.pattern()), m_options(expression.patternOptions()),
-      m_ignoresCase(m_options.testFlag(QRegularExpression::CaseInsensitiveOption))
+    : m_pattern(expression.pattern()), m_options(expression.patternOptions())
 {
-    if (m_options.testFlag(QRegularExpression::ExtendedPatternSyntaxOption))
-        giveUp();
 }
 
 PatternReader::Part PatternReader::giveUp()
@@ -53,6 +54,23 @@ bool PatternReader::take(QStringView text)
     if (is)
         m_at += text.size();
     return is;
+}
+
+// "(?i)" and the like in front of all else.
+void PatternReader::leadingOptions()
+{
+    static const QRegularExpression inlineOptions(QStringLiteral("^\\(\\?([ims]+)\\)"));
+    const auto match = inlineOptions.match(m_pattern);
+    m_at += match.capturedLength();
+    const QString letters = match.captured(1);
+    if (letters.contains(u'i'))
+        m_options |= QRegularExpression::CaseInsensitiveOption;
+    if (letters.contains(u'm'))
+        m_options |= QRegularExpression::MultilineOption;
+    if (letters.contains(u's'))
+        m_options |= QRegularExpression::DotMatchesEverythingOption;
+    if (m_options.testFlag(QRegularExpression::ExtendedPatternSyntaxOption))
+        giveUp();
 }
 
 PatternReader::Part PatternReader::alternatives()
@@ -129,6 +147,8 @@ std::pair<int, int> PatternReader::quantifier()
     } else {
         return times;
     }
+    if (times.second > times.first + MostOptional)
+        times.second = Unlimited;
     // Trying few times first or many does not change what can be matched; never going back does.
     if (!take(u"?") && take(u"+"))
         m_keepsChoices = true;
@@ -239,7 +259,7 @@ PatternReader::Part PatternReader::hexadecimal(qsizetype begin)
 PatternReader::Part PatternReader::literal(QChar character)
 {
     Characters characters;
-    if (m_ignoresCase && isAsciiLetter(character)) {
+    if (ignoresCase() && isAsciiLetter(character)) {
         characters.set(character.toLower().unicode());
         characters.set(character.toUpper().unicode());
         characters.set(PatternAutomaton::OtherCharacter); // the Kelvin sign is a k, too
@@ -281,7 +301,7 @@ PatternReader::Characters PatternReader::charactersTakenBy(const QRegularExpress
 // True unless the atom certainly takes ASCII characters only.
 bool PatternReader::mayTakeOthers(const QString &atom) const
 {
-    if (m_ignoresCase || m_options.testFlag(QRegularExpression::UseUnicodePropertiesOption))
+    if (ignoresCase() || m_options.testFlag(QRegularExpression::UseUnicodePropertiesOption))
         return true;
     static const QRegularExpression asciiOnly(QStringLiteral(
         R"((?:\\[dwsnrtfae]|\[(?!\^)(?:[!-Z^-~ ]|\\[dwsnrtfae]|\\[!-/:-@[-`{-~])*\])\z)"));

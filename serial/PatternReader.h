@@ -22,7 +22,7 @@ class PatternReader
 {
 public:
     // Null when the expression may match without taking a character, or has something in it that is
-    // not known here (look-around, references, inline options, ...).
+    // not known here (look-around, references, options inside, ...).
     static std::shared_ptr<const PatternAutomaton> read(const QRegularExpression &expression);
 
 private:
@@ -33,6 +33,7 @@ private:
     // The rest of the pattern counts as read; what is returned from here on does not matter.
     Part giveUp();
 
+    void leadingOptions();
     Part alternatives();
     Part sequence();
     Part quantified();
@@ -48,6 +49,10 @@ private:
     Characters charactersTakenBy(const QRegularExpression &atom) const;
     bool mayTakeOthers(const QString &atom) const;
 
+    bool ignoresCase() const
+    {
+        return m_options.testFlag(QRegularExpression::CaseInsensitiveOption);
+    }
     bool atEnd() const { return m_at >= m_pattern.size(); }
     bool isNext(QStringView text) const
     {
@@ -56,8 +61,7 @@ private:
     bool take(QStringView text);
 
     const QString m_pattern;
-    const QRegularExpression::PatternOptions m_options;
-    const bool m_ignoresCase;
+    QRegularExpression::PatternOptions m_options;
     PatternAutomaton m_automaton;
     QHash<QString, Characters> m_known;
     qsizetype m_at = 0;

@@ -6,9 +6,10 @@
 namespace vorn {
 
 PatternRun::PatternRun(std::shared_ptr<const PatternAutomaton> automaton)
-    : m_automaton(std::move(automaton)), m_begins(m_automaton->m_places.size(), -1),
-      m_nextBegins(m_begins)
+    : m_automaton(std::move(automaton))
 {
+    m_walks.begins.assign(m_automaton->m_places.size(), -1);
+    m_nextWalks = m_walks;
 }
 
 qint64 PatternRun::append(char byte)
@@ -19,27 +20,44 @@ qint64 PatternRun::append(char byte)
     // checks the tail finds out.
     const bool isContinuation = (code & 0xC0) == 0x80;
     if (!isContinuation) {
-        std::fill(m_nextBegins.begin(), m_nextBegins.end(), -1);
+        const auto character = std::min<std::size_t>(code, PatternAutomaton::OtherCharacter);
         m_newestEnded = -1;
-        const std::size_t character = std::min<std::size_t>(code, PatternAutomaton::OtherCharacter);
-        for (const std::size_t taker : m_automaton->m_takers[character]) {
-            const auto &place = m_automaton->m_places[taker];
-            qint64 begin = place.isFirst ? at : -1;
-            for (const std::size_t before : place.before)
-                begin = std::max(begin, m_begins[before]);
-            m_nextBegins[taker] = begin;
-            if (place.isLast)
-                m_newestEnded = std::max(m_newestEnded, begin);
+        for (const std::size_t first : m_automaton->m_first)
+            walkTo(first, character, at);
+        for (const std::size_t place : m_walks.places) {
+            for (const std::size_t next : m_automaton->m_places[place].next)
+                walkTo(next, character, m_walks.begins[place]);
         }
-        m_begins.swap(m_nextBegins);
+        m_walks.clear();
+        std::swap(m_walks, m_nextWalks);
     }
     return m_newestEnded < 0 ? 0 : m_length - m_newestEnded;
 }
 
+void PatternRun::walkTo(std::size_t place, std::size_t character, qint64 begin)
+{
+    const auto &to = m_automaton->m_places[place];
+    qint64 &newest = m_nextWalks.begins[place];
+    if (begin <= newest || !to.taken[character])
+        return;
+    if (newest < 0)
+        m_nextWalks.places.push_back(place);
+    newest = begin;
+    if (to.isLast)
+        m_newestEnded = std::max(m_newestEnded, begin);
+}
+
 void PatternRun::reset()
 {
-    std::fill(m_begins.begin(), m_begins.end(), -1);
+    m_walks.clear();
     m_newestEnded = -1;
+}
+
+void PatternRun::Walks::clear()
+{
+    for (const std::size_t place : places)
+        begins[place] = -1;
+    places.clear();
 }
 
 } // namespace vorn

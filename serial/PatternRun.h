@@ -24,10 +24,20 @@ public:
     void reset();
 
 private:
+    // A walk, begun at the given character, takes the next one at the place, if the place does.
+    void walkTo(std::size_t place, std::size_t character, qint64 begin);
+
     std::shared_ptr<const PatternAutomaton> m_automaton;
-    // Where in the stream the newest walk to each place began; -1: no walk leads there.
-    std::vector<qint64> m_begins;
-    std::vector<qint64> m_nextBegins;
+    // The places where walks stand, and for each place where in the stream the newest walk to it
+    // began, -1 without one; before and after the step that is being made.
+    struct Walks
+    {
+        std::vector<std::size_t> places;
+        std::vector<qint64> begins;
+        void clear();
+    };
+    Walks m_walks;
+    Walks m_nextWalks;
     qint64 m_newestEnded = -1;
     qint64 m_length = 0;
 };

@@ -1,129 +1,144 @@
-#include "simulator/DeviceCommand.h"
-
-#include "simulator/CommandSupport.h"
+#include "simulator/Command.h"
 #include "simulator/SimulatedDevice.h"
+#include "simulator/StopEvents.h"
 
-#include <QFile>
+#include <QJsonDocument>
+
+#include <climits>
 
 namespace vorn {
+
 namespace {
 
-const QString kDescription = QStringLiteral(
-    "A simulated device: a boot loader on a pseudo-terminal. Prints a line of JSON with its path "
-    "when "
-    "it is plugged in, and a report (image hash, frames, errors, times) when it ends.\n\n"
+constexpr const char *Description =
+    "A simulated device: a boot loader on a pseudo-terminal. Prints one line of JSON when it is\n"
+    "plugged in and one, the report, when it ends (SIGTERM, SIGINT or --exit-after).";
+
+constexpr const char *Examples =
+    "A fault is STEP=KIND[,after=N][,times=N]:\n"
+    "  STEP   the answer that it replaces: sync, connect, version, download, header, erase, "
+    "ready,\n"
+    "         frame:K (data frames count from 1) or last\n"
+    "  KIND   silence, refuse (FC), garbage, noise (garbage, then the right answer), late:MS,\n"
+    "         duplicate, unplug\n"
+    "  after  the first N times that the step is reached, nothing happens (default: 0)\n"
+    "  times  then the fault strikes N times (default: each time)\n"
+    "\n"
     "Examples:\n"
-    "  vornsim device --dir /tmp/devices --name usbserial-1\n"
-    "  vornsim device --dir /tmp/devices --name usbserial-1 --erase-ms 500 --baud 2000000\n"
-    "  vornsim device --dir /tmp/devices --name usbserial-1 --fault frame:3=unplug,times=1 "
-    "--replug-ms 2000");
+    "  vornsim device --dir /tmp/devices --name usbserial-demo --model 8 --erase-ms 500 "
+    "--baud 2000000\n"
+    "      a faultless device of model 8 on a line of 2 Mbaud\n"
+    "  vornsim device --dir /tmp/devices --name usbserial-1 --fault frame:10=unplug,times=1 "
+    "--replug-ms 3000\n"
+    "      comes loose at the tenth frame of the first update and is back after three seconds\n"
+    "  vornsim device --dir /tmp/devices --name usbserial-1 --fault sync=refuse,after=1\n"
+    "      answers the first exchange and refuses every later one\n"
+    "  vornsim device --exit-after 1 --image received.bin --report report.json\n"
+    "      no link; ends after one update and leaves the image and the report in files\n";
 
-constexpr qint64 kLongestMs = 3600 * 1000;
-
-void addOptions(QCommandLineParser &parser)
+void addOptions(CommandLine &line)
 {
-    const auto option = [&](const char *name, const char *description, const char *value,
-                            const char *standard = "") {
-        parser.addOption({QString::fromLatin1(name), QString::fromLatin1(description),
-                          QString::fromLatin1(value), QString::fromLatin1(standard)});
-    };
-    option("dir", "link the terminal into this directory", "DIR");
-    option("name", "the link's name", "NAME");
-    option("model", "model code, 0 to 255; from 2 on the flash is erased", "N", "8");
-    option("erase-ms", "how long an erase takes", "MS", "0");
-    option("answer-delay-ms", "wait before each answer", "MS", "0");
-    option("baud", "pace the line at this speed; 0: as fast as it goes", "N", "0");
-    option("split", "send the connect answer in pieces of these lengths", "N,N,...");
-    option("split-gap-ms", "between two such pieces", "MS", "5");
-    parser.addOption({QStringLiteral("join-erase-answers"),
-                      QStringLiteral("send the two answers around the erase in one write")});
-    option("fault",
-           "STEP=KIND[,after=N][,times=N]; may be given again. Steps: sync, connect, version, "
-           "download, header, erase, ready, frame:K, last. Kinds: silence, refuse, garbage, noise, "
-           "late:MS, duplicate, unplug",
-           "FAULT");
-    option("replug-ms", "plug in again so long after an unplug fault", "MS");
-    option("exit-after", "end after so many completed updates; 0: never", "N", "0");
-    option("report", "write the report here instead of to the standard output", "FILE");
-    option("image", "write the received image here at the end", "FILE");
+    line.addOption("dir", "Directory for the link to the terminal.", "DIR");
+    line.addOption("name", "Name of the link; it is there while the device is plugged in.", "NAME");
+    line.addOption("model", "Model code, 0 to 255; from 2 on the device erases (default: 8).", "N");
+    line.addOption("erase-ms", "Time of the flash erase after the header (default: 0).", "MS");
+    line.addOption("answer-delay-ms", "Time from a frame to its answer (default: 0).", "MS");
+    line.addOption("baud", "Pace the line, ten bits a byte (default: not paced).", "N");
+    line.addOption("flash-size", "A longer image is refused (default: 16777216).", "BYTES");
+    line.addOption("split", "Cut the connect answer into pieces, for example 1,2.", "LENGTHS");
+    line.addOption("split-gap-ms", "Time between these pieces (default: 5).", "MS");
+    line.addOption("join-erase-answers", "Write the two answers around the erase as one chunk.");
+    line.addOption("fault", "A fault, see below; may be given several times.", "FAULT");
+    line.addOption("replug-ms", "Plug in again so long after an unplug fault.", "MS");
+    line.addOption("exit-after", "End after so many completed updates.", "N");
+    line.addOption("count", "The same as --exit-after.", "N");
+    line.addOption("image", "Write the image of the last completed update at the end.", "FILE");
+    line.addOption("report", "Write the report into a file as well.", "FILE");
 }
 
-// Everything that the options say; nothing, with the problem, when they make no sense.
-std::optional<DeviceOptions> readOptions(const QCommandLineParser &parser, QString &problem)
+int boundedInt(CommandLine &line, const char *name, int otherwise)
+{
+    const qint64 value = line.number(name, otherwise);
+    if (value <= INT_MAX)
+        return static_cast<int>(value);
+    line.fail(QStringLiteral("--%1: %2 is too much").arg(QLatin1String(name)).arg(value));
+    return otherwise;
+}
+
+DeviceOptions readOptions(CommandLine &line)
 {
     DeviceOptions options;
-    options.directory = parser.value(QStringLiteral("dir"));
-    options.name = parser.value(QStringLiteral("name"));
-    const auto value = [&](const char *option, qint64 most) {
-        return number(parser, QString::fromLatin1(option), 0, most, problem).value_or(0);
-    };
-    const auto time = [&](const char *option) {
-        return std::chrono::milliseconds(value(option, kLongestMs));
-    };
-    options.modelCode = static_cast<int>(value("model", 255));
-    options.eraseTime = time("erase-ms");
-    options.answerDelay = time("answer-delay-ms");
-    options.baud = static_cast<int>(value("baud", 100000000));
-    options.pieceGap = time("split-gap-ms");
-    options.joinEraseAnswers = parser.isSet(QStringLiteral("join-erase-answers"));
-    if (parser.isSet(QStringLiteral("replug-ms")))
-        options.replugAfter = time("replug-ms");
-    const QStringList pieces =
-        parser.value(QStringLiteral("split")).split(QLatin1Char(','), Qt::SkipEmptyParts);
-    for (const QString &piece : pieces)
-        options.connectPieces.push_back(piece.toInt());
-    const QStringList faults = parser.values(QStringLiteral("fault"));
-    for (const QString &text : faults) {
-        if (const auto fault = parseFault(text, &problem))
-            options.faults.push_back(*fault);
+    options.directory = line.text("dir");
+    options.name = line.text("name");
+    options.modelCode = boundedInt(line, "model", options.modelCode);
+    options.eraseTime = line.milliseconds("erase-ms", options.eraseTime);
+    options.answerDelay = line.milliseconds("answer-delay-ms", options.answerDelay);
+    options.baud = boundedInt(line, "baud", options.baud);
+    options.flashSize = line.number("flash-size", options.flashSize);
+    options.pieceGap = line.milliseconds("split-gap-ms", options.pieceGap);
+    options.joinEraseAnswers = line.isSet("join-erase-answers");
+    if (line.isSet("replug-ms"))
+        options.replugAfter = line.milliseconds("replug-ms", {});
+    if (line.isSet("split")) {
+        for (const QString &piece : line.text("split").split(u','))
+            options.connectPieces.push_back(piece.toInt());
     }
-    if (problem.isEmpty())
-        problem = deviceOptionsProblem(options);
-    return problem.isEmpty() ? std::optional(options) : std::nullopt;
+    for (const QString &text : line.texts("fault")) {
+        QString problem;
+        if (const std::optional<Fault> fault = parseFault(text, &problem))
+            options.faults.push_back(*fault);
+        else
+            line.fail(problem);
+    }
+    line.fail(deviceOptionsProblem(options));
+    return options;
 }
 
-bool writeImage(const QByteArray &image, const QString &file, QString &problem)
+int finish(const CommandLine &line, const DeviceReport &report)
 {
-    if (file.isEmpty())
-        return true;
-    QFile out(file);
-    if (out.open(QIODevice::WriteOnly) && out.write(image) == image.size() && out.flush())
-        return true;
-    problem = file + QStringLiteral(": ") + out.errorString();
-    return false;
+    bool written = true;
+    if (line.isSet("image")) {
+        if (report.updates > 0)
+            written = writeFile(line.text("image"), report.image);
+        else
+            printNote(QStringLiteral("no update was completed: no image is written"));
+    }
+    if (line.isSet("report"))
+        written =
+            writeFile(line.text("report"), QJsonDocument(report.toJson()).toJson()) && written;
+    printEvent("report", report.toJson());
+    return written ? Success : Failure;
 }
 
 } // namespace
 
-int runDeviceCommand(const QStringList &arguments)
+int runDevice(const QStringList &arguments)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(kDescription);
-    addOptions(parser);
-    if (const auto exitCode = parse(parser, arguments))
-        return *exitCode;
+    CommandLine line(QStringLiteral("device"), QLatin1String(Description), QLatin1String(Examples));
+    addOptions(line);
+    if (!line.parse(arguments))
+        return Success;
+    const DeviceOptions options = readOptions(line);
+    const int exitAfter = boundedInt(line, line.isSet("count") ? "count" : "exit-after", 0);
+    if (line.failed())
+        return line.complain();
+
+    const StopEvents stop;
+    SimulatedDevice device(options);
+    device.setObserver([&](const DeviceEvent &event) {
+        if (event.kind == DeviceEvent::Kind::Update && event.number == exitAfter)
+            stop.call();
+    });
     QString problem;
-    const auto options = readOptions(parser, problem);
-    const auto exitAfter =
-        number(parser, QStringLiteral("exit-after"), 0, 1000000000, problem).value_or(0);
-    if (!problem.isEmpty())
-        return complainAboutUsage(problem);
-    if (!parser.positionalArguments().isEmpty())
-        return complainAboutUsage(QStringLiteral("Unexpected argument: ") +
-                                  parser.positionalArguments().constFirst());
-
-    SimulatedDevice device(*options);
-    if (!device.start(&problem))
-        return complain(problem);
-    printLine({{QStringLiteral("path"), device.path()},
-               {QStringLiteral("terminal"), device.slavePath()}});
-    runUntilInterrupted([&] { return exitAfter > 0 && device.report().updates >= exitAfter; });
-
-    const DeviceReport report = device.report();
-    if (!writeJson(report.toJson(), parser.value(QStringLiteral("report")), problem) ||
-        !writeImage(report.image, parser.value(QStringLiteral("image")), problem))
-        return complain(problem);
-    return 0;
+    if (!stop.isValid() || !device.start(&problem)) {
+        printNote(problem);
+        return Failure;
+    }
+    printEvent("ready", {{QStringLiteral("path"), device.path()},
+                         {QStringLiteral("terminal"), device.slavePath()}});
+    stop.wait();
+    device.unplug();
+    return finish(line, device.report());
 }
 
 } // namespace vorn

@@ -51,7 +51,6 @@ UpdateRun::UpdateRun(BootLoaderLink link, QString imagePath,
 
 UpdateResult UpdateRun::run()
 {
-    m_link.tell([](UpdateObserver &observer) { observer.updateDidBegin(); });
     if (handshake() && readImage() && startDownload() && waitForErase() && sendData() &&
         sendLastData() && finish())
         qCInfo(logUpdate, "The device holds the image of %lld bytes", m_image.size());

@@ -30,6 +30,10 @@ void Updater::startUpdate(const ORSSerialPortPtr &port, const QString &imagePath
 {
     if (m_updating->exchange(true))
         return;
+    // Here and not in the run: nothing but the reset may stand between the press and the sync byte,
+    // for which a device may not wait long.
+    if (UpdateObserver *observer = m_observer.get())
+        observer->updateDidBegin();
     resetDeviceAndRun(
         port, [imagePath, version = m_targetVersion, updating = m_updating](BootLoaderLink link) {
             const UpdateResult result = UpdateRun(link, imagePath, version).run();

@@ -147,7 +147,7 @@ public:
     static std::chrono::system_clock::time_point Date1980();
 
 private:
-    int goToFirstEntry(vorn::ArchiveReader *reader);
+    void goToFirstEntry(vorn::ArchiveReader *reader);
     bool openEntry(vorn::ArchiveReader *reader, const char *failureText);
     QString entryName(const vorn::ArchiveReader &reader) const;
     bool unpack(vorn::EntrySink &sink);

@@ -21,7 +21,8 @@ QStringList ZipArchive::getZipFileContents()
     QStringList names;
     constexpr qsizetype kUsualCount = 40;
     names.reserve(kUsualCount);
-    int result = goToFirstEntry(reader.get());
+    goToFirstEntry(reader.get());
+    int result = UNZ_OK;
     do {
         if (!openEntry(reader.get(), "Error occured"))
             break;
@@ -63,7 +64,8 @@ bool ZipArchive::unpack(vorn::EntrySink &sink)
     const auto reader = m_unzFile;
     bool isAsked = false;
     quint32 counter = 0;
-    int result = goToFirstEntry(reader.get());
+    goToFirstEntry(reader.get());
+    int result = UNZ_OK;
     do {
         if (!openEntry(reader.get(), "Error occurs"))
             return false;
@@ -117,12 +119,10 @@ int ZipArchive::unpackEntry(ArchiveReader &reader, vorn::EntrySink &sink)
     return result;
 }
 
-int ZipArchive::goToFirstEntry(ArchiveReader *reader)
+void ZipArchive::goToFirstEntry(ArchiveReader *reader)
 {
-    const int result = reader ? reader->goToFirstEntry(m_limits.entries) : UNZ_PARAMERROR;
-    if (result != UNZ_OK)
+    if (!reader || reader->goToFirstEntry(m_limits.entries) != UNZ_OK)
         OutputErrorMessage(QStringLiteral("Failed"));
-    return result;
 }
 
 bool ZipArchive::openEntry(ArchiveReader *reader, const char *failureText)

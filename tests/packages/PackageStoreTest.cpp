@@ -26,7 +26,7 @@ Tree firmwareTree()
 PackageProblem store(const QString &filename, const QByteArray &data)
 {
     PackageStore store(filename, folderNameFor(filename));
-    if (const PackageProblem problem = store.save(data))
+    if (PackageProblem problem = store.save(data))
         return problem;
     return store.install();
 }

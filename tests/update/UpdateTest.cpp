@@ -120,6 +120,14 @@ TEST(Update, SucceedsFiftyTimesOutOfFiftyWhileTheMainThreadIsBusy)
     busy.stop();
 }
 
+TEST(Update, TheSyncByteDoesNotWaitForTheMainThread)
+{
+    UpdateRig rig;
+    rig.update(sampleImage(1));
+    EXPECT_TRUE(rig.device.waitForExchanges(1, 10s)) << "no event loop runs meanwhile";
+    expectUpdated(rig, sampleImage(1));
+}
+
 TEST(Update, CountsAnswersThatCameInTimeHoweverLateTheyAreDelivered)
 {
     UpdateTimings timings = patientTimings();

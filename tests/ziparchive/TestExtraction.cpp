@@ -25,7 +25,7 @@ protected:
     void SetUp() override
     {
         QByteArray large;
-        for (int i = 0; i < 60'000; ++i)
+        for (qint64 i = 0; i < 60'000; ++i)
             large += QByteArray::number(i * i % 9973);
         ASSERT_TRUE(write(path("pkg/VORN-1.bin"), large));
         ASSERT_TRUE(write(path("pkg/a/b/deep.bin"), "deep"));

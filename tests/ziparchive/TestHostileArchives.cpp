@@ -19,6 +19,7 @@ struct HostileCase
     QStringList errors;
     // What is in the destination afterwards.
     QStringList written;
+    const char *password = "";
 };
 
 class HostileArchive : public MadeArchiveTest, public ::testing::WithParamInterface<HostileCase>
@@ -36,6 +37,7 @@ TEST_P(HostileArchive, FailsWithItsTextAndLeavesNothingOutsideAndNothingBroken)
     ASSERT_EQ(::mkfifo(QFile::encodeName(out() + "/pipe").constData(), 0666), 0);
 
     open(GetParam().name);
+    m_archive.setPassword(GetParam().password);
     EXPECT_FALSE(m_archive.UnzipFileTo(out(), true));
     EXPECT_EQ(m_listener->errors, GetParam().errors);
     Tree files = tree(out());
@@ -92,6 +94,15 @@ INSTANTIATE_TEST_SUITE_P(Entries, HostileArchive,
                                            HostileCase{"strong-encryption", kNotOpened, kFirst},
                                            HostileCase{"zip64-size", kBadInformation, kFirst}),
                          nameOf<HostileCase>);
+
+INSTANTIATE_TEST_SUITE_P(
+    Encrypted, HostileArchive,
+    ::testing::Values(HostileCase{"encrypted", kNotOpened, kFirst},
+                      HostileCase{"encrypted-wrong-crc", kBadCrc, kFirst, "secret"},
+                      HostileCase{"encrypted-claims-more", kNotRead, kFirst, "secret"},
+                      HostileCase{"encrypted-damaged", kNotRead, kFirst, "secret"},
+                      HostileCase{"encrypted-short", kNotOpened, kFirst, "secret"}),
+    nameOf<HostileCase>);
 
 INSTANTIATE_TEST_SUITE_P(Archives, HostileArchive,
                          ::testing::Values(HostileCase{"count-too-small", kBadInformation, {}},

@@ -1,0 +1,261 @@
+#include "serial/PacketMatcher.h"
+#include "serial/PacketExpression.h"
+
+#include <QStringDecoder>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <random>
+#include <span>
+#include <string>
+
+using vorn::PacketExpression;
+using vorn::PacketMatcher;
+
+namespace {
+
+// The definition itself, with a copy of every candidate: what all faster ways must agree with.
+class NaiveMatcher
+{
+public:
+    using Test = std::function<bool(const QByteArray &)>;
+    NaiveMatcher(qsizetype maximumLength, Test test)
+        : m_maximumLength(maximumLength), m_test(std::move(test))
+    {
+    }
+
+    std::optional<QByteArray> append(char byte)
+    {
+        m_bytes = (m_bytes + byte).right(m_maximumLength);
+        for (qsizetype length = 1; length <= m_bytes.size(); ++length) {
+            const QByteArray candidate = m_bytes.right(length);
+            if (m_test(candidate)) {
+                m_bytes.clear();
+                return candidate;
+            }
+        }
+        return std::nullopt;
+    }
+
+private:
+    qsizetype m_maximumLength;
+    Test m_test;
+    QByteArray m_bytes;
+};
+
+NaiveMatcher::Test naiveTest(const QRegularExpression &expression)
+{
+    return [expression](const QByteArray &candidate) {
+        QStringDecoder decoder(QStringDecoder::Utf8, QStringConverter::Flag::Stateless |
+                                                         QStringConverter::Flag::ConvertInitialBom);
+        const QString text = decoder(candidate);
+        return !decoder.hasError() && expression
+                                          .match(text, 0, QRegularExpression::NormalMatch,
+                                                 QRegularExpression::AnchorAtOffsetMatchOption)
+                                          .hasMatch();
+    };
+}
+
+class Random
+{
+public:
+    int below(int limit) { return std::uniform_int_distribution(0, limit - 1)(m_engine); }
+    bool once(int in) { return below(in) == 0; }
+    template <typename List>
+    auto of(const List &list)
+    {
+        return list[static_cast<std::size_t>(below(static_cast<int>(std::size(list))))];
+    }
+
+private:
+    std::mt19937 m_engine{static_cast<unsigned>(testing::UnitTest::GetInstance()->random_seed())};
+};
+
+// Expressions of every construct, over few characters so that they often match.
+QString randomExpression(Random &random, int depth)
+{
+    static constexpr const char *Atoms[] = {"a",           "a",
+                                            "b",           "b",
+                                            "k",           ";",
+                                            ";",           ",",
+                                            ".",           ".",
+                                            "é",           "\U0001F600",
+                                            "\\d",         "\\w",
+                                            "\\W",         "\\S",
+                                            "\\h",         "\\N",
+                                            "\\R",         "\\x61",
+                                            "\\x{3b}",     "\\x{e9}",
+                                            "\\x{212a}",   "[ab]",
+                                            "[^;]",        "[^\\n]",
+                                            "[]a]",        "[^]a]",
+                                            "[a-k;]",      "[\\d;]",
+                                            "[[:alpha:]]", "[^[:punct:]\\n]",
+                                            "[aé]",        "[\\x41-\\x6b]",
+                                            "[[;]",        "\\;",
+                                            "\n",          "^",
+                                            "$",           "\\b",
+                                            "\\B",         "\\A",
+                                            "\\z",         "\\Z",
+                                            "\\G"};
+    static constexpr const char *Rare[] = {"\\1",  "(?i)",  "(?=;)", "(?!a)", "(?<=a)",  "(?<!b)",
+                                           "(?m)", "(?#x)", "\\K",   "\\pL",  "\\Qa\\E", "\\X"};
+    static constexpr const char *Groups[] = {"(", "(", "(?:", "(?<n>", "(?>", "(?=", "(?!"};
+    static constexpr const char *Quantifiers[] = {"*",   "+",     "?",     "*?",   "+?",
+                                                  "??",  "*+",    "++",    "?+",   "{2}",
+                                                  "{0}", "{1,3}", "{0,2}", "{2,}", "{2}+"};
+    QString text;
+    for (int parts = 1 + random.below(4); parts > 0; --parts) {
+        if (depth > 0 && random.once(4))
+            text += QString::fromUtf8(random.of(std::span(Groups).first(random.once(6) ? 7 : 5))) +
+                    randomExpression(random, depth - 1) + u')';
+        else
+            text += QString::fromUtf8(random.once(30) ? random.of(Rare) : random.of(Atoms));
+        if (random.once(3))
+            text += QString::fromUtf8(random.of(Quantifiers));
+        if (random.once(8))
+            text += u'|';
+    }
+    return text;
+}
+
+QByteArray randomStream(Random &random, int pieces)
+{
+    static constexpr const char *Pieces[] = {"a",
+                                             "a",
+                                             "a",
+                                             "b",
+                                             "b",
+                                             "k",
+                                             ";",
+                                             ";",
+                                             ",",
+                                             "\n",
+                                             "\r",
+                                             "\r\n",
+                                             "A",
+                                             "1",
+                                             " ",
+                                             "é",
+                                             "\u212A",
+                                             "\u2028",
+                                             "\U0001F600",
+                                             "\xEF\xBB\xBF",
+                                             "\xC3",
+                                             "\xA9",
+                                             "\xFF",
+                                             "\xE2\x84",
+                                             "\xC0\x80",
+                                             "\xED\xA0\x80",
+                                             "\xF4\x90\x80\x80"};
+    const std::size_t kinds = random.once(2) ? 15 : std::size(Pieces);
+    QByteArray stream;
+    for (; pieces > 0; --pieces)
+        stream += random.of(std::span(Pieces).first(kinds));
+    return random.once(10) ? stream + '\0' : stream;
+}
+
+// Empty when both found the same packets; else where they differ.
+std::string difference(PacketMatcher &matcher, NaiveMatcher naive, const QByteArray &stream,
+                       int &found)
+{
+    for (qsizetype i = 0; i < stream.size(); ++i) {
+        const auto wanted = naive.append(stream[i]);
+        const auto got = matcher.append(stream[i]);
+        found += wanted ? 1 : 0;
+        if (got != wanted)
+            return "at byte " + std::to_string(i) + " of " +
+                   stream.toPercentEncoding().toStdString() + ": " +
+                   got.value_or("none").toPercentEncoding().toStdString() + ", not " +
+                   wanted.value_or("none").toPercentEncoding().toStdString();
+    }
+    return {};
+}
+
+} // namespace
+
+TEST(PacketMatcher, FindsWhatTryingEveryTailWithTheExpressionFinds)
+{
+    using Re = QRegularExpression;
+    static constexpr Re::PatternOption Options[] = {Re::NoPatternOption,
+                                                    Re::NoPatternOption,
+                                                    Re::CaseInsensitiveOption,
+                                                    Re::MultilineOption,
+                                                    Re::DotMatchesEverythingOption,
+                                                    Re::UseUnicodePropertiesOption,
+                                                    Re::InvertedGreedinessOption,
+                                                    Re::ExtendedPatternSyntaxOption};
+    Random random;
+    int expressions = 0;
+    int foretold = 0;
+    int found = 0;
+    while (expressions < 2000) {
+        const QString leading = random.once(8) ? QStringLiteral("(?im)") : QString();
+        const Re expression(leading + randomExpression(random, 2),
+                            random.of(Options) | random.of(Options));
+        if (!expression.isValid())
+            continue;
+        ++expressions;
+        foretold += PacketExpression(expression).automaton() ? 1 : 0;
+        const int maximumLength = 1 + random.below(random.once(10) ? 20 : 10);
+        PacketMatcher matcher(std::make_shared<const ORSSerialPacketDescriptor>(
+            expression, static_cast<quint64>(maximumLength)));
+        const std::string wrong = difference(matcher, {maximumLength, naiveTest(expression)},
+                                             randomStream(random, 100), found);
+        ASSERT_EQ(wrong, "") << qPrintable(expression.pattern()) << " options "
+                             << expression.patternOptions().toInt() << " maximum " << maximumLength;
+    }
+    // The comparison is worth something only if both ways are taken and packets are found.
+    EXPECT_GT(foretold, expressions / 4);
+    EXPECT_LT(foretold, expressions);
+    EXPECT_GT(found, expressions);
+}
+
+TEST(PacketMatcher, FindsWhatTryingEveryTailWithPrefixAndSuffixFinds)
+{
+    Random random;
+    int found = 0;
+    const auto end = [&]() -> std::optional<QByteArray> {
+        return random.once(4) ? std::nullopt : std::optional(randomStream(random, random.below(4)));
+    };
+    for (int i = 0; i < 1000; ++i) {
+        const ORSSerialPacketDescriptor::PrefixSuffix ends{end(), end()};
+        const int maximumLength = random.once(4) ? 200 : 1 + random.below(12);
+        const NaiveMatcher naive(maximumLength, [&](const QByteArray &candidate) {
+            return (ends.prefix || ends.suffix) && candidate.startsWith(ends.prefix.value_or("")) &&
+                   candidate.endsWith(ends.suffix.value_or(""));
+        });
+        PacketMatcher matcher(std::make_shared<const ORSSerialPacketDescriptor>(
+            ends, static_cast<quint64>(maximumLength)));
+        ASSERT_EQ(difference(matcher, naive, randomStream(random, 300), found), "");
+    }
+    EXPECT_GT(found, 1000);
+}
+
+// These are followed in constant time per byte; losing one would be a port that falls behind.
+TEST(PacketMatcher, ForetellsThePacketsOfCommonExpressions)
+{
+    for (const char *pattern :
+         {"!pos\\d+;", "^\\$GP[A-Z]{3},.*\\*[0-9A-F]{2}\\r\\n$", ".*OK\\r\\n", "(?:OK|ERROR)\\R",
+          "\\x02[^\\x03]{1,1000}\\x03", "\\A\\s*(?<key>\\w+)=(?<value>[-+]?\\d+(?:\\.\\d*)?);",
+          "[[:xdigit:]]{4}\\b", "\\w++:\\d++\\n", "(?i)größe=\\d+;"}) {
+        EXPECT_TRUE(PacketExpression(QRegularExpression(QString::fromUtf8(pattern))).automaton())
+            << pattern;
+    }
+}
+
+// What cannot be foretold is refused, not guessed; and no pattern makes the reading endless.
+TEST(PacketMatcher, LeavesOtherExpressionsToTheEngine)
+{
+    for (const char *pattern :
+         {"a*", "", "(a)\\1", "a(?=b)", "(?<!a)b", "a(?i)ok", "(?x)a b", "(?>ab\\b|a)b", "a\\Kb",
+          "\\p{Lu}a", "(((((a{40}){40}){40}){9}){9}){9}", "((){1000}){1000}a",
+          "(?:(?:a?){200}b){200}"}) {
+        const QRegularExpression expression(QString::fromUtf8(pattern));
+        EXPECT_FALSE(PacketExpression(expression).automaton()) << pattern;
+    }
+    EXPECT_FALSE(
+        PacketExpression(QRegularExpression(QStringLiteral("a b"),
+                                            QRegularExpression::ExtendedPatternSyntaxOption))
+            .automaton());
+}

@@ -1,0 +1,179 @@
+#include "simulator/SampleFirmware.h"
+#include "tests/simulator/TestUpdater.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace vorn::test {
+namespace {
+
+constexpr int LimitMs = 20'000;
+
+// The program itself, run with arguments.
+class Vornsim
+{
+public:
+    explicit Vornsim(const QStringList &arguments)
+    {
+        m_process.start(QStringLiteral(VORNSIM_PATH), arguments);
+        EXPECT_TRUE(m_process.waitForStarted(LimitMs));
+    }
+    ~Vornsim()
+    {
+        m_process.kill();
+        m_process.waitForFinished(LimitMs);
+    }
+
+    // The next line of JSON on its standard output; empty when it ends without one.
+    QJsonObject nextEvent()
+    {
+        while (!m_process.canReadLine() && m_process.waitForReadyRead(LimitMs)) {
+        }
+        return QJsonDocument::fromJson(m_process.readLine()).object();
+    }
+
+    void terminate() { m_process.terminate(); }
+
+    int exitStatus()
+    {
+        EXPECT_TRUE(m_process.waitForFinished(LimitMs));
+        EXPECT_EQ(m_process.exitStatus(), QProcess::NormalExit);
+        return m_process.exitCode();
+    }
+
+    QString output() { return QString::fromLocal8Bit(m_process.readAllStandardOutput()); }
+    QString complaint() { return QString::fromLocal8Bit(m_process.readAllStandardError()); }
+
+private:
+    QProcess m_process;
+};
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+TEST(Program, RunsADeviceUntilItsUpdatesAreDone)
+{
+    const QTemporaryDir directory;
+    const QString image = directory.filePath(QStringLiteral("image"));
+    const QString report = directory.filePath(QStringLiteral("report"));
+    Vornsim program({QStringLiteral("device"), QStringLiteral("--dir"), directory.path(),
+                     QStringLiteral("--name"), QStringLiteral("usbserial-1"),
+                     QStringLiteral("--model"), QStringLiteral("1"), QStringLiteral("--fault"),
+                     QStringLiteral("last=noise"), QStringLiteral("--exit-after"),
+                     QStringLiteral("1"), QStringLiteral("--image"), image,
+                     QStringLiteral("--report"), report});
+    const QJsonObject ready = program.nextEvent();
+    ASSERT_EQ(ready.value(QStringLiteral("event")), QStringLiteral("ready"));
+    const TestUpdater updater(ready.value(QStringLiteral("path")).toString());
+    ASSERT_TRUE(updater.handshake());
+    ASSERT_EQ(updater.ask(header(3)), Ack);
+    EXPECT_EQ(updater.ask(frame("abc"), 4).toHex(), "55005aaf");
+
+    const QJsonObject end = program.nextEvent();
+    EXPECT_EQ(end.value(QStringLiteral("event")), QStringLiteral("report"));
+    EXPECT_EQ(end.value(QStringLiteral("updates")), 1);
+    EXPECT_EQ(end.value(QStringLiteral("errorCount")), 0);
+    EXPECT_EQ(program.exitStatus(), 0);
+    EXPECT_EQ(contentOf(image), "abc");
+    EXPECT_EQ(QJsonDocument::fromJson(contentOf(report)).object().value(QStringLiteral("model")), 1);
+    EXPECT_FALSE(QFileInfo(directory.filePath(QStringLiteral("usbserial-1"))).isSymLink());
+}
+
+TEST(Program, ReportsWhenItIsTerminated)
+{
+    for (const char *command : {"device", "package-server"}) {
+        Vornsim program({QLatin1String(command)});
+        ASSERT_EQ(program.nextEvent().value(QStringLiteral("event")), QStringLiteral("ready"));
+        program.terminate();
+        EXPECT_EQ(program.nextEvent().value(QStringLiteral("event")), QStringLiteral("report"));
+        EXPECT_EQ(program.exitStatus(), 0);
+    }
+}
+
+TEST(Program, SaysWhereItsPackageServerIs)
+{
+    const QTemporaryDir directory;
+    const QString authority = directory.filePath(QStringLiteral("ca.pem"));
+    Vornsim program({QStringLiteral("package-server"), QStringLiteral("--ca-file"), authority,
+                     QStringLiteral("--silence"), QStringLiteral("request")});
+    const QJsonObject ready = program.nextEvent();
+    EXPECT_THAT(ready.value(QStringLiteral("host")).toString().toStdString(),
+                testing::StartsWith("127.0.0.1:"));
+    EXPECT_EQ(ready.value(QStringLiteral("ca")).toString(), authority);
+    EXPECT_TRUE(contentOf(authority).startsWith("-----BEGIN CERTIFICATE-----"));
+}
+
+TEST(Program, WritesSamples)
+{
+    const QTemporaryDir directory;
+    const QString folder = directory.filePath(QStringLiteral("firmware"));
+    EXPECT_EQ(Vornsim({QStringLiteral("sample-firmware"), folder}).exitStatus(), 0);
+    EXPECT_EQ(QDir(folder).entryList(QDir::Files).size(),
+              static_cast<qsizetype>(sampleFirmware(SampleRelease::Installed).size()));
+    const QString package = directory.filePath(QStringLiteral("package.zip"));
+    EXPECT_EQ(Vornsim({QStringLiteral("sample-package"), package}).exitStatus(), 0);
+    EXPECT_TRUE(contentOf(package).startsWith("PK\x03\x04"));
+}
+
+TEST(Program, ExplainsEachMistakeAndEndsWithStatusTwo)
+{
+    struct Mistake
+    {
+        const char *arguments;
+        const char *complaint;
+    };
+    for (const Mistake &m :
+         {Mistake{"", "a command is needed"}, Mistake{"devise", "\"devise\" is no command"},
+          Mistake{"device --modle 3", "modle"}, Mistake{"device --model", "--model"},
+          Mistake{"device --model eight", "\"eight\" is no natural number"},
+          Mistake{"device --model 256", "between 0 and 255"},
+          Mistake{"device --erase-ms -1", "\"-1\" is no natural number"},
+          Mistake{"device --baud 99999999999", "99999999999 is too much"},
+          Mistake{"device --fault connect=nothing", "the kinds are silence, refuse"},
+          Mistake{"device --split 1,x", "four bytes"}, Mistake{"device --dir /tmp", "belong together"},
+          Mistake{"device now", "0 arguments are needed, not 1"},
+          Mistake{"sample-firmware", "1 arguments are needed, not 0"},
+          Mistake{"package-server --package /none", "/none: No such file"},
+          Mistake{"package-server --framing odd", "\"odd\" is none of length, chunked, until-close"},
+          Mistake{"package-server --truncate-at 1 --cut-at 2", "either truncated or cut"},
+          Mistake{"package-server --port 65536", "below 65536"}}) {
+        SCOPED_TRACE(m.arguments);
+        Vornsim program(QString::fromLatin1(m.arguments).split(u' ', Qt::SkipEmptyParts));
+        EXPECT_EQ(program.exitStatus(), 2);
+        EXPECT_THAT(program.complaint().toStdString(), testing::HasSubstr(m.complaint));
+        EXPECT_EQ(program.output(), QString());
+    }
+}
+
+TEST(Program, HelpsWithExamples)
+{
+    for (const char *command : {"device", "package-server", "sample-firmware", "sample-package"}) {
+        Vornsim program({QLatin1String(command), QStringLiteral("--help")});
+        EXPECT_EQ(program.exitStatus(), 0);
+        const std::string help = program.output().toStdString();
+        EXPECT_THAT(help, testing::StartsWith(std::string("Usage: vornsim ") + command));
+        EXPECT_THAT(help, testing::HasSubstr(std::string("\n  vornsim ") + command));
+    }
+}
+
+TEST(Program, FailsWithAReasonWhenTheDeviceCannotBePluggedIn)
+{
+    Vornsim program({QStringLiteral("device"), QStringLiteral("--dir"), QStringLiteral("/none"),
+                     QStringLiteral("--name"), QStringLiteral("usbserial-1")});
+    EXPECT_EQ(program.exitStatus(), 1);
+    EXPECT_THAT(program.complaint().toStdString(),
+                testing::HasSubstr("/none/usbserial-1: No such file"));
+}
+
+} // namespace
+} // namespace vorn::test
