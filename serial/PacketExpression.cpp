@@ -49,10 +49,11 @@ private:
         while (length < most && isContinuation(m_rest[m_rest.size() - length]))
             ++length;
         const QByteArrayView bytes = m_rest.last(length);
-        if (!bytes.isValidUtf8())
-            return false;
         const auto lead = static_cast<uchar>(bytes.front());
-        char32_t code = length == 1 ? lead : lead & (0x7FU >> length);
+        const bool isAscii = length == 1 && lead < AsciiEnd;
+        if (!isAscii && !bytes.isValidUtf8())
+            return false;
+        char32_t code = isAscii ? lead : lead & (0x7FU >> length);
         for (const char byte : bytes.sliced(1))
             code = code << 6 | (static_cast<uchar>(byte) & 0x3FU);
         if (QChar::requiresSurrogates(code)) {

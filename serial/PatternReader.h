@@ -17,7 +17,7 @@ namespace vorn {
 //
 // To be precise, for a text that grows character by character: when the expression matches at the
 // text's start for the first time, the automaton's walk from there ends with that character. So an
-// assertion about the next character (\b, $) stands for that character, if it comes.
+// assertion about what comes next (\b, $) stands for that character, if it comes.
 class PatternReader
 {
 public:

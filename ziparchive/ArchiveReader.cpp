@@ -85,7 +85,7 @@ ArchiveReader::Opened ArchiveReader::openEntry(const std::optional<QByteArray> &
         m_encrypted = EncryptedEntry::open(m_handle.get(), info, *password);
         if (!m_encrypted) {
             closeEntry();
-            return refuse(Opened::No, m_entry.name, "the password is wrong");
+            return refuse(Opened::No, m_entry.name, "the password is wrong, or its data damaged");
         }
     }
     m_sizeRead = 0;

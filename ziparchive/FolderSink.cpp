@@ -120,7 +120,8 @@ void FolderSink::reportNotWritten(Place place)
     const char *const reason = place == Place::Outside    ? "its path leads out of the destination"
                                : place == Place::Occupied ? "something of another kind is there"
                                                           : std::strerror(errno);
-    qCWarning(zipArchiveLog, "%ls is not written: %s", qUtf16Printable(m_fullPath), reason);
+    // Quoted and escaped: the name is the archive's.
+    qCWarning(zipArchiveLog) << "Not written:" << m_fullPath << reason;
     // A name taken by a folder (or, for a folder, by a file) leaves the result as it is.
     m_hasFailed = m_hasFailed || place != Place::Occupied;
     m_options.report(QString::fromLatin1(kNotWritten));

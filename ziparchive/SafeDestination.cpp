@@ -14,6 +14,10 @@ namespace vorn {
 
 namespace {
 
+// Every part of a path can cost a folder, and an archive can have thousands of paths; firmware
+// packages have three or four.
+constexpr qsizetype kMaxDepth = 64;
+
 constexpr int kFolderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
 bool isDriveLetter(const QString &name)
@@ -77,7 +81,7 @@ Place SafeDestination::enter(const Parts &folder)
     qsizetype length = m_path.size();
     for (const QByteArray &part : folder)
         length += part.size() + 1;
-    if (length >= PATH_MAX) {
+    if (length >= PATH_MAX || folder.size() > kMaxDepth) {
         errno = ENAMETOOLONG;
         return Place::Unreachable;
     }

@@ -27,25 +27,21 @@ class EntrySink;
 // (list it, unpack it into a folder, unpack it into memory) each start at the first entry and can
 // be repeated. Nothing is thrown; an error is a text to the delegate:
 //
-//   "Failed"                                    going to the first entry failed; the work goes on
-//   "Error occurs" / "Error occured"            an entry could not be opened (unpacking / listing):
-//                                               damaged, encrypted and the password missing or
-//                                               wrong, overlapping another, or of a compression
-//                                               method other than stored and deflated; or the
-//                                               archive is larger than the limits allow. The work
-//                                               stops
-//   "Error occurs while getting file info"      an entry's information is unusable, or the
-//   archive's
-//                                               directory is not what its end record says (then no
-//                                               entry opens). The work stops
-//   "Failed to read zip file"                   an entry's data is damaged or short. The work stops
-//   "file was unzipped but failed crc check"    an entry's data is not what was packed. The work
-//   stops "Failed to open output file for writing"    a file could not be written. The work goes
-//   on; when
-//                                               the disk has not enough space for the whole
-//                                               archive, it stops before the first file
-//   "Error while closing current file %d"       listing: with minizip's code. The work stops
-//   "Error while going to next file %d"         likewise
+// - "Failed": going to the first entry failed. The work goes on.
+// - "Error occurs" (unpacking), "Error occured" (listing): an entry could not be opened. It is
+//   damaged, or encrypted and the password missing or wrong, or overlaps another, or is of a
+//   compression method other than stored and deflated; or the archive claims more bytes than the
+//   limits allow. The work stops.
+// - "Error occurs while getting file info": an entry's information is unusable; or the archive's
+//   directory is not what its end record says, or has more entries than the limits allow, and then
+//   none of them opens. The work stops.
+// - "Failed to read zip file": an entry's data is damaged or short. The work stops.
+// - "file was unzipped but failed crc check": an entry's data is not what was packed. The work
+//   stops.
+// - "Failed to open output file for writing": a file could not be written. The work goes on; but
+//   when the disk has not enough space for the whole archive, it stops before the first file.
+// - "Error while closing current file %d", "Error while going to next file %d": listing only, with
+//   minizip's code. The work stops.
 //
 // The log has the reason behind each. An object is used from one thread at a time, and calls its
 // delegate and its progress block on that thread.

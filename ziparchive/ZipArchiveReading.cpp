@@ -22,20 +22,19 @@ QStringList ZipArchive::getZipFileContents()
     constexpr qsizetype kUsualCount = 40;
     names.reserve(kUsualCount);
     goToFirstEntry(reader.get());
-    int result = UNZ_OK;
-    do {
-        if (!openEntry(reader.get(), "Error occured"))
-            break;
+    while (openEntry(reader.get(), "Error occured")) {
         names.append(entryName(*reader));
-        result = reader->closeEntry();
-        if (result != UNZ_OK) {
-            OutputErrorMessage(QStringLiteral("Error while closing current file %1").arg(result));
+        const int closing = reader->closeEntry();
+        if (closing != UNZ_OK) {
+            OutputErrorMessage(QStringLiteral("Error while closing current file %1").arg(closing));
             break;
         }
-        result = reader->goToNextEntry();
-        if (result != UNZ_OK && result != UNZ_END_OF_LIST_OF_FILE)
-            OutputErrorMessage(QStringLiteral("Error while going to next file %1").arg(result));
-    } while (result == UNZ_OK);
+        const int moving = reader->goToNextEntry();
+        if (moving != UNZ_OK && moving != UNZ_END_OF_LIST_OF_FILE)
+            OutputErrorMessage(QStringLiteral("Error while going to next file %1").arg(moving));
+        if (moving != UNZ_OK)
+            break;
+    }
     return names;
 }
 
@@ -62,29 +61,25 @@ QHash<QString, QByteArray> ZipArchive::UnzipFileToMemory()
 bool ZipArchive::unpack(vorn::EntrySink &sink)
 {
     const auto reader = m_unzFile;
-    bool isAsked = false;
     quint32 counter = 0;
     goToFirstEntry(reader.get());
-    int result = UNZ_OK;
-    do {
-        if (!openEntry(reader.get(), "Error occurs"))
-            return false;
-        if (!isAsked) {
-            isAsked = true;
+    while (openEntry(reader.get(), "Error occurs")) {
+        if (counter == 0) {
             if (const auto objection = sink.objectionTo(reader->totalSize())) {
                 reader->closeEntry();
                 OutputErrorMessage(*objection);
                 return false;
             }
         }
-        result = unpackEntry(*reader, sink);
-        if (m_progressBlock && m_numFiles != 0) {
-            ++counter;
+        const int result = unpackEntry(*reader, sink);
+        ++counter;
+        if (m_progressBlock && m_numFiles != 0)
             m_progressBlock(static_cast<qint32>(quint64{counter} * 100 / m_numFiles), counter,
                             m_numFiles);
-        }
-    } while (result == UNZ_OK);
-    return result == UNZ_END_OF_LIST_OF_FILE;
+        if (result != UNZ_OK)
+            return result == UNZ_END_OF_LIST_OF_FILE;
+    }
+    return false;
 }
 
 int ZipArchive::unpackEntry(ArchiveReader &reader, vorn::EntrySink &sink)
@@ -93,22 +88,21 @@ int ZipArchive::unpackEntry(ArchiveReader &reader, vorn::EntrySink &sink)
     bool isWanted = sink.begin({.name = name,
                                 .isFolder = name.endsWith(u'/'),
                                 .date = vorn::fromEntryDate(reader.entry().date)});
-    std::array<char, kReadSize> buffer;
-    int count = isWanted ? 1 : 0;
-    while (isWanted && count > 0) {
-        count = reader.readEntry(buffer);
-        if (count < 0)
-            OutputErrorMessage(QStringLiteral("Failed to read zip file"));
-        else
-            isWanted = sink.write({buffer.data(), count});
+    int count = 0;
+    if (isWanted) {
+        std::array<char, kReadSize> buffer = {};
+        do {
+            count = reader.readEntry(buffer);
+            if (count >= 0)
+                isWanted = sink.write({buffer.data(), count});
+        } while (isWanted && count > 0);
     }
-
-    int result = reader.closeEntry();
-    if (count < 0) {
-        result = count;
-    } else if (result != UNZ_OK) {
+    const int closing = reader.closeEntry();
+    if (count < 0)
+        OutputErrorMessage(QStringLiteral("Failed to read zip file"));
+    else if (closing != UNZ_OK)
         OutputErrorMessage(QStringLiteral("file was unzipped but failed crc check"));
-    }
+    int result = count < 0 ? count : closing;
     sink.end(isWanted && result == UNZ_OK);
     if (result != UNZ_OK)
         return result;

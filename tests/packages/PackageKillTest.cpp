@@ -134,7 +134,7 @@ TEST_P(PackageKillTest, AProgramKilledBeforeAnyChangeOfItsFilesLeavesTheOldFirmw
         writeTree(cache, oldTree);
         TracedInstall install(cache, arguments);
         ASSERT_TRUE(install.isRunning());
-        for (int change = 0; change < changes && install.goToNextChange(); ++call) {
+        for (int change = 0; change < changes && install.goToNextChange(); ++change) {
         }
         const bool wasKilled = install.isRunning();
         install.kill();

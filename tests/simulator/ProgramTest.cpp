@@ -85,7 +85,8 @@ TEST(Program, RunsADeviceUntilItsUpdatesAreDone)
     EXPECT_EQ(end.value(QStringLiteral("errorCount")), 0);
     EXPECT_EQ(program.exitStatus(), 0);
     EXPECT_EQ(contentOf(image), "abc");
-    EXPECT_EQ(QJsonDocument::fromJson(contentOf(report)).object().value(QStringLiteral("model")), 1);
+    EXPECT_EQ(QJsonDocument::fromJson(contentOf(report)).object().value(QStringLiteral("model")),
+              1);
     EXPECT_FALSE(QFileInfo(directory.filePath(QStringLiteral("usbserial-1"))).isSymLink());
 }
 
@@ -140,11 +141,13 @@ TEST(Program, ExplainsEachMistakeAndEndsWithStatusTwo)
           Mistake{"device --erase-ms -1", "\"-1\" is no natural number"},
           Mistake{"device --baud 99999999999", "99999999999 is too much"},
           Mistake{"device --fault connect=nothing", "the kinds are silence, refuse"},
-          Mistake{"device --split 1,x", "four bytes"}, Mistake{"device --dir /tmp", "belong together"},
+          Mistake{"device --split 1,x", "four bytes"},
+          Mistake{"device --dir /tmp", "belong together"},
           Mistake{"device now", "0 arguments are needed, not 1"},
           Mistake{"sample-firmware", "1 arguments are needed, not 0"},
           Mistake{"package-server --package /none", "/none: No such file"},
-          Mistake{"package-server --framing odd", "\"odd\" is none of length, chunked, until-close"},
+          Mistake{"package-server --framing odd",
+                  "\"odd\" is none of length, chunked, until-close"},
           Mistake{"package-server --truncate-at 1 --cut-at 2", "either truncated or cut"},
           Mistake{"package-server --port 65536", "below 65536"}}) {
         SCOPED_TRACE(m.arguments);

@@ -79,7 +79,7 @@ public:
                              events.append(on ? kRtsHigh : kRtsLow);
                          });
         QObject::connect(port.get(), &ORSSerialPort::fileDescriptorChanged, &m_context, [this] {
-            if (port && !port->isOpen())
+            if (updater && port && !port->isOpen())
                 updater->portWasClosed();
         });
         port->open();
