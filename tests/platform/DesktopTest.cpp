@@ -12,6 +12,9 @@
 
 #include <gmock/gmock.h>
 
+#include <csignal>
+#include <sys/prctl.h>
+
 namespace vorn {
 namespace {
 
@@ -23,6 +26,9 @@ class DesktopTest : public testing::Test
 protected:
     DesktopTest()
     {
+        // They end with the test also when it is killed.
+        for (QProcess *const process : {&m_daemon, &m_service})
+            process->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
         // Without the machine's own services, which a call would start.
         QFile config(m_directory.filePath("bus.conf"));
         EXPECT_TRUE(config.open(QIODevice::WriteOnly));

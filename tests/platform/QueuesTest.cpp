@@ -4,6 +4,7 @@
 
 #include <QEventLoop>
 #include <QTest>
+#include <QTimer>
 
 #include <gmock/gmock.h>
 
@@ -99,8 +100,8 @@ TEST(MainQueueTest, ANestedEventLoopRunsTheJobsBehindIt)
     bool left = false;
     std::thread thread([&] {
         mainQueue().post([&] {
-            nested.exec();
-            left = true;
+            QTimer::singleShot(kLimit, &nested, [&] { nested.exit(1); });
+            left = nested.exec() == 0;
         });
         mainQueue().post([&] { nested.quit(); });
     });
