@@ -15,8 +15,8 @@
 
 // What a port's background jobs work on. They share its ownership, so it outlives them also when
 // the port object is gone by then.
-class ORSSerialPortPrivate : public std::enable_shared_from_this<ORSSerialPortPrivate>,
-                             public vorn::RequestQueueHost
+class ORSSerialPortPrivate final : public std::enable_shared_from_this<ORSSerialPortPrivate>,
+                                   public vorn::RequestQueueHost
 {
 public:
     ORSSerialPortPrivate(ORSSerialPort *owner, const vorn::SerialDeviceHandle &itsDevice);
