@@ -129,7 +129,7 @@ int runDevice(const QStringList &arguments)
         if (event.kind == DeviceEvent::Kind::Update && event.number == exitAfter)
             stop.call();
     });
-    QString problem;
+    QString problem = QStringLiteral("signals cannot be waited for");
     if (!stop.isValid() || !device.start(&problem)) {
         printNote(problem);
         return Failure;

@@ -34,10 +34,8 @@ bool DeviceThread::start(QString *problem)
         *problem = QStringLiteral("no event descriptor to be had");
         return false;
     }
-    if (!plugIn(problem))
-        return false;
     m_thread = std::thread([this] { run(); });
-    return true;
+    return request(Request::Plug, problem);
 }
 
 void DeviceThread::wake() const
@@ -62,7 +60,7 @@ void DeviceThread::unplug()
 
 bool DeviceThread::replug(QString *problem)
 {
-    return request(Request::Replug, problem);
+    return request(Request::Plug, problem);
 }
 
 bool DeviceThread::request(Request what, QString *problem)
@@ -92,7 +90,7 @@ bool DeviceThread::serveRequest()
 
     QString problem;
     m_replugAt.reset();
-    if (what == Request::Replug) {
+    if (what == Request::Plug) {
         if (!m_terminal)
             plugIn(&problem);
     } else {
@@ -165,10 +163,13 @@ void DeviceThread::run()
     while (serveRequest()) {
         const Time now = Clock::now();
         sendDue(now);
-        if (m_loader.insideFrame() && now >= m_lastByte + m_options.resyncTime)
-            give(m_loader.silence(), m_frameBegun, now);
         plugInWhenDue(now);
-        waitAndReceive();
+        const bool received = waitAndReceive();
+        // Judged after a look at the terminal: what came while this thread did not run is no
+        // silence.
+        if (!received && m_loader.insideFrame() &&
+            Clock::now() >= m_lastByte + m_options.resyncTime)
+            give(m_loader.silence(), m_frameBegun, Clock::now());
     }
 }
 
@@ -183,7 +184,7 @@ std::optional<DeviceThread::Time> DeviceThread::nextDeadline() const
     return next;
 }
 
-void DeviceThread::waitAndReceive()
+bool DeviceThread::waitAndReceive()
 {
     // poll(2) leaves out descriptors of -1: an unplugged terminal, a watch that is not to be had.
     std::array<pollfd, 3> fds{{{m_wake.get(), POLLIN, 0},
@@ -198,7 +199,7 @@ void DeviceThread::waitAndReceive()
         limit.tv_nsec = std::chrono::nanoseconds(left - seconds).count();
     }
     if (::ppoll(fds.data(), fds.size(), deadline ? &limit : nullptr, nullptr) <= 0)
-        return;
+        return false;
     if (fds[0].revents != 0) {
         std::uint64_t count = 0;
         [[maybe_unused]] const ssize_t got = ::read(m_wake.get(), &count, sizeof count);
@@ -207,6 +208,7 @@ void DeviceThread::waitAndReceive()
         takeChanges();
     if (fds[1].revents != 0)
         receive();
+    return fds[1].revents != 0;
 }
 
 void DeviceThread::takeChanges()

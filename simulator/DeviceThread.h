@@ -30,7 +30,7 @@ public:
     DeviceThread(const DeviceThread &) = delete;
     DeviceThread &operator=(const DeviceThread &) = delete;
 
-    // Plugs in and runs the thread; once. False, with the reason in *problem, when that fails.
+    // Runs the thread and plugs in; once. False, with the reason in *problem, when that fails.
     bool start(QString *problem);
 
     void setFaults(std::vector<Fault> faults);
@@ -42,7 +42,7 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
     using Time = Clock::time_point;
-    enum class Request { None, Unplug, Replug, Stop };
+    enum class Request { None, Plug, Unplug, Stop };
     struct Pending
     {
         Answer answer;
@@ -58,7 +58,7 @@ private:
     void pullOut();
     void plugInWhenDue(Time now);
     std::optional<Time> nextDeadline() const;
-    void waitAndReceive();
+    bool waitAndReceive(); // whether bytes were there
     void takeChanges();
     void receive();
     void take(std::span<const std::uint8_t> bytes, Time now);

@@ -152,7 +152,7 @@ int runPackageServer(const QStringList &arguments)
 
     const StopEvents stop;
     PackageServer server(answer, certificate);
-    QString problem;
+    QString problem = QStringLiteral("signals cannot be waited for");
     if (!stop.isValid() || !server.start(&problem, static_cast<quint16>(port))) {
         printNote(problem);
         return Failure;

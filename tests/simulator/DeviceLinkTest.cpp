@@ -161,6 +161,17 @@ TEST_F(DeviceLink, CanBePulledByAnObserver)
                                             Kind::Unplugged));
 }
 
+TEST_F(DeviceLink, CanBePulledByAnObserverAtOnce)
+{
+    SimulatedDevice device(linked());
+    device.setObserver([&](const DeviceEvent &event) {
+        if (event.kind == DeviceEvent::Kind::Plugged)
+            device.unplug();
+    });
+    ASSERT_TRUE(device.start());
+    EXPECT_TRUE(device.waitForPlugged(false, 5s));
+}
+
 TEST_F(DeviceLink, IsFreshForTheNextProgramWhateverTheLastOneLeft)
 {
     SimulatedDevice device(linked());
