@@ -22,6 +22,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds kDrainLimit{1000};
 // There is no event for "all output has left"; this is how often it is asked for.
 constexpr int kDrainStepMs = 5;
+constexpr int kLowLatency = static_cast<int>(ASYNC_LOW_LATENCY);
 
 int result(int returned)
 {
@@ -72,10 +73,10 @@ int SerialTerminal::open(const QString &path)
 void SerialTerminal::lowerLatency()
 {
     serial_struct serial{};
-    if (::ioctl(m_fd.get(), TIOCGSERIAL, &serial) != 0 || (serial.flags & ASYNC_LOW_LATENCY))
+    if (::ioctl(m_fd.get(), TIOCGSERIAL, &serial) != 0 || (serial.flags & kLowLatency))
         return;
     const int flags = serial.flags;
-    serial.flags |= ASYNC_LOW_LATENCY;
+    serial.flags |= kLowLatency;
     if (::ioctl(m_fd.get(), TIOCSSERIAL, &serial) == 0)
         m_originalSerialFlags = flags;
 }
