@@ -1,5 +1,6 @@
 #include "app/ViewController.h"
 
+#include "packages/StagingFolder.h"
 #include "platform/Directories.h"
 #include "platform/GlobalQueue.h"
 #include "platform/NotificationCenter.h"
@@ -71,7 +72,7 @@ ViewController::ViewController(MainWindow &window, vorn::PackageLocation package
 {
     m_closeLimit.setSingleShot(true);
     m_closeLimit.setInterval(kCloseLimit);
-    connect(&m_closeLimit, &QTimer::timeout, this, &ViewController::closingEnded);
+    connect(&m_closeLimit, &QTimer::timeout, this, &ViewController::showClosing);
 }
 
 ViewController::~ViewController()
@@ -91,6 +92,7 @@ void ViewController::viewDidLoad()
         this, ORSSerialPortWasDisconnectedNotification,
         [this](const QVariantMap &userInfo) { serialPortsWereDisconnected(userInfo); });
 
+    vorn::StagingFolder::recoverInterruptedPublish();
     m_library->readFirmWare(targetVersion());
     getDeviceConnected();
 }
@@ -149,6 +151,7 @@ void ViewController::setSerialPort(const ORSSerialPortPtr &port)
         m_serialPort->close();
         m_serialPort->setDelegate(nullptr);
         m_closeLimit.stop();
+        m_closing = false;
         m_updater.portWasClosed();
     }
     m_serialPort = port;
@@ -232,6 +235,7 @@ void ViewController::openSerialPort()
 
 void ViewController::closeSerialPort()
 {
+    m_closing = true;
     m_serialPort->close();
     if (!m_closeLimit.isActive())
         m_closeLimit.start();
@@ -242,12 +246,12 @@ void ViewController::portOpenChanged()
     if (m_serialPort->isOpen())
         return;
     m_updater.portWasClosed();
-    if (m_closeLimit.isActive())
-        closingEnded();
+    if (m_closing)
+        showClosing();
 }
 
-// The port has closed, or has not in time.
-void ViewController::closingEnded()
+// The port has closed, or has not in time; then this is called once more when it has.
+void ViewController::showClosing()
 {
     m_closeLimit.stop();
     const QString name = m_serialPort->name();
@@ -255,6 +259,7 @@ void ViewController::closingEnded()
         setTitle(m_controls.openBtn, kClose);
         showConnection(QStringLiteral("Prompt:%1 Selected,closeing failed").arg(name), Tone::Bad);
     } else {
+        m_closing = false;
         setTitle(m_controls.openBtn, kOpen);
         showConnection(QStringLiteral("Prompt:%1 Selected,close successfully").arg(name));
     }
@@ -436,5 +441,6 @@ void ViewController::packageEnded(Outcome outcome, const vorn::PackageProblem &p
         qCWarning(logController).noquote() << "No package was installed:" << problem.text;
     m_window.setStatusTone(MainWindow::Line::Firmware,
                            outcome == Outcome::Failed ? Tone::Bad : Tone::Good);
-    m_window.hideDownloadProgress();
+    if (!m_download.isRunning())
+        m_window.hideDownloadProgress();
 }

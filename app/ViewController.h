@@ -86,7 +86,7 @@ private:
     void openSerialPort();
     void closeSerialPort();
     void portOpenChanged();
-    void closingEnded();
+    void showClosing();
     void refuseUpdate(const QString &text);
     void showConnection(const QString &text, vorn::Tone tone = vorn::Tone::Neutral);
     void readFirmWareInBackground();
@@ -104,7 +104,9 @@ private:
     QMetaObject::Connection m_portOpenConnection;
 
     QString m_fileName; // null while none was chosen
-    // Runs while the close button waits for the port to be closed.
+    // From the press of the close button until the port is closed, and how long that may take
+    // before the window says that it failed.
+    bool m_closing = false;
     QTimer m_closeLimit;
     std::chrono::steady_clock::time_point m_openedAt;
     int m_percent = 0;

@@ -155,7 +155,8 @@ void PackageDownload::URLSessionTaskDidCompleteWithError(UrlSession &session,
         return end(download, Outcome::Failed, download->refusal);
     if (error || (state.mIsCancel != 0 && isInstalled)) {
         // An error after the package was accepted leaves the last progress figure standing.
-        state.data = {};
+        if (download->state)
+            download->state->data = {};
         if (download->isUpToDate)
             return end(download, Outcome::UpToDate);
         return end(download, Outcome::Failed, error);

@@ -140,7 +140,7 @@ public:
         // Named after a folder that it does not hold: the old one goes without a successor.
         if (std::find(names.begin(), names.end(), m_packageFolder) == names.end() &&
             fs::is_directory(place(m_packageFolder)))
-            fs::rename(place(m_packageFolder), m_staging.file("old-folder"));
+            removeOldFolder();
         syncDestination();
     }
 
@@ -176,6 +176,16 @@ private:
         // to bring back.
         fs::rename(place(name), m_staging.setAside() / name);
         fs::rename(fresh(name), place(name));
+    }
+
+    // The package is in place by now: an old folder that stays fails nothing.
+    void removeOldFolder() const
+    {
+        std::error_code error;
+        fs::rename(place(m_packageFolder), m_staging.file("old-folder"), error);
+        if (error)
+            qCWarning(packagesLog, "cannot remove %s: %s", place(m_packageFolder).c_str(),
+                      error.message().c_str());
     }
 
     // Puts the renames on the disk before what they replaced is removed. They are done: a file

@@ -1,5 +1,7 @@
 #include "packages/ResponseHeaders.h"
 
+#include "packages/FirmwareLibrary.h"
+
 #include <QStringDecoder>
 
 #include <algorithm>
@@ -141,7 +143,9 @@ QString suggestedFilename(const UrlResponse &response)
 QString folderNameFor(const QString &filename)
 {
     const QString folder = filename.section(u'.', 0, 0);
+    // An archive of the firmware folder's very name would stand in that folder's place.
     const bool isName = !folder.trimmed().isEmpty() && !folder.contains(u'/') &&
+                        filename != firmwareFolderName &&
                         std::none_of(filename.begin(), filename.end(), isControl);
     return isName ? folder : QString();
 }

@@ -28,6 +28,15 @@ fs::path cachesPath()
     return QFile::encodeName(cachesDirectory()).toStdString();
 }
 
+std::vector<fs::path> entriesOf(const fs::path &folder, std::error_code &error)
+{
+    std::vector<fs::path> entries;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error))
+        entries.push_back(entry->path());
+    return entries;
+}
+
 FileDescriptor openFolder(const fs::path &path)
 {
     return FileDescriptor(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -72,17 +81,16 @@ std::unique_ptr<StagingFolder> StagingFolder::create()
 StagingFolder::~StagingFolder()
 {
     std::error_code error;
-    for (const fs::directory_entry &entry : fs::directory_iterator(setAside(), error)) {
-        const fs::path place = destination() / entry.path().filename();
-        if (!fs::exists(fs::symlink_status(place, error)))
-            fs::rename(entry.path(), place, error);
-        if (error) {
-            qCWarning(packagesLog, "cannot bring back %s: %s", place.c_str(),
-                      error.message().c_str());
-            return; // the next start tries again
-        }
+    for (const fs::path &path : entriesOf(setAside(), error)) {
+        const fs::path place = destination() / path.filename();
+        if (!error && !fs::exists(fs::symlink_status(place, error)))
+            fs::rename(path, place, error);
     }
-    error.clear();
+    if (error && error != std::errc::no_such_file_or_directory) {
+        qCWarning(packagesLog, "cannot bring back what is in %s: %s", setAside().c_str(),
+                  error.message().c_str());
+        return; // the next start tries again
+    }
     fs::remove_all(m_path, error);
     if (error)
         qCWarning(packagesLog, "cannot remove %s: %s", m_path.c_str(), error.message().c_str());
@@ -96,13 +104,9 @@ int StagingFolder::syncAll() const
 void StagingFolder::recoverInterruptedPublish()
 {
     std::error_code error;
-    std::vector<fs::path> leftovers;
-    for (fs::directory_iterator entry(cachesPath(), error), end; !error && entry != end;
-         entry.increment(error)) {
-        if (entry->path().filename().native().rfind(kPrefix, 0) == 0)
-            leftovers.push_back(entry->path());
-    }
-    for (const fs::path &path : leftovers) {
+    for (const fs::path &path : entriesOf(cachesPath(), error)) {
+        if (path.filename().native().rfind(kPrefix, 0) != 0)
+            continue;
         FileDescriptor lock = openFolder(path);
         if (!lock.isValid() ||
             (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK))

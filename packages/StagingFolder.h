@@ -34,8 +34,8 @@ public:
     // Writes everything on this file system to the disk; 0 or an errno.
     int syncAll() const;
 
-    // Ends the publishing that a program left undone when it died: afterwards its package is either
-    // all there or not there at all. Called at start-up, before the first look at the firmware.
+    // Ends the publishing that a program left undone when it died: afterwards each folder of its
+    // package is either all there or not there at all. Called at start-up, before the first look at the firmware.
     static void recoverInterruptedPublish();
 
 private:

@@ -214,6 +214,18 @@ TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
     EXPECT_FALSE(controller->serialPort()->isOpen());
 }
 
+TEST_F(WindowTest, FirmwareThatAKilledProgramHadSetAsideIsBackAtTheStart)
+{
+    const QString leftover = cachesDirectory() + QStringLiteral("/.VornUpdate2-staging-a");
+    writeFirmware(QStringLiteral("VORN-1.bin"), 10);
+    ASSERT_TRUE(QDir().mkpath(leftover + QStringLiteral("/set-aside")));
+    ASSERT_TRUE(
+        QDir().rename(firmwareFolder(), leftover + QStringLiteral("/set-aside/VornUpdate2")));
+    show();
+    EXPECT_TRUE(eventually([&] { return firmware->findText(QStringLiteral("VORN-1.bin")) > 0; }));
+    EXPECT_FALSE(QFile::exists(leftover));
+}
+
 TEST_F(WindowTest, AFileThatCannotServeLeavesTheDeviceAlone)
 {
     writeFirmware(kImage, 500);

@@ -482,6 +482,25 @@ TEST_F(PackageDownloadTest, ASecondDownloadDuringTheFirstNeverMixesWithIt)
     EXPECT_EQ(recorder.texts.count(kSucceeded), 2);
 }
 
+TEST_F(PackageDownloadTest, ASecondDownloadThatFindsNoPackageLeavesTheFirstAlone)
+{
+    PackageAnswer slow = answerWith(newPackage());
+    slow.bytesPerSecond = 200;
+    serve(slow);
+    press();
+    ASSERT_TRUE(waitFor([&] { return recorder.lastReceived > 0; }));
+    PackageAnswer elsewhere;
+    elsewhere.redirectTo = "http";
+    ASSERT_TRUE(theServer->setAnswer(elsewhere));
+    press();
+    ASSERT_TRUE(waitFor([&] { return recorder.ends.size() >= 1; }));
+    expectEnd(Outcome::Failed, Kind::InsecureRedirect);
+    EXPECT_EQ(tree(), kOld);
+    ASSERT_TRUE(waitFor([&] { return recorder.ends.size() >= 2; }));
+    expectEnd(Outcome::Installed);
+    EXPECT_EQ(tree(), kNew);
+}
+
 TEST_F(PackageDownloadTest, ADownloadThatIsNoLongerWantedIsNeverHeardOfAgain)
 {
     limits.delayBeforeUnpacking = 0ms;
