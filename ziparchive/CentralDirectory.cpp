@@ -52,14 +52,16 @@ std::optional<std::array<char, Size>> recordAt(ArchiveFile &file, quint64 positi
 }
 
 // Archives written to a pipe carry a 64-bit end record however small they are; where there is one,
-// it counts and the ordinary one does not.
-std::optional<EndRecord> findEnd64(ArchiveFile &file, quint64 endPosition)
+// it counts and the ordinary one does not. Its locator is taken wherever minizip takes it, also
+// from a comment: what is checked must be what is unpacked.
+std::optional<EndRecord> findEnd64(ArchiveFile &file, QByteArrayView tail, quint64 tailPosition)
 {
-    if (endPosition < kLocator64Size)
+    const qsizetype found = tail.lastIndexOf(kLocator64Signature);
+    if (found < 0)
         return std::nullopt;
-    const auto locator =
-        recordAt<kLocator64Size>(file, endPosition - kLocator64Size, kLocator64Signature);
-    if (!locator)
+    const auto locator = recordAt<kLocator64Size>(file, tailPosition + static_cast<quint64>(found),
+                                                  kLocator64Signature);
+    if (!locator || numberAt<quint32>(*locator, 4) != 0 || numberAt<quint32>(*locator, 16) != 1)
         return std::nullopt;
     const auto position = numberAt<quint64>(*locator, 8);
     const auto record = recordAt<kEnd64Size>(file, position, kEnd64Signature);
@@ -83,7 +85,7 @@ std::optional<EndRecord> findEnd(ArchiveFile &file)
     if (found < 0 || static_cast<std::size_t>(tail.size() - found) < kEndSize)
         return std::nullopt;
     const quint64 position = start + static_cast<quint64>(found);
-    if (const auto end64 = findEnd64(file, position))
+    if (const auto end64 = findEnd64(file, tail, start))
         return end64;
     const QByteArrayView record = QByteArrayView(tail).sliced(found);
     return EndRecord{.position = position,

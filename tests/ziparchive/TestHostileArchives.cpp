@@ -120,6 +120,7 @@ INSTANTIATE_TEST_SUITE_P(Archives, HostileArchive,
 INSTANTIATE_TEST_SUITE_P(Bombs, HostileArchive,
                          ::testing::Values(HostileCase{"ratio-bomb", kNotOpened, {}},
                                            HostileCase{"overlap-bomb", kNotOpened, {}},
+                                           HostileCase{"two-directories", kNotOpened, {}},
                                            HostileCase{"nested", kNotOpened, {}}),
                          nameOf<HostileCase>);
 

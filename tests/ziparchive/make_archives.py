@@ -135,6 +135,18 @@ end = b"\3\0"
 write("ratio-bomb", archive([entry(f"{i}.bin", b"", usize=1 << 30, packed=megabyte * 1024 + end) for i in range(3)]))
 kernel = entry("kernel.bin", bytes(1 << 20))
 write("overlap-bomb", archive([(kernel[0] if i == 0 else b"", kernel[1]) for i in range(1000)], offsets=[0] * 1000))
+# The same, behind a directory that is sound: a locator in the comment leads minizip to another one.
+apart = [entry(f"{i}.bin", kernel[0], 0, usize=1 << 20) for i in range(3)]
+body, decoy = kernel[0], b""
+for local, header in apart:
+    decoy += header(len(body))
+    body += local
+shared = kernel[1](0) * 3
+end64 = struct.pack("<4sQHHIIQQQQ", b"PK\6\6", 44, 45, 45, 0, 0, 3, 3, len(shared), len(body))
+locator = struct.pack("<4sIQI", b"PK\6\7", 0, len(body + shared), 1)
+body += shared + end64
+last = struct.pack("<4sHHHHIIH", b"PK\5\6", 0, 0, 3, 3, len(decoy), len(body), len(locator))
+write("two-directories", body + decoy + last + locator)
 outer, inner = entry("outer.bin", b"", method=0), entry("inner.bin", long)
 outer = entry("outer.bin", inner[0], method=0)
 write("nested", archive([outer, (b"", inner[1])], offsets=[0, len(outer[0]) - len(inner[0])]))
