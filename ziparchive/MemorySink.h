@@ -6,7 +6,7 @@
 
 namespace vorn {
 
-// Collects the bytes of the entries that have any, under their names.
+// Collects the bytes of the file entries that have any, under their names.
 class MemorySink : public EntrySink
 {
 public:
@@ -21,6 +21,7 @@ public:
     bool begin(const EntryHead &entry) override
     {
         m_name = entry.name;
+        m_isFolder = entry.isFolder;
         m_bytes.clear();
         return true;
     }
@@ -31,7 +32,7 @@ public:
     }
     void end(bool isIntact) override
     {
-        if (isIntact && !m_bytes.isEmpty())
+        if (isIntact && !m_isFolder && !m_bytes.isEmpty())
             m_contents.insert(m_name, std::move(m_bytes));
     }
 
@@ -40,6 +41,7 @@ public:
 private:
     quint64 m_maxBytes;
     QString m_name;
+    bool m_isFolder = false;
     QByteArray m_bytes;
     QHash<QString, QByteArray> m_contents;
 };

@@ -97,9 +97,11 @@ public:
     bool CreateZipFile2(const QString &path, bool append);
     bool CreateZipFile2(const QString &path, const QString &Password);
     bool CreateZipFile2(const QString &path, const QString &Password, bool append);
-    // A password in plain quotes would be taken for `append`.
-    bool CreateZipFile2(const QString &path, const char *Password) = delete;
-    bool CreateZipFile2(const QString &path, const char *Password, bool append) = delete;
+    // A password in plain quotes, which would be taken for `append` otherwise.
+    bool CreateZipFile2(const QString &path, const char *Password)
+    {
+        return CreateZipFile2(path, QString::fromUtf8(Password));
+    }
     // Adds the regular file at the path `file`, or what a symbolic link there leads to, with its
     // modification date.
     bool addFileToZip(const QString &file, const QString &newname);
