@@ -3,6 +3,7 @@
 #include <QJsonDocument>
 #include <QSaveFile>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace vorn {
@@ -85,7 +86,11 @@ qint64 CommandLine::number(const char *name, qint64 otherwise)
 std::chrono::milliseconds CommandLine::milliseconds(const char *name,
                                                     std::chrono::milliseconds otherwise)
 {
-    return std::chrono::milliseconds(number(name, otherwise.count()));
+    constexpr qint64 aDay = 24 * 3600 * 1000;
+    const qint64 value = number(name, otherwise.count());
+    if (value > aDay)
+        fail(QStringLiteral("--%1: %2 ms are more than a day").arg(QLatin1String(name)).arg(value));
+    return std::chrono::milliseconds(std::min(value, aDay));
 }
 
 void CommandLine::fail(const QString &problem)

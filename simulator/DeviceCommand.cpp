@@ -119,14 +119,19 @@ int runDevice(const QStringList &arguments)
     if (!line.parse(arguments))
         return Success;
     const DeviceOptions options = readOptions(line);
-    const int exitAfter = boundedInt(line, line.isSet("count") ? "count" : "exit-after", 0);
+    const int exitAfter = boundedInt(line, line.isSet("count") ? "count" : "exit-after", 1);
+    const bool ends = line.isSet("count") || line.isSet("exit-after");
+    if (line.isSet("count") && line.isSet("exit-after"))
+        line.fail(QStringLiteral("--count and --exit-after are the same"));
+    if (exitAfter < 1)
+        line.fail(QStringLiteral("--exit-after: at least one update"));
     if (line.failed())
         return line.complain();
 
     const StopEvents stop;
     SimulatedDevice device(options);
     device.setObserver([&](const DeviceEvent &event) {
-        if (event.kind == DeviceEvent::Kind::Update && event.number == exitAfter)
+        if (ends && event.kind == DeviceEvent::Kind::Update && event.number == exitAfter)
             stop.call();
     });
     QString problem = QStringLiteral("signals cannot be waited for");
@@ -137,6 +142,7 @@ int runDevice(const QStringList &arguments)
     printEvent("ready", {{QStringLiteral("path"), device.path()},
                          {QStringLiteral("terminal"), device.slavePath()}});
     stop.wait();
+    device.awaitReader();
     device.unplug();
     return finish(line, device.report());
 }

@@ -63,6 +63,11 @@ bool DeviceThread::replug(QString *problem)
     return request(Request::Plug, problem);
 }
 
+void DeviceThread::awaitReader()
+{
+    request(Request::AwaitReader, nullptr);
+}
+
 bool DeviceThread::request(Request what, QString *problem)
 {
     const std::lock_guard caller(m_callers);
@@ -89,11 +94,14 @@ bool DeviceThread::serveRequest()
         return true;
 
     QString problem;
-    m_replugAt.reset();
-    if (what == Request::Plug) {
+    if (what == Request::AwaitReader) {
+        waitForReader();
+    } else if (what == Request::Plug) {
+        m_replugAt.reset();
         if (!m_terminal)
             plugIn(&problem);
     } else {
+        m_replugAt.reset();
         pullOut();
     }
     {
@@ -138,6 +146,15 @@ void DeviceThread::pullOut()
         m_link.reset();
         m_terminal.reset();
     });
+}
+
+// There is no event for "all was read".
+void DeviceThread::waitForReader() const
+{
+    constexpr int stepMs = 5;
+    const Time limit = Clock::now() + std::chrono::seconds(1);
+    while (m_terminal && m_terminal->holdsUnread() && Clock::now() < limit)
+        ::poll(nullptr, 0, stepMs);
 }
 
 void DeviceThread::plugInWhenDue(Time now)

@@ -38,11 +38,12 @@ public:
     // observer returns.
     void unplug();
     bool replug(QString *problem);
+    void awaitReader();
 
 private:
     using Clock = std::chrono::steady_clock;
     using Time = Clock::time_point;
-    enum class Request { None, Plug, Unplug, Stop };
+    enum class Request { None, Plug, AwaitReader, Unplug, Stop };
     struct Pending
     {
         Answer answer;
@@ -56,6 +57,7 @@ private:
     bool serveRequest(); // false: to stop
     bool plugIn(QString *problem);
     void pullOut();
+    void waitForReader() const;
     void plugInWhenDue(Time now);
     std::optional<Time> nextDeadline() const;
     bool waitAndReceive(); // whether bytes were there

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QJsonDocument>
 
+#include <algorithm>
 #include <utility>
 
 namespace vorn {
@@ -102,7 +103,7 @@ PackageAnswer readAnswer(CommandLine &line)
 {
     PackageAnswer answer;
     answer.package = readPackage(line);
-    answer.status = static_cast<int>(line.number("status", answer.status) % 100'000);
+    answer.status = static_cast<int>(std::min(line.number("status", answer.status), qint64{1000}));
     answer.lastModified = line.bytes("last-modified");
     answer.framing = choice<BodyFraming>(line, "framing",
                                          {{"length", BodyFraming::Length},

@@ -62,4 +62,10 @@ void PseudoTerminal::discardUnread() const
     ::tcflush(m_slave.get(), TCIFLUSH);
 }
 
+bool PseudoTerminal::holdsUnread() const
+{
+    int count = 0;
+    return ::ioctl(m_slave.get(), FIONREAD, &count) == 0 && count > 0;
+}
+
 } // namespace vorn

@@ -24,6 +24,8 @@ public:
     // read. Here the slave stays open, so both must be done.
     void endExclusiveUse() const;
     void discardUnread() const;
+    // Whether the slave holds bytes that its users have not read.
+    bool holdsUnread() const;
 
 private:
     PseudoTerminal() = default;

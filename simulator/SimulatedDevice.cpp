@@ -70,6 +70,11 @@ bool SimulatedDevice::waitForPlugged(bool plugged, std::chrono::milliseconds lim
     return m_journal->waitFor([=](const DeviceReport &r) { return r.plugged == plugged; }, limit);
 }
 
+void SimulatedDevice::awaitReader() const
+{
+    m_thread->awaitReader();
+}
+
 void SimulatedDevice::unplug()
 {
     m_thread->unplug();

@@ -51,6 +51,9 @@ public:
     bool waitForUpdates(int count, std::chrono::milliseconds limit) const;
     bool waitForPlugged(bool plugged, std::chrono::milliseconds limit) const;
 
+    // Returns when the other side has read what was answered, or did not within a second; what is
+    // unread when the device is unplugged is lost.
+    void awaitReader() const;
     // Removes the link and hangs up, as pulling the cable does; what the device was told before is
     // forgotten, the report is kept. Returns when it is done (on the device's own thread, in an
     // observer: at once, and it is done before anything else).
