@@ -7,6 +7,7 @@
 #include <QFile>
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 
@@ -54,8 +55,11 @@ DirectoryDeviceRegistry::Entries DirectoryDeviceRegistry::scan(const Entries &kn
         return entries;
     while (const dirent *const item = ::readdir(directory.get())) { // NOLINT(concurrency-mt-unsafe)
         const QByteArray fileName(item->d_name);
+        struct stat own = {};
         struct stat status = {};
         if (fileName.startsWith('.') ||
+            ::fstatat(::dirfd(directory.get()), fileName.constData(), &own, AT_SYMLINK_NOFOLLOW) !=
+                0 ||
             ::fstatat(::dirfd(directory.get()), fileName.constData(), &status, 0) != 0 ||
             !S_ISCHR(status.st_mode))
             continue;
@@ -65,7 +69,8 @@ DirectoryDeviceRegistry::Entries DirectoryDeviceRegistry::scan(const Entries &kn
             continue;
         }
         const auto same = std::find_if(known.begin(), known.end(), [&](const Entry &entry) {
-            return entry.fileName == fileName && entry.terminal == status.st_rdev;
+            return entry.fileName == fileName && entry.inode == own.st_ino &&
+                   entry.terminal == status.st_rdev;
         });
         if (same != known.end()) {
             entries.push_back(*same);
@@ -74,7 +79,7 @@ DirectoryDeviceRegistry::Entries DirectoryDeviceRegistry::scan(const Entries &kn
         const QString node = m_directory + u'/' + name;
         const SerialDeviceName split = splitSerialDeviceName(printableName(name));
         entries.push_back(
-            {fileName, status.st_rdev,
+            {fileName, own.st_ino, status.st_rdev,
              std::make_shared<SerialDevice>(SerialDevice{.calloutDevice = node,
                                                          .dialinDevice = node,
                                                          .ttyDevice = split.full(),

@@ -12,9 +12,9 @@
 namespace vorn {
 
 // Serial devices that are the entries of a directory: links to terminals, or terminal nodes. A
-// device's name is its entry's file name, its path is the entry's. Adding or removing an entry is
-// plugging in or out, and so is replacing it by one for another terminal. Hidden entries and those
-// that lead to no character device are no devices. When the directory itself goes away or is moved,
+// device's name is its entry's file name, its path is the entry's. Adding, removing or replacing an
+// entry is plugging in or out. Hidden entries and those that lead to no character device are no
+// devices. When the directory itself goes away or is moved,
 // all of its devices are gone for good.
 class DirectoryDeviceRegistry final : public SerialDeviceRegistry
 {
@@ -30,6 +30,7 @@ private:
     struct Entry
     {
         QByteArray fileName;
+        ino_t inode = 0;    // of the entry itself, which tells a link from its successor
         dev_t terminal = 0; // the terminal that the entry leads to
         SerialDeviceHandle device;
     };
