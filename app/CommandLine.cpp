@@ -52,7 +52,8 @@ std::optional<CommandLine> readCommandLine(const QStringList &arguments, int &ex
     parser.setApplicationDescription(
         QStringLiteral("Updates a device's firmware over its USB-serial link, and fetches firmware "
                        "packages."));
-    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Show this help and exit."));
     const QCommandLineOption version = parser.addVersionOption();
     const QCommandLineOption deviceDirectory(
         QStringLiteral("device-dir"),
@@ -68,7 +69,7 @@ std::optional<CommandLine> readCommandLine(const QStringList &arguments, int &ex
         QStringLiteral("Trust the certificates in FILE (PEM) besides the system's for the package "
                        "server."),
         QStringLiteral("FILE"));
-    parser.addOptions({deviceDirectory, packageHost, packageCa});
+    parser.addOptions({help, deviceDirectory, packageHost, packageCa});
 
     const bool parsed = parser.parse(arguments);
     exitCode = 0;

@@ -5,15 +5,25 @@
 
 #include <csignal>
 #include <sys/signalfd.h>
+#include <unistd.h>
 
 namespace vorn {
+namespace {
 
-QuitSignals::QuitSignals()
+sigset_t quitSignals()
 {
     sigset_t set;
     sigemptyset(&set);
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         sigaddset(&set, number);
+    return set;
+}
+
+} // namespace
+
+QuitSignals::QuitSignals()
+{
+    const sigset_t set = quitSignals();
     m_fd = FileDescriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
     // Without the descriptor the signals keep their deadly meaning.
     if (m_fd.isValid())
@@ -29,6 +39,14 @@ void QuitSignals::watch()
     m_notifier = std::make_unique<QSocketNotifier>(m_fd.get(), QSocketNotifier::Read);
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] {
         m_notifier->setEnabled(false);
+        signalfd_siginfo first{};
+        while (::read(m_fd.get(), &first, sizeof first) > 0) {
+        }
+        // From here on they are deadly: the way out may hang. But a closing terminal sends SIGHUP
+        // more than once.
+        sigset_t set = quitSignals();
+        sigdelset(&set, SIGHUP);
+        ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
         QCoreApplication::quit();
     });
 }

@@ -23,7 +23,7 @@ constexpr int kNoDisplay = 1;
 bool hasDisplay(const QStringList &arguments)
 {
     for (const char *variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
-        if (qEnvironmentVariableIsSet(variable))
+        if (!qEnvironmentVariableIsEmpty(variable))
             return true;
     }
     return arguments.contains(QStringLiteral("-platform"));
@@ -31,7 +31,7 @@ bool hasDisplay(const QStringList &arguments)
 
 bool isAskedForText(const QStringList &arguments)
 {
-    for (const char *option : {"--help", "-h", "--help-all", "--version", "-v"}) {
+    for (const char *option : {"--help", "-h", "--version", "-v"}) {
         if (arguments.contains(QLatin1StringView(option)))
             return true;
     }
@@ -47,6 +47,21 @@ void installDeviceRegistry(const QString &deviceDirectory)
     registries.push_back(std::make_unique<vorn::DirectoryDeviceRegistry>(deviceDirectory));
     vorn::SerialDeviceRegistry::setSystem(
         std::make_unique<vorn::CombinedDeviceRegistry>(std::move(registries)));
+}
+
+// The sleep waits until the ports have let go of their lines: what is still closing then could not
+// be opened again afterwards.
+void closePortsForSleep(const vorn::PowerEvents &powerEvents)
+{
+    auto &manager = ORSSerialPortManager::sharedSerialPortManager();
+    const ORSSerialPortList ports = manager.availablePorts();
+    for (const ORSSerialPortPtr &port : ports) {
+        if (port->isOpen())
+            QObject::connect(
+                port.get(), &ORSSerialPort::fileDescriptorChanged, &powerEvents,
+                [lock = powerEvents.delaySleep()] {}, Qt::SingleShotConnection);
+    }
+    manager.systemWillSleep();
 }
 
 // Help, the version and complaints need no display.
@@ -91,7 +106,7 @@ int main(int argc, char **argv)
     ViewController controller(window, wishes->packages);
     controller.viewDidLoad();
     const vorn::PowerEvents powerEvents(
-        [] { ORSSerialPortManager::sharedSerialPortManager().systemWillSleep(); },
+        [&powerEvents] { closePortsForSleep(powerEvents); },
         [] { ORSSerialPortManager::sharedSerialPortManager().systemDidWake(); });
     window.show();
     delegate.applicationDidFinishLaunching();

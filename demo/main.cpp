@@ -2,6 +2,7 @@
 // without one it does a whole update by itself in the same window, on Qt's offscreen platform, and
 // says whether the device holds the file.
 #include "app/MainWindow.h"
+#include "app/QuitSignals.h"
 #include "app/ViewController.h"
 #include "demo/AutoPilot.h"
 #include "demo/DemoStage.h"
@@ -15,14 +16,18 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <csignal>
 #include <cstdio>
+#include <sys/prctl.h>
 
 namespace {
 
 bool hasDisplay()
 {
-    return (qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) &&
-           !qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    return (!qEnvironmentVariableIsEmpty("DISPLAY") ||
+            !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) &&
+           !platform.startsWith("offscreen") && !platform.startsWith("minimal");
 }
 
 int complain(const QString &problem)
@@ -33,7 +38,9 @@ int complain(const QString &problem)
 
 int showProgram(int argc, char **argv)
 {
+    vorn::QuitSignals quitSignals;
     QCoreApplication application(argc, argv);
+    quitSignals.watch();
     const QTemporaryDir directory;
     vorn::DemoStage stage(directory.path());
     QString problem;
@@ -49,6 +56,13 @@ int showProgram(int argc, char **argv)
     environment.insert(QStringLiteral("XDG_CACHE_HOME"), stage.cacheDirectory());
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), stage.configDirectory());
     program.setProcessEnvironment(environment);
+    // The window goes with the stage that it plays on, however that ends.
+    program.setChildProcessModifier([] {
+        ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+        sigset_t none;
+        sigemptyset(&none);
+        ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    });
     QObject::connect(&program, &QProcess::errorOccurred, &application,
                      [] { QCoreApplication::exit(1); });
     QObject::connect(&program, &QProcess::finished, &application, &QCoreApplication::exit);
@@ -59,6 +73,8 @@ int showProgram(int argc, char **argv)
     const int exitCode = QCoreApplication::exec();
     if (program.error() == QProcess::FailedToStart)
         return complain(program.errorString());
+    program.terminate();
+    program.waitForFinished();
 
     const vorn::DeviceReport report = stage.device().report();
     std::printf("The device was updated %d times", report.updates);
