@@ -56,7 +56,8 @@ public:
     // The version that the device told in its answer to CmdConnect; nothing when that answer, the
     // chunk in the buffer, is none.
     std::optional<qint32> reportedVersion() const;
-    // A second answer in the chunk that was judged last, also a refusal, counts as one of its own.
+    // A second answer in the chunk that was judged last counts as one of its own. Also a refusal: a
+    // device may refuse so soon that both are read at once.
     void keepSecondAnswer();
 
     // While the device may be erasing, answers take longer.
