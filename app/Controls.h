@@ -7,8 +7,8 @@
 
 namespace vorn {
 
-// The controls that the controller keeps, found by their tags at start-up and owned by the window.
-// One that was not found is null, and every operation on it does nothing.
+// The controls that the controller works with, owned by the window. One that was not found is null,
+// and every operation on it does nothing.
 struct Controls
 {
     QPointer<QLabel> connectText;
@@ -17,7 +17,16 @@ struct Controls
     QPointer<QComboBox> filePopUpBtn;
     QPointer<QComboBox> devPopUpBtn;
     QPointer<QPushButton> openBtn;
+    QPointer<QPushButton> updateBtn;
+    QPointer<QPushButton> downloadBtn;
+
+    // Finds them below the view, by their tags.
+    static Controls below(const QWidget *view);
 };
+
+// The first control with this tag (the dynamic property "tag") below the view, depth first, a
+// parent before its children; null when there is none. Nothing depends on the level.
+QWidget *getSub(const QWidget *view, int andLevel, int tag);
 
 inline void setText(QLabel *label, const QString &text)
 {

@@ -22,17 +22,6 @@ namespace {
 
 Q_LOGGING_CATEGORY(logController, "vorn.app")
 
-enum Tag {
-    kConnectText = 1001,
-    kFileList = 1002,
-    kDeviceList = 1010,
-    kOpenButton = 1011,
-    kPerText = 1012,
-    kUpdateText = 1015,
-    kUpdateButton = 2001,
-    kDownloadButton = 2002,
-};
-
 const QString kOpen = QStringLiteral("Open");
 const QString kClose = QStringLiteral("Close");
 const QString kNoDevice = QStringLiteral("No device selected");
@@ -97,46 +86,24 @@ void ViewController::viewDidLoad()
     getDeviceConnected();
 }
 
-QWidget *ViewController::getSub(const QWidget *view, int andLevel, int tag)
-{
-    for (QObject *child : view->children()) {
-        auto *widget = qobject_cast<QWidget *>(child);
-        if (!widget)
-            continue;
-        if (widget->property("tag").toInt() == tag)
-            return widget;
-        if (QWidget *found = getSub(widget, andLevel + 1, tag))
-            return found;
-    }
-    return nullptr;
-}
-
 void ViewController::wireControls()
 {
-    const auto find = [this](int tag) { return getSub(m_window.centralWidget(), 1, tag); };
-    const auto wireButton = [&](QPushButton *button, void (ViewController::*action)()) {
+    m_controls = vorn::Controls::below(m_window.centralWidget());
+    const auto wireButton = [&](const QPushButton *button, void (ViewController::*action)()) {
         if (button)
             connect(button, &QPushButton::clicked, this, action);
     };
-    const auto wireList = [&](QComboBox *list, void (ViewController::*action)()) {
+    const auto wireList = [&](const QComboBox *list, void (ViewController::*action)()) {
         if (list)
             connect(list, &QComboBox::activated, this, action);
     };
-
-    wireButton(qobject_cast<QPushButton *>(find(kUpdateButton)), &ViewController::send);
-    wireButton(qobject_cast<QPushButton *>(find(kDownloadButton)), &ViewController::getFirmWare);
-
-    m_controls.connectText = qobject_cast<QLabel *>(find(kConnectText));
-    showConnection(vorn::texts::kNoDeviceSelected);
-    m_controls.filePopUpBtn = qobject_cast<QComboBox *>(find(kFileList));
-    wireList(m_controls.filePopUpBtn, &ViewController::fileHandlePopBtn);
-    m_controls.devPopUpBtn = qobject_cast<QComboBox *>(find(kDeviceList));
-    wireList(m_controls.devPopUpBtn, &ViewController::devHandlePopBtn);
-    m_controls.openBtn = qobject_cast<QPushButton *>(find(kOpenButton));
+    wireButton(m_controls.updateBtn, &ViewController::send);
+    wireButton(m_controls.downloadBtn, &ViewController::getFirmWare);
     wireButton(m_controls.openBtn, &ViewController::openHandleBtn);
-    m_controls.perText = qobject_cast<QLabel *>(find(kPerText));
-    m_controls.updateText = qobject_cast<QLabel *>(find(kUpdateText));
+    wireList(m_controls.filePopUpBtn, &ViewController::fileHandlePopBtn);
+    wireList(m_controls.devPopUpBtn, &ViewController::devHandlePopBtn);
 
+    showConnection(vorn::texts::kNoDeviceSelected);
     m_window.setDownloadAvailable(m_hasPackageServer, m_hasPackageServer
                                                           ? tr("Fetch the latest firmware package")
                                                           : tr("No package server is configured"));
@@ -313,28 +280,34 @@ void ViewController::serialPortsWereConnected(const QVariantMap &userInfo)
 {
     const auto ports = userInfo.value(ORSConnectedSerialPortsKey).value<ORSSerialPortList>();
     qCInfo(logController) << "Ports were connected:" << namesOf(ports);
-    postUserNotification(
-        tr("Serial Port Connected"),
-        QT_TRANSLATE_NOOP("ViewController", "Serial Port %1 was connected to your Mac."), ports);
+    postUserNotificationForConnectedPorts(ports);
 }
 
 void ViewController::serialPortsWereDisconnected(const QVariantMap &userInfo)
 {
     const auto ports = userInfo.value(ORSDisconnectedSerialPortsKey).value<ORSSerialPortList>();
     qCInfo(logController) << "Ports were disconnected:" << namesOf(ports);
-    postUserNotification(
-        tr("Serial Port Disconnected"),
-        QT_TRANSLATE_NOOP("ViewController", "Serial Port %1 was disconnected from your Mac."),
-        ports);
+    postUserNotificationForDisconnectedPorts(ports);
 }
 
-void ViewController::postUserNotification(const QString &title, const char *text,
-                                          const ORSSerialPortList &ports)
+void ViewController::postUserNotificationForConnectedPorts(const ORSSerialPortList &ports)
 {
     if (!vorn::DesktopNotifications::exists())
         return;
     for (const ORSSerialPortPtr &port : ports)
-        m_notifications.deliver(title, tr(text).arg(port->name()));
+        m_notifications.deliver(tr("Serial Port Connected"),
+                                tr("Serial Port %1 was connected to your Mac.").arg(port->name()));
+    getDeviceConnected();
+}
+
+void ViewController::postUserNotificationForDisconnectedPorts(const ORSSerialPortList &ports)
+{
+    if (!vorn::DesktopNotifications::exists())
+        return;
+    for (const ORSSerialPortPtr &port : ports)
+        m_notifications.deliver(
+            tr("Serial Port Disconnected"),
+            tr("Serial Port %1 was disconnected from your Mac.").arg(port->name()));
     getDeviceConnected();
 }
 

@@ -35,10 +35,6 @@ public:
     // fills both lists.
     void viewDidLoad();
 
-    // The first control with this tag below the view, depth first, a parent before its children;
-    // null when there is none. Nothing depends on the level.
-    static QWidget *getSub(const QWidget *view, int andLevel, int tag);
-
     // The current port, null for none. Another port than the current one closes that one.
     ORSSerialPortPtr serialPort() const { return m_serialPort; }
     void setSerialPort(const ORSSerialPortPtr &port);
@@ -59,6 +55,9 @@ public:
     // Ports that came and went.
     void serialPortsWereConnected(const QVariantMap &userInfo);
     void serialPortsWereDisconnected(const QVariantMap &userInfo);
+    // Desktop notifications, and the device list rebuilt.
+    void postUserNotificationForConnectedPorts(const ORSSerialPortList &ports);
+    void postUserNotificationForDisconnectedPorts(const ORSSerialPortList &ports);
 
     // ORSSerialPortDelegate
     void serialPortWasRemovedFromSystem(ORSSerialPort &serialPort) override;
@@ -81,8 +80,6 @@ private:
     void packageEnded(Outcome outcome, const vorn::PackageProblem &problem) override;
 
     void wireControls();
-    void postUserNotification(const QString &title, const char *text,
-                              const ORSSerialPortList &ports);
     void openSerialPort();
     void closeSerialPort();
     void portOpenChanged();

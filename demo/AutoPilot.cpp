@@ -1,10 +1,13 @@
 #include "demo/AutoPilot.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCryptographicHash>
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QPixmap>
 #include <QTest>
+#include <QTimer>
 
 #include <cstdio>
 
@@ -39,7 +42,16 @@ bool AutoPilot::run(const QString &screenshot)
 
 bool AutoPilot::waitFor(const char *what, const std::function<bool()> &condition)
 {
-    if (QTest::qWaitFor(condition, kStepLimitMs))
+    // Looks whenever the program has nothing to do. Looking at intervals would hold the update up,
+    // whose every answer passes the main thread.
+    QEventLoop loop;
+    QTimer::singleShot(kStepLimitMs, &loop, [&] { loop.exit(1); });
+    QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
+                     &loop, [&] {
+                         if (condition())
+                             loop.quit();
+                     });
+    if (condition() || loop.exec() == 0)
         return true;
     std::fprintf(stderr, "This did not happen: %s\n", what);
     return false;

@@ -21,7 +21,6 @@ public:
     void printChanges();
 
 private:
-
     QElapsedTimer m_clock;
     QHash<const QLabel *, QString> m_shown;
 };

@@ -35,7 +35,8 @@ public:
     int syncAll() const;
 
     // Ends the publishing that a program left undone when it died: afterwards each folder of its
-    // package is either all there or not there at all. Called at start-up, before the first look at the firmware.
+    // package is either all there or not there at all. Called at start-up, before the first look at
+    // the firmware.
     static void recoverInterruptedPublish();
 
 private:

@@ -1,6 +1,6 @@
 // The whole window on simulated devices, pressed through its own controls.
-#include "app/MainWindow.h"
 #include "app/ViewController.h"
+#include "app/MainWindow.h"
 #include "platform/Directories.h"
 #include "platform/DirectoryDeviceRegistry.h"
 #include "simulator/SimulatedDevice.h"
@@ -346,10 +346,10 @@ TEST_F(WindowTest, TheFirstControlWithATagIsFoundParentsBeforeTheirChildren)
     QWidget later(&view);
     leaf.setProperty("tag", 7);
     later.setProperty("tag", 7);
-    EXPECT_EQ(ViewController::getSub(&view, 1, 7), &leaf);
+    EXPECT_EQ(getSub(&view, 1, 7), &leaf);
     branch.setProperty("tag", 7);
-    EXPECT_EQ(ViewController::getSub(&view, 1, 7), &branch);
-    EXPECT_EQ(ViewController::getSub(&view, 1, 8), nullptr);
+    EXPECT_EQ(getSub(&view, 1, 7), &branch);
+    EXPECT_EQ(getSub(&view, 1, 8), nullptr);
 }
 
 } // namespace
