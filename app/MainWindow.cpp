@@ -1,10 +1,13 @@
 #include "app/MainWindow.h"
 
+#include <QCoreApplication>
 #include <QEvent>
 #include <QIcon>
+#include <QTimerEvent>
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "ui_MainWindow.h"
 
@@ -16,6 +19,9 @@ static void loadResources()
 }
 
 namespace {
+
+// As often as screens show a new picture.
+constexpr int frameTime = 16; // ms
 
 QIcon programIcon()
 {
@@ -97,6 +103,33 @@ void MainWindow::setStatusTone(Line line, Tone tone)
     case Line::Update:
         m_ui->updateText_1015->setTone(tone);
         break;
+    }
+}
+
+// During an update texts may change a thousand times a second, and drawing each would hold up the
+// device's answers, which pass through the same thread.
+bool MainWindow::event(QEvent *event)
+{
+    if (event->type() == QEvent::UpdateRequest) {
+        if (m_frame.isActive()) {
+            m_frameWaits = true;
+            return true;
+        }
+        m_frame.start(frameTime, Qt::PreciseTimer, this);
+    }
+    return QMainWindow::event(event);
+}
+
+void MainWindow::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() != m_frame.timerId()) {
+        QMainWindow::timerEvent(event);
+        return;
+    }
+    m_frame.stop();
+    if (std::exchange(m_frameWaits, false)) {
+        QEvent request(QEvent::UpdateRequest);
+        QCoreApplication::sendEvent(this, &request);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QBasicTimer>
 #include <QMainWindow>
 
 #include <memory>
@@ -55,10 +56,16 @@ public:
     void setStatusTone(Line line, Tone tone);
 
 protected:
+    bool event(QEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
     void changeEvent(QEvent *event) override;
 
 private:
     void alignControls();
+
+    // Runs while a frame has been drawn that is still new.
+    QBasicTimer m_frame;
+    bool m_frameWaits = false;
 
     const std::unique_ptr<Ui::MainWindow> m_ui;
 };

@@ -29,6 +29,7 @@ using Microseconds = double;
 constexpr int kEchoes = 4000;
 constexpr qsizetype kFrame = 252;
 constexpr qint64 kStream = qint64{64} << 20;
+constexpr int kStreams = 5;
 constexpr int kRequests = 10000;
 const QByteArray kFrameBytes(kFrame, '\x55');
 
@@ -320,9 +321,15 @@ int main(int argc, char **argv)
     row("Qt SerialPort", echoQt(), bare);
     row("libserialport (blocking)", echoLibserialport(), bare);
 
-    std::printf("\nreceiving 64 MiB\n");
-    const double oursRate = streamOurs();
-    const double qtRate = streamQt();
+    std::printf("\nreceiving 64 MiB, medians of %d\n", kStreams);
+    std::vector<double> ourRates;
+    std::vector<double> qtRates;
+    for (int round = 0; round < kStreams; ++round) {
+        ourRates.push_back(streamOurs());
+        qtRates.push_back(streamQt());
+    }
+    const double oursRate = spreadOf(ourRates).median;
+    const double qtRate = spreadOf(qtRates).median;
     std::printf("  %-28s %8.1f MB/s  %5.2fx Qt SerialPort's\n", "ORSSerialPort", oursRate,
                 oursRate / qtRate);
     std::printf("  %-28s %8.1f MB/s\n", "Qt SerialPort", qtRate);

@@ -2,6 +2,7 @@
 // shows the progress) and compares its speed with a bare loop of write and read on the same kind of
 // terminal, and with what a serial line itself needs.
 
+#include "app/MainWindow.h"
 #include "platform/FileDescriptor.h"
 #include "serial/ORSSerialPort.h"
 #include "simulator/SimulatedDevice.h"
@@ -12,10 +13,7 @@
 #include <QEventLoop>
 #include <QLabel>
 #include <QLoggingCategory>
-#include <QProgressBar>
 #include <QTemporaryDir>
-#include <QVBoxLayout>
-#include <QWidget>
 
 #include <algorithm>
 #include <array>
@@ -109,11 +107,6 @@ class WholeProgram : public ORSSerialPortDelegate, public UpdateObserver
 public:
     explicit WholeProgram(const QString &path) : m_updater(this)
     {
-        auto *layout = new QVBoxLayout(&m_window);
-        // As in the program, a text does not resize the window.
-        layout->setSizeConstraint(QLayout::SetNoConstraint);
-        layout->addWidget(&m_label);
-        layout->addWidget(&m_bar);
         m_window.show();
         SerialDevice device;
         device.calloutDevice = path;
@@ -139,10 +132,10 @@ public:
     {
         m_updater.serialPortDidReceiveData(data);
     }
-    void showUpdateText(const QString &text) override { m_label.setText(text); }
-    void updateDidBegin() override { m_bar.setRange(0, 100); }
-    void updateDidProgress(int percent) override { m_bar.setValue(percent); }
-    void updateIsErasing() override {}
+    void showUpdateText(const QString &text) override { m_label->setText(text); }
+    void updateDidBegin() override { m_window.resetUpdateProgress(); }
+    void updateDidProgress(int percent) override { m_window.showUpdateProgress(percent); }
+    void updateIsErasing() override { m_window.showUpdateBusy(); }
     void updateDidEnd(const UpdateResult &result) override
     {
         m_succeeded = result.succeeded();
@@ -151,9 +144,8 @@ public:
     void versionQueryDidEnd() override {}
 
 private:
-    QWidget m_window;
-    QLabel m_label;
-    QProgressBar m_bar;
+    MainWindow m_window;
+    QLabel *const m_label = m_window.findChild<QLabel *>(QStringLiteral("updateText_1015"));
     QEventLoop m_loop;
     Updater m_updater;
     ORSSerialPortPtr m_port;

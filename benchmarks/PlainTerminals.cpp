@@ -14,7 +14,7 @@
 #include <sys/syscall.h>
 
 // Takes the C library's place for the libraries in this process: a terminal without modem lines
-// answers that they are low, instead of refusing.
+// answers that they are low and takes what they are set to, instead of refusing.
 extern "C" int ioctl(int fd, unsigned long request, ...) noexcept
 {
     va_list arguments;
@@ -22,9 +22,11 @@ extern "C" int ioctl(int fd, unsigned long request, ...) noexcept
     void *argument = va_arg(arguments, void *);
     va_end(arguments);
     const long result = ::syscall(SYS_ioctl, fd, request, argument);
-    if (result < 0 && errno == ENOTTY && request == TIOCMGET) {
-        *static_cast<int *>(argument) = 0;
-        return 0;
+    if (result < 0 && errno == ENOTTY) {
+        if (request == TIOCMGET)
+            *static_cast<int *>(argument) = 0;
+        if (request == TIOCMGET || request == TIOCMBIS || request == TIOCMBIC)
+            return 0;
     }
     return static_cast<int>(result);
 }

@@ -168,15 +168,22 @@ bool ORSSerialPortPrivate::sendData(QByteArrayView data)
     return error == 0;
 }
 
-void ORSSerialPortPrivate::receiveData(const QByteArray &data)
+void ORSSerialPortPrivate::receiveData(const std::vector<QByteArray> &pieces)
 {
-    postToDelegate([data](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
-        receiver.serialPortDidReceiveData(itsPort, data);
+    MainQueue::instance().post([self = shared_from_this(), pieces] {
+        for (const QByteArray &data : pieces) {
+            self->callDelegateAndWait([&](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
+                receiver.serialPortDidReceiveData(itsPort, data);
+            });
+        }
     });
     // With nobody to match for, no byte needs the walk.
-    if (!packetListeners.isEmpty() || requests.isPending())
-        requestHandlingQueue.post(
-            [self = shared_from_this(), data] { self->matchReceivedData(data); });
+    if (packetListeners.isEmpty() && !requests.isPending())
+        return;
+    requestHandlingQueue.post([self = shared_from_this(), pieces] {
+        for (const QByteArray &data : pieces)
+            self->matchReceivedData(data);
+    });
 }
 
 void ORSSerialPortPrivate::matchReceivedData(const QByteArray &data)

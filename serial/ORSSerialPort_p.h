@@ -12,6 +12,7 @@
 #include <atomic>
 #include <functional>
 #include <mutex>
+#include <vector>
 
 // What a port's background jobs work on. They share its ownership, so it outlives them also when
 // the port object is gone by then.
@@ -49,8 +50,8 @@ public:
     void notifyOfModemLineError(vorn::SerialTerminal &terminal, int error);
 
     bool sendData(QByteArrayView data);
-    // Takes the bytes of one read.
-    void receiveData(const QByteArray &data);
+    // Takes the bytes that were read, in the pieces in which the delegate gets them.
+    void receiveData(const std::vector<QByteArray> &pieces);
     // Takes the bytes one at a time; runs on the request handling queue.
     void matchReceivedData(const QByteArray &data);
 

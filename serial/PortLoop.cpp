@@ -4,14 +4,21 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <vector>
 
 namespace vorn {
 namespace {
 
 constexpr std::chrono::milliseconds kPinPollInterval{10};
-constexpr std::size_t kReadSize = 1024;
+// The most that goes to the delegate in one piece.
+constexpr ssize_t kPieceSize = 1024;
+// What the kernel keeps of a terminal's input. Under a flood all of it is taken at once, and the
+// pieces go to the main thread together: each costs less than its hand-over would.
+constexpr std::size_t kReadSize = 4096;
+constexpr std::size_t kMostPieces = 64;
 
 struct InputPin
 {
@@ -60,18 +67,25 @@ int PortLoop::waitAndHandle()
     ::poll(waiting.data(), waiting.size(), millisecondsToPinPoll());
     if (waiting[1].revents != 0)
         return 0;
-    int error = waiting[0].revents != 0 ? readOnce() : 0;
+    int error = waiting[0].revents != 0 ? readWhatIsThere() : 0;
     if (error == 0 && m_pollsPins && Clock::now() >= m_nextPinPoll)
         error = pollPins();
     return error;
 }
 
-int PortLoop::readOnce()
+int PortLoop::readWhatIsThere()
 {
-    std::array<char, kReadSize> chunk;
-    const ssize_t count = ::read(m_terminal->descriptor(), chunk.data(), chunk.size());
-    if (count > 0) {
-        m_port->receiveData(QByteArray(chunk.data(), count));
+    std::vector<QByteArray> pieces;
+    std::array<char, kReadSize> bytes;
+    ssize_t count = 0;
+    do {
+        count = ::read(m_terminal->descriptor(), bytes.data(), bytes.size());
+        for (ssize_t at = 0; at < count; at += kPieceSize)
+            pieces.emplace_back(bytes.data() + at, std::min(count - at, kPieceSize));
+    } while (count >= kPieceSize && pieces.size() < kMostPieces);
+    // What ended the reading shows again with the next one.
+    if (!pieces.empty()) {
+        m_port->receiveData(pieces);
         return 0;
     }
     // A terminal that hung up is readable for ever and gives nothing; it must not be polled again.

@@ -22,7 +22,7 @@ private:
 
     // Each returns 0, or the errno by which the device says that it is gone.
     int waitAndHandle();
-    int readOnce();
+    int readWhatIsThere();
     int pollPins();
     void updatePins(int lines);
     int millisecondsToPinPoll() const;
