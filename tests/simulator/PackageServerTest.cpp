@@ -111,66 +111,17 @@ TEST_F(PackageServerTest, ServesThePackageWithTheHeadersAskedFor)
     EXPECT_EQ(served.bodyBytes, package().size());
     EXPECT_EQ(served.end, ServedRequest::End::Complete);
     EXPECT_TRUE(connection("localhost")->waitForEncrypted(LimitMs));
-}
+    EXPECT_TRUE(fetch(wanted, "/other").head.startsWith("HTTP/1.1 404 Not Found\r\n"));
 
-TEST_F(PackageServerTest, FramesTheBodyAsAskedFor)
-{
-    PackageAnswer next = answer();
-    next.framing = BodyFraming::UntilClose;
-    start(next);
-    Reply got = fetch(next);
-    EXPECT_FALSE(got.head.contains("Content-Length"));
-    EXPECT_FALSE(got.head.contains("Last-Modified"));
-    EXPECT_EQ(got.body, package());
-
-    next.framing = BodyFraming::Chunked;
-    got = fetch(next);
-    EXPECT_TRUE(got.head.contains("Transfer-Encoding: chunked\r\n"));
-    QByteArray joined;
-    qsizetype at = 0;
-    for (qsizetype size = 1; size > 0;) {
-        const qsizetype line = got.body.indexOf("\r\n", at);
-        ASSERT_GT(line, at);
-        size = got.body.mid(at, line - at).toLongLong(nullptr, 16);
-        joined += got.body.mid(line + 2, size);
-        at = line + 2 + size + 2;
-    }
-    EXPECT_EQ(joined, package());
-    EXPECT_EQ(at, got.body.size());
-}
-
-TEST_F(PackageServerTest, SendsAPageWithAnErrorStatus)
-{
-    PackageAnswer busy = answer();
-    busy.status = 503;
-    start(busy);
-    EXPECT_THAT(fetch(busy).body.toStdString(), HasSubstr("<h1>503"));
-    EXPECT_TRUE(fetch(answer(), "/other").head.startsWith("HTTP/1.1 404 Not Found\r\n"));
-}
-
-TEST_F(PackageServerTest, EndsTheBodyEarlyAndSaysOtherLengths)
-{
-    start(answer());
-    PackageAnswer truncated = answer();
-    truncated.truncateAt = 1000;
-    PackageAnswer cut = answer();
-    cut.cutAt = 70'000;
+    // A head that lies, with a line that is none, and a body that ends as soon as it began.
     PackageAnswer lying = answer();
     lying.declaredLength = qint64{1} << 40;
-    struct Case
-    {
-        PackageAnswer next;
-        const char *length;
-        int sent;
-    };
-    int served = 0;
-    for (const Case &c : {Case{truncated, "200000", 1000}, Case{cut, "200000", 70'000},
-                          Case{lying, "1099511627776", 200'000}}) {
-        const Reply got = fetch(c.next);
-        EXPECT_TRUE(got.head.contains(QByteArray("Content-Length: ") + c.length + "\r\n"));
-        EXPECT_EQ(got.body, package().first(c.sent));
-        EXPECT_EQ(lastServed(++served).bodyBytes, c.sent);
-    }
+    lying.garbageHeaders = true;
+    lying.cutAt = 1000;
+    const Reply lie = fetch(lying);
+    EXPECT_TRUE(lie.head.contains("Content-Length: 1099511627776\r\n"));
+    EXPECT_TRUE(lie.head.contains("\r\nthis line has no colon\r\n"));
+    EXPECT_EQ(lie.body, package().first(1000));
 }
 
 TEST_F(PackageServerTest, SendsASlowBodyAtItsRate)
@@ -185,71 +136,14 @@ TEST_F(PackageServerTest, SendsASlowBodyAtItsRate)
     EXPECT_GE(time.elapsed(), 600);
 }
 
-TEST_F(PackageServerTest, SeesAClientThatGoesAway)
-{
-    PackageAnswer endless = answer();
-    endless.endless = true;
-    start(endless);
-    std::unique_ptr<QSslSocket> socket = connection();
-    ASSERT_TRUE(socket->waitForEncrypted(LimitMs));
-    ask(*socket);
-    while (socket->bytesAvailable() < 3 * package().size())
-        ASSERT_TRUE(socket->waitForReadyRead(LimitMs));
-    socket->abort();
-    EXPECT_EQ(lastServed(1).end, ServedRequest::End::Abandoned);
-    EXPECT_GE(lastServed(1).bodyBytes, 3 * package().size() - 1000);
-
-    PackageAnswer paused = answer();
-    paused.bodyPause = 1h;
-    ASSERT_TRUE(m_server->setAnswer(paused));
-    socket = connection();
-    ASSERT_TRUE(socket->waitForEncrypted(LimitMs));
-    ask(*socket);
-    ASSERT_TRUE(socket->waitForReadyRead(LimitMs));
-    EXPECT_TRUE(socket->readAll().endsWith("\r\n\r\n"));
-    socket->abort();
-    EXPECT_EQ(lastServed(2).end, ServedRequest::End::Abandoned);
-    EXPECT_EQ(lastServed(2).bodyBytes, 0);
-}
-
-TEST_F(PackageServerTest, StaysSilentAfterTheRequestOrBeforeTheHandshake)
-{
-    PackageAnswer silent = answer();
-    silent.silence = ServerSilence::Request;
-    start(silent);
-    std::unique_ptr<QSslSocket> socket = connection();
-    ASSERT_TRUE(socket->waitForEncrypted(LimitMs));
-    ask(*socket);
-    ASSERT_TRUE(m_server->waitForRequests(1, 5s));
-    EXPECT_FALSE(socket->waitForReadyRead(200));
-    EXPECT_EQ(socket->state(), QAbstractSocket::ConnectedState);
-    EXPECT_EQ(m_server->report().requests[0].status, 0);
-
-    silent.silence = ServerSilence::Handshake;
-    ASSERT_TRUE(m_server->setAnswer(silent));
-    socket = connection();
-    ASSERT_TRUE(socket->waitForConnected(LimitMs));
-    EXPECT_FALSE(socket->waitForEncrypted(200));
-    EXPECT_EQ(socket->state(), QAbstractSocket::ConnectedState);
-}
-
 TEST_F(PackageServerTest, RedirectsAndSeesWhoFollowsAwayFromTls)
 {
     PackageAnswer next = answer();
     start(next);
-    const auto location = [&](const char *to) {
-        next.redirectTo = to;
-        const Reply got = fetch(next);
-        EXPECT_TRUE(got.head.startsWith("HTTP/1.1 302 Found\r\n"));
-        const qsizetype at = got.head.indexOf("\r\nLocation: ") + 12;
-        return got.head.mid(at, got.head.indexOf("\r\n", at) - at).toStdString();
-    };
-    EXPECT_EQ(location("loop"), "https://here:1/software/VornUpdate2.zip");
-    EXPECT_EQ(location("ftp://other/"), "ftp://other/");
-    EXPECT_EQ(location("http"),
-              "http://here:" + std::to_string(m_server->plainPort()) + "/software/VornUpdate2.zip");
-    EXPECT_EQ(location("https"), "https://here:1/moved/VornUpdate2.zip");
-    EXPECT_EQ(fetch(next, "/moved/VornUpdate2.zip").body, package());
+    next.redirectTo = "http";
+    EXPECT_TRUE(fetch(next).head.contains(
+        "\r\nLocation: http://here:" + QByteArray::number(m_server->plainPort()) +
+        "/software/VornUpdate2.zip\r\n"));
     EXPECT_EQ(m_server->report().plainConnections, 0);
 
     QTcpSocket plain;
@@ -258,67 +152,7 @@ TEST_F(PackageServerTest, RedirectsAndSeesWhoFollowsAwayFromTls)
     ask(plain);
     EXPECT_EQ(reply(plain).body, package());
     EXPECT_EQ(m_server->report().plainConnections, 1);
-    EXPECT_FALSE(lastServed(6).secure);
-}
-
-TEST_F(PackageServerTest, PutsGarbageAmongTheHeaders)
-{
-    PackageAnswer garbage = answer();
-    garbage.garbageHeaders = true;
-    start(garbage);
-    const Reply got = fetch(garbage);
-    EXPECT_TRUE(got.head.contains("\r\nthis line has no colon\r\n"));
-    EXPECT_EQ(got.body, package());
-}
-
-TEST_F(PackageServerTest, HangsUpOnWhatIsNoRequest)
-{
-    start(answer());
-    for (const QByteArray &text : {QByteArray("what?\r\n\r\n"), QByteArray(100'000, 'x')}) {
-        const std::unique_ptr<QSslSocket> socket = connection();
-        ASSERT_TRUE(socket->waitForEncrypted(LimitMs));
-        socket->write(text);
-        EXPECT_EQ(reply(*socket).body, QByteArray());
-        EXPECT_EQ(socket->state(), QAbstractSocket::UnconnectedState);
-    }
-    EXPECT_EQ(m_server->report().requests.size(), 0);
-}
-
-TEST_F(PackageServerTest, ShowsTheCertificateAskedFor)
-{
-    const auto errors = [&](CertificateKind kind) {
-        start(answer(), kind);
-        const std::unique_ptr<QSslSocket> socket = connection();
-        EXPECT_FALSE(socket->waitForEncrypted(LimitMs));
-        QList<QSslError::SslError> all;
-        for (const QSslError &error : socket->sslHandshakeErrors())
-            all.append(error.error());
-        return all;
-    };
-    using testing::Contains;
-    using testing::ElementsAre;
-    EXPECT_THAT(errors(CertificateKind::WrongName), ElementsAre(QSslError::HostNameMismatch));
-    EXPECT_THAT(errors(CertificateKind::Expired), ElementsAre(QSslError::CertificateExpired));
-    EXPECT_THAT(errors(CertificateKind::OtherAuthority),
-                Contains(QSslError::UnableToGetLocalIssuerCertificate));
-}
-
-TEST_F(PackageServerTest, WritesTheAuthorityToAFileAndRefusesNonsense)
-{
-    start(answer());
-    QFile file(m_server->authorityFile());
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), m_server->authority());
-
-    PackageAnswer nonsense = answer();
-    nonsense.truncateAt = 1;
-    nonsense.cutAt = 1;
-    EXPECT_FALSE(m_server->setAnswer(nonsense));
-    QString problem;
-    EXPECT_FALSE(PackageServer(nonsense).start(&problem));
-    EXPECT_THAT(problem.toStdString(), HasSubstr("either truncated or cut"));
-    EXPECT_FALSE(PackageServer(answer()).start(&problem, m_server->port()));
-    EXPECT_THAT(problem.toStdString(), HasSubstr("in use"));
+    EXPECT_FALSE(lastServed(2).secure);
 }
 
 } // namespace

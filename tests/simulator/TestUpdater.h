@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/SimulatedDevice.h"
 #include "simulator/UniqueFd.h"
 
 #include <QByteArray>
@@ -10,6 +11,7 @@
 #include <chrono>
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -53,9 +55,7 @@ public:
     {
     }
 
-    bool isOpen() const { return m_fd.isValid(); }
     int descriptor() const { return m_fd.get(); }
-    void close() { m_fd = UniqueFd(); }
 
     void send(const QByteArray &bytes) const
     {
@@ -113,6 +113,20 @@ public:
 
 private:
     UniqueFd m_fd;
+};
+
+// A simulated device with its other end.
+struct TestedDevice
+{
+    explicit TestedDevice(const DeviceOptions &options)
+        : device(options), started(device.start()), updater(device.path())
+    {
+        EXPECT_TRUE(started);
+    }
+
+    SimulatedDevice device;
+    const bool started;
+    const TestUpdater updater;
 };
 
 inline QByteArray sampleImage(qsizetype length)

@@ -5,16 +5,11 @@ namespace {
 
 const QStringList kPulse{kRtsHigh, kRtsLow};
 
-UpdateTimings quickTimings()
+TEST(VersionQuery, StoresTheDevicesModelCodeAndASilentDeviceLeavesIt)
 {
     UpdateTimings timings = patientTimings();
     timings.answer = 1s;
-    return timings;
-}
-
-TEST(VersionQuery, StoresTheDevicesModelCodeAndASilentDeviceLeavesIt)
-{
-    UpdateRig rig(with(&DeviceOptions::modelCode, 200), quickTimings());
+    UpdateRig rig(with(&DeviceOptions::modelCode, 200), timings);
     EXPECT_EQ(rig.updater->targetVersion(), -1);
     rig.updater->getTargetVersion(rig.port);
     ASSERT_TRUE(eventually([&] { return rig.endedQueries == 1; }));
@@ -33,20 +28,6 @@ TEST(VersionQuery, StoresTheDevicesModelCodeAndASilentDeviceLeavesIt)
         EXPECT_EQ(rig.events, kind == FaultKind::Refuse ? kPulse : kPulse + text);
     }
     EXPECT_EQ(rig.device.report().errors, QStringList());
-}
-
-TEST(VersionQuery, ARunTakesOverFromAQueryThatWaits)
-{
-    UpdateRig rig(with(&DeviceOptions::faults, {{.step = BootStep::Sync, .times = 1}}));
-    rig.updater->getTargetVersion(rig.port);
-    ASSERT_TRUE(eventually([&] { return rig.device.report().exchanges == 1; }));
-    rig.events.clear();
-    rig.update(sampleImage(1));
-    EXPECT_TRUE(rig.result().succeeded());
-    EXPECT_TRUE(eventually([&] { return rig.events.size() == 5; }));
-    EXPECT_EQ(rig.events, kPulse + QStringList({kRtsHigh, texts::kUpdated, kRtsLow}));
-    EXPECT_EQ(rig.endedQueries, 0);
-    EXPECT_EQ(rig.device.report().image, sampleImage(1));
 }
 
 TEST(VersionQuery, ARunThatFollowsAtOnceHasTheLineToItself)
