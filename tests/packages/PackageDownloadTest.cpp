@@ -4,9 +4,10 @@
 #include "platform/UserDefaults.h"
 #include "simulator/PackageServer.h"
 #include "tests/packages/Tree.h"
+#include "tests/support/Eventually.h"
+#include "tests/support/QtPrinting.h"
 
 #include <QDir>
-#include <QTest>
 
 #include <gmock/gmock.h>
 
@@ -16,20 +17,6 @@ using testing::IsEmpty;
 using Kind = PackageProblem::Kind;
 using Outcome = PackageObserver::Outcome;
 using Phase = PackageObserver::Phase;
-
-void PrintTo(const QString &text, std::ostream *stream)
-{
-    *stream << '"' << text.toStdString() << '"';
-}
-
-namespace vorn {
-
-void PrintTo(Kind kind, std::ostream *stream)
-{
-    *stream << "problem " << static_cast<int>(kind);
-}
-
-} // namespace vorn
 
 namespace {
 
@@ -56,16 +43,19 @@ PackageAnswer answerWith(const QByteArray &package)
     return answer;
 }
 
+// The new package with one option of its answer that is not the usual one.
+template <typename Value>
+PackageAnswer with(Value PackageAnswer::*option, std::type_identity_t<Value> value)
+{
+    PackageAnswer answer = answerWith(newPackage());
+    answer.*option = std::move(value);
+    return answer;
+}
+
 // Keeps what it is told; of progress texts in a row the last one.
 class Recorder : public PackageObserver
 {
 public:
-    struct End
-    {
-        Outcome outcome;
-        PackageProblem problem;
-    };
-
     void showText(const QString &text) override
     {
         const QString progress = "Prompt:Progress";
@@ -84,12 +74,12 @@ public:
     }
     void packageEnded(Outcome outcome, const PackageProblem &problem) override
     {
-        ends.append({outcome, problem});
+        ends.append(qMakePair(outcome, problem));
     }
 
     QStringList texts;
     QList<Phase> phases;
-    QList<End> ends;
+    QList<QPair<Outcome, PackageProblem>> ends;
     qint64 lastReceived = 0;
     qint64 lastTotal = -1;
 };
@@ -118,13 +108,15 @@ protected:
     }
 
     // The same server for all tests: its certificate takes a while to make.
-    static void SetUpTestSuite()
-    {
-        theServer = std::make_unique<PackageServer>(answerWith({}));
-        QString problem;
-        ASSERT_TRUE(theServer->start(&problem)) << qPrintable(problem);
-    }
+    static void SetUpTestSuite() { theServer = started({}, CertificateKind::Good); }
     static void TearDownTestSuite() { theServer.reset(); }
+    static std::unique_ptr<PackageServer> started(const PackageAnswer &answer, CertificateKind kind)
+    {
+        auto server = std::make_unique<PackageServer>(answer, kind);
+        QString problem;
+        EXPECT_TRUE(server->start(&problem)) << qPrintable(problem);
+        return server;
+    }
 
     void serve(const PackageAnswer &answer)
     {
@@ -136,9 +128,7 @@ protected:
     void serveAlone(const PackageAnswer &answer,
                     CertificateKind certificate = CertificateKind::Good)
     {
-        ownServer = std::make_unique<PackageServer>(answer, certificate);
-        QString problem;
-        ASSERT_TRUE(ownServer->start(&problem)) << qPrintable(problem);
+        ownServer = started(answer, certificate);
         connectTo(*ownServer);
     }
 
@@ -163,24 +153,18 @@ protected:
     {
         const qsizetype ends = recorder.ends.size() + 1;
         press();
-        ASSERT_TRUE(waitFor([&] { return recorder.ends.size() == ends; }));
+        ASSERT_TRUE(eventually([&] { return recorder.ends.size() == ends; }));
         EXPECT_FALSE(download->isRunning());
         MainQueue::instance().drain();
-    }
-
-    template <typename Condition>
-    static bool waitFor(Condition condition)
-    {
-        return QTest::qWaitFor(condition, 30'000);
     }
 
     void expectEnd(Outcome outcome, Kind problem = Kind::None)
     {
         ASSERT_FALSE(recorder.ends.isEmpty());
-        EXPECT_EQ(recorder.ends.back().outcome, outcome);
-        EXPECT_EQ(recorder.ends.back().problem.kind, problem)
-            << qPrintable(recorder.ends.back().problem.text);
-        EXPECT_EQ(recorder.ends.back().problem.text.isEmpty(), problem == Kind::None);
+        const auto &[how, why] = recorder.ends.back();
+        EXPECT_EQ(how, outcome);
+        EXPECT_EQ(why.kind, problem) << qPrintable(why.text);
+        EXPECT_EQ(why.text.isEmpty(), problem == Kind::None);
     }
 
     static QString storedDate()
@@ -214,28 +198,22 @@ TEST_F(PackageDownloadTest, ANewPackageIsInstalledAndItsDateRemembered)
         const char *what;
         Tree before;
         QString stored;
-        std::optional<QByteArray> date;
-        BodyFraming framing;
-        QByteArray redirect;
-        QString progress;
+        std::optional<QByteArray> date = kDate;
+        BodyFraming framing = BodyFraming::Length;
+        QByteArray redirect = {};
     };
     const Case cases[] = {
-        {"first of all", {}, {}, kDate, BodyFraming::Length, {}, kWhole},
-        {"newer", kOld, "Mon, 01 Jan 2024 10:00:00 GMT", kDate, BodyFraming::Length, {}, kWhole},
-        {"known, but the folder is gone", {}, kDate, kDate, BodyFraming::Length, {}, kWhole},
-        {"without a date", kOld, kDate, {}, BodyFraming::Length, {}, kWhole},
-        {"in chunks", kOld, {}, kDate, BodyFraming::Chunked, {}, "Prompt:Progress--%"},
-        {"to the end of the connection",
-         kOld,
-         {},
-         kDate,
-         BodyFraming::UntilClose,
-         {},
-         "Prompt:Progress--%"},
-        {"redirected over HTTPS", kOld, {}, kDate, BodyFraming::Length, "https", kWhole},
+        {"first of all", {}, {}},
+        {"newer", kOld, "Mon, 01 Jan 2024 10:00:00 GMT"},
+        {"known, but the folder is gone", {}, kDate},
+        {"without a date", kOld, kDate, {}},
+        {"in chunks", kOld, {}, kDate, BodyFraming::Chunked},
+        {"to the connection's end", kOld, {}, kDate, BodyFraming::UntilClose},
+        {"redirected over HTTPS", kOld, {}, kDate, BodyFraming::Length, "https"},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.what);
+        const bool isCounted = c.framing == BodyFraming::Length;
         begin(c.before, c.stored);
         PackageAnswer answer = answerWith(newPackage());
         answer.lastModified = c.date;
@@ -243,12 +221,13 @@ TEST_F(PackageDownloadTest, ANewPackageIsInstalledAndItsDateRemembered)
         answer.redirectTo = c.redirect;
         serve(answer);
         pressAndWait();
-        EXPECT_EQ(recorder.texts, QStringList({"0", c.progress, kSucceeded}));
+        EXPECT_EQ(recorder.texts,
+                  QStringList({"0", isCounted ? kWhole : "Prompt:Progress--%", kSucceeded}));
         expectEnd(Outcome::Installed);
         EXPECT_EQ(recorder.phases.front(), Phase::Connecting);
         EXPECT_EQ(recorder.phases.back(), Phase::Unpacking);
         EXPECT_EQ(recorder.lastReceived, newPackage().size());
-        EXPECT_EQ(recorder.lastTotal, c.progress == kWhole ? newPackage().size() : 0);
+        EXPECT_EQ(recorder.lastTotal, isCounted ? newPackage().size() : 0);
         EXPECT_EQ(tree(), kNew);
         EXPECT_EQ(saved("VornUpdate2.zip"), newPackage());
         EXPECT_EQ(storedDate(), c.date ? QString(*c.date) : QString());
@@ -260,9 +239,7 @@ TEST_F(PackageDownloadTest, ANewPackageIsInstalledAndItsDateRemembered)
 TEST_F(PackageDownloadTest, APackageThatIsInstalledAlreadyIsNotReadAgain)
 {
     begin(kOld, kDate);
-    PackageAnswer answer = answerWith(newPackage());
-    answer.bodyPause = 60s;
-    serveAlone(answer);
+    serveAlone(with(&PackageAnswer::bodyPause, 60s));
     pressAndWait();
     EXPECT_EQ(recorder.texts, QStringList({"0", kUpToDate}));
     expectEnd(Outcome::UpToDate);
@@ -283,13 +260,11 @@ TEST_F(PackageDownloadTest, AnAnswerThatIsNoPackageIsSavedAndFails)
     for (const int status : {401, 404, 500, 503}) {
         SCOPED_TRACE(status);
         begin(kOld, "before");
-        PackageAnswer answer = answerWith(newPackage());
-        answer.status = status;
-        serve(answer);
+        serve(with(&PackageAnswer::status, status));
         pressAndWait();
         EXPECT_EQ(recorder.texts, QStringList({"0", kWhole, kFailed}));
         expectEnd(Outcome::Failed, Kind::HttpStatus);
-        EXPECT_EQ(recorder.ends.back().problem.code, status);
+        EXPECT_EQ(recorder.ends.back().second.code, status);
         EXPECT_EQ(tree(), kOld);
         EXPECT_FALSE(saved("VornUpdate2.zip").isEmpty());
         EXPECT_EQ(storedDate(), "before");
@@ -304,10 +279,8 @@ TEST_F(PackageDownloadTest, AnAnswerThatIsNoPackageIsSavedAndFails)
 
 TEST_F(PackageDownloadTest, ABodyThatBreaksOffChangesNothingAndShowsNoNewText)
 {
-    PackageAnswer truncated = answerWith(newPackage());
-    truncated.truncateAt = newPackage().size() / 2;
-    PackageAnswer cut = answerWith(newPackage());
-    cut.cutAt = newPackage().size() / 2;
+    const PackageAnswer truncated = with(&PackageAnswer::truncateAt, newPackage().size() / 2);
+    const PackageAnswer cut = with(&PackageAnswer::cutAt, newPackage().size() / 2);
     PackageAnswer cutChunks = cut;
     cutChunks.framing = BodyFraming::Chunked;
     for (const PackageAnswer &answer : {truncated, cut, cutChunks}) {
@@ -331,13 +304,9 @@ TEST_F(PackageDownloadTest, ABodyThatBreaksOffChangesNothingAndShowsNoNewText)
 TEST_F(PackageDownloadTest, ATransferThatStandsStillIsGivenUpAndASlowOneIsNot)
 {
     limits.transferTimeout = 300ms;
-    PackageAnswer stuck = answerWith(newPackage());
-    stuck.bodyPause = 60s;
-    PackageAnswer silent = answerWith(newPackage());
-    silent.silence = ServerSilence::Request;
-    PackageAnswer noHandshake = answerWith(newPackage());
-    noHandshake.silence = ServerSilence::Handshake;
-    for (const PackageAnswer &answer : {stuck, silent, noHandshake}) {
+    for (const PackageAnswer &answer : {with(&PackageAnswer::bodyPause, 60s),
+                                        with(&PackageAnswer::silence, ServerSilence::Request),
+                                        with(&PackageAnswer::silence, ServerSilence::Handshake)}) {
         begin(kOld, {});
         serve(answer);
         pressAndWait();
@@ -347,9 +316,7 @@ TEST_F(PackageDownloadTest, ATransferThatStandsStillIsGivenUpAndASlowOneIsNot)
 
     limits.transferTimeout = 2s;
     begin(kOld, {});
-    PackageAnswer slow = answerWith(newPackage());
-    slow.bytesPerSecond = newPackage().size() / 4;
-    serve(slow);
+    serve(with(&PackageAnswer::bytesPerSecond, newPackage().size() / 4));
     pressAndWait();
     expectEnd(Outcome::Installed);
 }
@@ -375,9 +342,7 @@ TEST_F(PackageDownloadTest, OnlyATrustedServerOverHttpsIsListenedTo)
         SCOPED_TRACE(testing::Message()
                      << static_cast<int>(c.certificate) << c.redirect.constData());
         begin(kOld, {});
-        PackageAnswer answer = answerWith(newPackage());
-        answer.redirectTo = c.redirect;
-        serveAlone(answer, c.certificate);
+        serveAlone(with(&PackageAnswer::redirectTo, c.redirect), c.certificate);
         if (!c.trustsAuthority)
             location = PackageLocation::onHost(ownServer->host()).value();
         pressAndWait();
@@ -386,21 +351,15 @@ TEST_F(PackageDownloadTest, OnlyATrustedServerOverHttpsIsListenedTo)
         EXPECT_EQ(treeAt(cachesDirectory()), kOld);
         EXPECT_EQ(ownServer->report().plainConnections, 0);
     }
-}
-
-TEST_F(PackageDownloadTest, WithoutAServerTheReasonIsKept)
-{
-    location = {};
-    pressAndWait();
-    EXPECT_EQ(recorder.texts, QStringList(kFailed));
-    expectEnd(Outcome::Failed, Kind::NotConfigured);
-
-    begin(kOld, {});
-    serveAlone(answerWith(newPackage()));
-    ownServer.reset();
-    pressAndWait();
-    EXPECT_EQ(recorder.texts, QStringList(kFailed));
-    expectEnd(Outcome::Failed, Kind::Unreachable);
+    for (const Kind problem : {Kind::Unreachable, Kind::NotConfigured}) {
+        begin(kOld, {});
+        ownServer.reset();
+        if (problem == Kind::NotConfigured)
+            location = {};
+        pressAndWait();
+        EXPECT_EQ(recorder.texts, QStringList(kFailed));
+        expectEnd(Outcome::Failed, problem);
+    }
 }
 
 TEST_F(PackageDownloadTest, TheServerNamesTheArchiveAndItsFolder)
@@ -411,14 +370,11 @@ TEST_F(PackageDownloadTest, TheServerNamesTheArchiveAndItsFolder)
         QString archive; // empty: refused
         QString folder;
     };
-    const Case cases[] = {
-        {"other.zip", "other.zip", "other"},
-        {"../../x.zip", "x.zip", "x"},
-        {"a.b.zip", "a.b.zip", "a"},
-        {".zip", {}, {}},
-        {"..", {}, {}},
-    };
-    for (const Case &c : cases) {
+    for (const Case &c : {Case{"other.zip", "other.zip", "other"},
+                          {"../../x.zip", "x.zip", "x"},
+                          {"a.b.zip", "a.b.zip", "a"},
+                          {".zip", {}, {}},
+                          {"..", {}, {}}}) {
         SCOPED_TRACE(c.name.constData());
         begin(kOld, {});
         PackageAnswer answer =
@@ -445,8 +401,7 @@ TEST_F(PackageDownloadTest, TheServerNamesTheArchiveAndItsFolder)
 TEST_F(PackageDownloadTest, ABodyLargerThanAPackageMayBeIsRefused)
 {
     limits.packageBytes = newPackage().size() - 1;
-    PackageAnswer endless = answerWith(newPackage());
-    endless.endless = true;
+    PackageAnswer endless = with(&PackageAnswer::endless, true);
     endless.framing = BodyFraming::Chunked;
     for (const PackageAnswer &answer : {answerWith(newPackage()), endless}) {
         begin(kOld, {});
@@ -465,14 +420,14 @@ TEST_F(PackageDownloadTest, ASecondDownloadDuringTheFirstNeverMixesWithIt)
     slow.bodyPause = 1s;
     serve(slow);
     press();
-    ASSERT_TRUE(waitFor([&] { return recorder.texts.contains("0"); }));
+    ASSERT_TRUE(eventually([&] { return recorder.texts.contains("0"); }));
     PackageAnswer fast = answerWith(makeArchive({{"fast.bin", "fast"}}));
     fast.lastModified = "fast";
     ASSERT_TRUE(theServer->setAnswer(fast));
     press();
     const Tree fastTree = {{"VornUpdate2/fast.bin", "fast"}};
     for (const qsizetype ends : {1, 2}) {
-        ASSERT_TRUE(waitFor([&] { return recorder.ends.size() >= ends; }));
+        ASSERT_TRUE(eventually([&] { return recorder.ends.size() >= ends; }));
         expectEnd(Outcome::Installed);
         EXPECT_TRUE((tree() == fastTree && storedDate() == "fast") ||
                     (tree() == kNew && storedDate() == "slow"))
@@ -484,19 +439,17 @@ TEST_F(PackageDownloadTest, ASecondDownloadDuringTheFirstNeverMixesWithIt)
 
 TEST_F(PackageDownloadTest, ASecondDownloadThatFindsNoPackageLeavesTheFirstAlone)
 {
-    PackageAnswer slow = answerWith(newPackage());
-    slow.bytesPerSecond = 200;
-    serve(slow);
+    serve(with(&PackageAnswer::bytesPerSecond, 200));
     press();
-    ASSERT_TRUE(waitFor([&] { return recorder.lastReceived > 0; }));
+    ASSERT_TRUE(eventually([&] { return recorder.lastReceived > 0; }));
     PackageAnswer elsewhere;
     elsewhere.redirectTo = "http";
     ASSERT_TRUE(theServer->setAnswer(elsewhere));
     press();
-    ASSERT_TRUE(waitFor([&] { return recorder.ends.size() >= 1; }));
+    ASSERT_TRUE(eventually([&] { return recorder.ends.size() >= 1; }));
     expectEnd(Outcome::Failed, Kind::InsecureRedirect);
     EXPECT_EQ(tree(), kOld);
-    ASSERT_TRUE(waitFor([&] { return recorder.ends.size() >= 2; }));
+    ASSERT_TRUE(eventually([&] { return recorder.ends.size() >= 2; }));
     expectEnd(Outcome::Installed);
     EXPECT_EQ(tree(), kNew);
 }
@@ -504,11 +457,9 @@ TEST_F(PackageDownloadTest, ASecondDownloadThatFindsNoPackageLeavesTheFirstAlone
 TEST_F(PackageDownloadTest, ADownloadThatIsNoLongerWantedIsNeverHeardOfAgain)
 {
     limits.delayBeforeUnpacking = 0ms;
-    PackageAnswer answer = answerWith(newPackage());
-    answer.bytesPerSecond = 200;
-    serveAlone(answer);
+    serveAlone(with(&PackageAnswer::bytesPerSecond, 200));
     press();
-    ASSERT_TRUE(waitFor([&] { return recorder.lastReceived > 0; }));
+    ASSERT_TRUE(eventually([&] { return recorder.lastReceived > 0; }));
     download.reset();
     ASSERT_TRUE(ownServer->waitForEnds(1, 30s));
     EXPECT_EQ(tree(), kOld);
@@ -516,9 +467,9 @@ TEST_F(PackageDownloadTest, ADownloadThatIsNoLongerWantedIsNeverHeardOfAgain)
     recorder = {};
     serve(answerWith(newPackage()));
     press();
-    ASSERT_TRUE(waitFor([&] { return recorder.phases.contains(Phase::Unpacking); }));
+    ASSERT_TRUE(eventually([&] { return recorder.phases.contains(Phase::Unpacking); }));
     download.reset();
-    QTest::qWait(100); // a late report would arrive in this time
+    runEventLoopFor(100ms); // a late report would arrive in this time
     EXPECT_THAT(recorder.ends, IsEmpty());
     EXPECT_TRUE(tree() == kOld || tree() == kNew) << tree().keys().join(' ').toStdString();
 }

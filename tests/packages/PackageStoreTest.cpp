@@ -15,6 +15,26 @@ using Kind = PackageProblem::Kind;
 
 namespace {
 
+// "NAME=CONTENT" and "NAME/", with spaces between them.
+Entries entriesOf(const char *text)
+{
+    Entries entries;
+    for (const QByteArray &item : QByteArray(text).split(' ')) {
+        const QByteArrayList halves = item.split('=');
+        if (!item.isEmpty())
+            entries.append({QString::fromUtf8(halves.first()), halves.value(1)});
+    }
+    return entries;
+}
+
+Tree treeOf(const char *text)
+{
+    Tree tree;
+    for (const auto &[name, content] : entriesOf(text))
+        tree[name] = content;
+    return tree;
+}
+
 // What stands in the caches directory, but for archives.
 Tree firmwareTree()
 {
@@ -45,97 +65,53 @@ TEST_F(PackageStoreTest, APackageLandsWhereItsLayoutSays)
     struct Case
     {
         const char *what;
-        QString filename;
-        Entries entries;
-        Tree before;
-        Tree after;
+        const char *filename;
+        const char *entries;
+        const char *before;
+        const char *after;
     };
-    const Tree old = {{"VornUpdate2/old.bin", "old"}};
+    const char *const old = "VornUpdate2/old.bin=old";
     const Case cases[] = {
-        {"own top folder",
-         "VornUpdate2.zip",
-         {{"VornUpdate2/", {}}, {"VornUpdate2/a.bin", "A"}, {"VornUpdate2/sub/b.bin", "B"}},
-         old,
-         {{"VornUpdate2/a.bin", "A"}, {"VornUpdate2/sub/b.bin", "B"}}},
-        {"the first package of all",
-         "VornUpdate2.zip",
-         {{"VornUpdate2/", {}}, {"VornUpdate2/a.bin", "A"}},
-         {},
-         {{"VornUpdate2/a.bin", "A"}}},
-        {"an entry for the top folder, but last",
-         "VornUpdate2.zip",
-         {{"VornUpdate2/a.bin", "A"}, {"VornUpdate2/", {}}},
-         old,
-         {{"VornUpdate2/a.bin", "A"}}},
-        {"loose files",
-         "VornUpdate2.zip",
-         {{"a.bin", "A"}, {"sub/b.bin", "B"}},
-         old,
-         {{"VornUpdate2/a.bin", "A"}, {"VornUpdate2/sub/b.bin", "B"}}},
-        {"top folder without an entry of its own",
-         "VornUpdate2.zip",
-         {{"VornUpdate2/a.bin", "A"}},
-         old,
-         {{"VornUpdate2/VornUpdate2/a.bin", "A"}}},
-        {"another name with its top folder",
-         "other.zip",
-         {{"other/", {}}, {"other/a.bin", "A"}},
-         {{"VornUpdate2/old.bin", "old"}, {"other/gone.bin", "gone"}},
-         {{"VornUpdate2/old.bin", "old"}, {"other/a.bin", "A"}}},
-        {"another name with loose files",
-         "other.zip",
-         {{"a.bin", "A"}, {"same.bin", "new"}, {"sub/same.bin", "new"}},
-         {{"VornUpdate2/old.bin", "old"},
-          {"VornUpdate2/same.bin", "old"},
-          {"VornUpdate2/sub/same.bin", "old"},
-          {"VornUpdate2/sub/old.bin", "old"},
-          {"VornUpdate2/old/deep/x", "x"},
-          {"VornUpdate2/link@", "/nowhere"},
-          {"other/gone.bin", "gone"}},
-         {{"VornUpdate2/a.bin", "A"},
-          {"VornUpdate2/old.bin", "old"},
-          {"VornUpdate2/same.bin", "new"},
-          {"VornUpdate2/sub/same.bin", "new"},
-          {"VornUpdate2/sub/old.bin", "old"},
-          {"VornUpdate2/old/deep/x", "x"},
-          {"VornUpdate2/link@", "/nowhere"}}},
-        {"more than one name before the dot",
-         "a.b.zip",
-         {{"a/", {}}, {"a/x.bin", "X"}},
-         old,
-         {{"VornUpdate2/old.bin", "old"}, {"a/x.bin", "X"}}},
-        {"things beside the top folder",
-         "VornUpdate2.zip",
-         {{"readme.txt", "new"},
-          {"VornUpdate2/", {}},
-          {"VornUpdate2/a.bin", "A"},
-          {"docs/new.txt", "new"},
-          {"docs/same.txt", "new"},
-          {"img/x.png", "x"}},
-         {{"VornUpdate2/old.bin", "old"},
-          {"readme.txt", "old"},
-          {"docs/old.txt", "old"},
-          {"docs/same.txt", "old"}},
-         {{"VornUpdate2/a.bin", "A"},
-          {"readme.txt", "new"},
-          {"docs/old.txt", "old"},
-          {"docs/new.txt", "new"},
-          {"docs/same.txt", "new"},
-          {"img/x.png", "x"}}},
-        {"the firmware folder is a link",
-         "VornUpdate2.zip",
-         {{"a.bin", "A"}},
-         {{"elsewhere/old.bin", "old"}, {"VornUpdate2@", "elsewhere"}},
-         {{"elsewhere/old.bin", "old"}, {"VornUpdate2/a.bin", "A"}}},
+        {"own top folder", "VornUpdate2.zip",
+         "VornUpdate2/ VornUpdate2/a.bin=A VornUpdate2/sub/b.bin=B", old,
+         "VornUpdate2/a.bin=A VornUpdate2/sub/b.bin=B"},
+        {"the first package of all", "VornUpdate2.zip", "VornUpdate2/ VornUpdate2/a.bin=A", "",
+         "VornUpdate2/a.bin=A"},
+        {"an entry for the top folder, but last", "VornUpdate2.zip",
+         "VornUpdate2/a.bin=A VornUpdate2/", old, "VornUpdate2/a.bin=A"},
+        {"loose files", "VornUpdate2.zip", "a.bin=A sub/b.bin=B", old,
+         "VornUpdate2/a.bin=A VornUpdate2/sub/b.bin=B"},
+        {"top folder without an entry of its own", "VornUpdate2.zip", "VornUpdate2/a.bin=A", old,
+         "VornUpdate2/VornUpdate2/a.bin=A"},
+        {"another name with its top folder", "other.zip", "other/ other/a.bin=A",
+         "VornUpdate2/old.bin=old other/gone.bin=gone", "VornUpdate2/old.bin=old other/a.bin=A"},
+        {"another name with loose files", "other.zip", "a.bin=A same.bin=new sub/same.bin=new",
+         "VornUpdate2/old.bin=old VornUpdate2/same.bin=old VornUpdate2/sub/same.bin=old "
+         "VornUpdate2/sub/old.bin=old VornUpdate2/old/deep/x=x VornUpdate2/link@=/nowhere "
+         "other/gone.bin=gone",
+         "VornUpdate2/a.bin=A VornUpdate2/old.bin=old VornUpdate2/same.bin=new "
+         "VornUpdate2/sub/same.bin=new VornUpdate2/sub/old.bin=old VornUpdate2/old/deep/x=x "
+         "VornUpdate2/link@=/nowhere"},
+        {"more than one name before the dot", "a.b.zip", "a/ a/x.bin=X", old,
+         "VornUpdate2/old.bin=old a/x.bin=X"},
+        {"things beside the top folder", "VornUpdate2.zip",
+         "readme.txt=new VornUpdate2/ VornUpdate2/a.bin=A docs/new.txt=new docs/same.txt=new "
+         "img/x.png=x",
+         "VornUpdate2/old.bin=old readme.txt=old docs/old.txt=old docs/same.txt=old",
+         "VornUpdate2/a.bin=A readme.txt=new docs/old.txt=old docs/new.txt=new docs/same.txt=new "
+         "img/x.png=x"},
+        {"the firmware folder is a link", "VornUpdate2.zip", "a.bin=A",
+         "elsewhere/old.bin=old VornUpdate2@=elsewhere",
+         "elsewhere/old.bin=old VornUpdate2/a.bin=A"},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.what);
         QDir(cachesDirectory()).removeRecursively();
-        writeTree(cachesDirectory(), c.before);
-        const QByteArray archive = makeArchive(c.entries);
+        writeTree(cachesDirectory(), treeOf(c.before));
+        const QByteArray archive = makeArchive(entriesOf(c.entries));
         const PackageProblem problem = store(c.filename, archive);
         EXPECT_FALSE(problem) << qPrintable(problem.text);
-        EXPECT_EQ(firmwareTree(), c.after);
+        EXPECT_EQ(firmwareTree(), treeOf(c.after));
         EXPECT_EQ(treeAt(cachesDirectory()).value(c.filename), archive) << "the archive is kept";
     }
 }
@@ -153,46 +129,33 @@ TEST_F(PackageStoreTest, AFailedPackageLeavesTheFirmwareAsItWas)
         const char *what;
         QString filename;
         QByteArray archive;
-        Tree before;
         Kind problem;
+        const char *before = "VornUpdate2/old.bin=old";
     };
-    const Tree old = {{"VornUpdate2/old.bin", "old"}};
+    const QString usual = "VornUpdate2.zip";
+    const auto made = [](const char *entries) { return makeArchive(entriesOf(entries)); };
     const Case cases[] = {
-        {"empty body", "VornUpdate2.zip", {}, old, Kind::NotAnArchive},
-        {"error page", "VornUpdate2.zip", "<html>404</html>", old, Kind::NotAnArchive},
-        {"truncated", "VornUpdate2.zip", good.first(good.size() / 2), old, Kind::NotAnArchive},
-        {"empty archive", "VornUpdate2.zip", QByteArray("PK\5\6") + QByteArray(18, '\0'), old,
-         Kind::NotAnArchive},
-        {"damaged entry", "VornUpdate2.zip", damaged, old, Kind::BadArchive},
-        {"entry that leads outside", "VornUpdate2.zip",
-         makeArchive({{"VornUpdate2/", {}}, {"../evil.bin", "evil"}}), old, Kind::BadArchive},
-        {"a file in the firmware folder's place",
-         "VornUpdate2.zip",
-         good,
-         {{"VornUpdate2", "a file"}},
-         Kind::Conflict},
-        {"a folder in the archive's place", "VornUpdate2", good, old, Kind::FileSystem},
-        {"a folder where the package has a file",
-         "other.zip",
-         makeArchive({{"x", "file"}}),
-         {{"VornUpdate2/x/old.bin", "old"}},
-         Kind::Conflict},
-        {"a link where the package has a folder",
-         "other.zip",
-         makeArchive({{"x/a.bin", "A"}}),
-         {{"VornUpdate2/x@", "../elsewhere"}, {"elsewhere/y", "y"}},
-         Kind::Conflict},
-        {"a folder where the package has a file beside",
-         "VornUpdate2.zip",
-         makeArchive({{"VornUpdate2/", {}}, {"VornUpdate2/a.bin", "A"}, {"docs", "file"}}),
-         {{"VornUpdate2/old.bin", "old"}, {"docs/old.txt", "old"}},
-         Kind::Conflict},
-        {"a name longer than names may be", QString(300, u'x'), good, old, Kind::FileSystem},
+        {"empty body", usual, {}, Kind::NotAnArchive},
+        {"error page", usual, "<html>404</html>", Kind::NotAnArchive},
+        {"truncated", usual, good.first(good.size() / 2), Kind::NotAnArchive},
+        {"empty archive", usual, "PK\5\6" + QByteArray(18, '\0'), Kind::NotAnArchive},
+        {"damaged entry", usual, damaged, Kind::BadArchive},
+        {"leads outside", usual, made("VornUpdate2/ ../evil.bin=evil"), Kind::BadArchive},
+        {"a file in the firmware folder's place", usual, good, Kind::Conflict, "VornUpdate2=file"},
+        {"a folder in the archive's place", "VornUpdate2", good, Kind::FileSystem},
+        {"a folder where the package has a file", "other.zip", made("x=file"), Kind::Conflict,
+         "VornUpdate2/x/old.bin=old"},
+        {"a link where the package has a folder", "other.zip", made("x/a.bin=A"), Kind::Conflict,
+         "VornUpdate2/x@=../elsewhere elsewhere/y=y"},
+        {"a folder where the package has a file beside", usual,
+         made("VornUpdate2/ VornUpdate2/a.bin=A docs=file"), Kind::Conflict,
+         "VornUpdate2/old.bin=old docs/old.txt=old"},
+        {"a name longer than names may be", QString(300, u'x'), good, Kind::FileSystem},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.what);
         QDir(cachesDirectory()).removeRecursively();
-        writeTree(cachesDirectory(), c.before);
+        writeTree(cachesDirectory(), treeOf(c.before));
         const Tree before = firmwareTree();
         const PackageProblem problem = store(c.filename, c.archive);
         EXPECT_EQ(problem.kind, c.problem) << qPrintable(problem.text);
@@ -204,8 +167,7 @@ TEST_F(PackageStoreTest, AFailedPackageLeavesTheFirmwareAsItWas)
 TEST_F(PackageStoreTest, TheArchiveReplacesAnythingButAFolder)
 {
     const QByteArray archive = makeArchive({{"a.bin", "A"}});
-    writeTree(cachesDirectory(), {{"target", "untouched"}, {"linked.zip@", "target"}});
-    writeTree(cachesDirectory(), {{"readonly.zip", "old"}});
+    writeTree(cachesDirectory(), treeOf("target=untouched linked.zip@=target readonly.zip=old"));
     QFile::setPermissions(cachesDirectory() + "/readonly.zip", QFile::ReadOwner);
     for (const char *name : {"linked.zip", "readonly.zip"}) {
         EXPECT_FALSE(store(name, archive));

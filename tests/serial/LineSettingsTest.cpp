@@ -13,28 +13,6 @@ struct Row
     tcflag_t set;
 };
 
-class LineSettingsTest : public testing::TestWithParam<Row>
-{
-};
-
-// Also on a line on which everything was set before.
-TEST_P(LineSettingsTest, GiveTheirControlFlagsWhateverWasSetBefore)
-{
-    LineSettings settings;
-    GetParam().change(settings);
-    for (const tcflag_t before : {tcflag_t{0}, ~tcflag_t{0}}) {
-        termios attributes{};
-        attributes.c_iflag = attributes.c_oflag = attributes.c_cflag = attributes.c_lflag = before;
-        attributes = withLineSettings(attributes, settings);
-        EXPECT_EQ(attributes.c_cflag & GetParam().among, GetParam().set);
-        EXPECT_EQ(attributes.c_lflag & (ECHO | ICANON | ISIG), settings.echo ? ECHO : 0U);
-        EXPECT_EQ(attributes.c_iflag & (IXON | IXOFF | ICRNL | INLCR | IGNCR | ISTRIP), 0U);
-        EXPECT_EQ(attributes.c_oflag & OPOST, 0U);
-        EXPECT_EQ(attributes.c_cc[VMIN], 1);
-        EXPECT_EQ(attributes.c_cc[VTIME], 2);
-    }
-}
-
 constexpr tcflag_t kParity = PARENB | PARODD | CMSPAR;
 constexpr tcflag_t kAlways = HUPCL | CLOCAL | CREAD;
 constexpr Row kRows[] = {
@@ -55,8 +33,27 @@ constexpr Row kRows[] = {
     {"Echo", [](LineSettings &s) { s.echo = true; }, kAlways, kAlways},
 };
 
-INSTANTIATE_TEST_SUITE_P(Table, LineSettingsTest, testing::ValuesIn(kRows),
-                         [](const auto &row) { return std::string(row.param.name); });
+// Also on a line on which everything was set before.
+TEST(LineSettings, GiveTheirControlFlagsWhateverWasSetBefore)
+{
+    for (const Row &row : kRows) {
+        SCOPED_TRACE(row.name);
+        LineSettings settings;
+        row.change(settings);
+        for (const tcflag_t before : {tcflag_t{0}, ~tcflag_t{0}}) {
+            termios attributes{};
+            attributes.c_iflag = attributes.c_oflag = attributes.c_cflag = attributes.c_lflag =
+                before;
+            attributes = withLineSettings(attributes, settings);
+            EXPECT_EQ(attributes.c_cflag & row.among, row.set);
+            EXPECT_EQ(attributes.c_lflag & (ECHO | ICANON | ISIG), settings.echo ? ECHO : 0U);
+            EXPECT_EQ(attributes.c_iflag & (IXON | IXOFF | ICRNL | INLCR | IGNCR | ISTRIP), 0U);
+            EXPECT_EQ(attributes.c_oflag & OPOST, 0U);
+            EXPECT_EQ(attributes.c_cc[VMIN], 1);
+            EXPECT_EQ(attributes.c_cc[VTIME], 2);
+        }
+    }
+}
 
 } // namespace
 } // namespace vorn

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/QtPrinting.h"
 #include "ziparchive/ZipArchive.h"
 
 #include <QDir>
@@ -10,17 +11,10 @@
 #include <QTemporaryDir>
 
 #include <memory>
-#include <ostream>
 
 #include <gtest/gtest.h>
 
 using Tree = QMap<QString, QByteArray>;
-
-// How GoogleTest shows a text.
-inline void PrintTo(const QString &text, std::ostream *stream)
-{
-    *stream << '"' << text.toStdString() << '"';
-}
 
 // A parameterised test is called by its parameter's name.
 template <typename Parameter>

@@ -9,14 +9,12 @@
 
 namespace {
 
-using Command = QStringList;
-
 // How a tool packs the folder "pkg" into "a.zip".
 struct Packer
 {
     const char *name;
-    Command command;
-    QString password = {};
+    const char *command;
+    const char *password = "";
 };
 
 class PackedByTool : public ArchiveTest, public ::testing::WithParamInterface<Packer>
@@ -34,7 +32,8 @@ protected:
         ASSERT_TRUE(write(path(u"pkg/\u56fa.bin"_qs), QByteArray(5000, '\xff')));
         const utimbuf date = {.actime = 0, .modtime = kDate};
         ASSERT_EQ(utime(qPrintable(path("pkg/VORN-1.bin")), &date), 0);
-        run(GetParam().command.first(), GetParam().command.mid(1));
+        const QStringList command = QString(GetParam().command).split(u' ');
+        run(command.first(), command.mid(1));
     }
 
     static constexpr time_t kDate = 1'690'000'000;
@@ -82,47 +81,31 @@ TEST_P(EncryptedByTool, LeavesNoWrongBytesWithoutTheRightPassword)
 INSTANTIATE_TEST_SUITE_P(
     Plain, PackedByTool,
     ::testing::Values(
-        Packer{"zip", {"zip", "-qr", "a.zip", "pkg"}},
-        Packer{"zip_without_folders", {"zip", "-qrD", "a.zip", "pkg"}},
-        Packer{"zip_stored", {"zip", "-qr0", "a.zip", "pkg"}},
-        Packer{"sevenzip", {"7z", "a", "-bd", "a.zip", "pkg"}},
-        Packer{"sevenzip_stored", {"7z", "a", "-bd", "-mx=0", "a.zip", "pkg"}},
-        Packer{"bsdtar", {"bsdtar", "-a", "-cf", "a.zip", "pkg"}},
-        Packer{"bsdtar_stored",
-               {"bsdtar", "-a", "-cf", "a.zip", "--options=zip:compression=store", "pkg"}},
-        Packer{"python", {"/usr/bin/python3", "-m", "zipfile", "-c", "a.zip", "pkg"}}),
+        Packer{"zip", "zip -qr a.zip pkg"}, Packer{"zip_without_folders", "zip -qrD a.zip pkg"},
+        Packer{"zip_stored", "zip -qr0 a.zip pkg"}, Packer{"sevenzip", "7z a -bd a.zip pkg"},
+        Packer{"sevenzip_stored", "7z a -bd -mx=0 a.zip pkg"},
+        Packer{"bsdtar", "bsdtar -a -cf a.zip pkg"},
+        Packer{"bsdtar_stored", "bsdtar -a -cf a.zip --options=zip:compression=store pkg"},
+        Packer{"python", "/usr/bin/python3 -m zipfile -c a.zip pkg"}),
     nameOf<Packer>);
 
 const auto kEncrypted = ::testing::Values(
-    Packer{"zip", {"zip", "-qr", "-P", "secret", "a.zip", "pkg"}, "secret"},
-    Packer{"zip_stored", {"zip", "-qr0", "-P", "secret", "a.zip", "pkg"}, "secret"},
-    Packer{"sevenzip", {"7z", "a", "-bd", "-psecret", "-mem=ZipCrypto", "a.zip", "pkg"}, "secret"},
+    Packer{"zip", "zip -qr -P secret a.zip pkg", "secret"},
+    Packer{"zip_stored", "zip -qr0 -P secret a.zip pkg", "secret"},
+    Packer{"sevenzip", "7z a -bd -psecret -mem=ZipCrypto a.zip pkg", "secret"},
     Packer{"bsdtar",
-           {"bsdtar", "-a", "-cf", "a.zip", "--options=zip:encryption=zipcrypt",
-            "--passphrase=secret", "pkg"},
+           "bsdtar -a -cf a.zip --options=zip:encryption=zipcrypt --passphrase=secret pkg",
            "secret"});
 INSTANTIATE_TEST_SUITE_P(Encrypted, PackedByTool, kEncrypted, nameOf<Packer>);
 INSTANTIATE_TEST_SUITE_P(Encrypted, EncryptedByTool, kEncrypted, nameOf<Packer>);
 
-class Extraction : public MadeArchiveTest
-{
-protected:
-    struct Progress
-    {
-        int percent;
-        unsigned index;
-        quint64 total;
-        bool operator==(const Progress &) const = default;
-    };
-
-    QVector<Progress> m_progress;
-};
+using Extraction = MadeArchiveTest;
 
 struct NamesCase
 {
     const char *name;
-    QStringList listed;
-    QStringList unpacked;
+    const char *listed;
+    const char *unpacked;
 };
 
 class ArchiveNames : public MadeArchiveTest, public ::testing::WithParamInterface<NamesCase>
@@ -131,32 +114,27 @@ class ArchiveNames : public MadeArchiveTest, public ::testing::WithParamInterfac
 
 TEST_P(ArchiveNames, SurviveIntoListMemoryAndFolder)
 {
+    const QStringList listed = QString::fromUtf8(GetParam().listed).split(u' ');
     ASSERT_TRUE(open(GetParam().name));
-    EXPECT_EQ(m_archive.getZipFileContents(), GetParam().listed);
+    EXPECT_EQ(m_archive.getZipFileContents(), listed);
     EXPECT_TRUE(m_archive.UnzipFileTo(out(), true));
-    EXPECT_EQ(QStringList(tree(out()).keys()), GetParam().unpacked);
+    EXPECT_EQ(tree(out()).keys().join(u' '), QString::fromUtf8(GetParam().unpacked));
     for (const QString &name : m_archive.UnzipFileToMemory().keys())
-        EXPECT_TRUE(GetParam().listed.contains(name));
+        EXPECT_TRUE(listed.contains(name));
     EXPECT_EQ(m_listener->errors, QStringList());
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Kinds, ArchiveNames,
     ::testing::Values(
-        NamesCase{"backslash",
-                  {"top/sub/", "top/sub/file.bin", "other/deep/file.bin"},
-                  {"other/", "other/deep/", "other/deep/file.bin", "top/", "top/sub/",
-                   "top/sub/file.bin"}},
-        NamesCase{"gbk",
-                  {u"\u56fa\u4ef6/\u7e17"_qs, u"\u7e17.bin"_qs},
-                  {u"\u56fa\u4ef6/"_qs, u"\u56fa\u4ef6/\u7e17"_qs, u"\u7e17.bin"_qs}},
-        NamesCase{"utf8",
-                  {u"\u56fa\u4ef6.bin"_qs, u"\u56fa.bin"_qs},
-                  {u"\u56fa.bin"_qs, u"\u56fa\u4ef6.bin"_qs}},
-        NamesCase{"bytes", {u"\u00ff\u00fe\u0080.bin"_qs}, {u"\u00ff\u00fe\u0080.bin"_qs}},
-        NamesCase{
-            "dots", {"./a//b/./c.bin", "a/x/../d.bin"}, {"a/", "a/b/", "a/b/c.bin", "a/d.bin"}},
-        NamesCase{"prefixed", {"first.bin", "last.bin"}, {"first.bin", "last.bin"}}),
+        NamesCase{"backslash", "top/sub/ top/sub/file.bin other/deep/file.bin",
+                  "other/ other/deep/ other/deep/file.bin top/ top/sub/ top/sub/file.bin"},
+        NamesCase{"gbk", "\u56fa\u4ef6/\u7e17 \u7e17.bin",
+                  "\u56fa\u4ef6/ \u56fa\u4ef6/\u7e17 \u7e17.bin"},
+        NamesCase{"utf8", "\u56fa\u4ef6.bin \u56fa.bin", "\u56fa.bin \u56fa\u4ef6.bin"},
+        NamesCase{"bytes", "\u00ff\u00fe\u0080.bin", "\u00ff\u00fe\u0080.bin"},
+        NamesCase{"dots", "./a//b/./c.bin a/x/../d.bin", "a/ a/b/ a/b/c.bin a/d.bin"},
+        NamesCase{"prefixed", "first.bin last.bin", "first.bin last.bin"}),
     nameOf<NamesCase>);
 
 TEST_F(Extraction, ReadsNamesInTheEncodingThatIsSet)
@@ -170,13 +148,13 @@ TEST_F(Extraction, ReadsNamesInTheEncodingThatIsSet)
 
 TEST_F(Extraction, TellsItsProgressAndTheFilesWritten)
 {
-    m_archive.setProgressBlock([this](qint32 percent, quint32 index, quint64 total) {
-        m_progress.append({percent, index, total});
+    QList<std::tuple<qint32, quint32, quint64>> told;
+    m_archive.setProgressBlock([&](qint32 percent, quint32 index, quint64 total) {
+        told.append({percent, index, total});
     });
     ASSERT_TRUE(open("three"));
-    EXPECT_EQ(m_archive.numFiles(), 3U);
     ASSERT_TRUE(m_archive.UnzipFileTo(out() + u'/', true));
-    EXPECT_EQ(m_progress, (QVector<Progress>{{33, 1, 3}, {66, 2, 3}, {100, 3, 3}}));
+    EXPECT_EQ(told, (decltype(told){{33, 1, 3}, {66, 2, 3}, {100, 3, 3}}));
     EXPECT_EQ(m_archive.unzippedFiles(),
               (QStringList{out() + "/a/one.bin", out() + "/a/b/empty.bin", out() + "/two.bin"}));
     EXPECT_TRUE(m_archive.UnzipCloseFile());
@@ -259,28 +237,6 @@ TEST_F(Extraction, ListsUpToTheFirstEntryThatDoesNotOpen)
     ASSERT_TRUE(open("bzip2"));
     EXPECT_EQ(m_archive.getZipFileContents(), (QStringList{"first.bin"}));
     EXPECT_EQ(m_listener->errors, (QStringList{"Error occured"}));
-}
-
-TEST_F(Extraction, FollowsLinksToAFilesAttributes)
-{
-    const vorn::ZipFileManager files;
-    ASSERT_TRUE(write(path("a/file"), "12345"));
-    ASSERT_TRUE(QFile::link("file", path("a/relative")));
-    ASSERT_TRUE(QFile::link(path("a/relative"), path("chain")));
-    ASSERT_TRUE(QFile::link("loop", path("loop")));
-
-    using Type = vorn::FileAttributes::Type;
-    std::error_code error;
-    EXPECT_EQ(files._attributesOfItemAtPath(path("chain"), false, &error)->type,
-              Type::SymbolicLink);
-    const auto attributes = files._attributesOfItemAtPath(path("chain"), true, &error);
-    ASSERT_TRUE(attributes);
-    EXPECT_EQ(attributes->type, Type::Regular);
-    EXPECT_EQ(attributes->size, 5U);
-    EXPECT_FALSE(error);
-    EXPECT_FALSE(files._attributesOfItemAtPath(path("loop"), true, &error));
-    EXPECT_EQ(error, std::errc::too_many_symbolic_link_levels);
-    EXPECT_FALSE(files._attributesOfItemAtPath(path("none"), true, nullptr));
 }
 
 } // namespace
