@@ -1,5 +1,6 @@
 #include "platform/DesktopNotifications.h"
 #include "platform/PowerEvents.h"
+#include "tests/support/Eventually.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -8,7 +9,6 @@
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
-#include <QTest>
 
 #include <gmock/gmock.h>
 
@@ -63,7 +63,7 @@ protected:
         environment.insert("DBUS_SYSTEM_BUS_ADDRESS", m_address);
         m_service.setProcessEnvironment(environment);
         m_service.start("/usr/bin/python3", {"-m", "dbusmock", "--template", mockTemplate});
-        ASSERT_TRUE(comesTrue([&] { return ask("GetMethodCalls", {"none"}).isValid(); }));
+        ASSERT_TRUE(eventually([&] { return ask("GetMethodCalls", {"none"}).isValid(); }));
     }
     // What the mock answers to a call of its own interface, or of another; the first value.
     QVariant ask(const QString &method, const QVariantList &arguments,
@@ -73,12 +73,19 @@ protected:
         call.setArguments(arguments);
         // Waits with the event loop running, as the program would.
         QDBusPendingCall pending = m_bus.asyncCall(call);
-        EXPECT_TRUE(comesTrue([&] { return pending.isFinished(); }));
+        EXPECT_TRUE(eventually([&] { return pending.isFinished(); }));
         return pending.isError() ? QVariant() : pending.reply().arguments().value(0);
     }
-    static bool comesTrue(const std::function<bool()> &condition)
+    // Reads each structure of an array.
+    template <typename Read>
+    static void forEach(const QVariant &array, Read read)
     {
-        return QTest::qWaitFor(condition, kLimit);
+        const auto list = array.value<QDBusArgument>();
+        for (list.beginArray(); !list.atEnd(); list.endStructure()) {
+            list.beginStructure();
+            read(list);
+        }
+        list.endArray();
     }
 
     const QTemporaryDir m_directory;
@@ -97,17 +104,10 @@ protected:
     QList<QVariantList> received()
     {
         QList<QVariantList> calls;
-        const auto list = ask("GetMethodCalls", {"Notify"}).value<QDBusArgument>();
-        list.beginArray();
-        while (!list.atEnd()) {
+        forEach(ask("GetMethodCalls", {"Notify"}), [&](const QDBusArgument &call) {
             quint64 time = 0;
-            QVariantList arguments;
-            list.beginStructure();
-            list >> time >> arguments;
-            list.endStructure();
-            calls.append(arguments);
-        }
-        list.endArray();
+            call >> time >> calls.emplaceBack();
+        });
         return calls;
     }
 };
@@ -118,7 +118,7 @@ TEST_F(DesktopNotificationsTest, AMessageReachesTheServiceWithoutSound)
                  "/org/freedesktop/Notifications");
     DesktopNotifications notifications(m_bus);
     notifications.deliver("Serial Port Connected", "Serial Port a<b was connected to your Mac.");
-    ASSERT_TRUE(comesTrue([&] { return !received().isEmpty(); }));
+    ASSERT_TRUE(eventually([&] { return !received().isEmpty(); }));
     const QVariantList call = received().first();
     EXPECT_EQ(call.value(3), "Serial Port Connected");
     EXPECT_EQ(call.value(4), "Serial Port a&lt;b was connected to your Mac.");
@@ -149,21 +149,16 @@ protected:
     }
     bool isDelayed()
     {
-        const auto list =
-            ask("ListInhibitors", {}, "org.freedesktop.login1.Manager").value<QDBusArgument>();
         bool delayed = false;
-        list.beginArray();
-        while (!list.atEnd()) {
-            QString what;
-            QString who;
-            QString why;
-            QString mode;
-            list.beginStructure();
-            list >> what >> who >> why >> mode;
-            list.endStructure(); // leaves out user and process
-            delayed = delayed || (what == "sleep" && mode == "delay");
-        }
-        list.endArray();
+        forEach(ask("ListInhibitors", {}, "org.freedesktop.login1.Manager"),
+                [&](const QDBusArgument &inhibitor) {
+                    QString what;
+                    QString who;
+                    QString why;
+                    QString mode;
+                    inhibitor >> what >> who >> why >> mode; // leaves out user and process
+                    delayed = delayed || (what == "sleep" && mode == "delay");
+                });
         return delayed;
     }
 };
@@ -181,21 +176,21 @@ TEST_F(PowerEventsTest, SleepWaitsForTheCallbackAndForWhatItHolds)
         },
         [&] { told += "wake"; }, m_bus);
     const auto holdsLock = [&] { return isDelayed() && events->delaySleep(); };
-    ASSERT_TRUE(comesTrue(holdsLock));
+    ASSERT_TRUE(eventually(holdsLock));
     for (int round = 1; round <= 2; ++round) {
         told.clear();
         prepareForSleep(true);
-        EXPECT_TRUE(comesTrue([&] { return told == QStringList("sleep"); }));
+        EXPECT_TRUE(eventually([&] { return told == QStringList("sleep"); }));
         EXPECT_NE(hold, nullptr);
         EXPECT_TRUE(isDelayed());
         hold.reset();
-        EXPECT_TRUE(comesTrue([&] { return !isDelayed(); }));
+        EXPECT_TRUE(eventually([&] { return !isDelayed(); }));
         prepareForSleep(false);
-        EXPECT_TRUE(comesTrue([&] { return told == QStringList({"sleep", "wake"}); }));
-        EXPECT_TRUE(comesTrue(holdsLock));
+        EXPECT_TRUE(eventually([&] { return told == QStringList({"sleep", "wake"}); }));
+        EXPECT_TRUE(eventually(holdsLock));
     }
     events.reset();
-    EXPECT_TRUE(comesTrue([&] { return !isDelayed(); }));
+    EXPECT_TRUE(eventually([&] { return !isDelayed(); }));
 }
 
 TEST_F(PowerEventsTest, WithoutABusOrServiceNothingHappens)
@@ -204,7 +199,7 @@ TEST_F(PowerEventsTest, WithoutABusOrServiceNothingHappens)
     const auto tell = [&] { told = true; };
     for (const QDBusConnection &bus : {m_bus, QDBusConnection("none")}) {
         const PowerEvents events(tell, tell, bus);
-        QTest::qWait(100);
+        runEventLoopFor(std::chrono::milliseconds(100));
         EXPECT_EQ(events.delaySleep(), nullptr);
     }
     EXPECT_FALSE(told);

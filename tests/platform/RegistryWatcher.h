@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/SerialDeviceRegistry.h"
+#include "tests/support/Eventually.h"
 
 #include <QStringList>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -33,8 +33,7 @@ public:
     // The batches that arrived once there are so many of them; all that came when there are not.
     std::vector<QStringList> take(std::size_t count)
     {
-        const bool arrived = QTest::qWaitFor([&] { return m_batches.size() >= count; }, 10000);
-        EXPECT_TRUE(arrived);
+        EXPECT_TRUE(eventually([&] { return m_batches.size() >= count; }));
         return std::exchange(m_batches, {});
     }
     // What the devices of the last batch are.
