@@ -6,8 +6,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
-
 // GLib's names collide with Qt's keywords.
 #undef signals
 #include <umockdev.h>
@@ -39,25 +37,21 @@ protected:
                    const QMap<QByteArray, QByteArray> &attributes,
                    const QMap<QByteArray, QByteArray> &properties)
     {
-        const auto flat = [](const QMap<QByteArray, QByteArray> &map) {
-            std::vector<QByteArray> list;
-            for (auto it = map.begin(); it != map.end(); ++it)
-                list.insert(list.end(), {it.key(), it.value()});
+        QByteArrayList texts;
+        // Names and values in turn, and a null pointer.
+        const auto flat = [&texts](const QMap<QByteArray, QByteArray> &map) {
+            std::vector<gchar *> list;
+            for (auto it = map.begin(); it != map.end(); ++it) {
+                for (const QByteArray &text : {it.key(), it.value()})
+                    list.push_back(texts.emplaceBack(text.constData()).data());
+            }
+            list.push_back(nullptr);
             return list;
         };
-        const auto pointers = [](std::vector<QByteArray> &list) {
-            std::vector<gchar *> result(list.size() + 1); // the last one is null
-            std::transform(list.begin(), list.end(), result.begin(),
-                           [](QByteArray &item) { return item.data(); });
-            return result;
-        };
-        auto attributeList = flat(attributes);
-        auto propertyList = flat(properties);
         const std::unique_ptr<gchar, decltype(&g_free)> path(
             umockdev_testbed_add_devicev(m_testbed.get(), subsystem, name.constData(),
                                          parent.isEmpty() ? nullptr : parent.constData(),
-                                         pointers(attributeList).data(),
-                                         pointers(propertyList).data()),
+                                         flat(attributes).data(), flat(properties).data()),
             &g_free);
         m_devices.append(path.get());
         return path.get();

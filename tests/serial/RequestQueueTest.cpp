@@ -160,31 +160,6 @@ TEST_F(RequestQueueOnAPort, ATimerOutlivesARequestThatExpectsNoAnswer)
     EXPECT_TRUE(isIdle());
 }
 
-TEST_F(RequestQueueOnAPort, CancelsWhatIsQueuedAndNothingElse)
-{
-    RequestDelegate delegate;
-    open(delegate);
-    const auto pending = request("a", "ok");
-    const auto queued = request("b", "ok");
-    port->sendRequest(pending);
-    port->sendRequest(queued);
-    port->sendRequest(request("c", "ok"));
-    port->cancelQueuedRequest(pending);
-    port->cancelQueuedRequest(queued);
-    port->cancelQueuedRequest(request("unknown", "ok"));
-    port->cancelQueuedRequest(nullptr);
-    EXPECT_TRUE(eventually([&] { return port->queuedRequests().size() == 1; }));
-    EXPECT_EQ(port->pendingRequest(), pending);
-    terminal.send("ok");
-    EXPECT_EQ(terminal.take(2), "ac");
-    port->sendRequest(request("d", "ok"));
-    port->cancelAllQueuedRequests();
-    EXPECT_TRUE(eventually([&] { return port->queuedRequests().isEmpty(); }));
-    terminal.send("ok");
-    expect(delegate, {"a=ok", "c=ok"});
-    EXPECT_TRUE(isIdle());
-}
-
 TEST_F(RequestQueueOnAPort, AFailedWriteStaysPendingUntilItsTimeout)
 {
     TimeoutDelegate delegate;

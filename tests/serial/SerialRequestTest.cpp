@@ -4,22 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 using namespace std::chrono_literals;
-
-TEST(SerialRequest, JudgesResponsesByItsEvaluatorAndTakesAnyWithoutOne)
-{
-    const auto tested = ORSSerialRequest::requestWithDataToSend(
-        "?", 5, 1s, [](QByteArrayView data) { return data.startsWith('O'); });
-    EXPECT_EQ(tested->responseDescriptor()->maximumPacketLength(),
-              quint64{std::numeric_limits<qint64>::max()});
-    EXPECT_FALSE(tested->responseDescriptor()->userInfo().isValid());
-    EXPECT_TRUE(tested->dataIsValidResponse("ON"));
-    EXPECT_FALSE(tested->dataIsValidResponse("NO"));
-
-    EXPECT_TRUE(ORSSerialRequest("?", {}, 1s).dataIsValidResponse("NO"));
-}
 
 TEST(SerialRequest, DescribesItself)
 {

@@ -2,7 +2,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QJsonObject>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -118,27 +117,6 @@ TEST(Device, PacesTheLineInBothDirectionsAndHoldsEachAnswerBack)
     const auto least = std::chrono::microseconds(bytes * 10'000'000LL / 115200) + 26 * 20ms;
     EXPECT_GE(took, least);
     EXPECT_LE(took, least * 2 + 500ms);
-}
-
-TEST(Device, ReportsHashCountsAndTimes)
-{
-    DeviceOptions options = model(8);
-    options.eraseTime = 50ms;
-    const TestedDevice tested(options);
-    ASSERT_TRUE(tested.updater.update("abc", 2));
-    const QJsonObject json = tested.device.report().toJson();
-    EXPECT_EQ(json.value(QStringLiteral("imageSha256")).toString().toStdString(),
-              "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-    for (const auto &[key, count] :
-         {std::pair("imageLength", 3), {"updates", 1}, {"frames", 5}, {"opens", 1}})
-        EXPECT_EQ(json.value(QLatin1String(key)), count) << key;
-    const QJsonObject download = json.value(QStringLiteral("download")).toObject();
-    const double header = download.value(QStringLiteral("headerAfterMs")).toDouble();
-    const double release = download.value(QStringLiteral("dataReleasedAfterMs")).toDouble();
-    EXPECT_GT(header, 0);
-    EXPECT_GE(release, header + 50);
-    EXPECT_GT(download.value(QStringLiteral("lastAnswerAfterMs")).toDouble(), release);
-    EXPECT_GT(download.value(QStringLiteral("medianGapMs")).toDouble(), 0);
 }
 
 TEST(DeviceLink, ReplacesADanglingLinkNothingElseAndComesBackAfterAnUnplugging)

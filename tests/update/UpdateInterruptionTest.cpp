@@ -61,24 +61,6 @@ TEST(UpdateInterruption, UnpluggingEndsTheRunAtOnceWithItsTexts)
     }
 }
 
-TEST(UpdateInterruption, ClosingThePortEndsTheRunAtOnceAndItCanBeOpenedAgain)
-{
-    UpdateRig rig(
-        with(&DeviceOptions::faults, {{.step = BootStep::Frame, .frame = 1, .times = 1}}));
-    rig.onText = [&](const QString &text) {
-        if (text == kFirstText)
-            rig.port->close();
-    };
-    rig.update(sampleImage(500));
-    expectEndedAtOnce(rig);
-    EXPECT_EQ(rig.events, kPulse + QStringList({kFirstText, texts::kUpdateFailed}));
-
-    rig.onText = nullptr;
-    rig.closePort();
-    rig.port->open();
-    expectNextRunSucceeds(rig);
-}
-
 TEST(UpdateInterruption, ARunOnAPortThatHasClosedAlreadyEndsAtOnce)
 {
     UpdateRig rig;
