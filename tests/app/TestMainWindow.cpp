@@ -72,7 +72,7 @@ TEST_F(MainWindowTest, AScreenReaderIsToldWhatIsSeen)
     for (const auto &[tag, description] :
          {std::pair(1001, "Connection status"), std::pair(1012, "Firmware status"),
           std::pair(1015, "Update status")}) {
-        control<QLabel>(tag)->setText(QStringLiteral("Prompt:<b>a & b</b>"));
+        control<QLabel>(tag)->setText("Prompt:<b>a & b</b>");
         EXPECT_EQ(spoken(tagged(tag).first(), QAccessible::Name), u"Prompt:<b>a & b</b>");
         EXPECT_EQ(spoken(tagged(tag).first(), QAccessible::Description),
                   QLatin1String(description));
@@ -94,7 +94,7 @@ TEST_F(MainWindowTest, TheOpenButtonsMnemonicFollowsItsText)
     QTest::keyClick(&m_window, Qt::Key_O, Qt::AltModifier);
     EXPECT_TRUE(pressed.wait());
 
-    button->setText(QStringLiteral("Close"));
+    button->setText("Close");
     EXPECT_EQ(seen(), u"Close");
     QTest::keyClick(&m_window, Qt::Key_O, Qt::AltModifier);
     EXPECT_FALSE(button->isDown());
@@ -152,9 +152,9 @@ TEST_F(MainWindowTest, NothingMovesWhenTextsGrowAndTheDownloadBarComesAndGoes)
     m_window.showDownloadProgress(5);
     m_window.showDownloadBusy();
     EXPECT_TRUE(bar("downloadProgress")->isVisible());
-    control<QAbstractButton>(1011)->setText(QStringLiteral("Close"));
+    control<QAbstractButton>(1011)->setText("Close");
     for (const int tag : {1001, 1012, 1015}) {
-        control<QLabel>(tag)->setText(QStringLiteral("usbserial-LONG ").repeated(40));
+        control<QLabel>(tag)->setText(QString("usbserial-LONG ").repeated(40));
     }
     for (const int tag : {1010, 1002}) {
         control<QComboBox>(tag)->addItem(QString(300, QLatin1Char('W')));

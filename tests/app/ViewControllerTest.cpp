@@ -39,7 +39,7 @@ const QString &deviceDirectory()
 
 QString firmwareFolder()
 {
-    return cachesDirectory() + QStringLiteral("/VornUpdate2");
+    return cachesDirectory() + "/VornUpdate2";
 }
 
 QByteArray writeFirmware(const QString &name, qsizetype size)
@@ -104,7 +104,7 @@ protected:
         firmware->setFocus();
         while (firmware->currentText() != file)
             QTest::keyClick(firmware, Qt::Key_Down);
-        ASSERT_EQ(choice->text(), QStringLiteral("Prompt:Firmware selected"));
+        ASSERT_EQ(choice->text(), "Prompt:Firmware selected");
     }
     // The list follows the device half a second after the opening; a choice made before is lost.
     void openAndChoose(SimulatedDevice &device, const QString &file)
@@ -152,53 +152,52 @@ protected:
     QProgressBar *const progress = control<QProgressBar>("updateProgress");
 };
 
-const QString kImage = QStringLiteral("VORN_PLATINA-1.bin");
+const QString kImage = "VORN_PLATINA-1.bin";
 
 TEST_F(WindowTest, WithoutADeviceOrFirmwareEveryPressSaysWhatIsMissing)
 {
     show();
-    EXPECT_EQ(titles(devices), QStringList{QStringLiteral("No device selected")});
-    EXPECT_EQ(connection->text(), QStringLiteral("Prompt:No device selected"));
-    EXPECT_EQ(openButton->text(), QStringLiteral("Open"));
+    EXPECT_EQ(titles(devices), QStringList{"No device selected"});
+    EXPECT_EQ(connection->text(), "Prompt:No device selected");
+    EXPECT_EQ(openButton->text(), "Open");
     EXPECT_EQ(firmware->count(), 0);
     EXPECT_FALSE(downloadButton->isEnabled());
     EXPECT_FALSE(downloadButton->toolTip().isEmpty());
 
     press(openButton);
-    EXPECT_EQ(connection->text(), QStringLiteral("Prompt:No device selected"));
+    EXPECT_EQ(connection->text(), "Prompt:No device selected");
     press(updateButton);
-    EXPECT_EQ(status->text(), QStringLiteral("Prompt:No device selected"));
+    EXPECT_EQ(status->text(), "Prompt:No device selected");
 }
 
 TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
 {
     const QByteArray image = writeFirmware(kImage, 65536);
-    writeFirmware(QStringLiteral("VORN_I-1.bin"), 10);
-    SimulatedDevice device(deviceNamed(QStringLiteral("usbserial-one")));
+    writeFirmware("VORN_I-1.bin", 10);
+    SimulatedDevice device(deviceNamed("usbserial-one"));
     plugIn(device);
     show();
-    ASSERT_TRUE(eventually([&] {
-        return connection->text() == QStringLiteral("Prompt:usbserial-one Selected,not opened");
-    }));
-    EXPECT_EQ(titles(devices), QStringList(2, QStringLiteral("usbserial-one")));
+    ASSERT_TRUE(eventually(
+        [&] { return connection->text() == "Prompt:usbserial-one Selected,not opened"; }));
+    EXPECT_EQ(titles(devices), QStringList(2, "usbserial-one"));
     press(updateButton);
-    EXPECT_EQ(status->text(), QStringLiteral("Prompt:Device not opened"));
+    EXPECT_EQ(status->text(), "Prompt:Device not opened");
 
     ASSERT_TRUE(eventually([&] { return firmware->count() == 3; }));
     open();
-    EXPECT_EQ(openButton->text(), QStringLiteral("Close"));
+    EXPECT_EQ(openButton->text(), "Close");
     ASSERT_TRUE(eventually([&] {
-        return titles(firmware) == QStringList{QStringLiteral("No firmware selected"), kImage};
+        return titles(firmware) == QStringList{"No firmware selected", kImage};
     }));
     press(updateButton);
-    EXPECT_EQ(status->text(), QStringLiteral("Prompt:No firmware selected"));
+    EXPECT_EQ(status->text(), "Prompt:No firmware selected");
     choose(kImage);
     EXPECT_EQ(device.report().exchanges, 1); // the version query
 
     press(updateButton);
     press(updateButton); // does nothing more
     ASSERT_TRUE(eventually([&] { return says(status, "successfully update"); }));
-    EXPECT_EQ(status->text(), QStringLiteral("Prompt:100% progress,successfully update"));
+    EXPECT_EQ(status->text(), "Prompt:100% progress,successfully update");
     EXPECT_EQ(progress->value(), 100);
     EXPECT_EQ(device.report().image, image);
     EXPECT_EQ(device.report().updates, 1);
@@ -206,36 +205,33 @@ TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
     EXPECT_EQ(device.report().errors, QStringList());
 
     press(openButton);
-    ASSERT_TRUE(eventually([&] {
-        return connection->text() ==
-               QStringLiteral("Prompt:usbserial-one Selected,close successfully");
-    }));
-    EXPECT_EQ(openButton->text(), QStringLiteral("Open"));
+    ASSERT_TRUE(eventually(
+        [&] { return connection->text() == "Prompt:usbserial-one Selected,close successfully"; }));
+    EXPECT_EQ(openButton->text(), "Open");
     EXPECT_FALSE(controller->serialPort()->isOpen());
 }
 
 TEST_F(WindowTest, FirmwareThatAKilledProgramHadSetAsideIsBackAtTheStart)
 {
-    const QString leftover = cachesDirectory() + QStringLiteral("/.VornUpdate2-staging-a");
-    writeFirmware(QStringLiteral("VORN-1.bin"), 10);
-    ASSERT_TRUE(QDir().mkpath(leftover + QStringLiteral("/set-aside")));
-    ASSERT_TRUE(
-        QDir().rename(firmwareFolder(), leftover + QStringLiteral("/set-aside/VornUpdate2")));
+    const QString leftover = cachesDirectory() + "/.VornUpdate2-staging-a";
+    writeFirmware("VORN-1.bin", 10);
+    ASSERT_TRUE(QDir().mkpath(leftover + "/set-aside"));
+    ASSERT_TRUE(QDir().rename(firmwareFolder(), leftover + "/set-aside/VornUpdate2"));
     show();
-    EXPECT_TRUE(eventually([&] { return firmware->findText(QStringLiteral("VORN-1.bin")) > 0; }));
+    EXPECT_TRUE(eventually([&] { return firmware->findText("VORN-1.bin") > 0; }));
     EXPECT_FALSE(QFile::exists(leftover));
 }
 
 TEST_F(WindowTest, AFileThatCannotServeLeavesTheDeviceAlone)
 {
     writeFirmware(kImage, 500);
-    writeFirmware(QStringLiteral("VORN_I-1.bin"), 10);
-    SimulatedDevice device(deviceNamed(QStringLiteral("usbserial-one")));
+    writeFirmware("VORN_I-1.bin", 10);
+    SimulatedDevice device(deviceNamed("usbserial-one"));
     ASSERT_NO_FATAL_FAILURE(openAndChoose(device, kImage));
     const auto refused = [&] {
         status->clear();
         press(updateButton);
-        return status->text() == QStringLiteral("Prompt:Firmware update failed,please try again");
+        return status->text() == "Prompt:Firmware update failed,please try again";
     };
     writeFirmware(kImage, 0);
     EXPECT_TRUE(refused());
@@ -248,17 +244,16 @@ TEST_F(WindowTest, AFileThatCannotServeLeavesTheDeviceAlone)
 TEST_F(WindowTest, AfterACablePulledOutDuringAnUpdateTheNextOneSucceeds)
 {
     const QByteArray image = writeFirmware(kImage, 5000);
-    writeFirmware(QStringLiteral("VORN_I-1.bin"), 10);
-    DeviceOptions options = deviceNamed(QStringLiteral("usbserial-one"));
-    options.faults = {*parseFault(QStringLiteral("frame:3=unplug,times=1"), nullptr)};
+    writeFirmware("VORN_I-1.bin", 10);
+    DeviceOptions options = deviceNamed("usbserial-one");
+    options.faults = {*parseFault("frame:3=unplug,times=1", nullptr)};
     SimulatedDevice device(options);
     ASSERT_NO_FATAL_FAILURE(openAndChoose(device, kImage));
     press(updateButton);
     ASSERT_TRUE(eventually([&] { return says(connection, "No device selected"); }));
-    ASSERT_TRUE(eventually([&] {
-        return status->text() == QStringLiteral("Prompt:Firmware update failed,please try again");
-    }));
-    EXPECT_EQ(openButton->text(), QStringLiteral("Open"));
+    ASSERT_TRUE(eventually(
+        [&] { return status->text() == "Prompt:Firmware update failed,please try again"; }));
+    EXPECT_EQ(openButton->text(), "Open");
 
     ASSERT_TRUE(device.replug());
     ASSERT_TRUE(eventually([&] { return says(connection, "not opened"); }));
@@ -274,9 +269,9 @@ TEST_F(WindowTest, AfterACablePulledOutDuringAnUpdateTheNextOneSucceeds)
 TEST_F(WindowTest, ClosingThePortDuringAnUpdateEndsItAndSaysSo)
 {
     writeFirmware(kImage, 65536);
-    writeFirmware(QStringLiteral("VORN_I-1.bin"), 10);
-    DeviceOptions options = deviceNamed(QStringLiteral("usbserial-one"));
-    options.faults = {*parseFault(QStringLiteral("frame:20=silence,times=1"), nullptr)};
+    writeFirmware("VORN_I-1.bin", 10);
+    DeviceOptions options = deviceNamed("usbserial-one");
+    options.faults = {*parseFault("frame:20=silence,times=1", nullptr)};
     SimulatedDevice device(options);
     ASSERT_NO_FATAL_FAILURE(openAndChoose(device, kImage));
     press(updateButton);
@@ -284,15 +279,15 @@ TEST_F(WindowTest, ClosingThePortDuringAnUpdateEndsItAndSaysSo)
     press(openButton);
     ASSERT_TRUE(eventually([&] { return says(connection, "close successfully"); }));
     ASSERT_TRUE(eventually([&] { return says(status, "please try again"); }));
-    EXPECT_EQ(openButton->text(), QStringLiteral("Open"));
+    EXPECT_EQ(openButton->text(), "Open");
     EXPECT_LT(progress->value(), 100);
 }
 
 TEST_F(WindowTest, ADeviceThatTellsItsModelLateGetsItsListLate)
 {
     writeFirmware(kImage, 500);
-    writeFirmware(QStringLiteral("VORN_I-1.bin"), 10);
-    DeviceOptions options = deviceNamed(QStringLiteral("usbserial-one"), 2);
+    writeFirmware("VORN_I-1.bin", 10);
+    DeviceOptions options = deviceNamed("usbserial-one", 2);
     options.answerDelay = 300ms; // sync and connect together take longer than the first filling
     SimulatedDevice device(options);
     plugIn(device);
@@ -300,14 +295,13 @@ TEST_F(WindowTest, ADeviceThatTellsItsModelLateGetsItsListLate)
     ASSERT_TRUE(eventually([&] { return says(connection, "not opened"); }));
     open();
     EXPECT_TRUE(eventually([&] {
-        return titles(firmware) ==
-               QStringList{QStringLiteral("No firmware selected"), QStringLiteral("VORN_I-1.bin")};
+        return titles(firmware) == QStringList{"No firmware selected", "VORN_I-1.bin"};
     }));
 }
 
 TEST_F(WindowTest, APortThatAnotherProgramHoldsFailsToOpen)
 {
-    SimulatedDevice device(deviceNamed(QStringLiteral("usbserial-one")));
+    SimulatedDevice device(deviceNamed("usbserial-one"));
     plugIn(device);
     show();
     ASSERT_TRUE(eventually([&] { return says(connection, "not opened"); }));
@@ -315,27 +309,26 @@ TEST_F(WindowTest, APortThatAnotherProgramHoldsFailsToOpen)
         ::open(QFile::encodeName(device.slavePath()).constData(), O_RDWR | O_NOCTTY));
     ASSERT_EQ(::flock(other.get(), LOCK_EX | LOCK_NB), 0);
     press(openButton);
-    EXPECT_EQ(connection->text(),
-              QStringLiteral("Prompt:usbserial-one Selected,failed to open,please try again"));
-    EXPECT_EQ(openButton->text(), QStringLiteral("Open"));
+    EXPECT_EQ(connection->text(), "Prompt:usbserial-one Selected,failed to open,please try again");
+    EXPECT_EQ(openButton->text(), "Open");
 }
 
 TEST_F(WindowTest, AnotherDeviceThatComesClosesTheOpenPortAndKeepsTheButton)
 {
-    SimulatedDevice first(deviceNamed(QStringLiteral("usbserial-one")));
+    SimulatedDevice first(deviceNamed("usbserial-one"));
     plugIn(first);
     show();
     ASSERT_TRUE(eventually([&] { return says(connection, "not opened"); }));
     open();
     const ORSSerialPortPtr port = controller->serialPort();
-    SimulatedDevice other(deviceNamed(QStringLiteral("x")));
+    SimulatedDevice other(deviceNamed("x"));
     plugIn(other);
     ASSERT_TRUE(eventually([&] { return says(connection, "usbserial-one Selected,not opened"); }));
     ASSERT_TRUE(eventually([&] { return !port->isOpen(); }));
-    EXPECT_EQ(openButton->text(), QStringLiteral("Close"));
+    EXPECT_EQ(openButton->text(), "Close");
     press(openButton);
     EXPECT_FALSE(port->isOpen());
-    EXPECT_EQ(titles(devices), QStringList(2, QStringLiteral("usbserial-one")));
+    EXPECT_EQ(titles(devices), QStringList(2, "usbserial-one"));
 }
 
 TEST_F(WindowTest, TheFirstControlWithATagIsFoundParentsBeforeTheirChildren)

@@ -22,13 +22,8 @@ namespace {
 class FirmwareLibraryTest : public testing::Test
 {
 protected:
-    FirmwareLibraryTest()
-    {
-        MainQueue::instance();
-        removeFolder();
-    }
-
-    void TearDown() override { removeFolder(); }
+    FirmwareLibraryTest() { MainQueue::instance(); }
+    ~FirmwareLibraryTest() override { removeFolder(); }
 
     // Not through QDir: a name may be no text.
     void removeFolder() const
@@ -59,20 +54,20 @@ TEST_F(FirmwareLibraryTest, EachModelCodeShowsItsOwnFilesInFolderOrder)
     addFiles({"VORN_I-1.bin", "VORN-2.bin", "readme.txt", "VORN_I-3.BIN", "VORN_PLATINA-x.bin",
               "bin", ".bin", "VORN_I-", "vorn_i-4.bin", "a.bin.zip", "VORN_I-5.bin",
               "bad-\xff.bin"});
-    const QStringList all = {"VORN_I-1.bin", "VORN-2.bin",   "VORN_PLATINA-x.bin", "bin",
-                             ".bin",         "vorn_i-4.bin", "VORN_I-5.bin"};
+    const QStringList all =
+        QString("VORN_I-1.bin VORN-2.bin VORN_PLATINA-x.bin bin .bin vorn_i-4.bin VORN_I-5.bin")
+            .split(u' ');
     const QStringList modelI = {"VORN_I-1.bin", "VORN_I-5.bin"};
     const QList<QPair<qint32, QStringList>> expected = {
-        {-1, all}, {0, all}, {1, modelI}, {2, modelI}, {8, {"VORN_PLATINA-x.bin"}}, {5, {}},
-    };
+        {-1, all}, {0, all}, {1, modelI}, {2, modelI}, {8, {"VORN_PLATINA-x.bin"}}, {5, {}}};
     for (const auto &[modelCode, titles] : expected) {
         EXPECT_TRUE(library.readFirmWare(modelCode));
         EXPECT_THAT(refills, IsEmpty()) << "the refill is queued, not called at once";
         MainQueue::instance().drain();
         ASSERT_EQ(refills.size(), 1);
-        EXPECT_EQ(refills.front().first, modelCode);
-        EXPECT_THAT(refills.front().second, UnorderedElementsAreArray(titles)) << modelCode;
-        refills.clear();
+        const auto [refilled, shown] = refills.takeFirst();
+        EXPECT_EQ(refilled, modelCode);
+        EXPECT_THAT(shown, UnorderedElementsAreArray(titles)) << modelCode;
     }
     const QStringList inFolderOrder = library.allFileArray().value();
     QStringList picked = inFolderOrder;

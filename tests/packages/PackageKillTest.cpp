@@ -113,8 +113,7 @@ class PackageKillTest : public testing::TestWithParam<QString>
 TEST_P(PackageKillTest, AProgramKilledBeforeAnyChangeOfItsFilesLeavesTheOldFirmwareOrTheNew)
 {
     // In memory where there is such a place: each of the many runs brings everything to the disk.
-    QTemporaryDir home(QDir("/dev/shm").exists() ? QStringLiteral("/dev/shm/vorn-XXXXXX")
-                                                 : QString());
+    QTemporaryDir home(QDir("/dev/shm").exists() ? "/dev/shm/vorn-XXXXXX" : QString());
     const QString cache = home.filePath("cache");
     qputenv("XDG_CACHE_HOME", cache.toUtf8());
     QFile archive(home.filePath("archive.zip"));

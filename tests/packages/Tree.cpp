@@ -47,7 +47,7 @@ void writeTree(const QString &folder, const Tree &tree)
 QByteArray makeArchive(const Entries &entries)
 {
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("made.zip"));
+    const QString path = folder.filePath("made.zip");
     ZipArchive archive;
     EXPECT_TRUE(archive.CreateZipFile2(path));
     for (const auto &[name, content] : entries)

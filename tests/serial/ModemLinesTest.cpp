@@ -39,7 +39,7 @@ public:
     static SerialDeviceHandle device()
     {
         SerialDevice device;
-        device.calloutDevice = QStringLiteral("/dev/ttyUSB0");
+        device.calloutDevice = "/dev/ttyUSB0";
         return std::make_shared<SerialDevice>(device);
     }
 

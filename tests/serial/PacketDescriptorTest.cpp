@@ -90,8 +90,7 @@ TEST(PacketDescriptor, AsksAnEvaluatorFromTheShortestTailOn)
     EXPECT_EQ(anything.packetMatchingAtEndOfBuffer("ab"), "b");
     EXPECT_FALSE(anything.dataIsValidPacket(""));
 
-    const Descriptor strings(EndStrings{.prefixString = QStringLiteral("ä"), .suffixString = {}},
-                             9);
+    const Descriptor strings(EndStrings{.prefixString = "ä", .suffixString = {}}, 9);
     EXPECT_EQ(strings.packetMatchingAtEndOfBuffer("x\xC3\xA4y"), "\xC3\xA4y");
 }
 

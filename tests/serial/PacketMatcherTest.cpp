@@ -151,7 +151,7 @@ TEST(PacketMatcher, FindsWhatTryingEveryTailWithTheExpressionFinds)
     int foretold = 0;
     int found = 0;
     while (expressions < 2000) {
-        const QString leading = random.once(8) ? QStringLiteral("(?im)") : QString();
+        const QString leading = random.once(8) ? "(?im)" : QString();
         const Re expression(leading + randomExpression(random, 2),
                             random.of(options) | random.of(options));
         if (!expression.isValid())
@@ -216,7 +216,6 @@ TEST(PacketMatcher, LeavesOtherExpressionsToTheEngine)
         EXPECT_FALSE(PacketExpression(expression).automaton()) << pattern;
     }
     EXPECT_FALSE(
-        PacketExpression(QRegularExpression(QStringLiteral("a b"),
-                                            QRegularExpression::ExtendedPatternSyntaxOption))
+        PacketExpression(QRegularExpression("a b", QRegularExpression::ExtendedPatternSyntaxOption))
             .automaton());
 }

@@ -212,7 +212,7 @@ TEST_F(SerialPortTest, ClosingNeverWaitsForADeviceThatTakesNothing)
 TEST_F(SerialPortTest, AnUnpluggedDeviceIsOneErrorThenRemovalThenClosedAndOpensAgain)
 {
     const QTemporaryDir directory;
-    const QString link = directory.filePath(QStringLiteral("usbserial-1"));
+    const QString link = directory.filePath("usbserial-1");
     port = ORSSerialPort::serialPortWithDevice(terminal.device(link));
     port->setDelegate(&delegate);
     bool wasReleased = false;

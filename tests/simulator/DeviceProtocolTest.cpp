@@ -124,11 +124,11 @@ TEST(DeviceLink, ReplacesADanglingLinkNothingElseAndComesBackAfterAnUnplugging)
     const QTemporaryDir directory;
     DeviceOptions options;
     options.directory = directory.path();
-    options.name = QStringLiteral("usbserial-test");
+    options.name = "usbserial-test";
     options.faults = {{BootStep::Frame, FaultKind::Unplug, 2, 0, 1}};
     options.replugAfter = 50ms;
     const QString link = directory.filePath(options.name);
-    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/pts/none"), link));
+    ASSERT_TRUE(QFile::link("/dev/pts/none", link));
     {
         const TestedDevice tested(options);
         EXPECT_EQ(QFile::symLinkTarget(link), tested.device.slavePath());

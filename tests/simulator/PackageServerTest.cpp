@@ -39,7 +39,7 @@ Reply fetch(PackageServer &server, const PackageAnswer &answer,
     QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
     configuration.setCaCertificates(QSslCertificate::fromData(server.authority()));
     socket.setSslConfiguration(configuration);
-    socket.connectToHostEncrypted(QStringLiteral("127.0.0.1"), server.port());
+    socket.connectToHostEncrypted("127.0.0.1", server.port());
     EXPECT_TRUE(socket.waitForEncrypted(LimitMs)) << socket.errorString().toStdString();
     return ask(socket, path);
 }
@@ -90,7 +90,7 @@ TEST(PackageServer, AnswersAsAskedForAndTellsWhatItServed)
                            "/software/VornUpdate2.zip\r\n"));
     EXPECT_EQ(server.report().plainConnections, 0);
     QTcpSocket plain; // follows away from TLS
-    plain.connectToHost(QStringLiteral("127.0.0.1"), server.plainPort());
+    plain.connectToHost("127.0.0.1", server.plainPort());
     ASSERT_TRUE(plain.waitForConnected(LimitMs));
     EXPECT_EQ(ask(plain).body, wanted.package);
     EXPECT_EQ(server.report().plainConnections, 1);

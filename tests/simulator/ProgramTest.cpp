@@ -64,58 +64,52 @@ QByteArray contentOf(const QString &path)
 TEST(Program, RunsADeviceUntilItsUpdatesAreDone)
 {
     const QTemporaryDir directory;
-    const QString image = directory.filePath(QStringLiteral("image"));
-    const QString report = directory.filePath(QStringLiteral("report"));
-    Vornsim program({QStringLiteral("device"), QStringLiteral("--dir"), directory.path(),
-                     QStringLiteral("--name"), QStringLiteral("usbserial-1"),
-                     QStringLiteral("--model"), QStringLiteral("1"), QStringLiteral("--fault"),
-                     QStringLiteral("last=noise"), QStringLiteral("--exit-after"),
-                     QStringLiteral("1"), QStringLiteral("--image"), image,
-                     QStringLiteral("--report"), report});
+    const QString image = directory.filePath("image");
+    const QString report = directory.filePath("report");
+    Vornsim program({"device", "--dir", directory.path(), "--name", "usbserial-1", "--model", "1",
+                     "--fault", "last=noise", "--exit-after", "1", "--image", image, "--report",
+                     report});
     const QJsonObject ready = program.nextEvent();
-    ASSERT_EQ(ready.value(QStringLiteral("event")), QStringLiteral("ready"));
-    const TestUpdater updater(ready.value(QStringLiteral("path")).toString());
+    ASSERT_EQ(ready.value("event"), "ready");
+    const TestUpdater updater(ready.value("path").toString());
     ASSERT_TRUE(updater.handshake());
     ASSERT_EQ(updater.ask(header(3)), Ack);
     EXPECT_EQ(updater.ask(frame("abc"), 4).toHex(), "55005aaf");
 
     const QJsonObject end = program.nextEvent();
-    EXPECT_EQ(end.value(QStringLiteral("event")), QStringLiteral("report"));
-    EXPECT_EQ(end.value(QStringLiteral("updates")), 1);
-    EXPECT_EQ(end.value(QStringLiteral("errorCount")), 0);
+    EXPECT_EQ(end.value("event"), "report");
+    EXPECT_EQ(end.value("updates"), 1);
+    EXPECT_EQ(end.value("errorCount"), 0);
     EXPECT_EQ(program.exitStatus(), 0);
     EXPECT_EQ(contentOf(image), "abc");
-    EXPECT_EQ(QJsonDocument::fromJson(contentOf(report)).object().value(QStringLiteral("model")),
-              1);
-    EXPECT_FALSE(QFileInfo(directory.filePath(QStringLiteral("usbserial-1"))).isSymLink());
+    EXPECT_EQ(QJsonDocument::fromJson(contentOf(report)).object().value("model"), 1);
+    EXPECT_FALSE(QFileInfo(directory.filePath("usbserial-1")).isSymLink());
 }
 
 TEST(Program, SaysWhereItsPackageServerIsAndReportsWhenItIsTerminated)
 {
     const QTemporaryDir directory;
-    const QString authority = directory.filePath(QStringLiteral("ca.pem"));
-    Vornsim program({QStringLiteral("package-server"), QStringLiteral("--ca-file"), authority,
-                     QStringLiteral("--silence"), QStringLiteral("request")});
+    const QString authority = directory.filePath("ca.pem");
+    Vornsim program({"package-server", "--ca-file", authority, "--silence", "request"});
     const QJsonObject ready = program.nextEvent();
-    EXPECT_THAT(ready.value(QStringLiteral("host")).toString().toStdString(),
-                testing::StartsWith("127.0.0.1:"));
-    EXPECT_EQ(ready.value(QStringLiteral("ca")).toString(), authority);
+    EXPECT_THAT(ready.value("host").toString().toStdString(), testing::StartsWith("127.0.0.1:"));
+    EXPECT_EQ(ready.value("ca").toString(), authority);
     EXPECT_TRUE(contentOf(authority).startsWith("-----BEGIN CERTIFICATE-----"));
     program.terminate();
-    EXPECT_EQ(program.nextEvent().value(QStringLiteral("event")), QStringLiteral("report"));
+    EXPECT_EQ(program.nextEvent().value("event"), "report");
     EXPECT_EQ(program.exitStatus(), 0);
 }
 
 TEST(Program, WritesSamplesAndAPackageThatAnotherToolReads)
 {
     const QTemporaryDir directory;
-    const QString folder = directory.filePath(QStringLiteral("firmware"));
-    EXPECT_EQ(Vornsim({QStringLiteral("sample-firmware"), folder}).exitStatus(), 0);
+    const QString folder = directory.filePath("firmware");
+    EXPECT_EQ(Vornsim({"sample-firmware", folder}).exitStatus(), 0);
     EXPECT_EQ(QDir(folder).entryList(QDir::Files).size(),
               static_cast<qsizetype>(sampleFirmware(SampleRelease::Installed).size()));
-    const QString package = directory.filePath(QStringLiteral("package.zip"));
-    EXPECT_EQ(Vornsim({QStringLiteral("sample-package"), package}).exitStatus(), 0);
-    EXPECT_EQ(QProcess::execute(QStringLiteral("unzip"), {QStringLiteral("-tqq"), package}), 0);
+    const QString package = directory.filePath("package.zip");
+    EXPECT_EQ(Vornsim({"sample-package", package}).exitStatus(), 0);
+    EXPECT_EQ(QProcess::execute("unzip", {"-tqq", package}), 0);
 }
 
 TEST(Program, ExplainsEachMistakeAndEndsWithItsStatus)

@@ -45,7 +45,7 @@ public:
         SerialDevice device;
         device.calloutDevice = link.isEmpty() ? m_path : link;
         device.dialinDevice = m_path;
-        device.ttyDevice = QStringLiteral("usbserial-test");
+        device.ttyDevice = "usbserial-test";
         return std::make_shared<SerialDevice>(device);
     }
 

@@ -5,13 +5,13 @@ namespace {
 
 using Outcome = UpdateResult::Outcome;
 
-const QString kFailed = QStringLiteral("Prompt:Firmware update failed,please try again");
-const QString kNoResponse = QStringLiteral("Prompt:Device does not respond during firmware update");
+const QString kFailed = "Prompt:Firmware update failed,please try again";
+const QString kNoResponse = "Prompt:Device does not respond during firmware update";
 const QString kEraseFailed =
-    QStringLiteral("Prompt:Failed to erase the fixed phone of the device ,please try again");
-const QStringList kProgress{QStringLiteral("Prompt:0%progress,updating firmware"),
-                            QStringLiteral("Prompt:33%progress,updating firmware"),
-                            QStringLiteral("Prompt:66%progress,updating firmware")};
+    "Prompt:Failed to erase the fixed phone of the device ,please try again";
+const QStringList kProgress{"Prompt:0%progress,updating firmware",
+                            "Prompt:33%progress,updating firmware",
+                            "Prompt:66%progress,updating firmware"};
 const QStringList kPulse{kRtsHigh, kRtsLow};
 
 // An image of three data frames and an empty last one.

@@ -21,8 +21,8 @@ namespace vorn {
 
 using namespace std::chrono_literals;
 
-inline const QString kRtsHigh = QStringLiteral("RTS high");
-inline const QString kRtsLow = QStringLiteral("RTS low");
+inline const QString kRtsHigh = "RTS high";
+inline const QString kRtsLow = "RTS low";
 
 // Waits that only a hanging test reaches.
 inline UpdateTimings patientTimings()
@@ -70,7 +70,7 @@ public:
     {
         SerialDevice record;
         record.calloutDevice = device.slavePath();
-        record.ttyDevice = QStringLiteral("usbserial-test");
+        record.ttyDevice = "usbserial-test";
         port = ORSSerialPort::serialPortWithDevice(std::make_shared<SerialDevice>(record));
         port->setDelegate(this);
         QObject::connect(port.get(), &ORSSerialPort::RTSChanged, &m_context,
@@ -146,7 +146,7 @@ public:
     void versionQueryDidEnd() override { ++endedQueries; }
 
     const QTemporaryDir folder;
-    const QString imagePath = folder.filePath(QStringLiteral("VORN-image.bin"));
+    const QString imagePath = folder.filePath("VORN-image.bin");
     SimulatedDevice device;
     ORSSerialPortPtr port;
     std::unique_ptr<Updater> updater;

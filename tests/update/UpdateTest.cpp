@@ -23,8 +23,7 @@ QStringList eventsOfUpdate(qsizetype length)
         if (events.back() != text)
             events.append(text);
     }
-    return events << kRtsHigh << QStringLiteral("Prompt:100% progress,successfully update")
-                  << kRtsLow;
+    return events << kRtsHigh << "Prompt:100% progress,successfully update" << kRtsLow;
 }
 
 void expectUpdated(UpdateRig &rig, const QByteArray &image, std::size_t run = 1)
@@ -153,7 +152,7 @@ TEST(Update, NeedsNoProcessorTimeWhileTheDeviceErases)
     rig.onErasing = [&] { before = processorTime(); };
     double used = 0;
     rig.onText = [&](const QString &text) {
-        if (text.startsWith(QStringLiteral("Prompt:0%")))
+        if (text.startsWith("Prompt:0%"))
             used = processorTime() - before;
     };
     rig.update(sampleImage(250));

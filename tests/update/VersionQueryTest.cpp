@@ -24,7 +24,7 @@ TEST(VersionQuery, StoresTheDevicesModelCodeAndASilentDeviceLeavesIt)
         rig.updater->getTargetVersion(rig.port);
         ASSERT_TRUE(eventually([&] { return rig.endedQueries > endedBefore; }));
         EXPECT_EQ(rig.updater->targetVersion(), 200);
-        const QStringList text{QStringLiteral("Prompt:Firmware update failed,please try again")};
+        const QStringList text{"Prompt:Firmware update failed,please try again"};
         EXPECT_EQ(rig.events, kind == FaultKind::Refuse ? kPulse : kPulse + text);
     }
     EXPECT_EQ(rig.device.report().errors, QStringList());

@@ -45,7 +45,7 @@ protected:
     ArchiveTest() { m_archive.setDelegate(m_listener); }
 
     QString path(const QString &name) const { return m_folder.filePath(name); }
-    QString out() const { return path(QStringLiteral("out")); }
+    QString out() const { return path("out"); }
 
     static bool write(const QString &file, const QByteArray &bytes)
     {
