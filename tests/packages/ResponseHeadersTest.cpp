@@ -20,13 +20,6 @@ TEST(ResponseHeadersTest, OnlyAPlainNumberIsAnExpectedLength)
     EXPECT_EQ(expectedLength({}), 0);
 }
 
-TEST(ResponseHeadersTest, AnAbsentDateIsNotAnEmptyOne)
-{
-    EXPECT_FALSE(lastModifiedValue({}).has_value());
-    EXPECT_EQ(lastModifiedValue(""), QString(""));
-    EXPECT_EQ(lastModifiedValue("Tue, 01 Apr 2025 10:00:00 GMT"), "Tue, 01 Apr 2025 10:00:00 GMT");
-}
-
 TEST(ResponseHeadersTest, AServerNamesAFileAndNeverAPlace)
 {
     struct Case

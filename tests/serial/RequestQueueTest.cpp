@@ -294,45 +294,43 @@ TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
     ORSSerialRequestPtr last;
 
     std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            while (!done) {
-                const auto next = ORSSerialRequest::requestWithDataToSend("x", false, 5ms, answer);
-                {
-                    const std::lock_guard lock(lastMutex);
-                    last = next;
-                }
-                port->sendRequest(next);
-            }
-        });
-    }
-    for (int i = 0; i < 2; ++i) {
-        threads.emplace_back([&, i] {
-            for (int n = 0; !done; ++n) {
-                ORSSerialRequestPtr victim;
-                {
-                    const std::lock_guard lock(lastMutex);
-                    victim = last;
-                }
-                port->cancelQueuedRequest(victim);
-                if (i == 0 && n % 100 == 0)
-                    port->cancelAllQueuedRequests();
-                std::this_thread::sleep_for(100us);
-            }
-        });
-    }
-    threads.emplace_back([&] { // the device, which answers every byte
-        std::array<char, 256> bytes{};
-        while (!done) {
-            pollfd waiting{terminal.master(), POLLIN, 0};
-            if (::poll(&waiting, 1, 10) <= 0)
-                continue;
-            const ssize_t got = ::read(terminal.master(), bytes.data(), bytes.size());
-            for (ssize_t n = 0; n < got; ++n)
-                std::ignore = ::write(terminal.master(), "\xAF", 1);
-            if (got <= 0) // nobody has the terminal open
-                std::this_thread::sleep_for(1ms);
+    const auto repeat = [&](int threadCount, const std::function<void(int)> &job) {
+        for (int i = 0; i < threadCount; ++i) {
+            threads.emplace_back([&done, job] {
+                for (int turn = 0; !done; ++turn)
+                    job(turn);
+            });
         }
+    };
+    repeat(4, [&](int) {
+        const auto next = ORSSerialRequest::requestWithDataToSend("x", false, 5ms, answer);
+        {
+            const std::lock_guard lock(lastMutex);
+            last = next;
+        }
+        port->sendRequest(next);
+    });
+    repeat(2, [&](int turn) {
+        ORSSerialRequestPtr victim;
+        {
+            const std::lock_guard lock(lastMutex);
+            victim = last;
+        }
+        port->cancelQueuedRequest(victim);
+        if (turn % 200 == 0)
+            port->cancelAllQueuedRequests();
+        std::this_thread::sleep_for(100us);
+    });
+    repeat(1, [&](int) { // the device, which answers every byte
+        std::array<char, 256> bytes{};
+        pollfd waiting{terminal.master(), POLLIN, 0};
+        if (::poll(&waiting, 1, 10) <= 0)
+            return;
+        const ssize_t got = ::read(terminal.master(), bytes.data(), bytes.size());
+        for (ssize_t n = 0; n < got; ++n)
+            std::ignore = ::write(terminal.master(), "\xAF", 1);
+        if (got <= 0) // nobody has the terminal open
+            std::this_thread::sleep_for(1ms);
     });
     const auto end = std::chrono::steady_clock::now() + 10s;
     while (std::chrono::steady_clock::now() < end) {

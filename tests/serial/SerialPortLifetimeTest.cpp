@@ -9,9 +9,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-class SerialPortLifetimeTest : public SerialPortFixture
-{
-};
+using SerialPortLifetimeTest = SerialPortFixture;
 
 TEST_F(SerialPortLifetimeTest, ADelegateMayOpenThePortAgainWhenItHearsOfItsEnd)
 {

@@ -1,9 +1,5 @@
 #include "tests/simulator/TestUpdater.h"
 
-#include <QDir>
-#include <QFileInfo>
-#include <QTemporaryDir>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -117,33 +113,6 @@ TEST(Device, PacesTheLineInBothDirectionsAndHoldsEachAnswerBack)
     const auto least = std::chrono::microseconds(bytes * 10'000'000LL / 115200) + 26 * 20ms;
     EXPECT_GE(took, least);
     EXPECT_LE(took, least * 2 + 500ms);
-}
-
-TEST(DeviceLink, ReplacesADanglingLinkNothingElseAndComesBackAfterAnUnplugging)
-{
-    const QTemporaryDir directory;
-    DeviceOptions options;
-    options.directory = directory.path();
-    options.name = "usbserial-test";
-    options.faults = {{BootStep::Frame, FaultKind::Unplug, 2, 0, 1}};
-    options.replugAfter = 50ms;
-    const QString link = directory.filePath(options.name);
-    ASSERT_TRUE(QFile::link("/dev/pts/none", link));
-    {
-        const TestedDevice tested(options);
-        EXPECT_EQ(QFile::symLinkTarget(link), tested.device.slavePath());
-        EXPECT_FALSE(tested.updater.update(sampleImage(1000), 2));
-        ASSERT_TRUE(tested.device.waitForPlugged(true, 5s));
-        EXPECT_TRUE(TestUpdater(tested.device.path()).update(sampleImage(1000), 2));
-        EXPECT_EQ(tested.device.report().image, sampleImage(1000));
-
-        ASSERT_TRUE(QFile::remove(link));
-        ASSERT_TRUE(QDir().mkdir(link));
-    }
-    QString problem;
-    EXPECT_FALSE(SimulatedDevice(options).start(&problem));
-    EXPECT_THAT(problem.toStdString(), testing::HasSubstr("File exists"));
-    EXPECT_TRUE(QFileInfo(link).isDir()) << "what another one put there is left alone";
 }
 
 } // namespace

@@ -2,15 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-
 namespace vorn {
 namespace {
 
 using namespace std::chrono_literals;
 
 const QByteArray kAck = QByteArray::fromHex("af");
-const QByteArray kNak = QByteArray::fromHex("fc");
 
 class ReceiveBufferTest : public testing::Test
 {
@@ -25,21 +22,6 @@ protected:
     const ReceiveBuffer::Sequence sequence = buffer.beginSequence();
 };
 
-TEST_F(ReceiveBufferTest, EachAnswerCountsOnceAndForTheFrameBeforeItOnly)
-{
-    for (const QByteArray &chunk : {QByteArray(), QByteArray("noise"), kAck + kNak, kAck})
-        buffer.receive(chunk);
-    ASSERT_EQ(wait(), Verdict::Ack);
-    buffer.splitChunk();
-    EXPECT_EQ(wait(), Verdict::Nak) << "before what came later";
-    buffer.splitChunk();
-    EXPECT_EQ(wait(), Verdict::Ack);
-    EXPECT_EQ(wait(), Verdict::Timeout);
-    buffer.receive(kAck);
-    EXPECT_TRUE(buffer.frameGoesOut(sequence));
-    EXPECT_EQ(wait(), Verdict::Timeout);
-}
-
 TEST_F(ReceiveBufferTest, AnAnswerThatStaysShortIsNotCompletedByTheOneBefore)
 {
     for (const char *piece : {"af", "00", "000807"})
@@ -51,34 +33,6 @@ TEST_F(ReceiveBufferTest, AnAnswerThatStaysShortIsNotCompletedByTheOneBefore)
     ASSERT_EQ(wait(), Verdict::Ack);
     EXPECT_FALSE(buffer.completeChunk(sequence, 4, 1ms));
     EXPECT_EQ(buffer.byteAt(3), 0);
-}
-
-TEST_F(ReceiveBufferTest, ANewSequenceAbandonsTheOneThatWaits)
-{
-    std::thread successor([&] { buffer.beginSequence(); });
-    EXPECT_EQ(wait(20s), Verdict::Abandoned);
-    successor.join();
-    EXPECT_FALSE(buffer.frameGoesOut(sequence));
-    buffer.unlessSucceeded(sequence, [] { ADD_FAILURE() << "the line is another one's"; });
-
-    const auto last = buffer.beginSequence();
-    buffer.abandonSequence();
-    EXPECT_FALSE(buffer.isCurrent(last));
-    bool acted = false;
-    buffer.unlessSucceeded(last, [&] { acted = true; });
-    EXPECT_TRUE(acted) << "nobody else puts the line back";
-}
-
-TEST_F(ReceiveBufferTest, ALostLinkEndsTheWaitBehindWhatArrivedBefore)
-{
-    buffer.receive(kAck);
-    std::thread unplug([&] { buffer.linkWasLost(); });
-    EXPECT_EQ(wait(20s), Verdict::Ack);
-    EXPECT_EQ(wait(20s), Verdict::LinkLost);
-    unplug.join();
-
-    const auto next = buffer.beginSequence();
-    EXPECT_EQ(buffer.waitForVerdict(next, 0ms), Verdict::Timeout) << "the next one has a new link";
 }
 
 TEST_F(ReceiveBufferTest, BytesBeyondItsSizeAreDropped)

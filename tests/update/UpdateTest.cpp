@@ -161,22 +161,5 @@ TEST(Update, NeedsNoProcessorTimeWhileTheDeviceErases)
     EXPECT_LT(used, 0.3) << "of one second; polling would take all of it";
 }
 
-TEST(Update, ASecondPressDuringARunDoesNothing)
-{
-    UpdateRig rig(with(&DeviceOptions::eraseTime, 100ms));
-    rig.onErasing = [&] {
-        EXPECT_TRUE(rig.updater->isUpdating());
-        rig.updater->startUpdate(rig.port, rig.imagePath);
-        rig.updater->getTargetVersion(rig.port);
-    };
-    rig.update(sampleImage(250));
-    rig.updater->startUpdate(rig.port, rig.imagePath);
-    expectUpdated(rig, sampleImage(250));
-    rig.settle();
-    EXPECT_EQ(rig.events, eventsOfUpdate(250));
-    EXPECT_EQ(rig.results.size(), 1U);
-    EXPECT_EQ(rig.device.report().exchanges, 1);
-}
-
 } // namespace
 } // namespace vorn
