@@ -106,13 +106,17 @@ protected:
             QTest::keyClick(firmware, Qt::Key_Down);
         ASSERT_EQ(choice->text(), "Prompt:Firmware selected");
     }
-    // The list follows the device half a second after the opening; a choice made before is lost.
-    void openAndChoose(SimulatedDevice &device, const QString &file)
+    void plugInAndSelect(SimulatedDevice &device)
     {
         plugIn(device);
         if (!controller)
             show();
         ASSERT_TRUE(eventually([&] { return says(connection, "not opened"); }));
+    }
+    // The list follows the device half a second after the opening; a choice made before is lost.
+    void openAndChoose(SimulatedDevice &device, const QString &file)
+    {
+        ASSERT_NO_FATAL_FAILURE(plugInAndSelect(device));
         open();
         const QStringList all = titles(firmware);
         ASSERT_TRUE(eventually([&] {
@@ -245,9 +249,8 @@ TEST_F(WindowTest, AfterACablePulledOutDuringAnUpdateTheNextOneSucceeds)
 {
     const QByteArray image = writeFirmware(kImage, 5000);
     writeFirmware("VORN_I-1.bin", 10);
-    DeviceOptions options = deviceNamed("usbserial-one");
-    options.faults = {*parseFault("frame:3=unplug,times=1", nullptr)};
-    SimulatedDevice device(options);
+    SimulatedDevice device(deviceNamed("usbserial-one"));
+    device.setFaults({*parseFault("frame:3=unplug,times=1", nullptr)});
     ASSERT_NO_FATAL_FAILURE(openAndChoose(device, kImage));
     press(updateButton);
     ASSERT_TRUE(eventually([&] { return says(connection, "No device selected"); }));
@@ -270,9 +273,8 @@ TEST_F(WindowTest, ClosingThePortDuringAnUpdateEndsItAndSaysSo)
 {
     writeFirmware(kImage, 65536);
     writeFirmware("VORN_I-1.bin", 10);
-    DeviceOptions options = deviceNamed("usbserial-one");
-    options.faults = {*parseFault("frame:20=silence,times=1", nullptr)};
-    SimulatedDevice device(options);
+    SimulatedDevice device(deviceNamed("usbserial-one"));
+    device.setFaults({*parseFault("frame:20=silence,times=1", nullptr)});
     ASSERT_NO_FATAL_FAILURE(openAndChoose(device, kImage));
     press(updateButton);
     ASSERT_TRUE(eventually([&] { return device.report().downloadFrames == 20; }));
@@ -290,9 +292,7 @@ TEST_F(WindowTest, ADeviceThatTellsItsModelLateGetsItsListLate)
     DeviceOptions options = deviceNamed("usbserial-one", 2);
     options.answerDelay = 300ms; // sync and connect together take longer than the first filling
     SimulatedDevice device(options);
-    plugIn(device);
-    show();
-    ASSERT_TRUE(eventually([&] { return says(connection, "not opened"); }));
+    ASSERT_NO_FATAL_FAILURE(plugInAndSelect(device));
     open();
     EXPECT_TRUE(eventually([&] {
         return titles(firmware) == QStringList{"No firmware selected", "VORN_I-1.bin"};
@@ -302,9 +302,7 @@ TEST_F(WindowTest, ADeviceThatTellsItsModelLateGetsItsListLate)
 TEST_F(WindowTest, APortThatAnotherProgramHoldsFailsToOpen)
 {
     SimulatedDevice device(deviceNamed("usbserial-one"));
-    plugIn(device);
-    show();
-    ASSERT_TRUE(eventually([&] { return says(connection, "not opened"); }));
+    ASSERT_NO_FATAL_FAILURE(plugInAndSelect(device));
     const FileDescriptor other(
         ::open(QFile::encodeName(device.slavePath()).constData(), O_RDWR | O_NOCTTY));
     ASSERT_EQ(::flock(other.get(), LOCK_EX | LOCK_NB), 0);
@@ -316,9 +314,7 @@ TEST_F(WindowTest, APortThatAnotherProgramHoldsFailsToOpen)
 TEST_F(WindowTest, AnotherDeviceThatComesClosesTheOpenPortAndKeepsTheButton)
 {
     SimulatedDevice first(deviceNamed("usbserial-one"));
-    plugIn(first);
-    show();
-    ASSERT_TRUE(eventually([&] { return says(connection, "not opened"); }));
+    ASSERT_NO_FATAL_FAILURE(plugInAndSelect(first));
     open();
     const ORSSerialPortPtr port = controller->serialPort();
     SimulatedDevice other(deviceNamed("x"));

@@ -106,6 +106,12 @@ private:
     int m_status = 0;
 };
 
+void write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+}
+
 class PackageKillTest : public testing::TestWithParam<QString>
 {
 };
@@ -116,14 +122,13 @@ TEST_P(PackageKillTest, AProgramKilledBeforeAnyChangeOfItsFilesLeavesTheOldFirmw
     QTemporaryDir home(QDir("/dev/shm").exists() ? "/dev/shm/vorn-XXXXXX" : QString());
     const QString cache = home.filePath("cache");
     qputenv("XDG_CACHE_HOME", cache.toUtf8());
-    QFile archive(home.filePath("archive.zip"));
-    ASSERT_TRUE(archive.open(QIODevice::WriteOnly));
-    archive.write(makeArchive(
-        {{"VornUpdate2/", {}}, {"VornUpdate2/a.bin", "A"}, {"VornUpdate2/sub/same.bin", "new"}}));
-    archive.close();
+    const QString archive = home.filePath("archive.zip");
+    write(archive, makeArchive({{"VornUpdate2/", {}},
+                                {"VornUpdate2/a.bin", "A"},
+                                {"VornUpdate2/sub/same.bin", "new"}}));
     const Tree oldTree = {{"VornUpdate2/old.bin", "old"}, {"VornUpdate2/sub/same.bin", "old"}};
     const Tree newTree = {{"VornUpdate2/a.bin", "A"}, {"VornUpdate2/sub/same.bin", "new"}};
-    const QStringList arguments = {"VornUpdate2.zip", archive.fileName(), "stop", GetParam()};
+    const QStringList arguments = {"VornUpdate2.zip", archive, "stop", GetParam()};
 
     int oldSets = 0;
     int newSets = 0;
@@ -161,27 +166,22 @@ TEST(PackageSpaceTest, AFullDiskLeavesTheOldFirmware)
 {
     const QTemporaryDir home;
     const Tree newTree = {{"a.bin", QByteArray(100'000, 'A')}, {"b.bin", QByteArray(100'000, 'B')}};
-    QFile archive(home.filePath("archive.zip"));
-    ASSERT_TRUE(archive.open(QIODevice::WriteOnly));
-    archive.write(makeArchive({{"VornUpdate2/", {}},
-                               {"VornUpdate2/a.bin", newTree["a.bin"]},
-                               {"VornUpdate2/b.bin", newTree["b.bin"]}}));
-    archive.close();
+    write(home.filePath("archive.zip"), makeArchive({{"VornUpdate2/", {}},
+                                                     {"VornUpdate2/a.bin", newTree["a.bin"]},
+                                                     {"VornUpdate2/b.bin", newTree["b.bin"]}}));
     // A file system of the size $1, in a name space in which anybody may mount one.
-    QFile script(home.filePath("script"));
-    ASSERT_TRUE(script.open(QIODevice::WriteOnly));
-    script.write(R"(set -e; cd "$2"; mkdir -p cache; mount -t tmpfs -o size=$1 tmpfs cache
+    const QString script = home.filePath("script");
+    write(script, R"(set -e; cd "$2"; mkdir -p cache; mount -t tmpfs -o size=$1 tmpfs cache
 mkdir cache/VornUpdate2; echo -n old >cache/VornUpdate2/old.bin
 trap 'rm -rf result; cp -r cache/VornUpdate2 result' EXIT
 XDG_CACHE_HOME="$2/cache" "$3" VornUpdate2.zip "$2/archive.zip")");
-    script.close();
 
     int oldSets = 0;
     int newSets = 0;
     for (int size = 8'192; size < 400'000; size += 32'768) {
         QProcess process;
-        process.start("unshare", {"--map-root-user", "--mount", "sh", script.fileName(),
-                                  QString::number(size), home.path(), INSTALL_PACKAGE});
+        process.start("unshare", {"--map-root-user", "--mount", "sh", script, QString::number(size),
+                                  home.path(), INSTALL_PACKAGE});
         ASSERT_TRUE(process.waitForFinished());
         const Tree tree = treeAt(home.filePath("result"));
         if (tree.isEmpty())

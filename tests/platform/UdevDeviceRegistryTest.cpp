@@ -163,16 +163,7 @@ TEST_F(UdevDeviceRegistryTest, TheFirstPortOfAnAdapterIsNumberedBeforeTheOthersE
     EXPECT_EQ(watcher.take(1), Batches({{"+usbserial-TWO-0", "+usbmodem-ONE"}}));
 }
 
-TEST_F(UdevDeviceRegistryTest, WhereUdevsRulesDoNotRunTheDeviceSpeaksForItself)
-{
-    const QByteArray device =
-        add("usb", "1-1", {}, {{"serial", "A 9\n"}}, {{"DEVTYPE", "usb_device"}});
-    const QByteArray port = add("usb-serial", "ttyUSB0", device, {}, {});
-    add("tty", "ttyUSB0", port, {}, {{"DEVNAME", "/dev/ttyUSB0"}});
-    EXPECT_THAT(namesOf(UdevDeviceRegistry().devices()), ElementsAre("usbserial-A_9"));
-}
-
-TEST_F(UdevDeviceRegistryTest, OnlyTerminalsWithHardwareAreListed)
+TEST_F(UdevDeviceRegistryTest, OnlyTerminalsWithHardwareAreListedAlsoWhereUdevsRulesDoNotRun)
 {
     add("tty", "tty1", {}, {}, {{"DEVNAME", "/dev/tty1"}}); // no parent: a console
     const QByteArray board = add("platform", "serial8250", {}, {}, {});
@@ -183,6 +174,12 @@ TEST_F(UdevDeviceRegistryTest, OnlyTerminalsWithHardwareAreListed)
     EXPECT_EQ(devices.first()->ttyBaseName, "ttyS");
     EXPECT_EQ(devices.first()->ttySuffix, "1");
     EXPECT_EQ(devices.first()->dialinDevice, "/dev/ttyS1");
+    const QByteArray device =
+        add("usb", "1-1", {}, {{"serial", "A 9\n"}}, {{"DEVTYPE", "usb_device"}});
+    const QByteArray port = add("usb-serial", "ttyUSB0", device, {}, {});
+    add("tty", "ttyUSB0", port, {}, {{"DEVNAME", "/dev/ttyUSB0"}});
+    EXPECT_THAT(namesOf(UdevDeviceRegistry().devices()),
+                testing::UnorderedElementsAre("ttyS1", "usbserial-A_9"));
 }
 
 TEST_F(UdevDeviceRegistryTest, HostileSerialNumbersGiveSaneNames)

@@ -5,7 +5,6 @@
 #include <QTemporaryDir>
 
 #include <sys/ioctl.h>
-#include <sys/resource.h>
 
 #include <numeric>
 #include <thread>
@@ -43,17 +42,6 @@ bool isSame(const termios &a, const termios &b)
 {
     return a.c_iflag == b.c_iflag && a.c_oflag == b.c_oflag && a.c_cflag == b.c_cflag &&
            a.c_lflag == b.c_lflag;
-}
-
-std::chrono::microseconds processorTime()
-{
-    rusage usage{};
-    ::getrusage(RUSAGE_SELF, &usage);
-    const auto sum = [](const timeval &a, const timeval &b) {
-        return std::chrono::seconds(a.tv_sec + b.tv_sec) +
-               std::chrono::microseconds(a.tv_usec + b.tv_usec);
-    };
-    return sum(usage.ru_utime, usage.ru_stime);
 }
 
 TEST_F(SerialPortTest, EverySpeedReachesTheLineAtOpenAndWhileOpen)

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <concepts>
+#include <ctime>
 
 namespace vorn {
 
@@ -33,6 +34,14 @@ inline void runEventLoopFor(std::chrono::milliseconds time)
     QEventLoop loop;
     QTimer::singleShot(time, &loop, &QEventLoop::quit);
     loop.exec();
+}
+
+// What the whole process has used of the processors.
+inline std::chrono::nanoseconds processorTime()
+{
+    timespec time{};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
 } // namespace vorn
