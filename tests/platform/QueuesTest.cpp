@@ -32,14 +32,15 @@ private:
 
 TEST(MainQueueTest, ANestedEventLoopRunsTheJobsBehindIt)
 {
+    MainQueue &queue = MainQueue::instance(); // made on the main thread, which it serves
     QEventLoop nested;
     bool left = false;
     std::thread thread([&] {
-        MainQueue::instance().post([&] {
+        queue.post([&] {
             QTimer::singleShot(10s, &nested, [&] { nested.exit(1); });
             left = nested.exec() == 0;
         });
-        MainQueue::instance().post([&] { nested.quit(); });
+        queue.post([&] { nested.quit(); });
     });
     thread.join();
     EXPECT_TRUE(eventually([&] { return left; }));
