@@ -15,9 +15,9 @@ namespace {
 constexpr std::chrono::milliseconds kPinPollInterval{10};
 // The most that goes to the delegate in one piece.
 constexpr ssize_t kPieceSize = 1024;
-// What the kernel keeps of a terminal's input. Under a flood all of it is taken at once, and the
-// pieces go to the main thread together: each costs less than its hand-over would.
-constexpr std::size_t kReadSize = 4096;
+// Under a flood all that the kernel holds is taken at once (4 KiB, which it refills meanwhile), and
+// the pieces go to the main thread together: each costs less than its hand-over would.
+constexpr std::size_t kReadSize = 16384;
 constexpr std::size_t kMostPieces = 64;
 
 struct InputPin
