@@ -145,7 +145,7 @@ const std::array states{
     State{"12-download-unknown-length",
           [](Scene &scene) {
               scene.open();
-              scene.firmware(QStringLiteral("Prompt:Progressinf%"));
+              scene.firmware(QStringLiteral("Prompt:Progress--%"));
               scene.window().showDownloadBusy();
           }},
     State{"13-no-package-server",
