@@ -19,10 +19,10 @@
 // controls, keeps the device list in step with the system, opens and closes the port, and shows the
 // texts. Updates, the firmware folder and downloads are done by classes of their own. Main thread
 // only.
-class ViewController : public QObject,
-                       public ORSSerialPortDelegate,
-                       public vorn::UpdateObserver,
-                       private vorn::PackageObserver
+class ViewController final : public QObject,
+                             public ORSSerialPortDelegate,
+                             public vorn::UpdateObserver,
+                             private vorn::PackageObserver
 {
     Q_OBJECT
 

@@ -50,7 +50,7 @@ inline QByteArray sampleImage(qsizetype length)
 
 // A simulated device, a port on its terminal and an updater, as the program wires them, and what
 // its user would see.
-class UpdateRig : public ORSSerialPortDelegate, public UpdateObserver
+class UpdateRig final : public ORSSerialPortDelegate, public UpdateObserver
 {
 public:
     explicit UpdateRig(const DeviceOptions &options = {},
