@@ -40,7 +40,7 @@ void BootLoaderLink::sendSyncByte()
 
 bool BootLoaderLink::sendCmdOrData(QByteArrayView frame, qsizetype byteLenght)
 {
-    if (!awaitRelease())
+    if (waitForAnswer() != Verdict::Ack)
         return false;
     transmit(frame.first(byteLenght));
     return true;
@@ -55,14 +55,6 @@ Verdict BootLoaderLink::waitForAnswer()
         m_lastVerdict = m_buffer->waitForVerdict(m_sequence, 0ms);
     }
     return m_lastVerdict;
-}
-
-bool BootLoaderLink::awaitRelease()
-{
-    waitForAnswer();
-    if (gotNoAnswer())
-        showText(texts::kUpdateFailed);
-    return m_lastVerdict == Verdict::Ack;
 }
 
 void BootLoaderLink::transmit(QByteArrayView frame)
@@ -81,7 +73,7 @@ bool BootLoaderLink::connect()
 
 bool BootLoaderLink::queryVersion()
 {
-    if (!awaitRelease())
+    if (waitForAnswer() != Verdict::Ack)
         return false;
     // Before the next frame goes out, since what arrives then answers that one.
     if (!m_buffer->completeChunk(m_sequence, kVersionByte + 1, m_timings.answerGap)) {
@@ -106,9 +98,9 @@ void BootLoaderLink::keepSecondAnswer()
         m_buffer->splitChunk();
 }
 
-void BootLoaderLink::showText(const QString &text)
+QStringList BootLoaderLink::noAnswerTexts() const
 {
-    tell([&](UpdateObserver &observer) { observer.showUpdateText(text); });
+    return gotNoAnswer() ? QStringList(texts::kUpdateFailed) : QStringList();
 }
 
 void BootLoaderLink::tell(const std::function<void(UpdateObserver &)> &call)

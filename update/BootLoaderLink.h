@@ -5,7 +5,7 @@
 #include "update/UpdateObserver.h"
 
 #include <QByteArrayView>
-#include <QString>
+#include <QStringList>
 
 #include <chrono>
 #include <functional>
@@ -43,8 +43,8 @@ public:
     void sendSyncByte();
     // Waits for the device's acknowledgement of what was sent before, then sends the first
     // byteLenght bytes of the frame, which carries its checksum already. False when the device
-    // refused, did not answer (a text tells), or the sequence was abandoned; lastVerdict() tells
-    // which.
+    // refused, did not answer (noAnswerTexts() are to be shown then), or the sequence was
+    // abandoned; lastVerdict() tells which.
     bool sendCmdOrData(QByteArrayView frame, qsizetype byteLenght);
     // Waits for an answer that releases nothing.
     Verdict waitForAnswer();
@@ -73,8 +73,8 @@ public:
         return m_lastVerdict == Verdict::Timeout || m_lastVerdict == Verdict::LinkLost;
     }
 
-    // Shows a status text and returns when it is shown.
-    void showText(const QString &text);
+    // What tells that a frame was not released for want of an answer; none when there was one.
+    QStringList noAnswerTexts() const;
     // Calls the observer on the main thread, if it and the sequence are still there by then, and
     // returns afterwards.
     void tell(const std::function<void(UpdateObserver &)> &call);
@@ -87,7 +87,6 @@ public:
     void scheduleRtsLow();
 
 private:
-    bool awaitRelease();
     void transmit(QByteArrayView frame);
 
     const ORSSerialPortPtr m_port;

@@ -3,6 +3,7 @@
 #include "platform/WeakDelegate.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -37,6 +38,10 @@ struct UpdateResult
     UpdateStep step = UpdateStep::Finish;
     qint64 frame = -1;   // index of the data frame that was not released, -1 outside the data
     QString description; // one line with the cause, empty on success
+    QStringList texts;   // the status texts that the end shows, in order; a refusal may have none
+    // The end pulls RTS low again: on success, to start the new firmware, and when the device did
+    // not confirm the last of the data.
+    bool lowersRts = false;
 
     bool succeeded() const { return outcome == Outcome::Success; }
 };

@@ -62,11 +62,13 @@ UpdateResult UpdateRun::run()
 bool UpdateRun::handshake()
 {
     if (!m_link.connect()) {
-        m_link.showText(texts::kDeviceDoesNotRespond);
+        m_result.texts = m_link.noAnswerTexts() + QStringList(texts::kDeviceDoesNotRespond);
         return failAt(UpdateStep::Connect);
     }
-    if (!m_link.queryVersion())
+    if (!m_link.queryVersion()) {
+        m_result.texts = m_link.noAnswerTexts();
         return failAt(UpdateStep::QueryVersion);
+    }
     if (const auto version = m_link.reportedVersion())
         *m_targetVersion = *version;
     return true;
@@ -76,7 +78,7 @@ bool UpdateRun::readImage()
 {
     m_result.step = UpdateStep::ReadImage;
     if (m_imagePath.isNull()) {
-        m_link.showText(texts::kNoFirmwareSelected);
+        m_result.texts = {texts::kNoFirmwareSelected};
         m_result.outcome = UpdateResult::Outcome::NoFirmwareChosen;
         m_result.description = QStringLiteral("No firmware file is chosen");
         return false;
@@ -84,7 +86,7 @@ bool UpdateRun::readImage()
     auto image = readFirmwareImage(m_imagePath);
     if (const auto *error = std::get_if<ImageError>(&image)) {
         // Before the download command: the device has not given up its old firmware yet.
-        m_link.showText(texts::kUpdateFailed);
+        m_result.texts = {texts::kUpdateFailed};
         m_result.outcome = UpdateResult::Outcome::ImageUnusable;
         m_result.description = error->description();
         return false;
@@ -97,7 +99,7 @@ bool UpdateRun::readImage()
 bool UpdateRun::startDownload()
 {
     if (!send(CmdDownload(), UpdateStep::Download)) {
-        m_link.showText(texts::kUpdateFailed);
+        m_result.texts += texts::kUpdateFailed;
         return false;
     }
     return send(DownloadHeader(static_cast<quint32>(m_image.size())), UpdateStep::Header);
@@ -114,7 +116,7 @@ bool UpdateRun::waitForErase()
         return true;
     }
     if (m_link.gotNoAnswer())
-        m_link.showText(texts::kEraseFailed);
+        m_result.texts = {texts::kEraseFailed};
     return failAt(UpdateStep::Erase);
 }
 
@@ -143,24 +145,22 @@ bool UpdateRun::sendLastData()
 bool UpdateRun::finish()
 {
     const Verdict verdict = m_link.waitForAnswer();
-    if (m_link.gotNoAnswer()) {
-        m_link.showText(texts::kUpdateFailed);
-        m_link.scheduleRtsLow();
-    }
-    if (verdict != Verdict::Ack)
+    m_result.lowersRts = verdict == Verdict::Ack || m_link.gotNoAnswer();
+    if (verdict != Verdict::Ack) {
+        m_result.texts = m_link.noAnswerTexts();
         return failAt(UpdateStep::Finish);
+    }
     m_link.raiseRts();
-    m_link.tell([](UpdateObserver &observer) {
-        observer.updateDidProgress(100);
-        observer.showUpdateText(texts::kUpdated);
-    });
-    m_link.scheduleRtsLow();
+    m_result.texts = {texts::kUpdated};
     return true;
 }
 
 bool UpdateRun::send(const QByteArray &frame, UpdateStep step, qint64 index)
 {
-    return m_link.sendCmdOrData(frame, frame.size()) || failAt(step, index);
+    if (m_link.sendCmdOrData(frame, frame.size()))
+        return true;
+    m_result.texts = m_link.noAnswerTexts();
+    return failAt(step, index);
 }
 
 bool UpdateRun::failAt(UpdateStep step, qint64 frame)

@@ -6,6 +6,17 @@
 #include "platform/GlobalQueue.h"
 
 namespace vorn {
+namespace {
+
+void showEnd(UpdateObserver &observer, const UpdateResult &result)
+{
+    if (result.succeeded())
+        observer.updateDidProgress(100);
+    for (const QString &text : result.texts)
+        observer.showUpdateText(text);
+}
+
+} // namespace
 
 Updater::Updater(UpdateObserver *observer, const UpdateTimings &timings)
     : m_observer(observer), m_timings(timings)
@@ -37,11 +48,16 @@ void Updater::startUpdate(const ORSSerialPortPtr &port, const QString &imagePath
     resetDeviceAndRun(
         port, [imagePath, version = m_targetVersion, updating = m_updating](BootLoaderLink link) {
             const UpdateResult result = UpdateRun(link, imagePath, version).run();
+            // With the end's texts: whoever reads them may press the button again at once.
             link.onMainThread([&](UpdateObserver *observer) {
+                if (observer)
+                    showEnd(*observer, result);
                 *updating = false;
                 if (observer)
                     observer->updateDidEnd(result);
             });
+            if (result.lowersRts)
+                link.scheduleRtsLow();
         });
 }
 

@@ -18,7 +18,11 @@ void VersionQuery::run()
         });
         m_link.scheduleRtsLow();
     }
-    m_link.tell([](UpdateObserver &observer) { observer.versionQueryDidEnd(); });
+    m_link.tell([this](UpdateObserver &observer) {
+        for (const QString &text : m_link.noAnswerTexts())
+            observer.showUpdateText(text);
+        observer.versionQueryDidEnd();
+    });
 }
 
 } // namespace vorn
