@@ -80,7 +80,7 @@ public:
         port->setBaudRate(115200);
         port->open();
     }
-    ~OurPort() { port->close(); }
+    ~OurPort() override { port->close(); }
     OurPort(const OurPort &) = delete;
     OurPort &operator=(const OurPort &) = delete;
 

@@ -116,7 +116,7 @@ public:
         m_port->setBaudRate(kBaud);
         m_port->open();
     }
-    ~WholeProgram() = default;
+    ~WholeProgram() override = default;
     WholeProgram(const WholeProgram &) = delete;
     WholeProgram &operator=(const WholeProgram &) = delete;
 

@@ -48,7 +48,7 @@ public:
                     std::function<qint32()> targetVersion, PackageObserver &observer,
                     Limits limits);
     // Ends transfers. A package that is being unpacked is installed or not, but never by half.
-    ~PackageDownload();
+    ~PackageDownload() override;
     PackageDownload(const PackageDownload &) = delete;
     PackageDownload &operator=(const PackageDownload &) = delete;
 

@@ -21,7 +21,7 @@ public:
     virtual void packageEnded(Outcome outcome, const PackageProblem &problem) = 0;
 
 protected:
-    ~PackageObserver() = default;
+    virtual ~PackageObserver() = default;
 };
 
 } // namespace vorn

@@ -34,7 +34,7 @@ public:
                                                     const PackageProblem &error) = 0;
 
 protected:
-    ~UrlSessionDelegate() = default;
+    virtual ~UrlSessionDelegate() = default;
 };
 
 // One transfer from the package server over HTTPS: certificates are always checked, redirects are

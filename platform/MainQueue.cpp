@@ -60,17 +60,18 @@ bool MainQueue::isCurrent() const
     return std::this_thread::get_id() == m_thread;
 }
 
-void MainQueue::enqueue(std::shared_ptr<Entry> entry)
+void MainQueue::enqueue(const std::shared_ptr<Entry> &entry)
 {
+    bool isClosed = false;
     bool wasEmpty = false;
     {
         const std::lock_guard lock(m_mutex);
-        if (!m_closed) {
-            wasEmpty = m_entries.empty();
-            m_entries.push_back(std::move(entry));
-        }
+        isClosed = m_closed;
+        wasEmpty = m_entries.empty();
+        if (!isClosed)
+            m_entries.push_back(entry);
     }
-    if (entry)
+    if (isClosed)
         entry->finish(Entry::State::Dropped);
     else if (wasEmpty)
         m_wake.set();
@@ -80,7 +81,7 @@ void MainQueue::post(Job job)
 {
     auto entry = std::make_shared<Entry>();
     entry->job = std::move(job);
-    enqueue(std::move(entry));
+    enqueue(entry);
 }
 
 bool MainQueue::postAndWait(const Job &job)

@@ -51,7 +51,7 @@ private:
 
     MainQueue();
     ~MainQueue();
-    void enqueue(std::shared_ptr<Entry> entry);
+    void enqueue(const std::shared_ptr<Entry> &entry);
 
     const std::thread::id m_thread;
     WakeEvent m_wake;

@@ -11,11 +11,12 @@ public:
     DelegateBase() = default;
     // A copy is another object with a life of its own.
     DelegateBase(const DelegateBase &) {}
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is assigned.
     DelegateBase &operator=(const DelegateBase &) { return *this; }
     std::weak_ptr<const void> lifetime() const { return m_life; }
 
 protected:
-    ~DelegateBase() = default;
+    virtual ~DelegateBase() = default;
 
 private:
     std::shared_ptr<const void> m_life = std::make_shared<char>();

@@ -83,7 +83,7 @@ public:
     }
 
 protected:
-    ~ORSSerialPortDelegate() = default;
+    ~ORSSerialPortDelegate() override = default;
 
 private:
     template <typename Mine, typename Inherited>

@@ -33,7 +33,7 @@ public:
     virtual void requestsQueueDidChange() = 0;
 
 protected:
-    ~RequestQueueHost() = default;
+    virtual ~RequestQueueHost() = default;
 };
 
 // A port's requests: at most one in flight, the pending one, and those that wait behind it, oldest

@@ -56,7 +56,7 @@ struct DeviceOptions
     std::chrono::milliseconds eraseTime{0};
     std::chrono::milliseconds answerDelay{0}; // from a frame's last bit to its answer's first
     int baud = 0; // bits per second of the simulated line, ten bits a byte; 0: no pacing
-    qsizetype flashSize = 16 * 1024 * 1024; // a longer image is refused
+    qsizetype flashSize = qsizetype{16} << 20; // a longer image is refused
 
     std::vector<int> connectPieces;        // lengths of the pieces that the connect answer comes in
     std::chrono::milliseconds pieceGap{5}; // between two such pieces

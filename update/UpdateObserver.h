@@ -64,7 +64,7 @@ public:
     virtual void versionQueryDidEnd() = 0;
 
 protected:
-    ~UpdateObserver() = default;
+    ~UpdateObserver() override = default;
 };
 
 } // namespace vorn

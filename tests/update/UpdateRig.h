@@ -61,7 +61,7 @@ public:
         EXPECT_TRUE(device.start(&problem)) << qPrintable(problem);
         openPort();
     }
-    ~UpdateRig() { closePort(); }
+    ~UpdateRig() override { closePort(); }
     UpdateRig(const UpdateRig &) = delete;
     UpdateRig &operator=(const UpdateRig &) = delete;
 
