@@ -35,13 +35,15 @@ public:
     void serialPortDidEncounterError(ORSSerialPort &, const ORSSerialPortError &error) override
     {
         EXPECT_EQ(error.description, QString::fromLocal8Bit(std::strerror(error.code)));
-        // A device that is gone shows by the one or the other, whoever looks first.
-        const int code = error.code == EIO ? ENXIO : error.code;
+        const int code = error.code == EIO && hangsUp ? ENXIO : error.code;
         keep(QByteArray("error ") + ::strerrorname_np(code));
     }
     void serialPortWasOpened(ORSSerialPort &) override { keep("opened"); }
     void serialPortWasClosed(ORSSerialPort &) override { keep("closed"); }
 
+    // A terminal that hangs up shows it by an end of file or by EIO, whoever looks first; then both
+    // are told as ENXIO.
+    bool hangsUp = false;
     // Called with each event as it comes.
     std::function<void(const QByteArray &event)> onEvent;
 

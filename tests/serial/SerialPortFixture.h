@@ -44,7 +44,11 @@ protected:
     ORSSerialPortPtr port = ORSSerialPort::serialPortWithDevice(terminal.device());
     RecordingDelegate delegate;
 
-    void SetUp() override { port->setDelegate(&delegate); }
+    void SetUp() override
+    {
+        delegate.hangsUp = true;
+        port->setDelegate(&delegate);
+    }
 };
 
 } // namespace vorn
