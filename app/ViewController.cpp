@@ -292,22 +292,22 @@ void ViewController::serialPortsWereDisconnected(const QVariantMap &userInfo)
 
 void ViewController::postUserNotificationForConnectedPorts(const ORSSerialPortList &ports)
 {
-    if (!vorn::DesktopNotifications::exists())
-        return;
-    for (const ORSSerialPortPtr &port : ports)
-        m_notifications.deliver(tr("Serial Port Connected"),
-                                tr("Serial Port %1 was connected to your Mac.").arg(port->name()));
-    getDeviceConnected();
+    announce(tr("Serial Port Connected"), tr("Serial Port %1 was connected to your Mac."), ports);
 }
 
 void ViewController::postUserNotificationForDisconnectedPorts(const ORSSerialPortList &ports)
 {
+    announce(tr("Serial Port Disconnected"), tr("Serial Port %1 was disconnected from your Mac."),
+             ports);
+}
+
+void ViewController::announce(const QString &title, const QString &text,
+                              const ORSSerialPortList &ports)
+{
     if (!vorn::DesktopNotifications::exists())
         return;
     for (const ORSSerialPortPtr &port : ports)
-        m_notifications.deliver(
-            tr("Serial Port Disconnected"),
-            tr("Serial Port %1 was disconnected from your Mac.").arg(port->name()));
+        m_notifications.deliver(title, text.arg(port->name()));
     getDeviceConnected();
 }
 

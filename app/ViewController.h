@@ -80,6 +80,7 @@ private:
     void packageEnded(Outcome outcome, const vorn::PackageProblem &problem) override;
 
     void wireControls();
+    void announce(const QString &title, const QString &text, const ORSSerialPortList &ports);
     void openSerialPort();
     void closeSerialPort();
     void portOpenChanged();

@@ -81,12 +81,15 @@ std::unique_ptr<StagingFolder> StagingFolder::create()
 StagingFolder::~StagingFolder()
 {
     std::error_code error;
-    for (const fs::path &path : entriesOf(setAside(), error)) {
+    const std::vector<fs::path> kept = entriesOf(setAside(), error);
+    if (error == std::errc::no_such_file_or_directory)
+        error.clear(); // nothing was ever set aside
+    for (const fs::path &path : kept) {
         const fs::path place = destination() / path.filename();
         if (!error && !fs::exists(fs::symlink_status(place, error)))
             fs::rename(path, place, error);
     }
-    if (error && error != std::errc::no_such_file_or_directory) {
+    if (error) {
         qCWarning(packagesLog, "cannot bring back what is in %s: %s", setAside().c_str(),
                   error.message().c_str());
         return; // the next start tries again

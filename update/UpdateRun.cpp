@@ -62,13 +62,12 @@ UpdateResult UpdateRun::run()
 bool UpdateRun::handshake()
 {
     if (!m_link.connect()) {
-        m_result.texts = m_link.noAnswerTexts() + QStringList(texts::kDeviceDoesNotRespond);
-        return failAt(UpdateStep::Connect);
+        failAt(UpdateStep::Connect);
+        m_result.texts += texts::kDeviceDoesNotRespond;
+        return false;
     }
-    if (!m_link.queryVersion()) {
-        m_result.texts = m_link.noAnswerTexts();
+    if (!m_link.queryVersion())
         return failAt(UpdateStep::QueryVersion);
-    }
     if (const auto version = m_link.reportedVersion())
         *m_targetVersion = *version;
     return true;
@@ -115,9 +114,10 @@ bool UpdateRun::waitForErase()
         m_link.keepSecondAnswer();
         return true;
     }
+    failAt(UpdateStep::Erase);
     if (m_link.gotNoAnswer())
         m_result.texts = {texts::kEraseFailed};
-    return failAt(UpdateStep::Erase);
+    return false;
 }
 
 bool UpdateRun::sendData()
@@ -146,10 +146,8 @@ bool UpdateRun::finish()
 {
     const Verdict verdict = m_link.waitForAnswer();
     m_result.lowersRts = verdict == Verdict::Ack || m_link.gotNoAnswer();
-    if (verdict != Verdict::Ack) {
-        m_result.texts = m_link.noAnswerTexts();
+    if (verdict != Verdict::Ack)
         return failAt(UpdateStep::Finish);
-    }
     m_link.raiseRts();
     m_result.texts = {texts::kUpdated};
     return true;
@@ -157,10 +155,7 @@ bool UpdateRun::finish()
 
 bool UpdateRun::send(const QByteArray &frame, UpdateStep step, qint64 index)
 {
-    if (m_link.sendCmdOrData(frame, frame.size()))
-        return true;
-    m_result.texts = m_link.noAnswerTexts();
-    return failAt(step, index);
+    return m_link.sendCmdOrData(frame, frame.size()) || failAt(step, index);
 }
 
 bool UpdateRun::failAt(UpdateStep step, qint64 frame)
@@ -168,6 +163,7 @@ bool UpdateRun::failAt(UpdateStep step, qint64 frame)
     using Outcome = UpdateResult::Outcome;
     m_result.step = step;
     m_result.frame = frame;
+    m_result.texts = m_link.noAnswerTexts();
     QString cause;
     if (m_link.lastVerdict() == Verdict::Nak) {
         m_result.outcome = Outcome::Refused;
