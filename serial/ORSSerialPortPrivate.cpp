@@ -10,6 +10,13 @@
 using vorn::MainQueue;
 using vorn::SerialTerminal;
 
+namespace {
+
+// The most that goes to the delegate in one piece.
+constexpr qsizetype kPieceSize = 1024;
+
+} // namespace
+
 ORSSerialPortPrivate::ORSSerialPortPrivate(ORSSerialPort *owner,
                                            const vorn::SerialDeviceHandle &itsDevice)
     : port(owner), device(itsDevice), path(ORSSerialPort::bsdCalloutPathFromDevice(itsDevice)),
@@ -168,22 +175,25 @@ bool ORSSerialPortPrivate::sendData(QByteArrayView data)
     return error == 0;
 }
 
-void ORSSerialPortPrivate::receiveData(const std::vector<QByteArray> &pieces)
+void ORSSerialPortPrivate::receiveData(const QByteArray &bytes)
 {
-    MainQueue::instance().post([self = shared_from_this(), pieces] {
-        for (const QByteArray &data : pieces) {
-            self->callDelegateAndWait([&](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
-                receiver.serialPortDidReceiveData(itsPort, data);
-            });
-        }
-    });
+    MainQueue::instance().post([self = shared_from_this(), bytes] { self->deliverData(bytes); });
     // With nobody to match for, no byte needs the walk.
     if (packetListeners.isEmpty() && !requests.isPending())
         return;
-    requestHandlingQueue.post([self = shared_from_this(), pieces] {
-        for (const QByteArray &data : pieces)
-            self->matchReceivedData(data);
-    });
+    requestHandlingQueue.post(
+        [self = shared_from_this(), bytes] { self->matchReceivedData(bytes); });
+}
+
+void ORSSerialPortPrivate::deliverData(const QByteArray &bytes)
+{
+    for (qsizetype at = 0; at < bytes.size(); at += kPieceSize) {
+        // Asked for each piece: the one before may have ended either.
+        ORSSerialPortDelegate *receiver = port ? port->delegate() : nullptr;
+        if (!receiver)
+            return;
+        receiver->serialPortDidReceiveData(*port, bytes.mid(at, kPieceSize));
+    }
 }
 
 void ORSSerialPortPrivate::matchReceivedData(const QByteArray &data)

@@ -50,8 +50,10 @@ public:
     void notifyOfModemLineError(vorn::SerialTerminal &terminal, int error);
 
     bool sendData(QByteArrayView data);
-    // Takes the bytes that were read, in the pieces in which the delegate gets them.
-    void receiveData(const std::vector<QByteArray> &pieces);
+    // Takes the bytes that were read.
+    void receiveData(const QByteArray &bytes);
+    // Gives them to the delegate in pieces; runs on the main thread.
+    void deliverData(const QByteArray &bytes);
     // Takes the bytes one at a time; runs on the request handling queue.
     void matchReceivedData(const QByteArray &data);
 

@@ -7,18 +7,18 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <vector>
 
 namespace vorn {
 namespace {
 
 constexpr std::chrono::milliseconds kPinPollInterval{10};
-// The most that goes to the delegate in one piece.
-constexpr ssize_t kPieceSize = 1024;
-// Under a flood all that the kernel holds is taken at once (4 KiB, which it refills meanwhile), and
-// the pieces go to the main thread together: each costs less than its hand-over would.
-constexpr std::size_t kReadSize = 16384;
-constexpr std::size_t kMostPieces = 64;
+// A read of at least this much means a flood: more is on its way.
+constexpr ssize_t kFlood = 1024;
+// What is read in a flood before the main thread hears of it, since waking it costs more than the
+// reading. Below the 128 KiB from which malloc() would map new memory each time.
+constexpr std::size_t kReadSize = 98304;
+// The kernel mostly refills its 4 KiB in less.
+constexpr std::chrono::microseconds kRefillTime{50};
 
 struct InputPin
 {
@@ -75,23 +75,37 @@ int PortLoop::waitAndHandle()
 
 int PortLoop::readWhatIsThere()
 {
-    std::vector<QByteArray> pieces;
-    std::array<char, kReadSize> bytes;
+    QByteArray bytes(kReadSize, Qt::Uninitialized);
+    std::size_t filled = 0;
     ssize_t count = 0;
     do {
-        count = ::read(m_terminal->descriptor(), bytes.data(), bytes.size());
-        for (ssize_t at = 0; at < count; at += kPieceSize)
-            pieces.emplace_back(bytes.data() + at, std::min(count - at, kPieceSize));
-    } while (count >= kPieceSize && pieces.size() < kMostPieces);
+        count = ::read(m_terminal->descriptor(), bytes.data() + filled, kReadSize - filled);
+        filled += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    } while (count >= kFlood && filled < kReadSize && isRefilled());
     // What ended the reading shows again with the next one.
-    if (!pieces.empty()) {
-        m_port->receiveData(pieces);
+    if (filled > 0) {
+        bytes.truncate(static_cast<qsizetype>(filled));
+        bytes.squeeze();
+        m_port->receiveData(bytes);
         return 0;
     }
     // A terminal that hung up is readable for ever and gives nothing; it must not be polled again.
     if (count == 0)
         return ENXIO;
     return errno == EAGAIN || errno == EINTR ? 0 : errno;
+}
+
+// To ask by read() or poll() would put this thread to sleep until the kernel's worker is done, and
+// in a flood that costs more than the time it takes.
+bool PortLoop::isRefilled() const
+{
+    const auto deadline = Clock::now() + kRefillTime;
+    int waiting = 0;
+    while (::ioctl(m_terminal->descriptor(), FIONREAD, &waiting) == 0 && waiting < kFlood) {
+        if (Clock::now() >= deadline)
+            return false;
+    }
+    return waiting >= kFlood;
 }
 
 int PortLoop::pollPins()

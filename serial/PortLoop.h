@@ -24,6 +24,8 @@ private:
     int waitAndHandle();
     int readWhatIsThere();
     int pollPins();
+
+    bool isRefilled() const;
     void updatePins(int lines);
     int millisecondsToPinPoll() const;
     void deviceIsGone(int error);

@@ -21,6 +21,7 @@ public:
     void serialPortWasRemovedFromSystem(ORSSerialPort &) override { keep("removed"); }
     void serialPortDidReceiveData(ORSSerialPort &, const QByteArray &data) override
     {
+        EXPECT_LE(data.size(), 1024);
         if (!m_events.isEmpty() && m_events.last().startsWith("data "))
             m_events.last() += data;
         else

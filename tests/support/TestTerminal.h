@@ -11,7 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
@@ -57,11 +59,18 @@ public:
         return attributes;
     }
 
-    // The device sends; all of it at once.
+    // The device sends: at once what the line takes, the rest as it is read.
     void send(QByteArrayView bytes) const
     {
-        EXPECT_EQ(::write(m_master.get(), bytes.data(), static_cast<size_t>(bytes.size())),
-                  bytes.size());
+        constexpr int kLimit = 30000;
+        pollfd room{m_master.get(), POLLOUT, 0};
+        while (!bytes.isEmpty() && ::poll(&room, 1, kLimit) == 1) {
+            const auto size = static_cast<size_t>(bytes.size());
+            const ssize_t count = ::write(m_master.get(), bytes.data(), size);
+            ASSERT_TRUE(count > 0 || errno == EAGAIN);
+            bytes = bytes.sliced(std::max<ssize_t>(count, 0));
+        }
+        EXPECT_TRUE(bytes.isEmpty());
     }
 
     // What has arrived at the device; does not wait.
