@@ -1,5 +1,6 @@
 #include "app/MainWindow.h"
 
+#include <QCloseEvent>
 #include <QCoreApplication>
 #include <QEvent>
 #include <QIcon>
@@ -9,6 +10,7 @@
 #include <array>
 #include <utility>
 
+#include "app/CloseQuestion.h"
 #include "ui_MainWindow.h"
 
 // A static library's resources are left out of a program unless something names them, and that only
@@ -37,8 +39,14 @@ QIcon programIcon()
 namespace vorn {
 
 MainWindow::MainWindow(QWidget *parent)
-    : QMainWindow(parent), m_ui(std::make_unique<Ui::MainWindow>())
+    : QMainWindow(parent), m_closeQuestion(new CloseQuestion(this)),
+      m_ui(std::make_unique<Ui::MainWindow>())
 {
+    connect(m_closeQuestion, &CloseQuestion::closeAnyway, this, [this] {
+        m_updateRuns = false;
+        close();
+    });
+
     loadResources();
     m_ui->setupUi(this);
     setCentralWidget(m_ui->view);
@@ -65,6 +73,13 @@ void MainWindow::showUpdateBusy()
 void MainWindow::resetUpdateProgress()
 {
     m_ui->updateProgress->clear();
+}
+
+void MainWindow::setUpdateRuns(bool runs)
+{
+    m_updateRuns = runs;
+    if (!runs)
+        m_closeQuestion->reject();
 }
 
 void MainWindow::showDownloadProgress(int percent)
@@ -139,6 +154,13 @@ void MainWindow::changeEvent(QEvent *event)
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
         alignControls();
     }
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    event->setAccepted(!m_updateRuns);
+    if (m_updateRuns)
+        m_closeQuestion->open();
 }
 
 // One height for what stands in a row, one column of buttons as wide as the widest text: the places

@@ -12,6 +12,7 @@ namespace vorn {
 namespace Ui {
 class MainWindow;
 }
+class CloseQuestion;
 
 /// The program's one window: what a person sees and presses. It knows nothing of ports, files or
 /// servers.
@@ -41,6 +42,9 @@ public:
     /// Empties the update's bar: call it when a run starts, and when one has failed.
     void resetUpdateProgress();
 
+    /// While an update runs, closing the window asks first; the question goes when the update ends.
+    void setUpdateRuns(bool runs);
+
     /// Shows how much of the package has arrived, 0 to 100, never walking back.
     void showDownloadProgress(int percent);
     /// Shows that a package of unknown length arrives, or that it is being unpacked.
@@ -59,6 +63,7 @@ protected:
     bool event(QEvent *event) override;
     void timerEvent(QTimerEvent *event) override;
     void changeEvent(QEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
 
 private:
     void alignControls();
@@ -66,6 +71,9 @@ private:
     // Runs while a frame has been drawn that is still new.
     QBasicTimer m_frame;
     bool m_frameWaits = false;
+
+    bool m_updateRuns = false;
+    CloseQuestion *const m_closeQuestion;
 
     const std::unique_ptr<Ui::MainWindow> m_ui;
 };

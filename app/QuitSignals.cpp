@@ -47,7 +47,8 @@ void QuitSignals::watch()
         sigset_t set = quitSignals();
         sigdelset(&set, SIGHUP);
         ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-        QCoreApplication::quit();
+        // quit() would ask the window first, and it asks back during an update.
+        QCoreApplication::exit();
     });
 }
 

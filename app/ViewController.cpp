@@ -338,6 +338,7 @@ void ViewController::updateDidBegin()
 {
     m_percent = 0;
     m_window.resetUpdateProgress();
+    m_window.setUpdateRuns(true);
 }
 
 void ViewController::updateDidProgress(int percent)
@@ -356,6 +357,7 @@ void ViewController::updateDidEnd(const vorn::UpdateResult &result)
     m_window.setStatusTone(MainWindow::Line::Update, result.succeeded() ? Tone::Good : Tone::Bad);
     // A failure during the erase leaves the bar indeterminate otherwise.
     m_window.showUpdateProgress(m_percent);
+    m_window.setUpdateRuns(false);
 }
 
 void ViewController::versionQueryDidEnd()

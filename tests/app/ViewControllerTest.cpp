@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 #include <QLabel>
+#include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -69,6 +70,8 @@ protected:
     {
         QDir(firmwareFolder()).removeRecursively();
         deviceDirectory();
+        // Before any device is there, so that each one's coming is told of.
+        ORSSerialPortManager::sharedSerialPortManager();
     }
 
     // The devices of one test must be gone before the next one plugs in its own.
@@ -283,6 +286,37 @@ TEST_F(WindowTest, ClosingThePortDuringAnUpdateEndsItAndSaysSo)
     ASSERT_TRUE(eventually([&] { return says(status, "please try again"); }));
     EXPECT_EQ(openButton->text(), "Open");
     EXPECT_LT(progress->value(), 100);
+}
+
+TEST_F(WindowTest, ClosingTheWindowDuringAnUpdateAsksFirst)
+{
+    writeFirmware(kImage, 65536);
+    writeFirmware("VORN_I-1.bin", 10);
+    SimulatedDevice device(deviceNamed("usbserial-one"));
+    device.setFaults({*parseFault("frame:20=silence,times=2", nullptr)});
+    ASSERT_NO_FATAL_FAILURE(openAndChoose(device, kImage));
+    const auto *question = window.findChild<QMessageBox *>();
+    const auto closeDuringUpdate = [&] {
+        press(updateButton);
+        ASSERT_TRUE(eventually([&] { return says(status, "progress,updating"); }));
+        EXPECT_FALSE(window.close());
+        EXPECT_TRUE(question->isVisible());
+    };
+
+    ASSERT_NO_FATAL_FAILURE(closeDuringUpdate());
+    QTest::keyClick(question->defaultButton(), Qt::Key_Return);
+    EXPECT_FALSE(question->isVisible());
+    EXPECT_FALSE(window.close());
+    ASSERT_TRUE(eventually([&] { return says(status, "please try again"); }));
+    EXPECT_TRUE(eventually([&] { return !question->isVisible(); }));
+    EXPECT_TRUE(window.isVisible());
+
+    ASSERT_NO_FATAL_FAILURE(closeDuringUpdate());
+    for (QAbstractButton *button : question->buttons()) {
+        if (question->buttonRole(button) == QMessageBox::DestructiveRole)
+            QTest::mouseClick(button, Qt::LeftButton);
+    }
+    EXPECT_FALSE(window.isVisible());
 }
 
 TEST_F(WindowTest, ADeviceThatTellsItsModelLateGetsItsListLate)

@@ -154,6 +154,11 @@ const std::array states{
               scene.window().setDownloadAvailable(
                   false, QStringLiteral("No package server is configured"));
           }},
+    State{"14-closing-during-an-update",
+          [](Scene &scene) {
+              scene.window().setUpdateRuns(true);
+              scene.window().close();
+          }},
 };
 
 QPalette darkPalette()
@@ -182,7 +187,8 @@ bool paint(const State &state, const QDir &folder, const QString &suffix)
     QCoreApplication::processEvents();
     const QString file =
         folder.filePath(QLatin1String(state.name) + suffix + QStringLiteral(".png"));
-    return scene.window().grab().save(file);
+    QWidget *inFront = QApplication::activeModalWidget();
+    return (inFront ? inFront : &scene.window())->grab().save(file);
 }
 
 } // namespace
