@@ -39,10 +39,11 @@ std::optional<QString> FolderSink::objectionTo(quint64 bytes)
                   m_options.maxBytes);
         return QStringLiteral("Error occurs");
     }
+    const QString folder = m_options.path.isEmpty() ? QStringLiteral(".") : m_options.path;
     // A destination that cannot be made or opened shows when files are to be written in it.
-    if (!m_fileManager.createDirectoryAtPath(m_options.path) || !m_destination.open())
+    if (!m_fileManager.createDirectoryAtPath(folder) || !m_destination.open())
         return std::nullopt;
-    const auto available = m_fileManager.availableBytesAtPath(m_options.path);
+    const auto available = m_fileManager.availableBytesAtPath(folder);
     if (available && bytes > *available) {
         qCWarning(zipArchiveLog, "The archive needs %llu bytes, and %llu are free", bytes,
                   *available);

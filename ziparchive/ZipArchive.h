@@ -70,7 +70,8 @@ public:
     // The names of the entries in the archive's order, with "/" between their parts and at the end
     // of a folder's; up to the first error.
     QStringList getZipFileContents();
-    // Unpacks every entry below the folder `path`, which is made when needed. Without `overWrite`
+    // Unpacks every entry below the folder `path`, which is made when needed; an empty one is the
+    // current folder. Without `overWrite`
     // the delegate is asked before an existing file is replaced. An existing file is replaced at
     // once and whole, when the new one is complete and its CRC right; until then, and after any
     // error, it is as it was. Nothing is written outside of `path`: an entry whose name leads out

@@ -162,6 +162,17 @@ TEST_F(Extraction, TellsItsProgressAndTheFilesWritten)
     EXPECT_EQ(m_archive.unzippedFiles().size(), 3);
 }
 
+TEST_F(Extraction, WithoutADestinationUnpacksIntoTheCurrentFolder)
+{
+    const QString before = QDir::currentPath();
+    ASSERT_TRUE(QDir().mkpath(out()) && QDir::setCurrent(out()));
+    ASSERT_TRUE(open("three"));
+    EXPECT_TRUE(m_archive.UnzipFileTo({}, true));
+    EXPECT_EQ(m_archive.unzippedFiles().first(), u"a/one.bin");
+    EXPECT_EQ(tree(out()).size(), 5);
+    QDir::setCurrent(before);
+}
+
 TEST_F(Extraction, EndsCleanlyWhenACallbackClosesTheArchive)
 {
     m_archive.setProgressBlock([this](qint32, quint32, quint64) { m_archive.UnzipCloseFile(); });
