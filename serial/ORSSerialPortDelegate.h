@@ -24,14 +24,15 @@ struct ORSSerialPortError
 // Receives a port's events, always on the main thread. All methods but the first are optional: the
 // port sees which of them a delegate's class overrides and behaves accordingly (without
 // serialPortWasClosed(), for example, queued requests survive a close). Ports hold delegates
-// weakly.
+// weakly. No method may run an event loop of its own (a dialog's exec(), say): later events would
+// overtake the rest of the bytes.
 class ORSSerialPortDelegate : public vorn::DelegateBase
 {
 public:
     // The device behind the port is gone; the port closes itself.
     virtual void serialPortWasRemovedFromSystem(ORSSerialPort &serialPort) = 0;
 
-    // The bytes of one read from the line.
+    // Bytes from the line, in order, at most 1024 at a time.
     virtual void serialPortDidReceiveData(ORSSerialPort &serialPort, const QByteArray &data);
     // A packet that a listened-for descriptor matched.
     virtual void serialPortDidReceivePacketMatchingDescriptor(

@@ -179,7 +179,7 @@ void ORSSerialPortPrivate::receiveData(const QByteArray &bytes)
 {
     MainQueue::instance().post([self = shared_from_this(), bytes] { self->deliverData(bytes); });
     // With nobody to match for, no byte needs the walk.
-    if (packetListeners.isEmpty() && !requests.isPending())
+    if (packetListeners.isEmpty() && !requests.isInUse())
         return;
     requestHandlingQueue.post(
         [self = shared_from_this(), bytes] { self->matchReceivedData(bytes); });

@@ -22,6 +22,12 @@ QList<ORSSerialRequestPtr> RequestQueue::queuedRequests() const
     return m_requestsQueue;
 }
 
+bool RequestQueue::isInUse() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_isInUse;
+}
+
 bool RequestQueue::reallySendRequest(const ORSSerialRequestPtr &request)
 {
     if (m_pendingRequest) {
@@ -38,7 +44,7 @@ bool RequestQueue::startRequest(const ORSSerialRequestPtr &request)
     m_requestResponseReceiveBuffer.reset();
     if (request->responseDescriptor())
         m_requestResponseReceiveBuffer.emplace(request->responseDescriptor());
-    setPendingRequest(request);
+    setPendingRequest(request, true);
     if (request->timeoutInterval() > ORSSerialRequest::TimeInterval::zero())
         startTimer(request->timeoutInterval());
     return m_host.writeRequest(request->dataToSend());
@@ -50,7 +56,7 @@ void RequestQueue::finishUnanswerable(bool written)
 {
     while (written && m_pendingRequest && !m_pendingRequest->responseDescriptor()) {
         if (m_requestsQueue.isEmpty()) {
-            setPendingRequest(nullptr);
+            setPendingRequest(nullptr, false);
             return;
         }
         written = startRequest(takeNextRequest());
@@ -73,7 +79,7 @@ void RequestQueue::checkResponseToPendingRequestAndContinueIfValidWithReceivedBy
 void RequestQueue::sendNextRequest()
 {
     if (m_requestsQueue.isEmpty())
-        setPendingRequest(nullptr);
+        setPendingRequest(nullptr, false);
     else
         finishUnanswerable(startRequest(takeNextRequest()));
 }
@@ -81,7 +87,7 @@ void RequestQueue::sendNextRequest()
 ORSSerialRequestPtr RequestQueue::takeNextRequest()
 {
     const ORSSerialRequestPtr next = m_requestsQueue.constFirst();
-    setPendingRequest(nullptr);
+    setPendingRequest(nullptr, true);
     removeObjectFromRequestsQueueAtIndex(0);
     return next;
 }
@@ -132,14 +138,15 @@ void RequestQueue::cancelAllQueuedRequests()
 void RequestQueue::reset()
 {
     setRequestsQueue({});
-    setPendingRequest(nullptr);
+    setPendingRequest(nullptr, false);
 }
 
-void RequestQueue::setPendingRequest(const ORSSerialRequestPtr &request)
+void RequestQueue::setPendingRequest(const ORSSerialRequestPtr &request, bool isInUse)
 {
     {
         const std::lock_guard lock(m_mutex);
         m_pendingRequest = request;
+        m_isInUse = isInUse;
     }
     m_host.pendingRequestDidChange();
 }

@@ -52,7 +52,9 @@ public:
     // Any thread.
     ORSSerialRequestPtr pendingRequest() const;
     QList<ORSSerialRequestPtr> queuedRequests() const;
-    bool isPending() const { return pendingRequest() != nullptr; }
+    // From the start of a request until none is left, also between two of them: received bytes may
+    // count.
+    bool isInUse() const;
 
     // Sends the request when nothing is pending, else queues it. False when the write failed; the
     // request then stays pending until its time-out.
@@ -73,16 +75,17 @@ private:
     ORSSerialRequestPtr takeNextRequest();
     void pendingRequestDidTimeout();
     void startTimer(ORSSerialRequest::TimeInterval interval);
-    void setPendingRequest(const ORSSerialRequestPtr &request);
+    void setPendingRequest(const ORSSerialRequestPtr &request, bool isInUse);
     void insertObjectInRequestsQueueAtIndex(const ORSSerialRequestPtr &request, qsizetype index);
     void removeObjectFromRequestsQueueAtIndex(qsizetype index);
     void setRequestsQueue(const QList<ORSSerialRequestPtr> &requests);
 
     SerialQueue &m_queue;
     RequestQueueHost &m_host;
-    mutable std::mutex m_mutex; // guards the two below against those who ask on other threads
+    mutable std::mutex m_mutex; // guards the three below against those who ask on other threads
     ORSSerialRequestPtr m_pendingRequest;
     QList<ORSSerialRequestPtr> m_requestsQueue;
+    bool m_isInUse = false;
     std::optional<PacketMatcher> m_requestResponseReceiveBuffer;
     std::unique_ptr<QueueTimer> m_pendingRequestTimeoutTimer;
 };
