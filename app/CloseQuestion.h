@@ -13,8 +13,18 @@ class CloseQuestion final : public QMessageBox
 public:
     explicit CloseQuestion(QWidget *window);
 
+    /// Shows the question.
+    void ask();
+    /// Says so in a question that is shown. It stays, so that a key or click meant for it reaches
+    /// nothing else.
+    void updateDidEnd();
+
 signals:
     void closeAnyway();
+
+private:
+    QPushButton *const m_stay;
+    QPushButton *const m_leave;
 };
 
 } // namespace vorn

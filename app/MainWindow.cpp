@@ -79,7 +79,7 @@ void MainWindow::setUpdateRuns(bool runs)
 {
     m_updateRuns = runs;
     if (!runs)
-        m_closeQuestion->reject();
+        m_closeQuestion->updateDidEnd();
 }
 
 void MainWindow::showDownloadProgress(int percent)
@@ -160,7 +160,7 @@ void MainWindow::closeEvent(QCloseEvent *event)
 {
     event->setAccepted(!m_updateRuns);
     if (m_updateRuns)
-        m_closeQuestion->open();
+        m_closeQuestion->ask();
 }
 
 // One height for what stands in a row, one column of buttons as wide as the widest text: the places

@@ -42,7 +42,7 @@ public:
     /// Empties the update's bar: call it when a run starts, and when one has failed.
     void resetUpdateProgress();
 
-    /// While an update runs, closing the window asks first; the question goes when the update ends.
+    /// While an update runs, closing the window asks first.
     void setUpdateRuns(bool runs);
 
     /// Shows how much of the package has arrived, 0 to 100, never walking back.

@@ -47,7 +47,7 @@ void QuitSignals::watch()
         sigset_t set = quitSignals();
         sigdelset(&set, SIGHUP);
         ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-        // quit() would ask the window first, and it asks back during an update.
+        // quit() would close the window first, which does not close during an update.
         QCoreApplication::exit();
     });
 }

@@ -71,13 +71,12 @@ public:
     // of a folder's; up to the first error.
     QStringList getZipFileContents();
     // Unpacks every entry below the folder `path`, which is made when needed; an empty one is the
-    // current folder. Without `overWrite`
-    // the delegate is asked before an existing file is replaced. An existing file is replaced at
-    // once and whole, when the new one is complete and its CRC right; until then, and after any
-    // error, it is as it was. Nothing is written outside of `path`: an entry whose name leads out
-    // of it, or that would pass through a symbolic link in it, is reported as a file that could not
-    // be written. False after any error, but for a file whose name is taken by a folder (or the
-    // reverse).
+    // current folder. Without `overWrite` the delegate is asked before an existing file is
+    // replaced. An existing file is replaced at once and whole, when the new one is complete and
+    // its CRC right; until then, and after any error, it is as it was. Nothing is written outside
+    // of `path`: an entry whose name leads out of it, or that would pass through a symbolic link in
+    // it, is reported as a file that could not be written. False after any error, but for a file
+    // whose name is taken by a folder (or the reverse).
     bool UnzipFileTo(const QString &path, bool overWrite);
     // The bytes of every entry that has any, under its name (the last one's, of several with one
     // name).
