@@ -20,29 +20,30 @@ bool GlobalQueue::post(Job job)
     const std::lock_guard lock(m_mutex);
     if (m_stopping)
         return false;
-    m_jobs.push_back(std::move(job));
-    if (m_jobs.size() > m_idle)
-        m_threads.emplace_back([this] { work(); });
-    else
-        m_jobPosted.notify_one();
+    if (m_idle.empty()) {
+        Worker &worker = *m_workers.emplace_back(std::make_unique<Worker>());
+        worker.job = std::move(job);
+        worker.thread = std::thread([this, &worker] { work(worker); });
+    } else {
+        m_idle.back()->job = std::move(job);
+        m_idle.back()->jobGiven.notify_one();
+        m_idle.pop_back();
+    }
     return true;
 }
 
-void GlobalQueue::work()
+void GlobalQueue::work(Worker &self)
 {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        ++m_idle;
-        m_jobPosted.wait(lock, [this] { return m_stopping || !m_jobs.empty(); });
-        --m_idle;
-        if (m_jobs.empty())
+        self.jobGiven.wait(lock, [&] { return m_stopping || self.job; });
+        if (!self.job)
             return;
-        Job job = std::move(m_jobs.front());
-        m_jobs.pop_front();
         lock.unlock();
-        job();
-        job = nullptr;
+        self.job();
+        self.job = nullptr;
         lock.lock();
+        m_idle.push_back(&self);
     }
 }
 
@@ -94,19 +95,20 @@ void GlobalQueue::runScheduler()
 void GlobalQueue::shutdown()
 {
     std::map<Ticket, Job> dropped;
-    std::vector<std::thread> threads;
+    std::vector<std::unique_ptr<Worker>> workers;
     {
         const std::lock_guard lock(m_mutex);
         m_stopping = true;
         dropped.swap(m_scheduled);
-        threads.swap(m_threads);
+        workers.swap(m_workers);
+        for (const auto &worker : workers)
+            worker->jobGiven.notify_one();
     }
-    m_jobPosted.notify_all();
     m_scheduleChanged.notify_all();
     if (m_scheduler.joinable())
         m_scheduler.join();
-    for (std::thread &thread : threads)
-        thread.join();
+    for (const auto &worker : workers)
+        worker->thread.join();
 }
 
 } // namespace vorn

@@ -3,9 +3,9 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -45,16 +45,23 @@ public:
     GlobalQueue &operator=(const GlobalQueue &) = delete;
 
 private:
+    // A thread, and the job that it is to run next. Each waits for an event of its own, so that no
+    // thread can take the wake-up that another one was given.
+    struct Worker
+    {
+        std::condition_variable jobGiven;
+        Job job;
+        std::thread thread;
+    };
+
     GlobalQueue();
     ~GlobalQueue();
-    void work();
+    void work(Worker &self);
     void runScheduler();
 
     std::mutex m_mutex;
-    std::condition_variable m_jobPosted;
-    std::deque<Job> m_jobs;
-    std::vector<std::thread> m_threads;
-    std::size_t m_idle = 0;
+    std::vector<std::unique_ptr<Worker>> m_workers;
+    std::vector<Worker *> m_idle; // the one that worked last is the first to work again
     bool m_stopping = false;
 
     std::condition_variable m_scheduleChanged;
