@@ -18,7 +18,6 @@ constexpr tcflag_t kAlways = HUPCL | CLOCAL | CREAD;
 constexpr Row kRows[] = {
     {"Defaults", [](LineSettings &) {}, kAlways | CSIZE | PARENB | CMSPAR | CSTOPB | CRTSCTS,
      kAlways | CS8},
-    {"FourDataBits", [](LineSettings &s) { s.dataBits = 4; }, CSIZE, CS5},
     {"FiveDataBits", [](LineSettings &s) { s.dataBits = 5; }, CSIZE, CS5},
     {"SixDataBitsAreFive", [](LineSettings &s) { s.dataBits = 6; }, CSIZE, CS5},
     {"SevenDataBits", [](LineSettings &s) { s.dataBits = 7; }, CSIZE, CS7},
@@ -27,7 +26,6 @@ constexpr Row kRows[] = {
     {"EvenParity", [](LineSettings &s) { s.parity = 2; }, kParity, PARENB},
     {"NoStopBit", [](LineSettings &s) { s.stopBits = 0; }, CSTOPB, 0},
     {"TwoStopBits", [](LineSettings &s) { s.stopBits = 2; }, CSTOPB, CSTOPB},
-    {"ThreeStopBits", [](LineSettings &s) { s.stopBits = 3; }, CSTOPB, CSTOPB},
     {"RtsCts", [](LineSettings &s) { s.rtsCts = true; }, CRTSCTS, CRTSCTS},
     {"DtrDsrIsNotToBeHad", [](LineSettings &s) { s.dtrDsr = true; }, CRTSCTS, 0},
     {"Echo", [](LineSettings &s) { s.echo = true; }, kAlways, kAlways},
