@@ -5,13 +5,11 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <atomic>
 #include <future>
 #include <latch>
 #include <memory>
 #include <thread>
-#include <vector>
 
 namespace vorn {
 namespace {

@@ -8,7 +8,6 @@
 
 #include <functional>
 #include <random>
-#include <vector>
 
 using vorn::PacketExpression;
 using vorn::PacketMatcher;
@@ -35,11 +34,10 @@ class Random
 public:
     int below(int limit) { return std::uniform_int_distribution(0, limit - 1)(m_engine); }
     bool once(int in) { return below(in) == 0; }
-    template <typename List>
-    auto of(const List &list)
+    template <typename Value>
+    Value of(const QList<Value> &list)
     {
-        using Index = decltype(list.size());
-        return list[static_cast<Index>(below(static_cast<int>(list.size())))];
+        return list[below(static_cast<int>(list.size()))];
     }
 
 private:
@@ -117,14 +115,14 @@ void expectThePacketsOfEveryTail(const Description &description, int maximumLeng
 TEST(PacketMatcher, FindsWhatTryingEveryTailWithTheExpressionFinds)
 {
     using Re = QRegularExpression;
-    static const std::vector options = {Re::NoPatternOption,
-                                        Re::NoPatternOption,
-                                        Re::CaseInsensitiveOption,
-                                        Re::MultilineOption,
-                                        Re::DotMatchesEverythingOption,
-                                        Re::UseUnicodePropertiesOption,
-                                        Re::InvertedGreedinessOption,
-                                        Re::ExtendedPatternSyntaxOption};
+    static const QList<Re::PatternOption> options = {Re::NoPatternOption,
+                                                     Re::NoPatternOption,
+                                                     Re::CaseInsensitiveOption,
+                                                     Re::MultilineOption,
+                                                     Re::DotMatchesEverythingOption,
+                                                     Re::UseUnicodePropertiesOption,
+                                                     Re::InvertedGreedinessOption,
+                                                     Re::ExtendedPatternSyntaxOption};
     Random random;
     int expressions = 0;
     int foretold = 0;

@@ -173,16 +173,13 @@ TEST_F(RequestQueueOnAPort, AFailedWriteStaysPendingUntilItsTimeout)
 
 TEST_F(RequestQueueOnAPort, RequestsSurviveACloseUnlessTheDelegateHearsOfIt)
 {
-    const auto sendTwo = [&] {
-        port->sendRequest(request("a", "ok"));
-        port->sendRequest(request("b", "ok"));
-        port->close();
-        EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
-        runEventLoopFor(20ms);
-    };
     RequestDelegate deaf;
     open(deaf);
-    sendTwo();
+    port->sendRequest(request("a", "ok"));
+    port->sendRequest(request("b", "ok"));
+    port->close();
+    EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
+    runEventLoopFor(20ms);
     EXPECT_TRUE(port->pendingRequest());
     EXPECT_EQ(port->queuedRequests().size(), 1);
 
