@@ -196,23 +196,16 @@ TEST_F(ModemLinesTest, LinesThatCannotBeReadForTheDeviceIsGoneEndThePort)
     }
 }
 
-TEST_F(ModemLinesTest, LowLatencyIsAskedForWhileThePortIsOpen)
+TEST_F(ModemLinesTest, ClosingWaitsForOutputToLeaveTheDriverAndTheAdapterAndEndsTheLowLatency)
 {
     openPort();
     EXPECT_EQ(adapter.serialFlags, ASYNC_LOW_LATENCY);
-    port->close();
-    delegate.expect({"closed"});
-    EXPECT_EQ(adapter.serialFlags, 0);
-}
-
-TEST_F(ModemLinesTest, ClosingWaitsForOutputToLeaveTheDriverAndTheAdapter)
-{
-    openPort();
     adapter.inDriver = 3;
     adapter.inAdapter = 4;
     port->close();
     delegate.expect({"closed"});
     EXPECT_EQ(adapter.timesAskedForOutput, 3 + 2 * (4 + 1));
+    EXPECT_EQ(adapter.serialFlags, 0);
 }
 
 TEST_F(ModemLinesTest, ClosingGivesOutputThatNeverLeavesASecond)

@@ -142,7 +142,6 @@ TEST_F(SerialPortTest, PacketsFollowTheBytesThatTheyCameIn)
     EXPECT_TRUE(port->packetDescriptors().isEmpty());
     terminal.send("!c;");
     delegate.expect({"data !c;"});
-    closePort();
 }
 
 TEST_F(SerialPortTest, AnUnpluggedDeviceIsOneErrorThenRemovalThenClosedAndOpensAgain)
