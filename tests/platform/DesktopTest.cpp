@@ -97,75 +97,45 @@ protected:
     QDBusConnection m_bus{QString()};
 };
 
-class DesktopNotificationsTest : public DesktopTest
-{
-protected:
-    // The arguments of the calls of Notify that the service has had.
-    QList<QVariantList> received()
-    {
-        QList<QVariantList> calls;
-        forEach(ask("GetMethodCalls", {"Notify"}), [&](const QDBusArgument &call) {
-            quint64 time = 0;
-            call >> time >> calls.emplaceBack();
-        });
-        return calls;
-    }
-};
-
-TEST_F(DesktopNotificationsTest, AMessageReachesTheServiceWithoutSound)
+TEST_F(DesktopTest, AMessageReachesTheNotificationServiceWithoutSound)
 {
     startService("notification_daemon", "org.freedesktop.Notifications",
                  "/org/freedesktop/Notifications");
     DesktopNotifications notifications(m_bus);
     notifications.deliver("Serial Port Connected", "Serial Port a<b was connected to your Mac.");
-    ASSERT_TRUE(eventually([&] { return !received().isEmpty(); }));
-    const QVariantList call = received().first();
-    EXPECT_EQ(call.value(3), "Serial Port Connected");
-    EXPECT_EQ(call.value(4), "Serial Port a&lt;b was connected to your Mac.");
-    const auto hints = qdbus_cast<QVariantMap>(call.value(6));
+    QVariantList arguments;
+    ASSERT_TRUE(eventually([&] {
+        forEach(ask("GetMethodCalls", {"Notify"}), [&](const QDBusArgument &call) {
+            quint64 time = 0;
+            call >> time >> arguments;
+        });
+        return !arguments.isEmpty();
+    }));
+    EXPECT_EQ(arguments.value(3), "Serial Port Connected");
+    EXPECT_EQ(arguments.value(4), "Serial Port a&lt;b was connected to your Mac.");
+    const auto hints = qdbus_cast<QVariantMap>(arguments.value(6));
     EXPECT_EQ(hints.value("suppress-sound"), true);
 }
 
-TEST_F(DesktopNotificationsTest, WithoutAServiceTheMessageIsDroppedAtOnce)
+TEST_F(DesktopTest, SleepWaitsForTheCallbackAndForWhatItHolds)
 {
-    for (const QDBusConnection &bus : {m_bus, QDBusConnection("none")}) {
-        DesktopNotifications notifications(bus);
-        QElapsedTimer clock;
-        clock.start();
-        notifications.deliver("a", "b");
-        EXPECT_LT(clock.elapsed(), 1000);
-        notifications.deliver("c", "d"); // unanswered when its sender ends
-    }
-    EXPECT_TRUE(DesktopNotifications::exists());
-}
-
-class PowerEventsTest : public DesktopTest
-{
-protected:
-    void prepareForSleep(bool begins)
-    {
-        ask("EmitSignal",
-            {"org.freedesktop.login1.Manager", "PrepareForSleep", "b", QVariantList{begins}});
-    }
-    bool isDelayed()
-    {
-        bool delayed = false;
-        forEach(ask("ListInhibitors", {}, "org.freedesktop.login1.Manager"),
-                [&](const QDBusArgument &inhibitor) {
-                    QString what;
-                    QString who;
-                    QString why;
-                    QString mode;
-                    inhibitor >> what >> who >> why >> mode; // leaves out user and process
-                    delayed = delayed || (what == "sleep" && mode == "delay");
-                });
-        return delayed;
-    }
-};
-
-TEST_F(PowerEventsTest, SleepWaitsForTheCallbackAndForWhatItHolds)
-{
+    const QString manager = "org.freedesktop.login1.Manager";
     startService("logind", "org.freedesktop.login1", "/org/freedesktop/login1");
+    const auto prepareForSleep = [&](bool begins) {
+        ask("EmitSignal", {manager, "PrepareForSleep", "b", QVariantList{begins}});
+    };
+    const auto isDelayed = [&] {
+        bool delayed = false;
+        forEach(ask("ListInhibitors", {}, manager), [&](const QDBusArgument &inhibitor) {
+            QString what;
+            QString who;
+            QString why;
+            QString mode;
+            inhibitor >> what >> who >> why >> mode; // leaves out user and process
+            delayed = delayed || (what == "sleep" && mode == "delay");
+        });
+        return delayed;
+    };
     QStringList told;
     std::shared_ptr<const void> hold;
     std::unique_ptr<PowerEvents> events;
@@ -193,14 +163,20 @@ TEST_F(PowerEventsTest, SleepWaitsForTheCallbackAndForWhatItHolds)
     EXPECT_TRUE(eventually([&] { return !isDelayed(); }));
 }
 
-TEST_F(PowerEventsTest, WithoutABusOrServiceNothingHappens)
+TEST_F(DesktopTest, WithoutABusOrServiceNothingHappensAndNobodyWaits)
 {
     bool told = false;
     const auto tell = [&] { told = true; };
     for (const QDBusConnection &bus : {m_bus, QDBusConnection("none")}) {
+        DesktopNotifications notifications(bus);
+        QElapsedTimer clock;
+        clock.start();
+        notifications.deliver("a", "b");
         const PowerEvents events(tell, tell, bus);
+        EXPECT_LT(clock.elapsed(), 1000);
         runEventLoopFor(std::chrono::milliseconds(100));
         EXPECT_EQ(events.delaySleep(), nullptr);
+        notifications.deliver("c", "d"); // unanswered when its sender ends
     }
     EXPECT_FALSE(told);
 }

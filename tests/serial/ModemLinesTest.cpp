@@ -1,16 +1,13 @@
 #include "tests/serial/RecordingDelegate.h"
+#include "tests/support/MockedUdev.h"
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <mutex>
-#include <vector>
 
 #include <linux/serial.h>
 #include <sys/ioctl.h>
-
-// GLib's names collide with Qt's keywords.
-#undef signals
-#include <umockdev.h>
 
 namespace vorn {
 namespace {
@@ -21,7 +18,7 @@ using testing::ElementsAre;
 
 // A serial adapter with modem lines: a mocked device node whose ioctls this object answers, on a
 // thread of the test bed's own.
-class MockedAdapter
+class MockedAdapter : MockedUdev
 {
 public:
     MockedAdapter()
@@ -33,8 +30,6 @@ public:
                                                   nullptr));
     }
     ~MockedAdapter() { umockdev_testbed_detach_ioctl(m_testbed.get(), "/dev/ttyUSB0", nullptr); }
-    MockedAdapter(const MockedAdapter &) = delete;
-    MockedAdapter &operator=(const MockedAdapter &) = delete;
 
     static SerialDeviceHandle device()
     {
@@ -43,49 +38,23 @@ public:
         return std::make_shared<SerialDevice>(device);
     }
 
-    // The modem lines (TIOCM_*) as the adapter has them.
-    void setInputs(int lines)
-    {
-        locked([&] { m_lines = lines; });
-    }
+    // The modem lines (TIOCM_*), which the system raises when it opens a terminal.
+    std::atomic<int> lines = TIOCM_DTR | TIOCM_RTS;
+    std::atomic<int> error = 0; // with which the lines cannot be read
+    // So many times more it is told that output has not left the driver, the adapter.
+    std::atomic<int> inDriver = 0;
+    std::atomic<int> inAdapter = 0;
+    std::atomic<int> timesAskedForOutput = 0;
+    std::atomic<int> serialFlags = 0;
+
     // The lines of each TIOCMSET so far.
     std::vector<int> takeSettings()
     {
-        std::vector<int> taken;
-        locked([&] { taken.swap(m_settings); });
-        return taken;
-    }
-    // From now on the lines cannot be read.
-    void fail(int error)
-    {
-        locked([&] { m_error = error; });
-    }
-    // So many times more it is told that output has not left the driver, the adapter.
-    void holdOutput(int inDriver, int inAdapter)
-    {
-        locked([&] { m_inDriver = inDriver, m_inAdapter = inAdapter; });
-    }
-    int timesAskedForOutput()
-    {
-        int times = 0;
-        locked([&] { times = m_timesAsked; });
-        return times;
-    }
-    int serialFlags()
-    {
-        int flags = 0;
-        locked([&] { flags = m_serial.flags; });
-        return flags;
+        const std::lock_guard lock(m_mutex);
+        return std::exchange(m_settings, {});
     }
 
 private:
-    template <typename Job>
-    void locked(Job job)
-    {
-        const std::lock_guard lock(m_mutex);
-        job();
-    }
-
     static gboolean handle(UMockdevIoctlBase *, UMockdevIoctlClient *client, gpointer self)
     {
         return static_cast<MockedAdapter *>(self)->answer(client);
@@ -116,50 +85,44 @@ private:
     gboolean answer(UMockdevIoctlClient *client)
     {
         const std::lock_guard lock(m_mutex);
-        int error = 0;
+        int failure = 0;
         int result = 0;
         switch (umockdev_ioctl_client_get_request(client)) {
         case TIOCMGET:
-            error = m_error;
-            if (error == 0)
-                put(client, m_lines);
+            failure = error;
+            if (failure == 0)
+                put<int>(client, lines);
             break;
         case TIOCMSET:
-            m_lines = get<int>(client);
-            m_settings.push_back(m_lines);
+            lines = get<int>(client);
+            m_settings.push_back(lines);
             break;
         case TIOCOUTQ:
-            ++m_timesAsked;
-            put(client, m_inDriver > 0 ? m_inDriver-- : 0);
+            ++timesAskedForOutput;
+            put(client, inDriver > 0 ? inDriver-- : 0);
             break;
         case TIOCSERGETLSR:
-            ++m_timesAsked;
-            put<unsigned>(client, m_inAdapter-- > 0 ? 0 : TIOCSER_TEMT);
+            ++timesAskedForOutput;
+            put<unsigned>(client, inAdapter-- > 0 ? 0 : TIOCSER_TEMT);
             break;
-        case TIOCGSERIAL:
-            put(client, m_serial);
+        case TIOCGSERIAL: {
+            serial_struct serial{};
+            serial.flags = serialFlags;
+            put(client, serial);
             break;
+        }
         case TIOCSSERIAL:
-            m_serial = get<serial_struct>(client);
+            serialFlags = get<serial_struct>(client).flags;
             break;
         default: // the pseudo-terminal behind the node answers
-            result = umockdev_ioctl_client_execute(client, &error, nullptr);
+            result = umockdev_ioctl_client_execute(client, &failure, nullptr);
         }
-        umockdev_ioctl_client_complete(client, error == 0 ? result : -1, error);
+        umockdev_ioctl_client_complete(client, failure == 0 ? result : -1, failure);
         return TRUE;
     }
 
     std::mutex m_mutex;
-    int m_lines = TIOCM_DTR | TIOCM_RTS; // as the system raises them when it opens a terminal
     std::vector<int> m_settings;
-    int m_error = 0;
-    int m_inDriver = 0;
-    int m_inAdapter = 0;
-    int m_timesAsked = 0;
-    serial_struct m_serial{};
-
-    const std::unique_ptr<UMockdevTestbed, decltype(&g_object_unref)> m_testbed{
-        umockdev_testbed_new(), &g_object_unref};
     const std::unique_ptr<UMockdevIoctlBase, decltype(&g_object_unref)> m_ioctls{
         umockdev_ioctl_base_new(), &g_object_unref};
 };
@@ -186,7 +149,7 @@ protected:
 
 TEST_F(ModemLinesTest, BothOutputsAreSetAtOnceWhenThePortOpensAndEachWhenItChanges)
 {
-    adapter.setInputs(TIOCM_DTR | TIOCM_RTS | TIOCM_CTS);
+    adapter.lines = TIOCM_DTR | TIOCM_RTS | TIOCM_CTS;
     port->setDTR(true);
     openPort();
     EXPECT_THAT(adapter.takeSettings(), ElementsAre(TIOCM_DTR | TIOCM_CTS));
@@ -212,7 +175,7 @@ TEST_F(ModemLinesTest, ObserversSeeEachInputChangeOnTheMainThread)
     observe(&ORSSerialPort::DSRChanged, &ORSSerialPort::DSR, "DSR");
     observe(&ORSSerialPort::DCDChanged, &ORSSerialPort::DCD, "DCD");
     const auto expectSeen = [&](int lines, const QByteArrayList &expected) {
-        adapter.setInputs(lines);
+        adapter.lines = lines;
         EXPECT_TRUE(eventually([&] { return seen.size() >= expected.size(); }));
         EXPECT_EQ(std::exchange(seen, {}), expected);
     };
@@ -225,37 +188,30 @@ TEST_F(ModemLinesTest, ObserversSeeEachInputChangeOnTheMainThread)
 
 TEST_F(ModemLinesTest, LinesThatCannotBeReadForTheDeviceIsGoneEndThePort)
 {
-    for (const auto &[error, name] : {std::pair(ENXIO, "error ENXIO"), std::pair(EIO, "error EIO"),
-                                      std::pair(ENODEV, "error ENODEV")}) {
+    for (const int error : {ENXIO, EIO, ENODEV}) {
         openPort();
-        adapter.fail(error);
-        delegate.expect({name, "removed", "closed"});
-        adapter.fail(0);
+        adapter.error = error;
+        delegate.expect({QByteArray("error ") + ::strerrorname_np(error), "removed", "closed"});
+        adapter.error = 0;
     }
 }
 
-TEST_F(ModemLinesTest, LowLatencyIsAskedForWhileThePortIsOpen)
+TEST_F(ModemLinesTest, ClosingWaitsForOutputToLeaveTheDriverAndTheAdapterAndEndsTheLowLatency)
 {
     openPort();
-    EXPECT_EQ(adapter.serialFlags(), ASYNC_LOW_LATENCY);
+    EXPECT_EQ(adapter.serialFlags, ASYNC_LOW_LATENCY);
+    adapter.inDriver = 3;
+    adapter.inAdapter = 4;
     port->close();
     delegate.expect({"closed"});
-    EXPECT_EQ(adapter.serialFlags(), 0);
-}
-
-TEST_F(ModemLinesTest, ClosingWaitsForOutputToLeaveTheDriverAndTheAdapter)
-{
-    openPort();
-    adapter.holdOutput(3, 4);
-    port->close();
-    delegate.expect({"closed"});
-    EXPECT_EQ(adapter.timesAskedForOutput(), 3 + 2 * (4 + 1));
+    EXPECT_EQ(adapter.timesAskedForOutput, 3 + 2 * (4 + 1));
+    EXPECT_EQ(adapter.serialFlags, 0);
 }
 
 TEST_F(ModemLinesTest, ClosingGivesOutputThatNeverLeavesASecond)
 {
     openPort();
-    adapter.holdOutput(1000000, 0);
+    adapter.inDriver = 1000000;
     const auto begin = Clock::now();
     port->close();
     EXPECT_TRUE(port->isOpen());

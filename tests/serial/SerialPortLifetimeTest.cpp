@@ -11,28 +11,19 @@ using std::chrono::milliseconds;
 
 using SerialPortLifetimeTest = SerialPortFixture;
 
-TEST_F(SerialPortLifetimeTest, ADelegateMayOpenThePortAgainWhenItHearsOfItsEnd)
+TEST_F(SerialPortLifetimeTest, ADelegateMayCloseThePortWhileItOpensAndOpenItWhenItHearsOfItsEnd)
 {
-    openPort();
+    bool opensAgain = false;
     delegate.onEvent = [&](const QByteArray &event) {
-        if (event == "closed")
+        if (event == "error ENOTTY" && !opensAgain)
+            port->close();
+        if (event == "closed" && !std::exchange(opensAgain, true))
             port->open();
     };
-    port->close();
-    delegate.expect({"closed", "error ENOTTY", "opened"});
-    delegate.onEvent = nullptr;
+    port->open();
+    delegate.expect({"error ENOTTY", "opened", "closed", "error ENOTTY", "opened"});
     terminal.send("x");
     delegate.expect({"data x"});
-}
-
-TEST_F(SerialPortLifetimeTest, ADelegateMayCloseThePortWhileItOpens)
-{
-    delegate.onEvent = [&](const QByteArray &event) {
-        if (event == "error ENOTTY")
-            port->close();
-    };
-    port->open();
-    delegate.expect({"error ENOTTY", "opened", "closed"});
 }
 
 TEST_F(SerialPortLifetimeTest, ADelegateMayLetGoOfThePortInEveryEvent)
@@ -83,21 +74,6 @@ TEST_F(SerialPortLifetimeTest, NothingReachesADelegateThatIsGone)
     terminal.send("x");
     terminal.unplug();
     EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
-}
-
-TEST_F(SerialPortLifetimeTest, ADelegateOfTheRequiredMethodAloneIsEnough)
-{
-    struct final : ORSSerialPortDelegate
-    {
-        void serialPortWasRemovedFromSystem(ORSSerialPort &) override { ++removals; }
-        int removals = 0;
-    } required;
-    port->setDelegate(&required);
-    port->open();
-    terminal.send("x");
-    terminal.unplug();
-    EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
-    EXPECT_EQ(required.removals, 1);
 }
 
 TEST_F(SerialPortLifetimeTest, APortLetGoOfOnAnyThreadClosesItsTerminal)

@@ -11,24 +11,17 @@ public:
     Devices devices() const override { return m_devices; }
     bool watchPublished(Handler handler) override
     {
-        if (!m_hasEvents)
-            return false;
         m_published = std::move(handler);
         return true;
     }
     bool watchTerminated(Handler handler) override
     {
-        if (!m_hasEvents)
-            return false;
         m_terminated = std::move(handler);
         return true;
     }
 
     // Devices that are there already when the registry is first asked.
-    explicit TestRegistry(Devices present = {}, bool hasEvents = true)
-        : m_devices(std::move(present)), m_hasEvents(hasEvents)
-    {
-    }
+    explicit TestRegistry(Devices present) : m_devices(std::move(present)) {}
 
     // One batch of devices that appeared (were removed).
     void plug(const Devices &batch)
@@ -47,7 +40,6 @@ public:
 
 private:
     Devices m_devices;
-    bool m_hasEvents;
     Handler m_published;
     Handler m_terminated;
 };

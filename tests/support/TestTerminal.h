@@ -78,12 +78,10 @@ public:
     {
         QByteArray all;
         std::array<char, 4096> chunk{};
-        for (;;) {
-            const ssize_t count = ::read(m_master.get(), chunk.data(), chunk.size());
-            if (count <= 0)
-                return all;
+        ssize_t count = 0;
+        while ((count = ::read(m_master.get(), chunk.data(), chunk.size())) > 0)
             all.append(chunk.data(), count);
-        }
+        return all;
     }
     // Waits for so many bytes at the device, with the event loop running.
     QByteArray take(qsizetype count) const
