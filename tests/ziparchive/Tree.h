@@ -6,11 +6,16 @@
 #include <QPair>
 #include <QString>
 
-// A folder's files with their contents; "NAME/" is a folder, "NAME@" a link and what it leads to.
+QByteArray readFile(const QString &path);
+void writeFile(const QString &path, const QByteArray &bytes); // and the folders on the way
+
+// A folder's files with their contents; "NAME/" is an empty folder, "NAME@" a link and what it
+// leads to.
 using Tree = QMap<QString, QByteArray>;
 
-// What is below the folder, hidden things included; empty folders as "NAME/".
+// What is below the folder, hidden things included.
 Tree treeAt(const QString &folder);
+// The folder holds this then, and nothing else; of an empty tree there is no folder.
 void writeTree(const QString &folder, const Tree &tree);
 
 // A zip archive with these entries, in this order; a name that ends in "/" is a folder's.
