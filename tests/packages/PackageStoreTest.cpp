@@ -49,13 +49,7 @@ PackageProblem store(const QString &filename, const QByteArray &data)
     return store.install();
 }
 
-class PackageStoreTest : public testing::Test
-{
-protected:
-    PackageStoreTest() { writeTree(cachesDirectory(), {}); }
-};
-
-TEST_F(PackageStoreTest, APackageLandsWhereItsLayoutSays)
+TEST(PackageStoreTest, APackageLandsWhereItsLayoutSays)
 {
     struct Case
     {
@@ -106,7 +100,7 @@ TEST_F(PackageStoreTest, APackageLandsWhereItsLayoutSays)
     }
 }
 
-TEST_F(PackageStoreTest, AFailedPackageLeavesTheFirmwareAsItWas)
+TEST(PackageStoreTest, AFailedPackageLeavesTheFirmwareAsItWas)
 {
     const QByteArray good = makeArchive({{"VornUpdate2/", {}},
                                          {"VornUpdate2/a.bin", QByteArray(5000, 'A')},
@@ -152,7 +146,7 @@ TEST_F(PackageStoreTest, AFailedPackageLeavesTheFirmwareAsItWas)
     }
 }
 
-TEST_F(PackageStoreTest, TheArchiveReplacesAnythingButAFolder)
+TEST(PackageStoreTest, TheArchiveReplacesAnythingButAFolder)
 {
     const QByteArray archive = makeArchive({{"a.bin", "A"}});
     writeTree(cachesDirectory(), treeOf("target=untouched linked.zip@=target readonly.zip=old"));
@@ -164,8 +158,9 @@ TEST_F(PackageStoreTest, TheArchiveReplacesAnythingButAFolder)
     EXPECT_EQ(treeAt(cachesDirectory()).value("target"), "untouched");
 }
 
-TEST_F(PackageStoreTest, PackagesSavedUnderOneNameAreEachInstalledAsTheyCame)
+TEST(PackageStoreTest, PackagesSavedUnderOneNameAreEachInstalledAsTheyCame)
 {
+    writeTree(cachesDirectory(), {});
     PackageStore first("VornUpdate2.zip", "VornUpdate2");
     PackageStore second("VornUpdate2.zip", "VornUpdate2");
     ASSERT_FALSE(first.save(makeArchive({{"first.bin", "1"}})));

@@ -25,7 +25,7 @@ void writeFile(const QString &path, const QByteArray &bytes)
         << qPrintable(path);
 }
 
-Tree treeAt(const QString &folder)
+Tree treeAt(const QString &folder, const QString &except)
 {
     Tree tree;
     const QDir base(folder);
@@ -41,6 +41,7 @@ Tree treeAt(const QString &folder)
         else if (QDir(info.filePath()).isEmpty())
             tree[name + u'/'] = {};
     }
+    tree.remove(except);
     return tree;
 }
 

@@ -13,8 +13,8 @@ void writeFile(const QString &path, const QByteArray &bytes); // and the folders
 // leads to.
 using Tree = QMap<QString, QByteArray>;
 
-// What is below the folder, hidden things included.
-Tree treeAt(const QString &folder);
+// What is below the folder, hidden things included; the file `except` is left out.
+Tree treeAt(const QString &folder, const QString &except = {});
 // The folder holds this then, and nothing else; of an empty tree there is no folder.
 void writeTree(const QString &folder, const Tree &tree);
 
