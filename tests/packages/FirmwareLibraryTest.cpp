@@ -3,14 +3,13 @@
 #include "platform/GlobalQueue.h"
 #include "platform/MainQueue.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTest>
 
 #include <gmock/gmock.h>
 
 #include <atomic>
 #include <filesystem>
+#include <fstream>
 
 using namespace vorn;
 using testing::ElementsAre;
@@ -23,26 +22,18 @@ class FirmwareLibraryTest : public testing::Test
 {
 protected:
     FirmwareLibraryTest() { MainQueue::instance(); }
-    ~FirmwareLibraryTest() override { removeFolder(); }
+    ~FirmwareLibraryTest() override { std::filesystem::remove_all(folder); }
+
+    void addFiles(const std::vector<std::string> &names) const
+    {
+        std::filesystem::create_directories(folder);
+        for (const std::string &name : names)
+            ASSERT_TRUE(std::ofstream(folder / name).is_open()) << name;
+    }
 
     // Not through QDir: a name may be no text.
-    void removeFolder() const
-    {
-        std::filesystem::remove_all(std::filesystem::path(QFile::encodeName(folder).toStdString()));
-    }
-
-    void addFiles(const QList<QByteArray> &names)
-    {
-        ASSERT_TRUE(QDir().mkpath(folder));
-        for (const QByteArray &name : names) {
-            const QByteArray path = QFile::encodeName(folder) + '/' + name;
-            FILE *file = std::fopen(path.constData(), "w");
-            ASSERT_NE(file, nullptr) << path.constData();
-            std::fclose(file);
-        }
-    }
-
-    const QString folder = cachesDirectory() + u'/' + firmwareFolderName;
+    const std::filesystem::path folder =
+        QString(cachesDirectory() + u'/' + firmwareFolderName).toStdString();
     QList<QPair<qint32, QStringList>> refills;
     FirmwareLibrary library{[this](qint32 modelCode, const QStringList &titles) {
         refills.append({modelCode, titles});
@@ -83,7 +74,7 @@ TEST_F(FirmwareLibraryTest, AFolderThatYieldsNothingLeavesTheListsByModelAlone)
 
     addFiles({"VORN_I-1.bin", "VORN_PLATINA-1.bin"});
     EXPECT_TRUE(library.readFirmWare(1));
-    removeFolder();
+    std::filesystem::remove_all(folder);
     EXPECT_FALSE(library.readFirmWare(1));
     EXPECT_FALSE(library.allFileArray().has_value()) << "missing";
 

@@ -1,27 +1,27 @@
-// install_package FILENAME ARCHIVE [stop] [no-exchange]: saves and installs the archive under that
-// name, to be starved and killed by tests. With "stop" it stops itself (SIGSTOP) when it is about
-// to begin; with "no-exchange" the system has no exchange of two names. Exits with the kind of the
-// problem, if any.
+// install_package FILENAME ARCHIVE [exchange|no-exchange]: saves and installs the archive under
+// that name, to be starved and killed by tests. With a third word it stops itself (SIGSTOP) when it
+// is about to begin; with "no-exchange" the system has no exchange of two names. Exits with the
+// kind of the problem, if any.
 
 #include "packages/PackageStore.h"
 #include "packages/ResponseHeaders.h"
 
 #include <QFile>
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
 #include <cstdio>
 #include <iterator>
-#include <string>
-#include <vector>
+#include <string_view>
 
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+
+using namespace std::string_view_literals;
 
 namespace {
 
@@ -43,19 +43,16 @@ bool forbidExchange()
 int main(int argc, char **argv)
 {
     constexpr int usageError = 100;
-    const std::vector<std::string> words(argv, argv + argc);
-    const auto has = [&](const char *word) {
-        return std::find(words.begin(), words.end(), word) != words.end();
-    };
-    if (words.size() < 3 || (has("no-exchange") && !forbidExchange()))
+    const bool isTraced = argc == 4;
+    if (argc < 3 || (isTraced && argv[3] == "no-exchange"sv && !forbidExchange()))
         return usageError;
-    const QString filename = QString::fromStdString(words[1]);
-    QFile archive(QString::fromStdString(words[2]));
+    const QString filename = argv[1];
+    QFile archive(argv[2]);
     if (!archive.open(QIODevice::ReadOnly))
         return usageError;
     const QByteArray data = archive.readAll();
 
-    if (has("stop"))
+    if (isTraced)
         std::raise(SIGSTOP);
     vorn::PackageProblem problem;
     {

@@ -1,9 +1,8 @@
 #include "packages/PackageProblem.h"
 #include "packages/StagingFolder.h"
-#include "tests/packages/Tree.h"
+#include "tests/ziparchive/Tree.h"
 
 #include <QDir>
-#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -12,7 +11,6 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
-#include <filesystem>
 
 #include <fcntl.h>
 #include <sys/ptrace.h>
@@ -28,22 +26,14 @@ namespace {
 class TracedInstall
 {
 public:
-    TracedInstall(const QString &cache, const QStringList &arguments)
+    TracedInstall(const QString &archive, const char *exchange)
     {
-        QList<QByteArray> words = {INSTALL_PACKAGE};
-        for (const QString &argument : arguments)
-            words.append(argument.toUtf8());
-        std::vector<char *> argv;
-        for (QByteArray &word : words)
-            argv.push_back(word.data());
-        argv.push_back(nullptr);
-        QByteArray home = "XDG_CACHE_HOME=" + cache.toUtf8();
-        QByteArray rules = "QT_LOGGING_RULES=*=false";
-        char *environment[] = {home.data(), rules.data(), nullptr};
+        const QByteArray path = archive.toUtf8();
         m_pid = ::fork();
         if (m_pid == 0) {
             ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
-            ::execve(argv[0], argv.data(), environment);
+            ::execl(INSTALL_PACKAGE, INSTALL_PACKAGE, "VornUpdate2.zip", path.constData(), exchange,
+                    nullptr);
             ::_exit(127);
         }
         wait();
@@ -106,13 +96,7 @@ private:
     int m_status = 0;
 };
 
-void write(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-}
-
-class PackageKillTest : public testing::TestWithParam<QString>
+class PackageKillTest : public testing::TestWithParam<const char *>
 {
 };
 
@@ -122,21 +106,20 @@ TEST_P(PackageKillTest, AProgramKilledBeforeAnyChangeOfItsFilesLeavesTheOldFirmw
     QTemporaryDir home(QDir("/dev/shm").exists() ? "/dev/shm/vorn-XXXXXX" : QString());
     const QString cache = home.filePath("cache");
     qputenv("XDG_CACHE_HOME", cache.toUtf8());
+    qputenv("QT_LOGGING_RULES", "*=false");
     const QString archive = home.filePath("archive.zip");
-    write(archive, makeArchive({{"VornUpdate2/", {}},
-                                {"VornUpdate2/a.bin", "A"},
-                                {"VornUpdate2/sub/same.bin", "new"}}));
+    writeFile(archive, makeArchive({{"VornUpdate2/", {}},
+                                    {"VornUpdate2/a.bin", "A"},
+                                    {"VornUpdate2/sub/same.bin", "new"}}));
     const Tree oldTree = {{"VornUpdate2/old.bin", "old"}, {"VornUpdate2/sub/same.bin", "old"}};
     const Tree newTree = {{"VornUpdate2/a.bin", "A"}, {"VornUpdate2/sub/same.bin", "new"}};
-    const QStringList arguments = {"VornUpdate2.zip", archive, "stop", GetParam()};
 
     int oldSets = 0;
     int newSets = 0;
     constexpr int limit = 1000;
     for (int changes = 1; changes < limit; ++changes) {
-        std::filesystem::remove_all(std::filesystem::path(cache.toStdString()));
         writeTree(cache, oldTree);
-        TracedInstall install(cache, arguments);
+        TracedInstall install(archive, GetParam());
         ASSERT_TRUE(install.isRunning());
         for (int change = 0; change < changes && install.goToNextChange(); ++change) {
         }
@@ -144,8 +127,7 @@ TEST_P(PackageKillTest, AProgramKilledBeforeAnyChangeOfItsFilesLeavesTheOldFirmw
         install.kill();
         StagingFolder::recoverInterruptedPublish();
 
-        Tree tree = treeAt(cache);
-        tree.remove("VornUpdate2.zip");
+        const Tree tree = treeAt(cache, "VornUpdate2.zip");
         ASSERT_TRUE(tree == oldTree || tree == newTree)
             << "killed before change " << changes << ": " << tree.keys().join(' ').toStdString();
         ++(tree == oldTree ? oldSets : newSets);
@@ -166,12 +148,12 @@ TEST(PackageSpaceTest, AFullDiskLeavesTheOldFirmware)
 {
     const QTemporaryDir home;
     const Tree newTree = {{"a.bin", QByteArray(100'000, 'A')}, {"b.bin", QByteArray(100'000, 'B')}};
-    write(home.filePath("archive.zip"), makeArchive({{"VornUpdate2/", {}},
-                                                     {"VornUpdate2/a.bin", newTree["a.bin"]},
-                                                     {"VornUpdate2/b.bin", newTree["b.bin"]}}));
+    writeFile(home.filePath("archive.zip"), makeArchive({{"VornUpdate2/", {}},
+                                                         {"VornUpdate2/a.bin", newTree["a.bin"]},
+                                                         {"VornUpdate2/b.bin", newTree["b.bin"]}}));
     // A file system of the size $1, in a name space in which anybody may mount one.
     const QString script = home.filePath("script");
-    write(script, R"(set -e; cd "$2"; mkdir -p cache; mount -t tmpfs -o size=$1 tmpfs cache
+    writeFile(script, R"(set -e; cd "$2"; mkdir -p cache; mount -t tmpfs -o size=$1 tmpfs cache
 mkdir cache/VornUpdate2; echo -n old >cache/VornUpdate2/old.bin
 trap 'rm -rf result; cp -r cache/VornUpdate2 result' EXIT
 XDG_CACHE_HOME="$2/cache" "$3" VornUpdate2.zip "$2/archive.zip")");

@@ -1,4 +1,4 @@
-#include "tests/packages/Tree.h"
+#include "tests/ziparchive/Tree.h"
 
 #include "ziparchive/ZipArchive.h"
 
@@ -9,7 +9,23 @@
 
 #include <gtest/gtest.h>
 
-Tree treeAt(const QString &folder)
+#include <filesystem>
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
+}
+
+void writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) &&
+                file.write(bytes) == bytes.size())
+        << qPrintable(path);
+}
+
+Tree treeAt(const QString &folder, const QString &except)
 {
     Tree tree;
     const QDir base(folder);
@@ -18,29 +34,27 @@ Tree treeAt(const QString &folder)
     while (item.hasNext()) {
         const QFileInfo info = item.nextFileInfo();
         const QString name = base.relativeFilePath(info.filePath());
-        QFile file(info.filePath());
         if (info.isSymLink())
             tree[name + u'@'] = QFile::encodeName(info.symLinkTarget());
-        else if (!info.isDir() && file.open(QIODevice::ReadOnly))
-            tree[name] = file.readAll();
-        else if (info.isDir() && QDir(info.filePath()).isEmpty())
+        else if (!info.isDir())
+            tree[name] = info.isFile() ? readFile(info.filePath()) : "(special)";
+        else if (QDir(info.filePath()).isEmpty())
             tree[name + u'/'] = {};
     }
+    tree.remove(except);
     return tree;
 }
 
 void writeTree(const QString &folder, const Tree &tree)
 {
+    std::filesystem::remove_all(folder.toStdString());
     for (auto [name, content] : tree.asKeyValueRange()) {
         const QString path = folder + u'/' + name;
-        ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
-        if (name.endsWith(u'@')) {
-            ASSERT_TRUE(QFile::link(QFile::decodeName(content), path.chopped(1)));
-        } else if (!name.endsWith(u'/')) {
-            QFile file(path);
-            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-            file.write(content);
-        }
+        if (!name.endsWith(u'@'))
+            writeFile(path, content);
+        else
+            ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()) &&
+                        QFile::link(QFile::decodeName(content), path.chopped(1)));
     }
 }
 
@@ -53,7 +67,5 @@ QByteArray makeArchive(const Entries &entries)
     for (const auto &[name, content] : entries)
         EXPECT_TRUE(archive.addDataToZip(content, {}, name));
     EXPECT_TRUE(archive.CloseZipFile2());
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return file.readAll();
+    return readFile(path);
 }
