@@ -5,8 +5,6 @@
 namespace vorn {
 namespace {
 
-const QString kFirstText = texts::kUpdating.arg(0);
-
 void expectEndedAtOnce(UpdateRig &rig)
 {
     // A run that waits for its time-out needs 20 seconds.
@@ -25,24 +23,20 @@ void expectNextRunSucceeds(UpdateRig &rig)
 
 TEST(UpdateInterruption, UnpluggingEndsTheRunAtOnceWithItsTexts)
 {
-    struct Row
-    {
-        BootStep step;
-        QStringList texts;
-    };
-    for (const Row &row :
-         {Row{BootStep::Sync, {texts::kUpdateFailed, texts::kDeviceDoesNotRespond}},
-          Row{BootStep::Erase, {texts::kEraseFailed}},
-          Row{BootStep::Frame, {kFirstText, texts::kUpdateFailed}},
-          Row{BootStep::Last, {kFirstText, texts::kUpdateFailed}}}) {
-        SCOPED_TRACE(row.texts.join(u' ').toStdString());
-        UpdateRig rig(
-            with(&DeviceOptions::faults,
-                 {{.step = row.step, .kind = FaultKind::Unplug, .frame = 1, .times = 1}}));
+    const QStringList duringData{texts::kUpdating.arg(0), texts::kUpdateFailed};
+    const std::vector<std::pair<BootStep, QStringList>> rows{
+        {BootStep::Sync, {texts::kUpdateFailed, texts::kDeviceDoesNotRespond}},
+        {BootStep::Erase, {texts::kEraseFailed}},
+        {BootStep::Frame, duringData},
+        {BootStep::Last, duringData}};
+    for (const auto &[step, shown] : rows) {
+        SCOPED_TRACE(static_cast<int>(step));
+        UpdateRig rig(with(&DeviceOptions::faults,
+                           {{.step = step, .kind = FaultKind::Unplug, .frame = 1, .times = 1}}));
         rig.update(250);
         expectEndedAtOnce(rig);
         rig.settle();
-        EXPECT_EQ(rig.events, kPulse + row.texts);
+        EXPECT_EQ(rig.events, kPulse + shown);
 
         QString problem;
         ASSERT_TRUE(rig.device.replug(&problem)) << qPrintable(problem);
@@ -70,7 +64,7 @@ TEST(UpdateInterruption, AnUpdaterThatIsDestroyedLeavesWithoutAWord)
     EXPECT_TRUE(rig.results.empty());
     EXPECT_EQ(rig.device.report().downloadFrames, 0) << "nothing more was sent";
 
-    rig.onErasing = nullptr;
+    rig.onErasing = [] {};
     rig.updater = std::make_unique<Updater>(&rig, patientTimings());
     expectNextRunSucceeds(rig);
 }

@@ -118,8 +118,7 @@ public:
     {
         if (updater)
             updater->serialPortDidReceiveData(data);
-        if (onChunk)
-            onChunk();
+        onChunk();
     }
 
     // UpdateObserver
@@ -133,8 +132,7 @@ public:
     void updateIsErasing() override
     {
         ++erasings;
-        if (onErasing)
-            onErasing();
+        onErasing();
     }
     void updateDidEnd(const UpdateResult &result) override
     {
@@ -155,8 +153,8 @@ public:
     std::vector<UpdateResult> results;
     int erasings = 0;
     int endedQueries = 0;
-    std::function<void()> onChunk;
-    std::function<void()> onErasing;
+    std::function<void()> onChunk = [] {};
+    std::function<void()> onErasing = [] {};
 
 private:
     QObject m_context;
