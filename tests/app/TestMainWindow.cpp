@@ -9,8 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-
 #include "app/MainWindow.h"
 
 namespace {
@@ -25,64 +23,49 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowActive(&m_window));
     }
 
-    QWidgetList tagged(int tag) const
+    template <typename Widget = QWidget>
+    Widget *tagged(int tag) const
     {
-        QWidgetList found;
-        for (auto *widget : m_window.centralWidget()->findChildren<QWidget *>()) {
-            if (widget->property("tag") == QVariant(tag)) {
-                found += widget;
-            }
-        }
-        return found;
+        QList<Widget *> found = m_window.centralWidget()->findChildren<Widget *>();
+        found.removeIf(
+            [tag](const Widget *each) { return each->property("tag") != QVariant(tag); });
+        return found.value(0);
     }
-    template <typename Widget>
-    Widget *control(int tag) const
+    QString spoken(int tag, QAccessible::Text what) const
     {
-        return qobject_cast<Widget *>(tagged(tag).value(0));
-    }
-    QProgressBar *bar(const char *name) const
-    {
-        return m_window.findChild<QProgressBar *>(QLatin1String(name));
+        return QAccessible::queryAccessibleInterface(tagged(tag))->text(what);
     }
 
     vorn::MainWindow m_window;
 };
 
-QString spoken(QWidget *widget, QAccessible::Text what)
-{
-    return QAccessible::queryAccessibleInterface(widget)->text(what);
-}
-
 TEST_F(MainWindowTest, AScreenReaderIsToldWhatIsSeen)
 {
-    EXPECT_TRUE(spoken(tagged(2001).first(), QAccessible::Name).contains(u"Update"));
-    EXPECT_TRUE(spoken(tagged(2002).first(), QAccessible::Name).contains(u"Download"));
+    EXPECT_TRUE(spoken(2001, QAccessible::Name).contains(u"Update"));
+    EXPECT_TRUE(spoken(2002, QAccessible::Name).contains(u"Download"));
     for (const char *title : {"Open", "Close"}) {
-        control<QAbstractButton>(1011)->setText(QLatin1String(title));
-        EXPECT_EQ(spoken(tagged(1011).first(), QAccessible::Name), QLatin1String(title));
+        tagged<QAbstractButton>(1011)->setText(QLatin1String(title));
+        EXPECT_EQ(spoken(1011, QAccessible::Name), QLatin1String(title));
     }
     for (const auto &[tag, description] :
          {std::pair(1010, "Device"), std::pair(1002, "Firmware")}) {
-        auto *list = tagged(tag).first();
-        EXPECT_EQ(spoken(list, QAccessible::Description), QLatin1String(description));
-        const auto labels = QAccessible::queryAccessibleInterface(list)->relations();
+        EXPECT_EQ(spoken(tag, QAccessible::Description), QLatin1String(description));
+        const auto labels = QAccessible::queryAccessibleInterface(tagged(tag))->relations();
         ASSERT_EQ(labels.size(), 1);
         EXPECT_EQ(labels.first().first->text(QAccessible::Name), QLatin1String(description));
     }
     for (const auto &[tag, description] :
          {std::pair(1001, "Connection status"), std::pair(1012, "Firmware status"),
           std::pair(1015, "Update status")}) {
-        control<QLabel>(tag)->setText("Prompt:<b>a & b</b>");
-        EXPECT_EQ(spoken(tagged(tag).first(), QAccessible::Name), u"Prompt:<b>a & b</b>");
-        EXPECT_EQ(spoken(tagged(tag).first(), QAccessible::Description),
-                  QLatin1String(description));
-        EXPECT_EQ(tagged(tag).first()->accessibleName(), QString());
+        tagged<QLabel>(tag)->setText("Prompt:<b>a & b</b>");
+        EXPECT_EQ(spoken(tag, QAccessible::Name), u"Prompt:<b>a & b</b>");
+        EXPECT_EQ(spoken(tag, QAccessible::Description), QLatin1String(description));
     }
 }
 
 TEST_F(MainWindowTest, TheOpenButtonsMnemonicFollowsItsText)
 {
-    auto *button = control<QAbstractButton>(1011);
+    auto *button = tagged<QAbstractButton>(1011);
     QSignalSpy pressed(button, &QAbstractButton::clicked);
     const auto seen = [button] {
         button->grab(); // draws it
@@ -105,21 +88,21 @@ TEST_F(MainWindowTest, TheOpenButtonsMnemonicFollowsItsText)
 
 TEST_F(MainWindowTest, TheTabKeyFollowsTheThreeStepsAndEnterPressesOnlyTheButtonInFocus)
 {
-    QSignalSpy updates(control<QAbstractButton>(2001), &QAbstractButton::clicked);
-    tagged(1010).first()->setFocus();
+    QSignalSpy updates(tagged<QAbstractButton>(2001), &QAbstractButton::clicked);
+    tagged(1010)->setFocus();
     for (const int tag : {1010, 1011, 1002, 2002, 2001}) {
         SCOPED_TRACE(tag);
-        EXPECT_EQ(m_window.focusWidget(), tagged(tag).first());
+        EXPECT_EQ(m_window.focusWidget(), tagged(tag));
         QTest::keyClick(m_window.focusWidget(), Qt::Key_Return);
         EXPECT_EQ(updates.count(), tag == 2001 ? 1 : 0);
         QTest::keyClick(m_window.focusWidget(), Qt::Key_Tab);
     }
-    EXPECT_EQ(m_window.focusWidget(), tagged(1010).first());
+    EXPECT_EQ(m_window.focusWidget(), tagged(1010));
 }
 
 TEST_F(MainWindowTest, TheUpdateBarNeverWalksBackUntilItIsReset)
 {
-    auto *progress = bar("updateProgress");
+    const auto *progress = m_window.findChild<QProgressBar *>("updateProgress");
     m_window.showUpdateProgress(42);
     m_window.showUpdateProgress(17);
     EXPECT_EQ(progress->value(), 42);
@@ -147,22 +130,23 @@ TEST_F(MainWindowTest, NothingMovesWhenTextsGrowAndTheDownloadBarComesAndGoes)
         return result;
     };
     const QList<QRect> before = places();
-    EXPECT_FALSE(bar("downloadProgress")->isVisible());
+    const auto *download = m_window.findChild<QProgressBar *>("downloadProgress");
+    EXPECT_FALSE(download->isVisible());
 
     m_window.showDownloadProgress(5);
     m_window.showDownloadBusy();
-    EXPECT_TRUE(bar("downloadProgress")->isVisible());
-    control<QAbstractButton>(1011)->setText("Close");
+    EXPECT_TRUE(download->isVisible());
+    tagged<QAbstractButton>(1011)->setText("Close");
     for (const int tag : {1001, 1012, 1015}) {
-        control<QLabel>(tag)->setText(QString("usbserial-LONG ").repeated(40));
+        tagged<QLabel>(tag)->setText(QString("usbserial-LONG ").repeated(40));
     }
     for (const int tag : {1010, 1002}) {
-        control<QComboBox>(tag)->addItem(QString(300, QLatin1Char('W')));
+        tagged<QComboBox>(tag)->addItem(QString(300, QLatin1Char('W')));
     }
     EXPECT_EQ(places(), before);
 
     m_window.hideDownloadProgress();
-    EXPECT_FALSE(bar("downloadProgress")->isVisible());
+    EXPECT_FALSE(download->isVisible());
     EXPECT_EQ(places(), before);
 }
 

@@ -26,18 +26,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// The directory whose entries are the devices of this process's port manager.
-const QString &deviceDirectory()
-{
-    static const QTemporaryDir directory;
-    static const QString path = [] {
-        SerialDeviceRegistry::setSystem(
-            std::make_unique<DirectoryDeviceRegistry>(directory.path()));
-        return directory.path();
-    }();
-    return path;
-}
-
 QString firmwareFolder()
 {
     return cachesDirectory() + "/VornUpdate2";
@@ -54,29 +42,31 @@ QByteArray writeFirmware(const QString &name, qsizetype size)
     return bytes;
 }
 
-DeviceOptions deviceNamed(const QString &name, int modelCode = 8)
-{
-    DeviceOptions options;
-    options.directory = deviceDirectory();
-    options.name = name;
-    options.modelCode = modelCode;
-    return options;
-}
+const QString kImage = "VORN_PLATINA-1.bin";
+const QString kOtherModelsImage = "VORN_I-1.bin";
+const QStringList kTitles{"No firmware selected", kImage}; // once the device has told its model
 
 class WindowTest : public ::testing::Test
 {
 protected:
-    WindowTest()
+    static void SetUpTestSuite()
     {
-        QDir(firmwareFolder()).removeRecursively();
-        deviceDirectory();
+        SerialDeviceRegistry::setSystem(
+            std::make_unique<DirectoryDeviceRegistry>(deviceDirectory.path()));
         // Before any device is there, so that each one's coming is told of.
         ORSSerialPortManager::sharedSerialPortManager();
+    }
+    void SetUp() override
+    {
+        QDir(firmwareFolder()).removeRecursively();
+        image = writeFirmware(kImage, 65536);
+        writeFirmware(kOtherModelsImage, 10);
     }
 
     // The devices of one test must be gone before the next one plugs in its own.
     void TearDown() override
     {
+        device.reset();
         EXPECT_TRUE(eventually([] {
             return ORSSerialPortManager::sharedSerialPortManager().availablePorts().isEmpty();
         }));
@@ -91,42 +81,45 @@ protected:
         controller->viewDidLoad();
         window.show();
     }
-    void plugIn(SimulatedDevice &device)
+    static DeviceOptions deviceNamed(const QString &name)
     {
+        DeviceOptions options;
+        options.directory = deviceDirectory.path();
+        options.name = name;
+        return options;
+    }
+    void plugIn(const DeviceOptions &options = deviceNamed("usbserial-one"))
+    {
+        device = std::make_unique<SimulatedDevice>(options);
         QString problem;
-        ASSERT_TRUE(device.start(&problem)) << qPrintable(problem);
+        ASSERT_TRUE(device->start(&problem)) << qPrintable(problem);
+        show();
+        ASSERT_TRUE(eventually(
+            [&] { return connection->text() == "Prompt:usbserial-one Selected,not opened"; }));
     }
     void open()
     {
         press(openButton);
         ASSERT_TRUE(eventually([&] { return says(connection, "opened successfully"); }));
     }
-    void choose(const QString &file)
+    void choose()
     {
-        ASSERT_TRUE(eventually([&] { return firmware->findText(file) > 0; }));
         firmware->setFocus();
-        while (firmware->currentText() != file)
-            QTest::keyClick(firmware, Qt::Key_Down);
+        QTest::keyClick(firmware, Qt::Key_Down);
+        ASSERT_EQ(firmware->currentText(), kImage);
         ASSERT_EQ(choice->text(), "Prompt:Firmware selected");
     }
-    void plugInAndSelect(SimulatedDevice &device)
+    // A device that is open, and the file for it chosen.
+    void openAndChoose(const char *fault = nullptr)
     {
-        plugIn(device);
-        if (!controller)
-            show();
-        ASSERT_TRUE(eventually([&] { return says(connection, "not opened"); }));
-    }
-    // The list follows the device half a second after the opening; a choice made before is lost.
-    void openAndChoose(SimulatedDevice &device, const QString &file)
-    {
-        ASSERT_NO_FATAL_FAILURE(plugInAndSelect(device));
+        DeviceOptions options = deviceNamed("usbserial-one");
+        if (fault)
+            options.faults = {*parseFault(fault, nullptr)};
+        ASSERT_NO_FATAL_FAILURE(plugIn(options));
         open();
-        const QStringList all = titles(firmware);
-        ASSERT_TRUE(eventually([&] {
-            return controller->targetVersion() == device.report().modelCode &&
-                   titles(firmware) != all;
-        }));
-        choose(file);
+        // The list follows the device half a second after the opening; a choice before is lost.
+        ASSERT_TRUE(eventually([&] { return titles(firmware) == kTitles; }));
+        choose();
     }
     static void press(QPushButton *button) { QTest::mouseClick(button, Qt::LeftButton); }
     static bool says(const QLabel *line, const char *text)
@@ -140,29 +133,26 @@ protected:
             all.append(list->itemText(i));
         return all;
     }
-    template <typename Control>
-    Control *control(const char *name)
-    {
-        return window.findChild<Control *>(QLatin1StringView(name));
-    }
 
+    static inline const QTemporaryDir deviceDirectory;
     MainWindow window;
     std::unique_ptr<ViewController> controller;
-    QLabel *const connection = control<QLabel>("connectText_1001");
-    QLabel *const choice = control<QLabel>("perText_1012");
-    QLabel *const status = control<QLabel>("updateText_1015");
-    QComboBox *const firmware = control<QComboBox>("firmwareList_1002");
-    QComboBox *const devices = control<QComboBox>("deviceList_1010");
-    QPushButton *const openButton = control<QPushButton>("openButton_1011");
-    QPushButton *const updateButton = control<QPushButton>("updateButton_2001");
-    QPushButton *const downloadButton = control<QPushButton>("downloadButton_2002");
-    QProgressBar *const progress = control<QProgressBar>("updateProgress");
+    std::unique_ptr<SimulatedDevice> device;
+    QByteArray image;
+    QLabel *const connection = window.findChild<QLabel *>("connectText_1001");
+    QLabel *const choice = window.findChild<QLabel *>("perText_1012");
+    QLabel *const status = window.findChild<QLabel *>("updateText_1015");
+    QComboBox *const firmware = window.findChild<QComboBox *>("firmwareList_1002");
+    QComboBox *const devices = window.findChild<QComboBox *>("deviceList_1010");
+    QPushButton *const openButton = window.findChild<QPushButton *>("openButton_1011");
+    QPushButton *const updateButton = window.findChild<QPushButton *>("updateButton_2001");
+    QPushButton *const downloadButton = window.findChild<QPushButton *>("downloadButton_2002");
+    QProgressBar *const progress = window.findChild<QProgressBar *>("updateProgress");
 };
-
-const QString kImage = "VORN_PLATINA-1.bin";
 
 TEST_F(WindowTest, WithoutADeviceOrFirmwareEveryPressSaysWhatIsMissing)
 {
+    QDir(firmwareFolder()).removeRecursively();
     show();
     EXPECT_EQ(titles(devices), QStringList{"No device selected"});
     EXPECT_EQ(connection->text(), "Prompt:No device selected");
@@ -179,13 +169,7 @@ TEST_F(WindowTest, WithoutADeviceOrFirmwareEveryPressSaysWhatIsMissing)
 
 TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
 {
-    const QByteArray image = writeFirmware(kImage, 65536);
-    writeFirmware("VORN_I-1.bin", 10);
-    SimulatedDevice device(deviceNamed("usbserial-one"));
-    plugIn(device);
-    show();
-    ASSERT_TRUE(eventually(
-        [&] { return connection->text() == "Prompt:usbserial-one Selected,not opened"; }));
+    ASSERT_NO_FATAL_FAILURE(plugIn());
     EXPECT_EQ(titles(devices), QStringList(2, "usbserial-one"));
     press(updateButton);
     EXPECT_EQ(status->text(), "Prompt:Device not opened");
@@ -193,23 +177,21 @@ TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
     ASSERT_TRUE(eventually([&] { return firmware->count() == 3; }));
     open();
     EXPECT_EQ(openButton->text(), "Close");
-    ASSERT_TRUE(eventually([&] {
-        return titles(firmware) == QStringList{"No firmware selected", kImage};
-    }));
+    ASSERT_TRUE(eventually([&] { return titles(firmware) == kTitles; }));
     press(updateButton);
     EXPECT_EQ(status->text(), "Prompt:No firmware selected");
-    choose(kImage);
-    EXPECT_EQ(device.report().exchanges, 1); // the version query
+    choose();
+    EXPECT_EQ(device->report().exchanges, 1); // the version query
 
     press(updateButton);
     press(updateButton); // does nothing more
-    ASSERT_TRUE(eventually([&] { return says(status, "successfully update"); }));
-    EXPECT_EQ(status->text(), "Prompt:100% progress,successfully update");
+    ASSERT_TRUE(
+        eventually([&] { return status->text() == "Prompt:100% progress,successfully update"; }));
     EXPECT_EQ(progress->value(), 100);
-    EXPECT_EQ(device.report().image, image);
-    EXPECT_EQ(device.report().updates, 1);
-    EXPECT_EQ(device.report().exchanges, 2);
-    EXPECT_EQ(device.report().errors, QStringList());
+    EXPECT_EQ(device->report().image, image);
+    EXPECT_EQ(device->report().updates, 1);
+    EXPECT_EQ(device->report().exchanges, 2);
+    EXPECT_EQ(device->report().errors, QStringList());
 
     press(openButton);
     ASSERT_TRUE(eventually(
@@ -221,20 +203,16 @@ TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
 TEST_F(WindowTest, FirmwareThatAKilledProgramHadSetAsideIsBackAtTheStart)
 {
     const QString leftover = cachesDirectory() + "/.VornUpdate2-staging-a";
-    writeFirmware("VORN-1.bin", 10);
     ASSERT_TRUE(QDir().mkpath(leftover + "/set-aside"));
     ASSERT_TRUE(QDir().rename(firmwareFolder(), leftover + "/set-aside/VornUpdate2"));
     show();
-    EXPECT_TRUE(eventually([&] { return firmware->findText("VORN-1.bin") > 0; }));
+    EXPECT_TRUE(eventually([&] { return firmware->findText(kImage) > 0; }));
     EXPECT_FALSE(QFile::exists(leftover));
 }
 
 TEST_F(WindowTest, AFileThatCannotServeLeavesTheDeviceAlone)
 {
-    writeFirmware(kImage, 500);
-    writeFirmware("VORN_I-1.bin", 10);
-    SimulatedDevice device(deviceNamed("usbserial-one"));
-    ASSERT_NO_FATAL_FAILURE(openAndChoose(device, kImage));
+    ASSERT_NO_FATAL_FAILURE(openAndChoose());
     const auto refused = [&] {
         status->clear();
         press(updateButton);
@@ -245,42 +223,34 @@ TEST_F(WindowTest, AFileThatCannotServeLeavesTheDeviceAlone)
     QFile::remove(firmwareFolder() + QLatin1Char('/') + kImage);
     EXPECT_TRUE(refused());
     EXPECT_FALSE(controller->serialPort()->RTS());
-    EXPECT_EQ(device.report().exchanges, 1);
+    EXPECT_EQ(device->report().exchanges, 1);
 }
 
 TEST_F(WindowTest, AfterACablePulledOutDuringAnUpdateTheNextOneSucceeds)
 {
-    const QByteArray image = writeFirmware(kImage, 5000);
-    writeFirmware("VORN_I-1.bin", 10);
-    SimulatedDevice device(deviceNamed("usbserial-one"));
-    device.setFaults({*parseFault("frame:3=unplug,times=1", nullptr)});
-    ASSERT_NO_FATAL_FAILURE(openAndChoose(device, kImage));
+    ASSERT_NO_FATAL_FAILURE(openAndChoose("frame:3=unplug,times=1"));
     press(updateButton);
     ASSERT_TRUE(eventually([&] { return says(connection, "No device selected"); }));
     ASSERT_TRUE(eventually(
         [&] { return status->text() == "Prompt:Firmware update failed,please try again"; }));
     EXPECT_EQ(openButton->text(), "Open");
 
-    ASSERT_TRUE(device.replug());
+    ASSERT_TRUE(device->replug());
     ASSERT_TRUE(eventually([&] { return says(connection, "not opened"); }));
     open();
-    ASSERT_TRUE(eventually([&] { return device.report().exchanges == 3; }));
-    runEventLoopFor(600ms); // the list is filled again for the device, half a second after opening
-    choose(kImage);
+    ASSERT_TRUE(eventually([&] { return device->report().exchanges == 3; }));
+    ASSERT_TRUE(eventually([&] { return firmware->currentIndex() == 0; })); // filled again
+    choose();
     press(updateButton);
     ASSERT_TRUE(eventually([&] { return says(status, "successfully update"); }));
-    EXPECT_EQ(device.report().image, image);
+    EXPECT_EQ(device->report().image, image);
 }
 
 TEST_F(WindowTest, ClosingThePortDuringAnUpdateEndsItAndSaysSo)
 {
-    writeFirmware(kImage, 65536);
-    writeFirmware("VORN_I-1.bin", 10);
-    SimulatedDevice device(deviceNamed("usbserial-one"));
-    device.setFaults({*parseFault("frame:20=silence,times=1", nullptr)});
-    ASSERT_NO_FATAL_FAILURE(openAndChoose(device, kImage));
+    ASSERT_NO_FATAL_FAILURE(openAndChoose("frame:20=silence,times=1"));
     press(updateButton);
-    ASSERT_TRUE(eventually([&] { return device.report().downloadFrames == 20; }));
+    ASSERT_TRUE(eventually([&] { return device->report().downloadFrames == 20; }));
     press(openButton);
     ASSERT_TRUE(eventually([&] { return says(connection, "close successfully"); }));
     ASSERT_TRUE(eventually([&] { return says(status, "please try again"); }));
@@ -290,11 +260,7 @@ TEST_F(WindowTest, ClosingThePortDuringAnUpdateEndsItAndSaysSo)
 
 TEST_F(WindowTest, ClosingTheWindowDuringAnUpdateAsksFirst)
 {
-    writeFirmware(kImage, 65536);
-    writeFirmware("VORN_I-1.bin", 10);
-    SimulatedDevice device(deviceNamed("usbserial-one"));
-    device.setFaults({*parseFault("frame:20=silence,times=2", nullptr)});
-    ASSERT_NO_FATAL_FAILURE(openAndChoose(device, kImage));
+    ASSERT_NO_FATAL_FAILURE(openAndChoose("frame:20=silence,times=2"));
     const auto *question = window.findChild<QMessageBox *>();
     const auto closeDuringUpdate = [&] {
         press(updateButton);
@@ -321,24 +287,21 @@ TEST_F(WindowTest, ClosingTheWindowDuringAnUpdateAsksFirst)
 
 TEST_F(WindowTest, ADeviceThatTellsItsModelLateGetsItsListLate)
 {
-    writeFirmware(kImage, 500);
-    writeFirmware("VORN_I-1.bin", 10);
-    DeviceOptions options = deviceNamed("usbserial-one", 2);
+    DeviceOptions options = deviceNamed("usbserial-one");
+    options.modelCode = 2;
     options.answerDelay = 300ms; // sync and connect together take longer than the first filling
-    SimulatedDevice device(options);
-    ASSERT_NO_FATAL_FAILURE(plugInAndSelect(device));
+    ASSERT_NO_FATAL_FAILURE(plugIn(options));
     open();
     EXPECT_TRUE(eventually([&] {
-        return titles(firmware) == QStringList{"No firmware selected", "VORN_I-1.bin"};
+        return titles(firmware) == QStringList{"No firmware selected", kOtherModelsImage};
     }));
 }
 
 TEST_F(WindowTest, APortThatAnotherProgramHoldsFailsToOpen)
 {
-    SimulatedDevice device(deviceNamed("usbserial-one"));
-    ASSERT_NO_FATAL_FAILURE(plugInAndSelect(device));
+    ASSERT_NO_FATAL_FAILURE(plugIn());
     const FileDescriptor other(
-        ::open(QFile::encodeName(device.slavePath()).constData(), O_RDWR | O_NOCTTY));
+        ::open(QFile::encodeName(device->slavePath()).constData(), O_RDWR | O_NOCTTY));
     ASSERT_EQ(::flock(other.get(), LOCK_EX | LOCK_NB), 0);
     press(openButton);
     EXPECT_EQ(connection->text(), "Prompt:usbserial-one Selected,failed to open,please try again");
@@ -347,12 +310,11 @@ TEST_F(WindowTest, APortThatAnotherProgramHoldsFailsToOpen)
 
 TEST_F(WindowTest, AnotherDeviceThatComesClosesTheOpenPortAndKeepsTheButton)
 {
-    SimulatedDevice first(deviceNamed("usbserial-one"));
-    ASSERT_NO_FATAL_FAILURE(plugInAndSelect(first));
+    ASSERT_NO_FATAL_FAILURE(plugIn());
     open();
     const ORSSerialPortPtr port = controller->serialPort();
     SimulatedDevice other(deviceNamed("x"));
-    plugIn(other);
+    ASSERT_TRUE(other.start());
     ASSERT_TRUE(eventually([&] { return says(connection, "usbserial-one Selected,not opened"); }));
     ASSERT_TRUE(eventually([&] { return !port->isOpen(); }));
     EXPECT_EQ(openButton->text(), "Close");

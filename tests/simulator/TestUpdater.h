@@ -4,11 +4,14 @@
 #include "simulator/UniqueFd.h"
 
 #include <QByteArray>
+#include <QDeadlineTimer>
 #include <QFile>
 #include <QString>
 
-#include <cerrno>
-#include <chrono>
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <numeric>
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -21,12 +24,13 @@ using namespace std::chrono_literals;
 
 inline QByteArray frame(const QByteArray &body)
 {
-    QByteArray bytes(1, static_cast<char>(body.size() + 1));
-    bytes += body;
-    char sum = 0;
-    for (const char byte : bytes)
-        sum = static_cast<char>(sum ^ byte);
-    return bytes + sum;
+    const QByteArray bytes = static_cast<char>(body.size() + 1) + body;
+    return bytes + std::accumulate(bytes.begin(), bytes.end(), '\0', std::bit_xor<char>());
+}
+
+inline QByteArray header(qsizetype length, quint32 address = 0x08001800)
+{
+    return frame(QByteArray::fromHex(QString::asprintf("%08x%08llx", address, length).toLatin1()));
 }
 
 inline const QByteArray Sync = QByteArray::fromHex("f4");
@@ -35,16 +39,6 @@ inline const QByteArray Version = QByteArray::fromHex("0302fdfc");
 inline const QByteArray Download = QByteArray::fromHex("0303fcfc");
 inline const QByteArray Ack = QByteArray::fromHex("af");
 inline const QByteArray Nak = QByteArray::fromHex("fc");
-
-inline QByteArray header(quint32 length, quint32 address = 0x08001800)
-{
-    QByteArray body;
-    for (const quint32 word : {address, length}) {
-        for (const unsigned shift : {24U, 16U, 8U, 0U})
-            body += static_cast<char>((word >> shift) & 0xFFU);
-    }
-    return frame(body);
-}
 
 // The other end of a simulated device: writes frames and reads answers on the bare terminal.
 class TestUpdater
@@ -55,31 +49,29 @@ public:
     {
     }
 
-    int descriptor() const { return m_fd.get(); }
-
     void send(const QByteArray &bytes) const
     {
-        [[maybe_unused]] const auto n =
-            ::write(m_fd.get(), bytes.constData(), static_cast<std::size_t>(bytes.size()));
+        const auto size = static_cast<std::size_t>(bytes.size());
+        EXPECT_EQ(::write(m_fd.get(), bytes.constData(), size), bytes.size());
     }
 
-    // What arrives until `count` bytes are there, the limit has passed or the terminal hangs up.
+    // What the next read gives; nothing when the time is over or the terminal hangs up.
+    QByteArray receiveChunk(QDeadlineTimer end = QDeadlineTimer(5s)) const
+    {
+        std::array<char, 256> chunk{};
+        pollfd fd{m_fd.get(), POLLIN, 0};
+        if (::poll(&fd, 1, static_cast<int>(end.remainingTime())) <= 0)
+            return {};
+        return {chunk.data(), std::max<ssize_t>(::read(fd.fd, chunk.data(), chunk.size()), 0)};
+    }
+
+    // What arrives until `count` bytes are there.
     QByteArray receive(qsizetype count, std::chrono::milliseconds limit = 5s) const
     {
+        const QDeadlineTimer end(limit);
         QByteArray got;
-        const auto end = std::chrono::steady_clock::now() + limit;
-        while (got.size() < count) {
-            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-                end - std::chrono::steady_clock::now());
-            pollfd fd{m_fd.get(), POLLIN, 0};
-            if (left.count() <= 0 || ::poll(&fd, 1, static_cast<int>(left.count())) <= 0)
-                break;
-            QByteArray chunk(256, Qt::Uninitialized);
-            const ssize_t n = ::read(m_fd.get(), chunk.data(), 256);
-            if (n <= 0 && errno != EAGAIN)
-                break;
-            got += chunk.first(n > 0 ? n : 0);
-        }
+        for (QByteArray chunk = "?"; got.size() < count && !chunk.isEmpty(); got += chunk)
+            chunk = receiveChunk(end);
         return got;
     }
 
@@ -96,19 +88,13 @@ public:
                ask(Download) == Ack;
     }
 
-    // A whole update with `headerAnswers` acknowledgements after the header; whether each frame
-    // was acknowledged.
-    bool update(const QByteArray &image, int headerAnswers) const
+    // A whole update of a device that does not erase; whether each frame was acknowledged.
+    bool update(qsizetype length) const
     {
-        if (!handshake() || ask(header(static_cast<quint32>(image.size())), headerAnswers) !=
-                                Ack.repeated(headerAnswers))
-            return false;
-        qsizetype at = 0;
-        for (; image.size() - at >= 250; at += 250) {
-            if (ask(frame(image.mid(at, 250))) != Ack)
-                return false;
-        }
-        return ask(frame(image.mid(at))) == Ack;
+        bool good = handshake() && ask(header(length)) == Ack;
+        for (; good && length >= 250; length -= 250)
+            good = ask(frame(QByteArray(250, 'x'))) == Ack;
+        return good && ask(frame(QByteArray(length, 'x'))) == Ack;
     }
 
 private:
@@ -128,16 +114,5 @@ struct TestedDevice
     const bool started;
     const TestUpdater updater;
 };
-
-inline QByteArray sampleImage(qsizetype length)
-{
-    QByteArray image(length, Qt::Uninitialized);
-    quint32 state = 12345;
-    for (char &byte : image) {
-        state = state * 1664525U + 1013904223U;
-        byte = static_cast<char>(state >> 24U);
-    }
-    return image;
-}
 
 } // namespace vorn::test

@@ -12,7 +12,6 @@ const QString kEraseFailed =
 const QStringList kProgress{"Prompt:0%progress,updating firmware",
                             "Prompt:33%progress,updating firmware",
                             "Prompt:66%progress,updating firmware"};
-const QStringList kPulse{kRtsHigh, kRtsLow};
 
 // An image of three data frames and an empty last one.
 constexpr qsizetype kImageLength = 750;
@@ -61,30 +60,26 @@ TEST(UpdateFailure, EndsTheRunWithTheTextsForItAndNoClosingPulse)
             DeviceOptions options = with(&DeviceOptions::modelCode, row.modelCode);
             options.faults = {{.step = row.step, .kind = kind, .frame = row.frame}};
             cases.push_back({row, kind, std::make_unique<UpdateRig>(options, timings)});
-            cases.back().rig->update(sampleImage(kImageLength));
+            cases.back().rig->update(kImageLength);
         }
     }
-    for (const Case &each : cases) {
-        const Row &row = each.row;
-        const bool refused = each.kind == FaultKind::Refuse;
+    for (const Case &each : cases)
+        each.rig->result();
+    cases.back().rig->settle();
+    for (const auto &[row, kind, rig] : cases) {
+        const bool refused = kind == FaultKind::Refuse;
         SCOPED_TRACE(testing::Message()
                      << (refused ? "refusal" : "silence or garbage") << " at step "
                      << static_cast<int>(row.step) << ", frame " << row.frame);
-        const UpdateResult result = each.rig->result();
+        const UpdateResult result = rig->result();
         EXPECT_EQ(result.outcome, refused ? Outcome::Refused : Outcome::TimedOut);
         EXPECT_EQ(result.step, row.endsAt);
         EXPECT_EQ(result.frame, row.endsAtFrame);
         EXPECT_NE(result.description, QString());
-        const DeviceReport report = each.rig->device.report();
-        EXPECT_EQ(report.errors, QStringList());
-        EXPECT_EQ(report.updates, 0);
-    }
-    cases.back().rig->settle();
-    for (const Case &each : cases) {
-        const bool refused = each.kind == FaultKind::Refuse;
-        EXPECT_EQ(each.rig->events, kPulse + kProgress.first(each.row.progressTexts) +
-                                        (refused ? each.row.afterRefusal : each.row.afterSilence))
-            << static_cast<int>(each.row.step) << ' ' << each.row.frame;
+        EXPECT_EQ(rig->events, kPulse + kProgress.first(row.progressTexts) +
+                                   (refused ? row.afterRefusal : row.afterSilence));
+        EXPECT_EQ(rig->device.report().errors, QStringList());
+        EXPECT_EQ(rig->device.report().updates, 0);
     }
 }
 
@@ -104,13 +99,13 @@ TEST(UpdateFailure, AnUnusableImageIsFoundBeforeTheDownloadCommand)
         EXPECT_EQ(rig.device.report().errors, QStringList());
         EXPECT_EQ(std::exchange(rig.events, {}), kPulse + QStringList{text});
     };
-    rig.update(sampleImage(300));
+    rig.update(300);
     ASSERT_TRUE(eventually([&] { return rig.device.report().exchanges == 1; }));
     ASSERT_TRUE(QFile::remove(rig.imagePath)); // during the handshake
     expectNoDownload(1, kFailed, Outcome::ImageUnusable);
     rig.updater->startUpdate(rig.port, {});
     expectNoDownload(2, texts::kNoFirmwareSelected, Outcome::NoFirmwareChosen);
-    rig.update({});
+    rig.update(0);
     expectNoDownload(3, kFailed, Outcome::ImageUnusable);
 }
 

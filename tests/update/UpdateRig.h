@@ -23,6 +23,7 @@ using namespace std::chrono_literals;
 
 inline const QString kRtsHigh = "RTS high";
 inline const QString kRtsLow = "RTS low";
+inline const QStringList kPulse{kRtsHigh, kRtsLow};
 
 // Waits that only a hanging test reaches.
 inline UpdateTimings patientTimings()
@@ -40,14 +41,6 @@ DeviceOptions with(Value DeviceOptions::*option, std::type_identity_t<Value> val
     return options;
 }
 
-inline QByteArray sampleImage(qsizetype length)
-{
-    QByteArray image;
-    for (qsizetype i = 0; i < length; ++i)
-        image.append(static_cast<char>((i * 7 + i / 251) % 256));
-    return image;
-}
-
 // A simulated device, a port on its terminal and an updater, as the program wires them, and what
 // its user would see.
 class UpdateRig final : public ORSSerialPortDelegate, public UpdateObserver
@@ -62,8 +55,6 @@ public:
         openPort();
     }
     ~UpdateRig() override { closePort(); }
-    UpdateRig(const UpdateRig &) = delete;
-    UpdateRig &operator=(const UpdateRig &) = delete;
 
     // A new port on the device's present terminal.
     void openPort()
@@ -92,18 +83,31 @@ public:
         EXPECT_TRUE(eventually([&] { return !port || !port->isOpen(); }));
     }
 
-    QString writeImage(const QByteArray &bytes)
+    void update(qsizetype length)
     {
+        image.clear();
+        for (qsizetype i = 0; i < length; ++i)
+            image.append(static_cast<char>((i * 7 + i / 251) % 256));
         QFile file(imagePath);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-        return imagePath;
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(image) == length);
+        file.close();
+        updater->startUpdate(port, imagePath);
     }
-    void update(const QByteArray &image) { updater->startUpdate(port, writeImage(image)); }
     // The result of the so-many-th run.
     UpdateResult result(std::size_t run = 1)
     {
         EXPECT_TRUE(eventually([&] { return results.size() >= run; })) << "the run does not end";
         return results.size() < run ? UpdateResult() : results[run - 1];
+    }
+    // The so-many-th run puts the image into the device.
+    void expectUpdated(std::size_t run = 1)
+    {
+        const UpdateResult end = result(run);
+        EXPECT_TRUE(end.succeeded()) << qPrintable(end.description);
+        EXPECT_EQ(end.description, QString());
+        EXPECT_TRUE(device.report().image == image);
+        EXPECT_EQ(device.report().errors, QStringList());
+        EXPECT_EQ(progress.back(), 100);
     }
     // Time for a closing pulse or a late text.
     void settle() const { runEventLoopFor(50ms); }
@@ -114,18 +118,11 @@ public:
     {
         if (updater)
             updater->serialPortDidReceiveData(data);
-        chunks.append(data);
-        if (onChunk)
-            onChunk();
+        onChunk();
     }
 
     // UpdateObserver
-    void showUpdateText(const QString &text) override
-    {
-        events.append(text);
-        if (onText)
-            onText(text);
-    }
+    void showUpdateText(const QString &text) override { events.append(text); }
     void updateDidBegin() override { progress.clear(); }
     void updateDidProgress(int percent) override
     {
@@ -135,8 +132,7 @@ public:
     void updateIsErasing() override
     {
         ++erasings;
-        if (onErasing)
-            onErasing();
+        onErasing();
     }
     void updateDidEnd(const UpdateResult &result) override
     {
@@ -147,6 +143,7 @@ public:
 
     const QTemporaryDir folder;
     const QString imagePath = folder.filePath("VORN-image.bin");
+    QByteArray image; // of the latest run
     SimulatedDevice device;
     ORSSerialPortPtr port;
     std::unique_ptr<Updater> updater;
@@ -154,12 +151,10 @@ public:
     QStringList events; // texts and changes of RTS
     std::vector<int> progress;
     std::vector<UpdateResult> results;
-    QByteArrayList chunks;
     int erasings = 0;
     int endedQueries = 0;
-    std::function<void()> onChunk;
-    std::function<void(const QString &)> onText;
-    std::function<void()> onErasing;
+    std::function<void()> onChunk = [] {};
+    std::function<void()> onErasing = [] {};
 
 private:
     QObject m_context;
