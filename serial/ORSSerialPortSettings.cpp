@@ -24,7 +24,7 @@ template <typename Value>
 void storeAndApply(const std::shared_ptr<ORSSerialPortPrivate> &of,
                    Value vorn::LineSettings::*field, Value value)
 {
-    const auto d = of;
+    const auto d = of->shared_from_this();
     if (!store(*d, field, value))
         return;
     d->setPortOptions();
@@ -36,7 +36,7 @@ void storeAndApply(const std::shared_ptr<ORSSerialPortPrivate> &of,
 void storeFlowControl(const std::shared_ptr<ORSSerialPortPrivate> &of,
                       bool vorn::LineSettings::*field, bool uses)
 {
-    const auto d = of;
+    const auto d = of->shared_from_this();
     {
         const std::lock_guard lock(d->opening);
         if (read(*d, field) == uses)
@@ -54,7 +54,7 @@ void storeFlowControl(const std::shared_ptr<ORSSerialPortPrivate> &of,
 void storeOutputLine(const std::shared_ptr<ORSSerialPortPrivate> &of,
                      bool ORSSerialPortPrivate::*line, bool on, void (ORSSerialPort::*changed)())
 {
-    const auto d = of;
+    const auto d = of->shared_from_this();
     {
         const std::lock_guard lock(d->settingsMutex);
         if (std::exchange(d.get()->*line, on) == on)

@@ -86,7 +86,7 @@ void RequestQueue::sendNextRequest()
 
 ORSSerialRequestPtr RequestQueue::takeNextRequest()
 {
-    const ORSSerialRequestPtr next = m_requestsQueue.constFirst();
+    ORSSerialRequestPtr next = m_requestsQueue.constFirst();
     setPendingRequest(nullptr, true);
     removeObjectFromRequestsQueueAtIndex(0);
     return next;

@@ -43,9 +43,10 @@ AnswerPlan::AnswerPlan(const DeviceOptions &options) : m_options(options)
     setFaults(options.faults);
 }
 
-void AnswerPlan::setFaults(std::vector<Fault> faults)
+void AnswerPlan::setFaults(const std::vector<Fault> &faults)
 {
     m_faults.clear();
+    m_faults.reserve(faults.size());
     for (const Fault &fault : faults)
         m_faults.push_back({fault});
 }

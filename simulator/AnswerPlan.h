@@ -30,7 +30,7 @@ class AnswerPlan
 public:
     explicit AnswerPlan(const DeviceOptions &options);
 
-    void setFaults(std::vector<Fault> faults);
+    void setFaults(const std::vector<Fault> &faults);
     // Appends the answers to the event, in the order of their times.
     void answer(const BootEvent &event, std::vector<Answer> &answers);
 

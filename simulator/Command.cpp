@@ -86,7 +86,7 @@ qint64 CommandLine::number(const char *name, qint64 otherwise)
 std::chrono::milliseconds CommandLine::milliseconds(const char *name,
                                                     std::chrono::milliseconds otherwise)
 {
-    constexpr qint64 aDay = 24 * 3600 * 1000;
+    constexpr qint64 aDay = qint64{24} * 3600 * 1000;
     const qint64 value = number(name, otherwise.count());
     if (value > aDay)
         fail(QStringLiteral("--%1: %2 ms are more than a day").arg(QLatin1String(name)).arg(value));

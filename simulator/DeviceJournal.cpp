@@ -10,7 +10,7 @@ namespace {
 constexpr qsizetype MaxErrors = 100;
 
 // Memory for an image is set aside at its header, but no more than this on the header's word alone.
-constexpr qint64 MaxReserve = 4 * 1024 * 1024;
+constexpr qint64 MaxReserve = qint64{4} * 1024 * 1024;
 
 } // namespace
 

@@ -96,7 +96,7 @@ QString deviceOptionsProblem(const DeviceOptions &options)
         pieces += piece;
     }
     for (const Fault &fault : options.faults) {
-        if (const QString problem = faultProblem(fault, options.modelCode); !problem.isEmpty())
+        if (QString problem = faultProblem(fault, options.modelCode); !problem.isEmpty())
             return problem;
     }
     return {};

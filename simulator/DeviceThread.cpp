@@ -44,10 +44,10 @@ void DeviceThread::wake() const
     [[maybe_unused]] const ssize_t written = ::write(m_wake.get(), &one, sizeof one);
 }
 
-void DeviceThread::setFaults(std::vector<Fault> faults)
+void DeviceThread::setFaults(const std::vector<Fault> &faults)
 {
     const std::lock_guard lock(m_mutex);
-    m_plan.setFaults(std::move(faults));
+    m_plan.setFaults(faults);
 }
 
 void DeviceThread::unplug()

@@ -33,7 +33,7 @@ public:
     // Runs the thread and plugs in; once. False, with the reason in *problem, when that fails.
     bool start(QString *problem);
 
-    void setFaults(std::vector<Fault> faults);
+    void setFaults(const std::vector<Fault> &faults);
     // Both return when it is done; unplug() on the device's own thread takes effect as soon as the
     // observer returns.
     void unplug();

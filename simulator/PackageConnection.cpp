@@ -10,12 +10,12 @@ namespace vorn {
 
 namespace {
 
-constexpr qsizetype MaxRequest = 64 * 1024;
+constexpr qsizetype MaxRequest = qsizetype{64} * 1024;
 
 // Little waits in the program: what the client does not take stays unsent, so that a client that
 // goes away is told from one that has it all.
-constexpr qint64 MaxBacklog = 32 * 1024;
-constexpr qint64 MaxPiece = 16 * 1024;
+constexpr qint64 MaxBacklog = qint64{32} * 1024;
+constexpr qint64 MaxPiece = qint64{16} * 1024;
 constexpr int TickMs = 10; // of a slow body
 
 } // namespace

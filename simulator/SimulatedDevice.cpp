@@ -45,9 +45,9 @@ DeviceReport SimulatedDevice::report() const
     return m_journal->report();
 }
 
-void SimulatedDevice::setFaults(std::vector<Fault> faults)
+void SimulatedDevice::setFaults(const std::vector<Fault> &faults)
 {
-    m_thread->setFaults(std::move(faults));
+    m_thread->setFaults(faults);
 }
 
 bool SimulatedDevice::waitForExchanges(int count, std::chrono::milliseconds limit) const

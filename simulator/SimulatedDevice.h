@@ -41,7 +41,7 @@ public:
 
     DeviceReport report() const;
     // Takes the place of the options' faults; counting begins anew.
-    void setFaults(std::vector<Fault> faults);
+    void setFaults(const std::vector<Fault> &faults);
 
     // Each waits for its condition, and says whether it held within the time.
     // Data frames count from 1, the last frame is the last of them; the count begins anew with

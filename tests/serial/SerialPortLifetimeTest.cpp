@@ -99,6 +99,7 @@ TEST_F(SerialPortLifetimeTest, ThreadsThatDoEverythingAtOnceLeaveAPortThatWorks)
         [&](int) { terminal.take(), std::ignore = ::write(terminal.master(), "answer", 6); },
     };
     std::vector<std::thread> threads;
+    threads.reserve(operations.size());
     for (const auto &operation : operations) {
         threads.emplace_back([&] {
             for (int turn = 0; !stop; ++turn) {

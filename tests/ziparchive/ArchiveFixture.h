@@ -46,7 +46,7 @@ protected:
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.start(tool, arguments);
         EXPECT_TRUE(process.waitForFinished(60'000)) << qPrintable(tool);
-        const QByteArray output = process.readAll();
+        QByteArray output = process.readAll();
         EXPECT_EQ(process.exitCode(), 0) << qPrintable(tool + u' ' + arguments.join(u' ')) << "\n"
                                          << output.constData();
         return output;

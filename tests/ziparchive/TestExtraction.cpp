@@ -1,6 +1,7 @@
 #include "tests/ziparchive/ArchiveFixture.h"
 
 #include <QDateTime>
+#include <QScopeGuard>
 
 #include <tuple>
 
@@ -158,13 +159,13 @@ TEST_F(Extraction, TellsItsProgressAndTheFilesWritten)
 
 TEST_F(Extraction, WithoutADestinationUnpacksIntoTheCurrentFolder)
 {
-    const QString before = QDir::currentPath();
+    const auto backAgain =
+        qScopeGuard([before = QDir::currentPath()] { QDir::setCurrent(before); });
     ASSERT_TRUE(QDir().mkpath(out()) && QDir::setCurrent(out()));
     ASSERT_TRUE(open("three"));
     EXPECT_TRUE(m_archive.UnzipFileTo({}, true));
     EXPECT_EQ(m_archive.unzippedFiles().first(), u"a/one.bin");
     EXPECT_EQ(treeAt(out()).size(), 3);
-    QDir::setCurrent(before);
 }
 
 TEST_F(Extraction, EndsCleanlyWhenACallbackClosesTheArchive)
