@@ -93,7 +93,8 @@ TEST(UpdateFailure, AnUnusableImageIsFoundBeforeTheDownloadCommand)
         EXPECT_EQ(result.step, UpdateStep::ReadImage);
         EXPECT_NE(result.description, QString());
         // Each run sent the connect command and the version query, and nothing after them.
-        EXPECT_TRUE(eventually([&] { return rig.device.report().frames >= std::int64_t{2} * run; }));
+        EXPECT_TRUE(
+            eventually([&] { return rig.device.report().frames >= std::int64_t{2} * run; }));
         rig.settle();
         EXPECT_EQ(rig.device.report().frames, 2 * run);
         EXPECT_EQ(rig.device.report().errors, QStringList());
