@@ -50,11 +50,14 @@ TEST(ResponseHeadersTest, AServerNamesAFileAndNeverAPlace)
         {"attachment; filename=\"f\xc3\xbcr.zip\"", url, "für.zip", "für"},
         {"attachment; filename=\"f\xfcr.zip\"", url, "für.zip", "für"},
         {"attachment; filename=../../x.zip", url, "x.zip", "x"},
+        {"attachment; filename=/etc/passwd", url, "passwd", "passwd"},
         {R"(attachment; filename="C:\\dir\\x.zip")", url, "x.zip", "x"},
         {"attachment; filename*=UTF-8''..%2F..%2Fx.zip", url, "x.zip", "x"},
         {"attachment; filename=.hidden.zip", url, ".hidden.zip", ""},
         {"attachment; filename=\"dir/\"", url, "", ""},
         {"attachment; filename=\"  .zip\"", url, "  .zip", ""},
+        {"attachment; filename*=UTF-8''a%00b.zip", url,
+         QString::fromLatin1(QByteArrayView("a\0b.zip", 7)), ""},
         {"attachment; filename*=UTF-8''a.%0Azip", url, "a.\nzip", ""},
     };
     for (const Case &c : cases) {

@@ -76,6 +76,21 @@ TEST_F(SerialPortLifetimeTest, NothingReachesADelegateThatIsGone)
     EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
 }
 
+TEST_F(SerialPortLifetimeTest, ADelegateOfTheRequiredMethodAloneIsEnough)
+{
+    struct final : ORSSerialPortDelegate
+    {
+        void serialPortWasRemovedFromSystem(ORSSerialPort &) override { ++removals; }
+        int removals = 0;
+    } required;
+    port->setDelegate(&required);
+    port->open();
+    terminal.send("x");
+    terminal.unplug();
+    EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
+    EXPECT_EQ(required.removals, 1);
+}
+
 TEST_F(SerialPortLifetimeTest, APortLetGoOfOnAnyThreadClosesItsTerminal)
 {
     openPort();
