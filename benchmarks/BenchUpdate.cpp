@@ -2,12 +2,12 @@
 // shows the progress) and compares its speed with a bare loop of write and read on the same kind of
 // terminal, and with what a serial line itself needs.
 
-#include "app/MainWindow.h"
 #include "platform/FileDescriptor.h"
 #include "serial/ORSSerialPort.h"
 #include "simulator/SimulatedDevice.h"
 #include "update/Frames.h"
 #include "update/Updater.h"
+#include "window/MainWindow.h"
 
 #include <QApplication>
 #include <QEventLoop>

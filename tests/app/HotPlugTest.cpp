@@ -1,9 +1,9 @@
 // The window on adapters that udev knows.
-#include "app/MainWindow.h"
 #include "app/ViewController.h"
 #include "platform/UdevDeviceRegistry.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/MockedUdev.h"
+#include "window/MainWindow.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // The whole window on simulated devices, pressed through its own controls.
 #include "app/ViewController.h"
-#include "app/MainWindow.h"
 #include "platform/Directories.h"
 #include "platform/DirectoryDeviceRegistry.h"
 #include "simulator/SimulatedDevice.h"
 #include "tests/support/Eventually.h"
+#include "window/MainWindow.h"
 
 #include <QComboBox>
 #include <QDir>

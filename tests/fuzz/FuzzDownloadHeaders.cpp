@@ -1,7 +1,7 @@
 // libFuzzer target: what the package download makes of a server's headers. The input is four lines:
 // Content-Disposition, Content-Length, Last-Modified, and the path of the address.
 
-#include "packages/ResponseHeaders.h"
+#include "firmware/ResponseHeaders.h"
 
 #include <algorithm>
 #include <cstddef>

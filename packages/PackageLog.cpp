@@ -1,3 +1,0 @@
-#include "packages/PackageLog.h"
-
-Q_LOGGING_CATEGORY(packagesLog, "vorn.packages")

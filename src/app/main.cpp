@@ -1,0 +1,114 @@
+#include "app/AppDelegate.h"
+#include "app/CommandLine.h"
+#include "app/QuitSignals.h"
+#include "app/ViewController.h"
+#include "window/MainWindow.h"
+
+#include "platform/CombinedDeviceRegistry.h"
+#include "platform/DirectoryDeviceRegistry.h"
+#include "platform/PowerEvents.h"
+#include "platform/UdevDeviceRegistry.h"
+#include "serial/ORSSerialPortManager.h"
+
+#include <QApplication>
+
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr int kNoDisplay = 1;
+
+// Whether a window has a place to appear; Qt ends the process where none has.
+bool hasDisplay(const QStringList &arguments)
+{
+    for (const char *variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (!qEnvironmentVariableIsEmpty(variable))
+            return true;
+    }
+    return arguments.contains(QStringLiteral("-platform"));
+}
+
+bool isAskedForText(const QStringList &arguments)
+{
+    for (const char *option : {"--help", "-h", "--version", "-v"}) {
+        if (arguments.contains(QLatin1StringView(option)))
+            return true;
+    }
+    return false;
+}
+
+void installDeviceRegistry(const QString &deviceDirectory)
+{
+    if (deviceDirectory.isEmpty())
+        return;
+    vorn::CombinedDeviceRegistry::Parts registries;
+    registries.push_back(std::make_unique<vorn::UdevDeviceRegistry>());
+    registries.push_back(std::make_unique<vorn::DirectoryDeviceRegistry>(deviceDirectory));
+    vorn::SerialDeviceRegistry::setSystem(
+        std::make_unique<vorn::CombinedDeviceRegistry>(std::move(registries)));
+}
+
+// The sleep waits until the ports have let go of their lines: what is still closing then could not
+// be opened again afterwards.
+void closePortsForSleep(const vorn::PowerEvents &powerEvents)
+{
+    auto &manager = ORSSerialPortManager::sharedSerialPortManager();
+    const ORSSerialPortList ports = manager.availablePorts();
+    for (const ORSSerialPortPtr &port : ports) {
+        if (port->isOpen())
+            QObject::connect(
+                port.get(), &ORSSerialPort::fileDescriptorChanged, &powerEvents,
+                [lock = powerEvents.delaySleep()] {}, Qt::SingleShotConnection);
+    }
+    manager.systemWillSleep();
+}
+
+// Help, the version and complaints need no display.
+int runWithoutDisplay(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    int exitCode = 0;
+    if (!vorn::readCommandLine(QCoreApplication::arguments(), exitCode))
+        return exitCode;
+    std::fputs("There is no display for the window (DISPLAY and WAYLAND_DISPLAY are not set).\n",
+               stderr);
+    return kNoDisplay;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    vorn::QuitSignals quitSignals;
+    QCoreApplication::setOrganizationName(QStringLiteral("Vorn"));
+    QCoreApplication::setApplicationName(QStringLiteral("vornupdater"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VORN_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("vornupdater"));
+
+    const QStringList arguments(argv, argv + argc);
+    if (isAskedForText(arguments) || !hasDisplay(arguments))
+        return runWithoutDisplay(argc, argv);
+
+    QApplication application(argc, argv);
+    int exitCode = 0;
+    const auto wishes = vorn::readCommandLine(QCoreApplication::arguments(), exitCode);
+    if (!wishes)
+        return exitCode;
+    installDeviceRegistry(wishes->deviceDirectory);
+
+    const AppDelegate delegate;
+    QObject::connect(&application, &QCoreApplication::aboutToQuit,
+                     [&] { delegate.applicationWillTerminate(); });
+    quitSignals.watch();
+
+    vorn::MainWindow window;
+    ViewController controller(window, wishes->packages);
+    controller.viewDidLoad();
+    const vorn::PowerEvents powerEvents(
+        [&powerEvents] { closePortsForSleep(powerEvents); },
+        [] { ORSSerialPortManager::sharedSerialPortManager().systemDidWake(); });
+    window.show();
+    delegate.applicationDidFinishLaunching();
+    return QApplication::exec();
+}

@@ -1,0 +1,3 @@
+#include "firmware/PackageLog.h"
+
+Q_LOGGING_CATEGORY(packagesLog, "vorn.packages")

@@ -1,0 +1,65 @@
+#include "window/Colours.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vorn {
+
+namespace {
+
+// Relative luminance and contrast as the Web Content Accessibility Guidelines define them.
+double luminance(const QColor &colour)
+{
+    const auto linear = [](double value) {
+        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+           0.0722 * linear(colour.blueF());
+}
+
+double contrast(const QColor &one, const QColor &other)
+{
+    const auto [low, high] = std::minmax({luminance(one), luminance(other)});
+    return (high + 0.05) / (low + 0.05);
+}
+
+} // namespace
+
+QColor blended(const QColor &under, const QColor &over, qreal share)
+{
+    const auto mix = [share](float from, float to) {
+        return from + (to - from) * static_cast<float>(share);
+    };
+    return QColor::fromRgbF(mix(under.redF(), over.redF()), mix(under.greenF(), over.greenF()),
+                            mix(under.blueF(), over.blueF()));
+}
+
+bool isDark(const QPalette &palette)
+{
+    return palette.color(QPalette::Window).lightnessF() <
+           palette.color(QPalette::WindowText).lightnessF();
+}
+
+QColor accentColour(const QPalette &palette)
+{
+    constexpr double readable = 4.5;
+    constexpr int steps = 20;
+    const QColor accent = palette.color(QPalette::Highlight);
+    const QColor text = palette.color(QPalette::HighlightedText);
+    const QColor away = luminance(text) > 0.5 ? Qt::black : Qt::white;
+    QColor result = accent;
+    for (int step = 1; step <= steps && contrast(result, text) < readable; ++step) {
+        result = blended(accent, away, qreal(step) / steps);
+    }
+    return result;
+}
+
+QColor cardColour(const QPalette &palette)
+{
+    // Raised things are lighter than the ground in both worlds; the dark palettes' base is not.
+    return isDark(palette)
+               ? blended(palette.color(QPalette::Window), palette.color(QPalette::WindowText), 0.06)
+               : palette.color(QPalette::Base);
+}
+
+} // namespace vorn
