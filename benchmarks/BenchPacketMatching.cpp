@@ -2,12 +2,12 @@
 // streams that are hard on each kind of descriptor. A line at 2 Mbaud brings 200,000.
 #include "serial/PacketMatcher.h"
 
+#include <time.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <vector>
-
-#include <time.h>
 
 namespace {
 

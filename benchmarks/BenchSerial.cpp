@@ -2,7 +2,6 @@
 // same kind of pseudo-terminal.
 #include "benchmarks/FarSide.h"
 #include "benchmarks/PlainTerminals.h"
-
 #include "platform/SerialDeviceRegistry.h"
 #include "serial/ORSSerialPort.h"
 #include "serial/ORSSerialRequest.h"

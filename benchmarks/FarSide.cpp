@@ -1,10 +1,11 @@
 #include "benchmarks/FarSide.h"
 
-#include <array>
-#include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
 #include <termios.h>
+
+#include <array>
+#include <cstdlib>
 
 namespace vorn {
 
@@ -42,10 +43,9 @@ void FarSide::echo(qsizetype frame)
         qsizetype count = 0;
         while (waitFor(POLLIN)) {
             const ssize_t got = ::read(m_master.get(), bytes.data(), bytes.size());
-            for (count += got > 0 ? got : 0; count >= frame; count -= frame) {
+            for (count += got > 0 ? got : 0; count >= frame; count -= frame)
                 if (::write(m_master.get(), "\xAF", 1) != 1)
                     return;
-            }
         }
     });
 }

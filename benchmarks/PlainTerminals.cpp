@@ -3,15 +3,15 @@
 #include <QDir>
 #include <QFile>
 
-#include <libserialport.h>
-
-#include <cerrno>
-#include <cstdarg>
 #include <fcntl.h>
+#include <libserialport.h>
 #include <sched.h>
 #include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/syscall.h>
+
+#include <cerrno>
+#include <cstdarg>
 
 // Takes the C library's place for the libraries in this process: a terminal without modem lines
 // answers that they are low and takes what they are set to, instead of refusing.
@@ -39,10 +39,9 @@ QString standIn()
 {
     const QStringList names =
         QDir(QStringLiteral("/sys/class/tty")).entryList({QStringLiteral("ttyS*")});
-    for (const QString &name : names) {
+    for (const QString &name : names)
         if (QFile::exists(QStringLiteral("/dev/") + name))
             return QStringLiteral("/dev/") + name;
-    }
     return {};
 }
 

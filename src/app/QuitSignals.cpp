@@ -3,9 +3,10 @@
 #include <QCoreApplication>
 #include <QSocketNotifier>
 
-#include <csignal>
 #include <sys/signalfd.h>
 #include <unistd.h>
+
+#include <csignal>
 
 namespace vorn {
 namespace {

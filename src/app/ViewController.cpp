@@ -163,10 +163,9 @@ void ViewController::devHandlePopBtn()
         << "Device list:" << m_controls.devPopUpBtn->currentIndex() << title;
     // The whole title against a name's first ten characters: only a title of ten can match.
     const ORSSerialPortList ports = m_serialPortManager->availablePorts();
-    for (const ORSSerialPortPtr &port : ports) {
+    for (const ORSSerialPortPtr &port : ports)
         if (devicePrefix(*port) == title)
             setSerialPort(port);
-    }
 }
 
 void ViewController::openHandleBtn()

@@ -2,13 +2,12 @@
 #include "app/CommandLine.h"
 #include "app/QuitSignals.h"
 #include "app/ViewController.h"
-#include "window/MainWindow.h"
-
 #include "platform/CombinedDeviceRegistry.h"
 #include "platform/DirectoryDeviceRegistry.h"
 #include "platform/PowerEvents.h"
 #include "platform/UdevDeviceRegistry.h"
 #include "serial/ORSSerialPortManager.h"
+#include "window/MainWindow.h"
 
 #include <QApplication>
 
@@ -22,19 +21,17 @@ constexpr int kNoDisplay = 1;
 // Whether a window has a place to appear; Qt ends the process where none has.
 bool hasDisplay(const QStringList &arguments)
 {
-    for (const char *variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+    for (const char *variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
         if (!qEnvironmentVariableIsEmpty(variable))
             return true;
-    }
     return arguments.contains(QStringLiteral("-platform"));
 }
 
 bool isAskedForText(const QStringList &arguments)
 {
-    for (const char *option : {"--help", "-h", "--version", "-v"}) {
+    for (const char *option : {"--help", "-h", "--version", "-v"})
         if (arguments.contains(QLatin1StringView(option)))
             return true;
-    }
     return false;
 }
 

@@ -10,10 +10,9 @@ StatusPrinter::StatusPrinter(const QWidget &window)
 {
     m_clock.start();
     const auto labels = window.findChildren<QLabel *>();
-    for (const QLabel *label : labels) {
+    for (const QLabel *label : labels)
         if (!label->accessibleDescription().isEmpty())
             m_shown.insert(label, QString());
-    }
     connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
             &StatusPrinter::printChanges);
     connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, this,

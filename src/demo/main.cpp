@@ -6,9 +6,8 @@
 #include "demo/AutoPilot.h"
 #include "demo/DemoStage.h"
 #include "demo/StatusPrinter.h"
-#include "window/MainWindow.h"
-
 #include "platform/DirectoryDeviceRegistry.h"
+#include "window/MainWindow.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -16,9 +15,10 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <sys/prctl.h>
+
 #include <csignal>
 #include <cstdio>
-#include <sys/prctl.h>
 
 namespace {
 

@@ -6,10 +6,10 @@
 
 #include <QFile>
 
+#include <dirent.h>
+
 #include <cerrno>
 #include <cstring>
-
-#include <dirent.h>
 
 namespace vorn {
 
@@ -89,14 +89,13 @@ bool FirmwareLibrary::readFirmWare(qint32 modelCode)
 
     m_vorn_I_fileArray.clear();
     m_vorn_platina_fileArray.clear();
-    for (const QString &name : std::as_const(*m_allFileArray)) {
+    for (const QString &name : std::as_const(*m_allFileArray))
         if (name.startsWith(u"VORN_I-"))
             m_vorn_I_fileArray.append(name);
         else if (name.startsWith(u"VORN-"))
             m_vorn_fileArray.append(name);
         else if (name.startsWith(u"VORN_PLATINA-"))
             m_vorn_platina_fileArray.append(name);
-    }
 
     MainQueue::instance().post(
         [refill = std::weak_ptr(m_refill), modelCode, titles = titlesForModel(modelCode)] {

@@ -7,15 +7,15 @@
 
 #include <QFile>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <system_error>
 #include <vector>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 // Inside this file the file system's errors travel as exceptions; none leaves it.
 
@@ -129,14 +129,12 @@ public:
         if (const int error = m_staging.syncAll())
             throwErrno(error, m_staging.content());
 
-        for (const fs::path &name : names) {
+        for (const fs::path &name : names)
             if (!isFirmware(name))
                 moveInto(fresh(name), place(name));
-        }
-        for (const fs::path &name : names) {
+        for (const fs::path &name : names)
             if (isFirmware(name))
                 replaceFolder(name);
-        }
         // Named after a folder that it does not hold: the old one goes without a successor.
         if (std::find(names.begin(), names.end(), m_packageFolder) == names.end() &&
             fs::is_directory(place(m_packageFolder)))

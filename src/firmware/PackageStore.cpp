@@ -8,12 +8,12 @@
 
 #include <QFile>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <utility>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace vorn {
 

@@ -84,6 +84,14 @@ void MainQueue::post(Job job)
     enqueue(entry);
 }
 
+void MainQueue::post(const Lifetime::Token &object, Job job)
+{
+    post([object, job = std::move(job)] {
+        if (!object.expired())
+            job();
+    });
+}
+
 bool MainQueue::postAndWait(const Job &job)
 {
     if (isCurrent()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Lifetime.h"
 #include "platform/WakeEvent.h"
 
 #include <deque>
@@ -31,6 +32,9 @@ public:
 
     // Queues the job and returns at once. Any thread.
     void post(Job job);
+    // The same for a job that works on an object of the main thread: dropped when that is gone by
+    // then.
+    void post(const Lifetime::Token &object, Job job);
 
     // Runs the job on the main thread and returns when it has run; at once when already there.
     // False when the queue was closed and the job was not run. Any thread, but never with a lock

@@ -22,10 +22,9 @@ QString replaceUnless(const QString &text, Predicate keeps)
 
 SerialDeviceName splitSerialDeviceName(const QString &name)
 {
-    for (const auto prefix : {QStringView(u"usbserial-"), QStringView(u"usbmodem-")}) {
+    for (const auto prefix : {QStringView(u"usbserial-"), QStringView(u"usbmodem-")})
         if (name.startsWith(prefix))
             return {prefix.toString(), name.mid(prefix.size())};
-    }
     qsizetype split = name.lastIndexOf(u'-') + 1;
     if (split == 0) {
         const auto isDigit = [](QChar c) { return c >= u'0' && c <= u'9'; };

@@ -1,25 +1,23 @@
 #pragma once
 
-#include <memory>
+#include "platform/Lifetime.h"
 
 namespace vorn {
 
-// Base of a delegate that others hold weakly: it lets them see that it is gone.
+// Base of a delegate or observer that others hold weakly.
 class DelegateBase
 {
 public:
-    DelegateBase() = default;
-    // A copy is another object with a life of its own.
-    DelegateBase(const DelegateBase &) {}
-    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is assigned.
-    DelegateBase &operator=(const DelegateBase &) { return *this; }
-    std::weak_ptr<const void> lifetime() const { return m_life; }
+    Lifetime::Token lifetime() const { return m_lifetime.token(); }
 
 protected:
     virtual ~DelegateBase() = default;
+    DelegateBase() = default;
+    DelegateBase(const DelegateBase &) = default;
+    DelegateBase &operator=(const DelegateBase &) = default;
 
 private:
-    std::shared_ptr<const void> m_life = std::make_shared<char>();
+    Lifetime m_lifetime;
 };
 
 // A non-owning reference to a delegate. Whether it is gone may be asked on any thread; the object
@@ -39,7 +37,7 @@ public:
 
 private:
     Delegate *m_delegate = nullptr;
-    std::weak_ptr<const void> m_life;
+    Lifetime::Token m_life;
 };
 
 } // namespace vorn

@@ -8,10 +8,9 @@ SerialDeviceHandle ORSSerialPort::deviceFromBSDPath(const QString &path)
 {
     if (path.isEmpty())
         return nullptr;
-    for (const SerialDeviceHandle &device : vorn::SerialDeviceRegistry::system().devices()) {
+    for (const SerialDeviceHandle &device : vorn::SerialDeviceRegistry::system().devices())
         if (path == bsdCalloutPathFromDevice(device) || path == bsdDialinPathFromDevice(device))
             return device;
-    }
     return nullptr;
 }
 
@@ -30,10 +29,9 @@ QString ORSSerialPort::stringPropertyOf(const SerialDeviceHandle &device, const 
         {"IOTTYSuffix", &SerialDevice::ttySuffix},
         {"IOSerialBSDClientType", &SerialDevice::clientType},
     };
-    for (const Property &property : kProperties) {
+    for (const Property &property : kProperties)
         if (device && key == QLatin1String(property.key))
             return (*device).*property.value;
-    }
     return {};
 }
 

@@ -111,9 +111,8 @@ qsizetype ORSSerialPacketDescriptor::lengthByPrefixAndSuffix(QByteArrayView buff
 qsizetype ORSSerialPacketDescriptor::lengthByEvaluator(QByteArrayView buffer,
                                                        qsizetype leastLength) const
 {
-    for (qsizetype length = leastLength; length <= buffer.size(); ++length) {
+    for (qsizetype length = leastLength; length <= buffer.size(); ++length)
         if (m_responseEvaluator(buffer.last(length)))
             return length;
-    }
     return 0;
 }

@@ -58,10 +58,9 @@ void ORSSerialPortManager::retrieveAvailablePortsAndRegisterForChangeNotificatio
             [this](const auto &devices) { serialPortsWerePublished(devices); }))
         return;
     ORSSerialPortList ports;
-    for (const vorn::SerialDeviceHandle &device : registry.devices()) {
+    for (const vorn::SerialDeviceHandle &device : registry.devices())
         if (const ORSSerialPortPtr port = ORSSerialPort::serialPortWithDevice(device))
             ports.append(port);
-    }
     setAvailablePorts(ports);
     registry.watchTerminated([this](const auto &devices) { serialPortsWereTerminated(devices); });
 }
@@ -111,10 +110,9 @@ void ORSSerialPortManager::serialPortsWereTerminated(const SerialDeviceRegistry:
     for (const ORSSerialPortPtr &port : std::as_const(disconnected))
         port->cleanupAfterSystemRemoval();
     ORSSerialPortList left;
-    for (const ORSSerialPortPtr &port : std::as_const(m_availablePorts)) {
+    for (const ORSSerialPortPtr &port : std::as_const(m_availablePorts))
         if (!containsEqual(disconnected, *port))
             left.append(port);
-    }
     setAvailablePorts(left);
     NotificationCenter::defaultCenter().post(
         ORSSerialPortWasDisconnectedNotification,
@@ -123,10 +121,9 @@ void ORSSerialPortManager::serialPortsWereTerminated(const SerialDeviceRegistry:
 
 void ORSSerialPortManager::systemWillSleep()
 {
-    for (const ORSSerialPortPtr &port : std::as_const(m_availablePorts)) {
+    for (const ORSSerialPortPtr &port : std::as_const(m_availablePorts))
         if (port->isOpen() && port->close())
             m_portsToReopenAfterSleep.append(port);
-    }
 }
 
 void ORSSerialPortManager::systemDidWake()

@@ -1,8 +1,6 @@
-#include "serial/ORSSerialPort_p.h"
-
-#include "serial/PortLoop.h"
-
 #include "platform/GlobalQueue.h"
+#include "serial/ORSSerialPort_p.h"
+#include "serial/PortLoop.h"
 
 #include <cerrno>
 #include <cstring>

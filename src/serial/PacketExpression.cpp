@@ -33,10 +33,9 @@ public:
     // Decodes what lies between the given place and what is decoded. False when that is not text.
     bool decodeFrom(qsizetype start)
     {
-        while (m_rest.size() > start) {
+        while (m_rest.size() > start)
             if (!decodeCharacter())
                 return false;
-        }
         return true;
     }
     QStringView decoded() const { return {m_begin, m_units.end()}; }

@@ -51,10 +51,9 @@ void PacketListeners::receive(char byte, const Report &report)
 {
     // Without the lock: only the queue that runs this changes the list, and an evaluator of the
     // caller's may ask for it.
-    for (PacketMatcher &listener : m_listeners) {
+    for (PacketMatcher &listener : m_listeners)
         if (const auto packet = listener.append(byte))
             report(listener.descriptor(), *packet);
-    }
 }
 
 } // namespace vorn

@@ -24,10 +24,9 @@ qint64 PatternRun::append(char byte)
         m_newestEnded = -1;
         for (const std::size_t first : m_automaton->m_first)
             walkTo(first, character, at);
-        for (const std::size_t place : m_walks.places) {
+        for (const std::size_t place : m_walks.places)
             for (const std::size_t next : m_automaton->m_places[place].next)
                 walkTo(next, character, m_walks.begins[place]);
-        }
         m_walks.clear();
         std::swap(m_walks, m_nextWalks);
     }

@@ -101,10 +101,9 @@ bool PortLoop::isRefilled() const
 {
     const auto deadline = Clock::now() + kRefillTime;
     int waiting = 0;
-    while (::ioctl(m_terminal->descriptor(), FIONREAD, &waiting) == 0 && waiting < kFlood) {
+    while (::ioctl(m_terminal->descriptor(), FIONREAD, &waiting) == 0 && waiting < kFlood)
         if (Clock::now() >= deadline)
             return false;
-    }
     return waiting >= kFlood;
 }
 

@@ -20,6 +20,7 @@ install(FILES
     ../platform/DeviceEvents.h
     ../platform/DirectoryDeviceRegistry.h
     ../platform/FileDescriptor.h
+    ../platform/Lifetime.h
     ../platform/NotificationCenter.h
     ../platform/SerialDeviceRegistry.h
     ../platform/WeakDelegate.h

@@ -79,10 +79,9 @@ DeviceOptions readOptions(CommandLine &line)
     options.joinEraseAnswers = line.isSet("join-erase-answers");
     if (line.isSet("replug-ms"))
         options.replugAfter = line.milliseconds("replug-ms", {});
-    if (line.isSet("split")) {
+    if (line.isSet("split"))
         for (const QString &piece : line.text("split").split(u','))
             options.connectPieces.push_back(piece.toInt());
-    }
     for (const QString &text : line.texts("fault")) {
         QString problem;
         if (const std::optional<Fault> fault = parseFault(text, &problem))

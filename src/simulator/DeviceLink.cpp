@@ -4,10 +4,10 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <system_error>
-
-#include <unistd.h>
 
 namespace vorn {
 

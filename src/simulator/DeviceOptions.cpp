@@ -36,10 +36,9 @@ constexpr std::array<Word<FaultKind>, 7> Kinds{{{"silence", FaultKind::Silence},
 template <typename Value, std::size_t N>
 std::optional<Value> valueOf(const QString &word, const std::array<Word<Value>, N> &words)
 {
-    for (const auto &[name, value] : words) {
+    for (const auto &[name, value] : words)
         if (word == QLatin1String(name))
             return value;
-    }
     return std::nullopt;
 }
 
@@ -95,10 +94,9 @@ QString deviceOptionsProblem(const DeviceOptions &options)
             return QStringLiteral("the connect answer has four bytes to be cut");
         pieces += piece;
     }
-    for (const Fault &fault : options.faults) {
+    for (const Fault &fault : options.faults)
         if (QString problem = faultProblem(fault, options.modelCode); !problem.isEmpty())
             return problem;
-    }
     return {};
 }
 

@@ -1,15 +1,15 @@
 #include "simulator/DeviceThread.h"
 
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/prctl.h>
+
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <ctime>
 #include <system_error>
 #include <utility>
-
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <sys/prctl.h>
 
 namespace vorn {
 

@@ -71,10 +71,9 @@ QString packageAnswerProblem(const PackageAnswer &answer)
     if (answer.status < 200 || answer.status > 599)
         return QStringLiteral("a status lies between 200 and 599");
     for (const std::optional<qint64> &number :
-         {answer.declaredLength, answer.truncateAt, answer.cutAt}) {
+         {answer.declaredLength, answer.truncateAt, answer.cutAt})
         if (number && *number < 0)
             return QStringLiteral("a length is not negative");
-    }
     if (answer.bytesPerSecond < 0 || answer.bodyPause < std::chrono::milliseconds::zero())
         return QStringLiteral("a rate and a pause are not negative");
     if (answer.truncateAt && answer.cutAt)
@@ -93,10 +92,9 @@ std::optional<PackageRequest> parseRequest(const QByteArray &block)
     if (words.size() != 3 || !words.last().startsWith("HTTP/1."))
         return std::nullopt;
     PackageRequest request{words[0], words[1], {}};
-    for (const QByteArray &line : lines) {
+    for (const QByteArray &line : lines)
         if (line.toLower().startsWith("host:"))
             request.host = line.mid(5).trimmed();
-    }
     return request;
 }
 

@@ -8,9 +8,9 @@
 #include <QSslConfiguration>
 #include <QSslKey>
 
-#include <utility>
-
 #include <sys/eventfd.h>
+
+#include <utility>
 
 namespace vorn {
 

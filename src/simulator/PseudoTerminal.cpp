@@ -2,14 +2,14 @@
 
 #include <QFile>
 
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+
 #include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
-
-#include <fcntl.h>
-#include <sys/ioctl.h>
-#include <termios.h>
 
 namespace vorn {
 

@@ -4,15 +4,15 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
-#include <cerrno>
-#include <csignal>
-#include <system_error>
-#include <vector>
-
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <system_error>
+#include <vector>
 
 namespace vorn {
 

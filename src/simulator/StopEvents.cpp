@@ -1,13 +1,13 @@
 #include "simulator/StopEvents.h"
 
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/signalfd.h>
+
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
-
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <sys/signalfd.h>
 
 namespace vorn {
 

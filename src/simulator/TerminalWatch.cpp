@@ -2,12 +2,12 @@
 
 #include <QFile>
 
+#include <sys/inotify.h>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
-
-#include <sys/inotify.h>
 
 namespace vorn {
 

@@ -1,10 +1,9 @@
 #include "update/BootLoaderLink.h"
 
-#include "update/Frames.h"
-#include "update/UpdateTexts.h"
-
 #include "platform/GlobalQueue.h"
 #include "platform/MainQueue.h"
+#include "update/Frames.h"
+#include "update/UpdateTexts.h"
 
 namespace vorn {
 namespace {

@@ -1,9 +1,8 @@
 #include "update/Updater.h"
 
+#include "platform/GlobalQueue.h"
 #include "update/UpdateRun.h"
 #include "update/VersionQuery.h"
-
-#include "platform/GlobalQueue.h"
 
 namespace vorn {
 namespace {

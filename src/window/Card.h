@@ -4,7 +4,7 @@
 
 namespace vorn {
 
-/// A quiet rounded surface that holds what belongs to one step.
+// A quiet rounded surface that holds what belongs to one step.
 class Card : public QWidget
 {
     Q_OBJECT

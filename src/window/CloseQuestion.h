@@ -4,8 +4,8 @@
 
 namespace vorn {
 
-/// Asked when the window is to close during an update. It blocks nothing: the update goes on behind
-/// it. Main thread only.
+// Asked when the window is to close during an update. It blocks nothing: the update goes on behind
+// it. Main thread only.
 class CloseQuestion final : public QMessageBox
 {
     Q_OBJECT
@@ -13,10 +13,10 @@ class CloseQuestion final : public QMessageBox
 public:
     explicit CloseQuestion(QWidget *window);
 
-    /// Shows the question.
+    // Shows the question.
     void ask();
-    /// Says so in a question that is shown. It stays, so that a key or click meant for it reaches
-    /// nothing else.
+    // Says so in a question that is shown. It stays, so that a key or click meant for it reaches
+    // nothing else.
     void updateDidEnd();
 
 signals:

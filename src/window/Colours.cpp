@@ -48,9 +48,8 @@ QColor accentColour(const QPalette &palette)
     const QColor text = palette.color(QPalette::HighlightedText);
     const QColor away = luminance(text) > 0.5 ? Qt::black : Qt::white;
     QColor result = accent;
-    for (int step = 1; step <= steps && contrast(result, text) < readable; ++step) {
+    for (int step = 1; step <= steps && contrast(result, text) < readable; ++step)
         result = blended(accent, away, qreal(step) / steps);
-    }
     return result;
 }
 

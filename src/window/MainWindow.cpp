@@ -1,5 +1,8 @@
 #include "window/MainWindow.h"
 
+#include "ui_MainWindow.h"
+#include "window/CloseQuestion.h"
+
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QEvent>
@@ -9,9 +12,6 @@
 #include <algorithm>
 #include <array>
 #include <utility>
-
-#include "ui_MainWindow.h"
-#include "window/CloseQuestion.h"
 
 // A static library's resources are left out of a program unless something names them, and that only
 // works outside of every namespace.
@@ -28,9 +28,8 @@ constexpr int frameTime = 16; // ms
 QIcon programIcon()
 {
     QIcon icon;
-    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+    for (const int size : {16, 24, 32, 48, 64, 128, 256})
         icon.addFile(QStringLiteral(":/icons/%1.png").arg(size), QSize(size, size));
-    }
     return icon;
 }
 
@@ -151,9 +150,8 @@ void MainWindow::timerEvent(QTimerEvent *event)
 void MainWindow::changeEvent(QEvent *event)
 {
     QMainWindow::changeEvent(event);
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
         alignControls();
-    }
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
@@ -173,15 +171,12 @@ void MainWindow::alignControls()
     const std::array<QComboBox *, 2> lists{m_ui->deviceList_1010, m_ui->firmwareList_1002};
     QSize size = m_ui->deviceList_1010->sizeHint();
     size.setWidth(0);
-    for (const auto *button : buttons) {
+    for (const auto *button : buttons)
         size = size.expandedTo(button->sizeHint());
-    }
-    for (auto *button : buttons) {
+    for (auto *button : buttons)
         button->setMinimumSize(size + QSize(2 * air, air));
-    }
-    for (auto *list : lists) {
+    for (auto *list : lists)
         list->setMinimumHeight(size.height() + air);
-    }
 }
 
 } // namespace vorn

@@ -24,9 +24,8 @@ void PlainTextButton::paintEvent(QPaintEvent *event)
     // Setting a text drops the shortcut and tells nobody but the screen; so the mnemonic comes
     // into force when it is shown.
     const QKeySequence mnemonic = QKeySequence::mnemonic(withMnemonic(text()));
-    if (shortcut() != mnemonic) {
+    if (shortcut() != mnemonic)
         setShortcut(mnemonic);
-    }
     QPushButton::paintEvent(event);
 }
 

@@ -1,9 +1,9 @@
 #include "window/PrimaryButton.h"
 
+#include "window/Colours.h"
+
 #include <QPainter>
 #include <QStyle>
-
-#include "window/Colours.h"
 
 namespace vorn {
 

@@ -1,13 +1,13 @@
 #include "window/ProgressLine.h"
 
+#include "window/Colours.h"
+
 #include <QLinearGradient>
 #include <QPainter>
 #include <QStyle>
 #include <QTimerEvent>
 
 #include <algorithm>
-
-#include "window/Colours.h"
 
 namespace vorn {
 
@@ -36,9 +36,8 @@ void ProgressLine::showPercent(int percent)
 
 void ProgressLine::showBusy()
 {
-    if (isBusy()) {
+    if (isBusy())
         return;
-    }
     // An equal minimum and maximum is how a progress bar says "unknown" to screen readers as well.
     setRange(0, 0);
     m_busySince.start();
@@ -79,19 +78,17 @@ void ProgressLine::animateWhileSeen()
 {
     const bool moving = isBusy() && isVisible() &&
                         style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0;
-    if (moving != m_frame.isActive()) {
+    if (moving != m_frame.isActive())
         moving ? m_frame.start(frameTime, Qt::CoarseTimer, this) : m_frame.stop();
-    }
     update();
 }
 
 void ProgressLine::timerEvent(QTimerEvent *event)
 {
-    if (event->timerId() == m_frame.timerId()) {
+    if (event->timerId() == m_frame.timerId())
         update();
-    } else {
+    else
         QProgressBar::timerEvent(event);
-    }
 }
 
 void ProgressLine::showEvent(QShowEvent *event)

@@ -6,7 +6,7 @@
 
 namespace vorn {
 
-/// A slim progress bar that never walks back, and whose busy state costs next to no processor time.
+// A slim progress bar that never walks back, and whose busy state costs next to no processor time.
 class ProgressLine : public QProgressBar
 {
     Q_OBJECT
@@ -14,13 +14,13 @@ class ProgressLine : public QProgressBar
 public:
     explicit ProgressLine(QWidget *parent = nullptr);
 
-    /// Shows `percent` (0 to 100), or what was shown before if that is more.
+    // Shows `percent` (0 to 100), or what was shown before if that is more.
     void showPercent(int percent);
-    /// Shows activity of unknown length until the next call.
+    // Shows activity of unknown length until the next call.
     void showBusy();
-    /// Back to an empty bar.
+    // Back to an empty bar.
     void clear();
-    /// A hidden bar takes the same room as a visible one, so that nothing around it moves.
+    // A hidden bar takes the same room as a visible one, so that nothing around it moves.
     void keepPlaceWhenHidden();
 
     QSize sizeHint() const override;

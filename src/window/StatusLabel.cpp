@@ -1,5 +1,7 @@
 #include "window/StatusLabel.h"
 
+#include "window/Colours.h"
+
 #include <QHelpEvent>
 #include <QPainter>
 #include <QStyle>
@@ -7,8 +9,6 @@
 #include <QToolTip>
 
 #include <algorithm>
-
-#include "window/Colours.h"
 
 namespace vorn {
 
@@ -76,9 +76,8 @@ int StatusLabel::textStart() const
 StatusLabel::Arranged StatusLabel::arranged() const
 {
     Arranged result;
-    if (text().isEmpty()) {
+    if (text().isEmpty())
         return result;
-    }
     const qreal room = width() - textStart();
     QTextOption wrapping;
     wrapping.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -101,9 +100,8 @@ StatusLabel::Arranged StatusLabel::arranged() const
 
 bool StatusLabel::event(QEvent *event)
 {
-    if (event->type() != QEvent::ToolTip) {
+    if (event->type() != QEvent::ToolTip)
         return QLabel::event(event);
-    }
     if (arranged().shortened) {
         QToolTip::showText(static_cast<QHelpEvent *>(event)->globalPos(),
                            QStringLiteral("<p>%1</p>").arg(text().toHtmlEscaped()), this);
@@ -116,9 +114,8 @@ bool StatusLabel::event(QEvent *event)
 void StatusLabel::paintEvent(QPaintEvent *)
 {
     const QStringList lines = arranged().lines;
-    if (lines.isEmpty()) {
+    if (lines.isEmpty())
         return;
-    }
     const int top = (height() - static_cast<int>(lines.size()) * lineHeight()) / 2;
     const auto mirrored = [this](const QRect &area) {
         return QStyle::visualRect(layoutDirection(), rect(), area);

@@ -1,16 +1,16 @@
 #pragma once
 
-#include <QLabel>
-
 #include "window/Tone.h"
+
+#include <QLabel>
 
 namespace vorn {
 
-/// A status text beside a small mark that shows its tone.
-///
-/// It always takes the room of two lines, so that a long text moves nothing around it. A text that
-/// needs more loses its middle, never its end, which says how something went; the whole text is in
-/// the tool tip and in `text()`.
+// A status text beside a small mark that shows its tone.
+//
+// It always takes the room of two lines, so that a long text moves nothing around it. A text that
+// needs more loses its middle, never its end, which says how something went; the whole text is in
+// the tool tip and in `text()`.
 class StatusLabel : public QLabel
 {
     Q_OBJECT

@@ -1,8 +1,8 @@
 #include "window/StepBadge.h"
 
-#include <QPainter>
-
 #include "window/Colours.h"
+
+#include <QPainter>
 
 namespace vorn {
 

@@ -4,7 +4,7 @@
 
 namespace vorn {
 
-/// A step's number in a disc.
+// A step's number in a disc.
 class StepBadge : public QLabel
 {
     Q_OBJECT

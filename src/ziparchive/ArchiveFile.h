@@ -4,12 +4,12 @@
 
 #include <QString>
 
+#include <minizip/ioapi.h>
+
 #include <array>
 #include <memory>
 #include <span>
 #include <vector>
-
-#include <minizip/ioapi.h>
 
 namespace vorn {
 

@@ -6,13 +6,13 @@
 
 #include <QByteArray>
 
+#include <minizip/unzip.h>
+
 #include <array>
 #include <memory>
 #include <optional>
 #include <span>
 #include <type_traits>
-
-#include <minizip/unzip.h>
 
 namespace vorn {
 

@@ -6,9 +6,9 @@
 #include <QByteArrayView>
 #include <QString>
 
-#include <memory>
-
 #include <minizip/zip.h>
+
+#include <memory>
 
 namespace vorn {
 

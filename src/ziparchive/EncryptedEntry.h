@@ -4,11 +4,11 @@
 
 #include <QByteArrayView>
 
-#include <memory>
-#include <span>
-
 #include <minizip/unzip.h>
 #include <zlib.h>
+
+#include <memory>
+#include <span>
 
 namespace vorn {
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <chrono>
-#include <optional>
-
 #include <minizip/unzip.h>
 #include <minizip/zip.h>
+
+#include <chrono>
+#include <optional>
 
 namespace vorn {
 

@@ -3,11 +3,11 @@
 #include <QByteArray>
 #include <QString>
 
+#include <iconv.h>
+
 #include <memory>
 #include <optional>
 #include <type_traits>
-
-#include <iconv.h>
 
 namespace vorn {
 

@@ -2,13 +2,13 @@
 
 #include "ziparchive/ZipArchiveLog.h"
 
-#include <cerrno>
-#include <cstring>
-#include <utility>
-
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
 
 namespace vorn {
 

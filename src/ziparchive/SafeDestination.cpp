@@ -3,12 +3,12 @@
 #include <QFile>
 #include <QStringList>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-
-#include <fcntl.h>
-#include <sys/stat.h>
 
 namespace vorn {
 

@@ -4,13 +4,13 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <array>
-#include <cerrno>
-#include <climits>
-
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
 
 namespace vorn {
 

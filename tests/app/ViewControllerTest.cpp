@@ -1,5 +1,6 @@
 // The whole window on simulated devices, pressed through its own controls.
 #include "app/ViewController.h"
+
 #include "platform/Directories.h"
 #include "platform/DirectoryDeviceRegistry.h"
 #include "simulator/SimulatedDevice.h"

@@ -1,4 +1,5 @@
 #include "firmware/FirmwareLibrary.h"
+
 #include "platform/Directories.h"
 #include "platform/GlobalQueue.h"
 #include "platform/MainQueue.h"

@@ -8,18 +8,18 @@
 
 #include <QFile>
 
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
 #include <cstdio>
 #include <iterator>
 #include <string_view>
-
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 using namespace std::string_view_literals;
 

@@ -1,4 +1,5 @@
 #include "firmware/PackageDownload.h"
+
 #include "platform/Directories.h"
 #include "platform/MainQueue.h"
 #include "platform/UserDefaults.h"

@@ -8,15 +8,15 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
-#include <csignal>
-
 #include <fcntl.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
 
 using namespace vorn;
 

@@ -1,4 +1,5 @@
 #include "firmware/PackageStore.h"
+
 #include "firmware/ResponseHeaders.h"
 #include "firmware/StagingFolder.h"
 #include "platform/Directories.h"

@@ -1,4 +1,5 @@
 #include "firmware/ResponseHeaders.h"
+
 #include "firmware/PackageLocation.h"
 
 #include <QTemporaryFile>

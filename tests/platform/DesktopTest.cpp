@@ -12,8 +12,9 @@
 
 #include <gmock/gmock.h>
 
-#include <csignal>
 #include <sys/prctl.h>
+
+#include <csignal>
 
 namespace vorn {
 namespace {

@@ -1,4 +1,5 @@
 #include "platform/DirectoryDeviceRegistry.h"
+
 #include "platform/CombinedDeviceRegistry.h"
 #include "tests/platform/RegistryWatcher.h"
 #include "tests/support/TestTerminal.h"

@@ -1,4 +1,5 @@
 #include "platform/UdevDeviceRegistry.h"
+
 #include "tests/platform/RegistryWatcher.h"
 #include "tests/support/MockedUdev.h"
 

@@ -3,11 +3,11 @@
 
 #include <gmock/gmock.h>
 
-#include <atomic>
-#include <mutex>
-
 #include <linux/serial.h>
 #include <sys/ioctl.h>
+
+#include <atomic>
+#include <mutex>
 
 namespace vorn {
 namespace {

@@ -1,4 +1,5 @@
 #include "serial/PacketMatcher.h"
+
 #include "serial/PacketExpression.h"
 
 #include <QByteArrayList>

@@ -1,5 +1,6 @@
 // Requests through a port on a pseudo-terminal, and the queue against a plain model of it.
 #include "serial/RequestQueue.h"
+
 #include "serial/ORSSerialRequest.h"
 #include "tests/serial/SerialPortFixture.h"
 

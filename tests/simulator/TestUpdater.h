@@ -8,15 +8,16 @@
 #include <QFile>
 #include <QString>
 
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <functional>
 #include <numeric>
-
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <poll.h>
-#include <unistd.h>
 
 namespace vorn::test {
 

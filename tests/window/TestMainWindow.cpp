@@ -1,3 +1,5 @@
+#include "window/MainWindow.h"
+
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QApplication>
@@ -8,8 +10,6 @@
 #include <QTest>
 
 #include <gtest/gtest.h>
-
-#include "window/MainWindow.h"
 
 namespace {
 

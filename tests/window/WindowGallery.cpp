@@ -1,6 +1,8 @@
 // window_gallery FOLDER: pictures of the window in every state, light and dark, for people to look
 // at. QT_SCALE_FACTOR=2 makes them twice as fine, QT_QPA_PLATFORM chooses who draws the fonts.
 
+#include "window/MainWindow.h"
+
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
@@ -8,8 +10,6 @@
 #include <QPushButton>
 
 #include <cstdio>
-
-#include "window/MainWindow.h"
 
 namespace {
 

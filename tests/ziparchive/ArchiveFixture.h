@@ -9,9 +9,9 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
-#include <memory>
-
 #include <gtest/gtest.h>
+
+#include <memory>
 
 // What a ZipArchive said and asked.
 struct Listener : ZipArchiveDelegate

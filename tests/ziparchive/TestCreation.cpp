@@ -2,10 +2,10 @@
 
 #include <QDateTime>
 
-#include <utility>
-
 #include <sys/stat.h>
 #include <utime.h>
+
+#include <utility>
 
 namespace {
 

@@ -3,10 +3,10 @@
 #include <QDateTime>
 #include <QScopeGuard>
 
-#include <tuple>
-
 #include <sys/stat.h>
 #include <utime.h>
+
+#include <tuple>
 
 namespace {
 
