@@ -4,7 +4,6 @@
 
 #include <QHelpEvent>
 #include <QPainter>
-#include <QStyle>
 #include <QTextLayout>
 #include <QToolTip>
 
@@ -56,12 +55,7 @@ void StatusLine::setTone(StatusTone tone)
 
 QSize StatusLine::sizeHint() const
 {
-    return {textStart() + 48 * fontMetrics().averageCharWidth(), kLineCount * lineHeight()};
-}
-
-QSize StatusLine::minimumSizeHint() const
-{
-    return {textStart() + 44 * fontMetrics().averageCharWidth(), sizeHint().height()};
+    return {textStart() + 44 * fontMetrics().averageCharWidth(), kLineCount * lineHeight()};
 }
 
 int StatusLine::markSide() const
@@ -123,21 +117,14 @@ void StatusLine::paintEvent(QPaintEvent *)
     if (lines.isEmpty())
         return;
     const int top = (height() - static_cast<int>(lines.size()) * lineHeight()) / 2;
-    const auto mirrored = [this](const QRect &area) {
-        return QStyle::visualRect(layoutDirection(), rect(), area);
-    };
 
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    paintMark(painter, QRectF(mirrored({0, top, markSide(), lineHeight()})).center());
+    paintMark(painter, QRectF(0, top, markSide(), lineHeight()).center());
     painter.setPen(palette().color(foregroundRole()));
     QRect area(textStart(), top, width() - textStart(), lineHeight());
     for (const QString &line : lines) {
-        painter.drawText(mirrored(area),
-                         static_cast<int>(QStyle::visualAlignment(
-                             layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter)) |
-                             Qt::TextSingleLine,
-                         line);
+        painter.drawText(area, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, line);
         area.translate(0, lineHeight());
     }
 }

@@ -30,7 +30,7 @@ public:
     StatusTone tone() const { return m_tone; }
 
     QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
     bool event(QEvent *event) override;
