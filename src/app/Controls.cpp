@@ -24,9 +24,9 @@ Control *find(const QWidget *view, Tag tag)
 
 Controls Controls::below(const QWidget *view)
 {
-    return {.connectText = find<QLabel>(view, kConnectText),
-            .perText = find<QLabel>(view, kPerText),
-            .updateText = find<QLabel>(view, kUpdateText),
+    return {.connectText = find<StatusLine>(view, kConnectText),
+            .perText = find<StatusLine>(view, kPerText),
+            .updateText = find<StatusLine>(view, kUpdateText),
             .filePopUpBtn = find<QComboBox>(view, kFileList),
             .devPopUpBtn = find<QComboBox>(view, kDeviceList),
             .openBtn = find<QPushButton>(view, kOpenButton),

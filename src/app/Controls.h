@@ -1,7 +1,8 @@
 #pragma once
 
+#include "window/StatusLine.h"
+
 #include <QComboBox>
-#include <QLabel>
 #include <QPointer>
 #include <QPushButton>
 
@@ -11,9 +12,9 @@ namespace vorn {
 // and every operation on it does nothing.
 struct Controls
 {
-    QPointer<QLabel> connectText;
-    QPointer<QLabel> perText;
-    QPointer<QLabel> updateText;
+    QPointer<StatusLine> connectText;
+    QPointer<StatusLine> perText;
+    QPointer<StatusLine> updateText;
     QPointer<QComboBox> filePopUpBtn;
     QPointer<QComboBox> devPopUpBtn;
     QPointer<QPushButton> openBtn;
@@ -28,10 +29,16 @@ struct Controls
 // parent before its children; null when there is none. Nothing depends on the level.
 QWidget *getSub(const QWidget *view, int andLevel, int tag);
 
-inline void setText(QLabel *label, const QString &text)
+inline void showStatus(StatusLine *line, const QString &text, StatusTone tone)
 {
-    if (label)
-        label->setText(text);
+    if (line)
+        line->show(text, tone);
+}
+
+inline void setStatusTone(StatusLine *line, StatusTone tone)
+{
+    if (line)
+        line->setTone(tone);
 }
 
 inline void setTitle(QPushButton *button, const QString &title)

@@ -14,9 +14,10 @@
 using namespace std::chrono_literals;
 using vorn::currentTitle;
 using vorn::MainWindow;
-using vorn::setText;
+using vorn::setStatusTone;
 using vorn::setTitle;
-using vorn::Tone;
+using vorn::showStatus;
+using vorn::StatusTone;
 
 namespace {
 
@@ -188,11 +189,12 @@ void ViewController::openSerialPort()
         setTitle(m_controls.openBtn, kOpen);
         showConnection(
             QStringLiteral("Prompt:%1 Selected,failed to open,please try again").arg(name),
-            Tone::Bad);
+            StatusTone::Bad);
         return;
     }
     setTitle(m_controls.openBtn, kClose);
-    showConnection(QStringLiteral("Prompt:%1 Selected,opened successfully").arg(name), Tone::Good);
+    showConnection(QStringLiteral("Prompt:%1 Selected,opened successfully").arg(name),
+                   StatusTone::Good);
     m_openedAt = std::chrono::steady_clock::now();
     m_updater.getTargetVersion(m_serialPort);
     QTimer::singleShot(kRefillDelay, Qt::PreciseTimer, this,
@@ -223,7 +225,8 @@ void ViewController::showClosing()
     const QString name = m_serialPort->name();
     if (m_serialPort->isOpen()) {
         setTitle(m_controls.openBtn, kClose);
-        showConnection(QStringLiteral("Prompt:%1 Selected,closeing failed").arg(name), Tone::Bad);
+        showConnection(QStringLiteral("Prompt:%1 Selected,closeing failed").arg(name),
+                       StatusTone::Bad);
     } else {
         m_closing = false;
         setTitle(m_controls.openBtn, kOpen);
@@ -237,9 +240,10 @@ void ViewController::fileHandlePopBtn()
     qCInfo(logController).noquote()
         << "Firmware list:" << m_controls.filePopUpBtn->currentIndex() << title;
     m_fileName = title;
-    setText(m_controls.perText, title == kNoFirmware ? vorn::texts::kNoFirmwareSelected
-                                                     : QStringLiteral("Prompt:Firmware selected"));
-    m_window.setStatusTone(MainWindow::Line::Firmware, Tone::Neutral);
+    showStatus(m_controls.perText,
+               title == kNoFirmware ? vorn::texts::kNoFirmwareSelected
+                                    : QStringLiteral("Prompt:Firmware selected"),
+               StatusTone::Neutral);
 }
 
 void ViewController::send()
@@ -328,14 +332,14 @@ void ViewController::serialPortDidEncounterError(ORSSerialPort &serialPort,
 void ViewController::showUpdateText(const QString &text)
 {
     // Outside a run only failures are shown.
-    m_window.setStatusTone(MainWindow::Line::Update,
-                           m_updater.isUpdating() ? Tone::Neutral : Tone::Bad);
-    setText(m_controls.updateText, text);
+    showStatus(m_controls.updateText, text,
+               m_updater.isUpdating() ? StatusTone::Neutral : StatusTone::Bad);
 }
 
 void ViewController::updateDidBegin()
 {
     m_percent = 0;
+    setStatusTone(m_controls.updateText, StatusTone::Neutral);
     m_window.resetUpdateProgress();
     m_window.setUpdateRuns(true);
 }
@@ -353,7 +357,7 @@ void ViewController::updateIsErasing()
 
 void ViewController::updateDidEnd(const vorn::UpdateResult &result)
 {
-    m_window.setStatusTone(MainWindow::Line::Update, result.succeeded() ? Tone::Good : Tone::Bad);
+    setStatusTone(m_controls.updateText, result.succeeded() ? StatusTone::Good : StatusTone::Bad);
     // A failure during the erase leaves the bar indeterminate otherwise.
     m_window.showUpdateProgress(m_percent);
     m_window.setUpdateRuns(false);
@@ -382,10 +386,9 @@ void ViewController::refillFirmwareList(const QStringList &titles)
     list->addItems(titles);
 }
 
-void ViewController::showConnection(const QString &text, Tone tone)
+void ViewController::showConnection(const QString &text, StatusTone tone)
 {
-    m_window.setStatusTone(MainWindow::Line::Connection, tone);
-    setText(m_controls.connectText, text);
+    showStatus(m_controls.connectText, text, tone);
 }
 
 void ViewController::getFirmWare()
@@ -396,8 +399,7 @@ void ViewController::getFirmWare()
 
 void ViewController::showText(const QString &text)
 {
-    m_window.setStatusTone(MainWindow::Line::Firmware, Tone::Neutral);
-    setText(m_controls.perText, text);
+    showStatus(m_controls.perText, text, StatusTone::Neutral);
 }
 
 void ViewController::packageProgress(Phase phase, qint64 received, qint64 total)
@@ -413,8 +415,8 @@ void ViewController::packageEnded(Outcome outcome, const vorn::PackageProblem &p
 {
     if (problem)
         qCWarning(logController).noquote() << "No package was installed:" << problem.text;
-    m_window.setStatusTone(MainWindow::Line::Firmware,
-                           outcome == Outcome::Failed ? Tone::Bad : Tone::Good);
+    setStatusTone(m_controls.perText,
+                  outcome == Outcome::Failed ? StatusTone::Bad : StatusTone::Good);
     if (!m_download.isRunning())
         m_window.hideDownloadProgress();
 }

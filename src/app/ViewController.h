@@ -86,7 +86,7 @@ private:
     void portOpenChanged();
     void showClosing();
     void refuseUpdate(const QString &text);
-    void showConnection(const QString &text, vorn::Tone tone = vorn::Tone::Neutral);
+    void showConnection(const QString &text, vorn::StatusTone tone = vorn::StatusTone::Neutral);
     void readFirmWareInBackground();
     void refillFirmwareList(const QStringList &titles);
 

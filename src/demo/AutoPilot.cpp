@@ -14,7 +14,7 @@
 namespace vorn {
 namespace {
 
-// Far more than any step takes on a slow machine.
+// Far more than any step takes, even on a slow machine.
 constexpr int kStepLimitMs = 60000;
 
 } // namespace
@@ -42,8 +42,7 @@ bool AutoPilot::run(const QString &screenshot)
 
 bool AutoPilot::waitFor(const char *what, const std::function<bool()> &condition)
 {
-    // Looks whenever the program has nothing to do. Looking at intervals would hold the update up,
-    // whose every answer passes the main thread.
+    // Checks whenever the event loop is about to sleep: a timer's interval would miss short states.
     QEventLoop loop;
     QTimer::singleShot(kStepLimitMs, &loop, [&] { loop.exit(1); });
     QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock,
@@ -53,7 +52,7 @@ bool AutoPilot::waitFor(const char *what, const std::function<bool()> &condition
                      });
     if (condition() || loop.exec() == 0)
         return true;
-    std::fprintf(stderr, "This did not happen: %s\n", what);
+    std::fprintf(stderr, "Timed out: %s\n", what);
     return false;
 }
 
@@ -66,7 +65,7 @@ void AutoPilot::press(QPushButton *button) const
 bool AutoPilot::download()
 {
     press(control<QPushButton>("downloadButton_2002"));
-    return waitFor("the latest package is installed", [this] {
+    return waitFor("waiting for the latest package to be installed", [this] {
         return m_perText->text().contains(QLatin1StringView("Successfully downloaded"));
     });
 }
@@ -74,7 +73,7 @@ bool AutoPilot::download()
 bool AutoPilot::openDevice()
 {
     press(control<QPushButton>("openButton_1011"));
-    return waitFor("the device is open", [this] {
+    return waitFor("waiting for the device to be open", [this] {
         return m_connectText->text().endsWith(QLatin1StringView("opened successfully"));
     });
 }
@@ -88,13 +87,13 @@ bool AutoPilot::chooseFirmware()
         return firstPlatinaFile() > 0 &&
                m_firmwareList->findText(QStringLiteral("VORN_I-"), Qt::MatchStartsWith) < 0;
     };
-    if (!waitFor("the firmware list shows the device's model", showsThisModelOnly))
+    if (!waitFor("waiting for the list of the firmware for the device's model", showsThisModelOnly))
         return false;
     m_firmwareList->setFocus();
     while (m_firmwareList->currentIndex() < firstPlatinaFile())
         QTest::keyClick(m_firmwareList, Qt::Key_Down);
     std::printf("            [%s]\n", qPrintable(m_firmwareList->currentText()));
-    return waitFor("the firmware file is chosen", [this] {
+    return waitFor("waiting for the firmware file to be chosen", [this] {
         return m_perText->text().endsWith(QLatin1StringView("Firmware selected"));
     });
 }
@@ -112,16 +111,16 @@ bool AutoPilot::update(const QString &screenshot)
                text.contains(QLatin1StringView("try again")) ||
                text.contains(QLatin1StringView("does not respond"));
     };
-    if (!waitFor("the update ends", ended))
+    if (!waitFor("waiting for the end of the update", ended))
         return false;
     if (!pictured)
-        std::fprintf(stderr, "There is no picture of the window in %s\n", qPrintable(screenshot));
+        std::fprintf(stderr, "Cannot save a picture of the window as %s\n", qPrintable(screenshot));
     return pictured && m_updateText->text().contains(QLatin1StringView("successfully update"));
 }
 
 bool AutoPilot::deviceHoldsTheFile() const
 {
-    // What the event loop has still to do, so that the last text is told of before the outcome.
+    // Lets the last text be printed before the outcome.
     QCoreApplication::processEvents();
     QFile file(QDir(m_stage.firmwareFolder()).filePath(m_firmwareList->currentText()));
     if (!file.open(QIODevice::ReadOnly)) {

@@ -7,17 +7,20 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include <functional>
+
 namespace vorn {
 
-// Does in the real window what a person would: fetches the latest package, opens the device,
-// chooses a firmware file and updates the device, pressing the real controls.
+// Operates the real window as a user would: downloads the latest package, opens the device, chooses
+// a firmware file and updates the device.
 class AutoPilot
 {
 public:
     AutoPilot(MainWindow &window, const DemoStage &stage);
 
-    // Runs the event loop until all is done. False, after a line on the standard error, when
-    // something did not happen or the device does not hold the file.
+    // Runs the event loop until the update is done, and saves a picture of the window halfway
+    // through it as `screenshot`. Returns false, after a line on standard error, if a step failed
+    // or the device does not hold exactly the file.
     bool run(const QString &screenshot);
 
 private:

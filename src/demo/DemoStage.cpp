@@ -24,7 +24,7 @@ PackageAnswer demoPackage()
     PackageAnswer answer;
     answer.package = samplePackage();
     answer.lastModified = "Sat, 14 Nov 2026 09:30:00 GMT";
-    // Slow enough to be seen.
+    // Slow enough for its progress to be seen.
     answer.bytesPerSecond = 400000;
     return answer;
 }
@@ -36,11 +36,11 @@ DemoStage::DemoStage(const QString &directory)
 {
 }
 
-bool DemoStage::set(QString &problem)
+bool DemoStage::start(QString &problem)
 {
     for (const QString &path : {deviceDirectory(), cacheDirectory(), configDirectory()}) {
         if (!QDir().mkpath(path)) {
-            problem = QStringLiteral("Cannot make the directory ") + path;
+            problem = QStringLiteral("Cannot create the directory ") + path;
             return false;
         }
     }

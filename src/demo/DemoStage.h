@@ -7,22 +7,22 @@
 
 namespace vorn {
 
-// What the demonstration plays on: a simulated device, a package server, and a private folder for
-// the firmware, so that nothing of the user's is touched. All of it is gone afterwards.
+// What the demonstration needs: a simulated device, a package server, and firmware and settings in
+// directories of their own, so that the user's are left alone.
 class DemoStage
 {
 public:
-    // `directory` is an empty one of the caller's.
+    // `directory` is empty and belongs to the caller, who removes it.
     explicit DemoStage(const QString &directory);
 
-    // False, with the reason, when something could not be set up.
-    bool set(QString &problem);
+    // Starts everything. Returns false, with the reason, if something could not be started.
+    bool start(QString &problem);
 
     QString deviceDirectory() const { return m_directory + QStringLiteral("/devices"); }
     QString cacheDirectory() const { return m_directory + QStringLiteral("/cache"); }
     QString configDirectory() const { return m_directory + QStringLiteral("/config"); }
     QString firmwareFolder() const;
-    // HOST:PORT of the package server, and the file with the certificate to trust it by.
+    // HOST:PORT of the package server, and the file (PEM) with the CA to trust for it.
     QString packageHost() const { return m_server.host(); }
     QString packageCaFile() const { return m_server.authorityFile(); }
 

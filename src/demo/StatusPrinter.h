@@ -8,9 +8,9 @@
 
 namespace vorn {
 
-// Prints every status text that a window shows, with the time since this object was made, to the
-// standard output. It looks whenever the event loop has done its work, so it sees all texts but
-// those that are replaced within one event.
+// Prints every status text that a window shows to standard output, with the time since this object
+// was created. It checks after each round of the event loop, so it misses only texts that are
+// replaced within a round.
 class StatusPrinter : public QObject
 {
     Q_OBJECT

@@ -1,6 +1,6 @@
-// The demonstration: with a display it opens the program on a simulated device and package server;
-// without one it does a whole update by itself in the same window, on Qt's offscreen platform, and
-// says whether the device holds the file.
+// The demonstration: with a display it starts the program with a simulated device and package
+// server; without one it does a whole update by itself in the same window, on Qt's offscreen
+// platform, and says whether the device holds the file.
 #include "app/QuitSignals.h"
 #include "app/ViewController.h"
 #include "demo/AutoPilot.h"
@@ -44,7 +44,7 @@ int showProgram(int argc, char **argv)
     const QTemporaryDir directory;
     vorn::DemoStage stage(directory.path());
     QString problem;
-    if (!stage.set(problem))
+    if (!stage.start(problem))
         return complain(problem);
     std::puts("The device \"usbserial-demo\" is simulated. Open it, choose a firmware file, and "
               "press Update.");
@@ -56,7 +56,7 @@ int showProgram(int argc, char **argv)
     environment.insert(QStringLiteral("XDG_CACHE_HOME"), stage.cacheDirectory());
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), stage.configDirectory());
     program.setProcessEnvironment(environment);
-    // The window goes with the stage that it plays on, however that ends.
+    // The program ends with this one, however this one ends.
     program.setChildProcessModifier([] {
         ::prctl(PR_SET_PDEATHSIG, SIGTERM);
         sigset_t none;
@@ -94,7 +94,7 @@ int updateByItself(int argc, char **argv)
     const QApplication application(argc, argv);
     vorn::DemoStage stage(directory.path());
     QString problem;
-    if (!stage.set(problem))
+    if (!stage.start(problem))
         return complain(problem);
     vorn::PackageLocation packages =
         vorn::PackageLocation::onHost(stage.packageHost()).value_or(vorn::PackageLocation());
@@ -103,7 +103,7 @@ int updateByItself(int argc, char **argv)
     vorn::SerialDeviceRegistry::setSystem(
         std::make_unique<vorn::DirectoryDeviceRegistry>(stage.deviceDirectory()));
 
-    std::puts("No display: the program updates a simulated device by itself.\n");
+    std::puts("No display: the demonstration updates a simulated device by itself.\n");
     vorn::MainWindow window;
     vorn::StatusPrinter printer(window);
     ViewController controller(window, packages);
@@ -126,7 +126,7 @@ int main(int argc, char **argv)
 {
     QCoreApplication::setOrganizationName(QStringLiteral("Vorn"));
     QCoreApplication::setApplicationName(QStringLiteral("vornupdater"));
-    // The status texts tell the story here.
+    // The status texts say enough.
     QLoggingCategory::setFilterRules(QStringLiteral("vorn.*.info=false"));
     return hasDisplay() ? showProgram(argc, argv) : updateByItself(argc, argv);
 }

@@ -6,32 +6,37 @@ namespace vorn {
 
 CloseQuestion::CloseQuestion(QWidget *window)
     : QMessageBox(Warning, tr("Update Running"), {}, NoButton, window),
-      m_stay(addButton(QString(), RejectRole)), m_leave(addButton(QString(), DestructiveRole))
+      m_keep(addButton(QString(), RejectRole)), m_close(addButton(QString(), DestructiveRole))
 {
-    setDefaultButton(m_stay);
-    setEscapeButton(m_stay);
-    connect(m_leave, &QPushButton::clicked, this, &CloseQuestion::closeAnyway);
+    setDefaultButton(m_keep);
+    setEscapeButton(m_keep);
+    connect(m_close, &QPushButton::clicked, this, [this] { emit confirmed(m_subject); });
 }
 
-void CloseQuestion::ask()
+void CloseQuestion::ask(Subject subject)
 {
+    if (isVisible())
+        return;
+    m_subject = subject;
     setText(tr("The device is being updated."));
-    setInformativeText(
-        tr("Closing the window stops the update, and the device cannot be used until "
-           "it has been updated again."));
-    m_stay->setText(tr("&Keep Updating"));
-    m_leave->setText(tr("Close &Anyway"));
-    // Where it was when it was asked last may be the other one.
-    m_stay->setFocus();
+    setInformativeText(subject == Subject::Window
+                           ? tr("Closing the window stops the update, and the device cannot be "
+                                "used until it has been updated again.")
+                           : tr("Closing the device stops the update, and it cannot be used until "
+                                "it has been updated again."));
+    m_keep->setText(tr("&Keep Updating"));
+    m_close->setText(tr("Close &Anyway"));
+    // The focus may have been left on the other button last time.
+    m_keep->setFocus();
     open();
 }
 
 void CloseQuestion::updateDidEnd()
 {
     setText(tr("The update has ended."));
-    setInformativeText(tr("The window shows how it went."));
-    m_stay->setText(tr("&Keep Window"));
-    m_leave->setText(tr("Close &Window"));
+    setInformativeText(tr("The window shows the result."));
+    m_keep->setText(tr("&Keep Open"));
+    m_close->setText(m_subject == Subject::Window ? tr("Close &Window") : tr("Close &Device"));
 }
 
 } // namespace vorn

@@ -42,20 +42,20 @@ bool isDark(const QPalette &palette)
 
 QColor accentColour(const QPalette &palette)
 {
-    constexpr double readable = 4.5;
-    constexpr int steps = 20;
+    constexpr double kReadable = 4.5;
+    constexpr int kSteps = 20;
     const QColor accent = palette.color(QPalette::Highlight);
     const QColor text = palette.color(QPalette::HighlightedText);
     const QColor away = luminance(text) > 0.5 ? Qt::black : Qt::white;
     QColor result = accent;
-    for (int step = 1; step <= steps && contrast(result, text) < readable; ++step)
-        result = blended(accent, away, qreal(step) / steps);
+    for (int step = 1; step <= kSteps && contrast(result, text) < kReadable; ++step)
+        result = blended(accent, away, qreal(step) / kSteps);
     return result;
 }
 
 QColor cardColour(const QPalette &palette)
 {
-    // Raised things are lighter than the ground in both worlds; the dark palettes' base is not.
+    // A card is lighter than the window. Base is so only in light palettes.
     return isDark(palette)
                ? blended(palette.color(QPalette::Window), palette.color(QPalette::WindowText), 0.06)
                : palette.color(QPalette::Base);

@@ -5,17 +5,17 @@
 
 namespace vorn {
 
-// `share` (0 to 1) of `over` laid on `under`: shades that fit every palette, light or dark.
+// `over` painted on `under` with the opacity `share` (0 to 1).
 QColor blended(const QColor &under, const QColor &over, qreal share);
 
-// Whether the palette writes light text on a dark ground.
+// Whether the palette has light text on a dark background.
 bool isDark(const QPalette &palette);
 
-// The desktop's accent colour, darkened or lightened as far as its own text colour needs to be
-// readable on it (a contrast of 4.5 to 1).
+// The palette's highlight colour, darkened or lightened until the highlighted text has a contrast
+// of 4.5 to 1 on it.
 QColor accentColour(const QPalette &palette);
 
-// The ground of a card in this palette.
+// The background of the window's cards.
 QColor cardColour(const QPalette &palette);
 
 } // namespace vorn

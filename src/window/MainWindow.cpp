@@ -2,6 +2,7 @@
 
 #include "ui_MainWindow.h"
 #include "window/CloseQuestion.h"
+#include "window/Colours.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -13,8 +14,8 @@
 #include <array>
 #include <utility>
 
-// A static library's resources are left out of a program unless something names them, and that only
-// works outside of every namespace.
+// Without this the linker drops a static library's resources. The macro must stand outside of every
+// namespace.
 static void loadResources()
 {
     Q_INIT_RESOURCE(icons);
@@ -22,8 +23,7 @@ static void loadResources()
 
 namespace {
 
-// As often as screens show a new picture.
-constexpr int frameTime = 16; // ms
+constexpr int kFrameTime = 16; // ms: about 60 frames per second
 
 QIcon programIcon()
 {
@@ -31,6 +31,30 @@ QIcon programIcon()
     for (const int size : {16, 24, 32, 48, 64, 128, 256})
         icon.addFile(QStringLiteral(":/icons/%1.png").arg(size), QSize(size, size));
     return icon;
+}
+
+// The parts of the window that the desktop's style does not draw, in shades that suit the palette.
+QString styleSheetFor(const QPalette &palette, int badgeSide)
+{
+    const QColor card = vorn::cardColour(palette);
+    const QColor accent = vorn::accentColour(palette);
+    return QStringLiteral(
+               "#column > QFrame { background: %1; border: 1px solid %2; border-radius: 8px; }"
+               "#deviceBadge, #firmwareBadge, #updateBadge {"
+               "  background: %3; border-radius: %8px;"
+               "  min-width: %9px; max-width: %9px; min-height: %9px; max-height: %9px; }"
+               "QPushButton#updateButton_2001:enabled {"
+               "  background: %4; color: %5; border-radius: 4px; padding: 4px; }"
+               "QPushButton#updateButton_2001:hover { background: %6; }"
+               "QPushButton#updateButton_2001:pressed { background: %7; }"
+               "QPushButton#updateButton_2001:focus {"
+               "  outline: 1px solid %5; outline-radius: 3px; }")
+        .arg(card.name(), vorn::blended(card, palette.color(QPalette::WindowText), 0.14).name(),
+             vorn::blended(card, palette.color(QPalette::Highlight), 0.22).name(), accent.name(),
+             palette.color(QPalette::HighlightedText).name(),
+             vorn::blended(accent, Qt::black, 0.1).name(),
+             vorn::blended(accent, Qt::black, 0.22).name(), QString::number(badgeSide / 2),
+             QString::number(badgeSide));
 }
 
 } // namespace
@@ -41,7 +65,11 @@ MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent), m_closeQuestion(new CloseQuestion(this)),
       m_ui(std::make_unique<Ui::MainWindow>())
 {
-    connect(m_closeQuestion, &CloseQuestion::closeAnyway, this, [this] {
+    connect(m_closeQuestion, &CloseQuestion::confirmed, this, [this](CloseQuestion::Subject what) {
+        if (what == CloseQuestion::Subject::Device) {
+            emit closePortAnyway();
+            return;
+        }
         m_updateRuns = false;
         close();
     });
@@ -51,9 +79,11 @@ MainWindow::MainWindow(QWidget *parent)
     setCentralWidget(m_ui->view);
     setWindowIcon(programIcon());
 
-    m_ui->downloadProgress->keepPlaceWhenHidden();
+    QSizePolicy keepsItsPlace = m_ui->downloadProgress->sizePolicy();
+    keepsItsPlace.setRetainSizeWhenHidden(true);
+    m_ui->downloadProgress->setSizePolicy(keepsItsPlace);
     m_ui->downloadProgress->hide();
-    alignControls();
+    applyLook();
     resize(std::max(width(), sizeHint().width()), sizeHint().height());
 }
 
@@ -81,6 +111,11 @@ void MainWindow::setUpdateRuns(bool runs)
         m_closeQuestion->updateDidEnd();
 }
 
+void MainWindow::askToClosePort()
+{
+    m_closeQuestion->ask(CloseQuestion::Subject::Device);
+}
+
 void MainWindow::showDownloadProgress(int percent)
 {
     m_ui->downloadProgress->showPercent(percent);
@@ -99,37 +134,22 @@ void MainWindow::hideDownloadProgress()
     m_ui->downloadProgress->hide();
 }
 
-void MainWindow::setDownloadAvailable(bool available, const QString &tooltip)
+void MainWindow::setDownloadAvailable(bool available, const QString &toolTip)
 {
     m_ui->downloadButton_2002->setEnabled(available);
-    m_ui->downloadButton_2002->setToolTip(tooltip);
+    m_ui->downloadButton_2002->setToolTip(toolTip);
 }
 
-void MainWindow::setStatusTone(Line line, Tone tone)
-{
-    switch (line) {
-    case Line::Connection:
-        m_ui->connectText_1001->setTone(tone);
-        break;
-    case Line::Firmware:
-        m_ui->perText_1012->setTone(tone);
-        break;
-    case Line::Update:
-        m_ui->updateText_1015->setTone(tone);
-        break;
-    }
-}
-
-// During an update texts may change a thousand times a second, and drawing each would hold up the
-// device's answers, which pass through the same thread.
+// During an update the texts may change a thousand times a second. Drawing every change would delay
+// the device's answers, which pass through the same thread.
 bool MainWindow::event(QEvent *event)
 {
     if (event->type() == QEvent::UpdateRequest) {
         if (m_frame.isActive()) {
-            m_frameWaits = true;
+            m_repaintIsDue = true;
             return true;
         }
-        m_frame.start(frameTime, Qt::PreciseTimer, this);
+        m_frame.start(kFrameTime, Qt::PreciseTimer, this);
     }
     return QMainWindow::event(event);
 }
@@ -141,7 +161,7 @@ void MainWindow::timerEvent(QTimerEvent *event)
         return;
     }
     m_frame.stop();
-    if (std::exchange(m_frameWaits, false)) {
+    if (std::exchange(m_repaintIsDue, false)) {
         QEvent request(QEvent::UpdateRequest);
         QCoreApplication::sendEvent(this, &request);
     }
@@ -150,22 +170,32 @@ void MainWindow::timerEvent(QTimerEvent *event)
 void MainWindow::changeEvent(QEvent *event)
 {
     QMainWindow::changeEvent(event);
-    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
-        alignControls();
+    switch (event->type()) {
+    case QEvent::FontChange:
+    case QEvent::StyleChange:
+    case QEvent::PaletteChange:
+        applyLook();
+        break;
+    default:
+        break;
+    }
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     event->setAccepted(!m_updateRuns);
     if (m_updateRuns)
-        m_closeQuestion->ask();
+        m_closeQuestion->ask(CloseQuestion::Subject::Window);
 }
 
-// One height for what stands in a row, one column of buttons as wide as the widest text: the places
-// stay whatever a button says.
-void MainWindow::alignControls()
+void MainWindow::applyLook()
 {
-    constexpr int air = 8;
+    const int badgeSide = (fontMetrics().height() + 8) / 2 * 2;
+    m_ui->view->setStyleSheet(styleSheetFor(palette(), badgeSide));
+
+    // A row's list and button have one height and all buttons the width of the widest, so that
+    // nothing moves when a button's text changes.
+    constexpr int kPadding = 8;
     const std::array<QPushButton *, 3> buttons{m_ui->openButton_1011, m_ui->downloadButton_2002,
                                                m_ui->updateButton_2001};
     const std::array<QComboBox *, 2> lists{m_ui->deviceList_1010, m_ui->firmwareList_1002};
@@ -174,9 +204,9 @@ void MainWindow::alignControls()
     for (const auto *button : buttons)
         size = size.expandedTo(button->sizeHint());
     for (auto *button : buttons)
-        button->setMinimumSize(size + QSize(2 * air, air));
+        button->setMinimumSize(size + QSize(2 * kPadding, kPadding));
     for (auto *list : lists)
-        list->setMinimumHeight(size.height() + air);
+        list->setMinimumHeight(size.height() + kPadding);
 }
 
 } // namespace vorn

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "window/Tone.h"
-
 #include <QBasicTimer>
 #include <QMainWindow>
 
@@ -14,50 +12,49 @@ class MainWindow;
 }
 class CloseQuestion;
 
-// The program's one window: what a person sees and presses. It knows nothing of ports, files or
-// servers.
+// The program's one window. It knows nothing of ports, files or servers.
 //
-// The controls are found below `centralWidget()` by their dynamic integer property "tag" and are
-// filled by whoever finds them: 2001 update button, 2002 download button, 1001 connection status,
-// 1002 firmware list, 1010 device list, 1011 open/close button, 1012 firmware status, 1015 update
-// status. What has no tag is shown through the operations here. All of them belong to the main
-// thread.
+// Its controller finds the controls below `centralWidget()` by their dynamic integer property "tag"
+// and fills them: 2001 update button, 2002 download button, 1001 connection status, 1002 firmware
+// list, 1010 device list, 1011 open/close button, 1012 firmware status, 1015 update status. The
+// status texts are `StatusLine`s. Everything without a tag is shown by the methods here. Main
+// thread only.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    // The status lines, for `setStatusTone`.
-    enum class Line { Connection, Firmware, Update };
-
     explicit MainWindow(QWidget *parent = nullptr);
     ~MainWindow() override;
 
-    // Shows how much of the update is done, 0 to 100. A value below one already shown since the
-    // last reset is not shown: the bar never walks back.
+    // Shows how much of the update is done, in percent (0 to 100). The bar never goes back between
+    // two resets.
     void showUpdateProgress(int percent);
-    // Shows that the update goes on for an unknown time (the device erases its memory). The next
-    // `showUpdateProgress` ends it.
+    // Shows activity of unknown duration (the device erases its memory), until the next
+    // `showUpdateProgress`.
     void showUpdateBusy();
-    // Empties the update's bar: call it when a run starts, and when one has failed.
+    // Empties the update's bar, for a new run.
     void resetUpdateProgress();
 
     // While an update runs, closing the window asks first.
     void setUpdateRuns(bool runs);
+    // Asks whether the port may be closed although an update runs, and returns at once;
+    // `closePortAnyway` follows if the user says so. Only one question is shown at a time.
+    void askToClosePort();
 
-    // Shows how much of the package has arrived, 0 to 100, never walking back.
+    // Shows how much of the package has arrived, in percent (0 to 100). The bar never goes back.
     void showDownloadProgress(int percent);
-    // Shows that a package of unknown length arrives, or that it is being unpacked.
+    // Shows that a package of unknown length is arriving, or that a package is being unpacked.
     void showDownloadBusy();
-    // Empties and hides the download's bar; its place stays.
+    // Empties and hides the download's bar. Nothing else moves.
     void hideDownloadProgress();
 
-    // Lets the download button be pressed or not; `tooltip` says why not (or what it does).
-    void setDownloadAvailable(bool available, const QString &tooltip);
+    // Enables or disables the download button; `toolTip` says what it does, or why it is disabled.
+    void setDownloadAvailable(bool available, const QString &toolTip);
 
-    // Marks what `line` says as a success or a failure. The mark stays until the next call, so
-    // it is set along with the text.
-    void setStatusTone(Line line, Tone tone);
+signals:
+    // The user wants the port closed, whether the update still runs or has ended meanwhile.
+    void closePortAnyway();
 
 protected:
     bool event(QEvent *event) override;
@@ -66,11 +63,12 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    void alignControls();
+    // Fits colours and sizes to the current palette, font and style.
+    void applyLook();
 
-    // Runs while a frame has been drawn that is still new.
+    // Runs for one frame's time after each repaint; a repaint that is due meanwhile waits for it.
     QBasicTimer m_frame;
-    bool m_frameWaits = false;
+    bool m_repaintIsDue = false;
 
     bool m_updateRuns = false;
     CloseQuestion *const m_closeQuestion;

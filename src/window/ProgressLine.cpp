@@ -13,35 +13,38 @@ namespace vorn {
 
 namespace {
 
-constexpr int thickness = 6;
-constexpr int frameTime = 50;  // ms
-constexpr int passTime = 3000; // ms
+constexpr int kThickness = 6;      // pixels
+constexpr int kFrameTime = 50;     // ms
+constexpr int kFramesPerPass = 60; // 3 s from end to end
 
 } // namespace
 
 ProgressLine::ProgressLine(QWidget *parent) : QProgressBar(parent)
 {
     setTextVisible(false);
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setFixedHeight(kThickness);
     clear();
 }
 
 void ProgressLine::showPercent(int percent)
 {
+    m_timer.stop();
     m_percent = std::max(m_percent, std::clamp(percent, 0, 100));
     setRange(0, 100);
     setValue(m_percent);
-    animateWhileSeen();
 }
 
 void ProgressLine::showBusy()
 {
     if (isBusy())
         return;
-    // An equal minimum and maximum is how a progress bar says "unknown" to screen readers as well.
+    // Tells screen readers, too, that the duration is unknown.
     setRange(0, 0);
-    m_busySince.start();
-    animateWhileSeen();
+    // The first frame already shows the glint in the middle. It stays there when the desktop wants
+    // no animations.
+    m_frame = kFramesPerPass / 2;
+    if (style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0)
+        m_timer.start(kFrameTime, Qt::CoarseTimer, this);
 }
 
 void ProgressLine::clear()
@@ -50,66 +53,22 @@ void ProgressLine::clear()
     showPercent(0);
 }
 
-void ProgressLine::keepPlaceWhenHidden()
-{
-    QSizePolicy policy = sizePolicy();
-    policy.setRetainSizeWhenHidden(true);
-    setSizePolicy(policy);
-}
-
-QSize ProgressLine::sizeHint() const
-{
-    return {160, thickness};
-}
-
-QSize ProgressLine::minimumSizeHint() const
-{
-    return {48, thickness};
-}
-
-bool ProgressLine::isBusy() const
-{
-    return maximum() == 0;
-}
-
-// The style's own busy animation takes 7 to 11 % of a core for as long as the state lasts; a soft
-// glint at a third of its pace takes less than one.
-void ProgressLine::animateWhileSeen()
-{
-    const bool moving = isBusy() && isVisible() &&
-                        style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0;
-    if (moving != m_frame.isActive())
-        moving ? m_frame.start(frameTime, Qt::CoarseTimer, this) : m_frame.stop();
-    update();
-}
-
 void ProgressLine::timerEvent(QTimerEvent *event)
 {
-    if (event->timerId() == m_frame.timerId())
-        update();
-    else
+    if (event->timerId() != m_timer.timerId()) {
         QProgressBar::timerEvent(event);
-}
-
-void ProgressLine::showEvent(QShowEvent *event)
-{
-    QProgressBar::showEvent(event);
-    animateWhileSeen();
-}
-
-void ProgressLine::hideEvent(QHideEvent *event)
-{
-    QProgressBar::hideEvent(event);
-    animateWhileSeen();
+        return;
+    }
+    m_frame = (m_frame + 1) % kFramesPerPass;
+    update();
 }
 
 void ProgressLine::paintEvent(QPaintEvent *)
 {
     const QColor accent = accentColour(palette());
-    const QColor ground = cardColour(palette());
-    const QColor track = blended(ground, palette().color(QPalette::WindowText), 0.12);
-    QRectF bar(0, 0, width(), thickness);
-    bar.moveCenter(QRectF(rect()).center());
+    const QColor track =
+        blended(cardColour(palette()), palette().color(QPalette::WindowText), 0.12);
+    QRectF bar = rect();
     const qreal radius = bar.height() / 2;
 
     QPainter painter(this);
@@ -120,23 +79,17 @@ void ProgressLine::paintEvent(QPaintEvent *)
 
     if (isBusy()) {
         const qreal half = bar.width() / 4;
-        // It starts in the middle, so that the first frame already shows it; without animations it
-        // stays there.
-        const qint64 time =
-            m_frame.isActive() ? m_busySince.elapsed() + passTime / 2 : passTime / 2;
-        const qreal pass = qreal(time % passTime) / passTime;
-        const qreal centre = -half + pass * (bar.width() + 2 * half);
-        QLinearGradient glint(bar.left() + centre - half, 0, bar.left() + centre + half, 0);
+        const qreal centre = -half + (bar.width() + 2 * half) * m_frame / kFramesPerPass;
+        QLinearGradient glint(centre - half, 0, centre + half, 0);
         glint.setColorAt(0, track);
         glint.setColorAt(0.5, accent);
         glint.setColorAt(1, track);
         painter.setBrush(glint);
-        painter.drawRoundedRect(bar, radius, radius);
     } else if (m_percent > 0) {
         bar.setWidth(std::max(bar.height(), bar.width() * m_percent / 100));
         painter.setBrush(accent);
-        painter.drawRoundedRect(bar, radius, radius);
     }
+    painter.drawRoundedRect(bar, radius, radius);
 }
 
 } // namespace vorn

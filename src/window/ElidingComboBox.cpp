@@ -1,4 +1,4 @@
-#include "window/NameList.h"
+#include "window/ElidingComboBox.h"
 
 #include <QStyle>
 #include <QStyleOptionComboBox>
@@ -6,17 +6,17 @@
 
 namespace vorn {
 
-void NameList::initStyleOption(QStyleOptionComboBox *option) const
+void ElidingComboBox::initStyleOption(QStyleOptionComboBox *option) const
 {
     QComboBox::initStyleOption(option);
-    constexpr int padding = 4;
+    constexpr int kPadding = 4;
     const QRect field =
         style()->subControlRect(QStyle::CC_ComboBox, option, QStyle::SC_ComboBoxEditField, this);
     option->currentText =
-        fontMetrics().elidedText(option->currentText, Qt::ElideMiddle, field.width() - padding);
+        fontMetrics().elidedText(option->currentText, Qt::ElideMiddle, field.width() - kPadding);
 }
 
-void NameList::wheelEvent(QWheelEvent *event)
+void ElidingComboBox::wheelEvent(QWheelEvent *event)
 {
     event->ignore();
 }

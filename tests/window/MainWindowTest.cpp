@@ -1,10 +1,15 @@
 #include "window/MainWindow.h"
 
+#include "tests/support/Eventually.h"
+#include "window/StatusLine.h"
+
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
-#include <QLabel>
+#include <QElapsedTimer>
+#include <QEvent>
+#include <QMessageBox>
 #include <QProgressBar>
 #include <QSignalSpy>
 #include <QTest>
@@ -57,9 +62,10 @@ TEST_F(MainWindowTest, AScreenReaderIsToldWhatIsSeen)
     for (const auto &[tag, description] :
          {std::pair(1001, "Connection status"), std::pair(1012, "Firmware status"),
           std::pair(1015, "Update status")}) {
-        tagged<QLabel>(tag)->setText("Prompt:<b>a & b</b>");
+        tagged<vorn::StatusLine>(tag)->show("Prompt:<b>a & b</b>", vorn::StatusTone::Bad);
         EXPECT_EQ(spoken(tag, QAccessible::Name), u"Prompt:<b>a & b</b>");
         EXPECT_EQ(spoken(tag, QAccessible::Description), QLatin1String(description));
+        EXPECT_EQ(tagged<vorn::StatusLine>(tag)->tone(), vorn::StatusTone::Bad);
     }
 }
 
@@ -68,11 +74,11 @@ TEST_F(MainWindowTest, TheOpenButtonsMnemonicFollowsItsText)
     auto *button = tagged<QAbstractButton>(1011);
     QSignalSpy pressed(button, &QAbstractButton::clicked);
     const auto seen = [button] {
-        button->grab(); // draws it
+        button->grab(); // paints it
         return button->text();
     };
 
-    // A mnemonic shows the button pressed for a moment before it counts as a click.
+    // A mnemonic shows the button pressed for a moment before the click.
     EXPECT_EQ(seen(), u"Open");
     QTest::keyClick(&m_window, Qt::Key_O, Qt::AltModifier);
     EXPECT_TRUE(pressed.wait());
@@ -100,7 +106,7 @@ TEST_F(MainWindowTest, TheTabKeyFollowsTheThreeStepsAndEnterPressesOnlyTheButton
     EXPECT_EQ(m_window.focusWidget(), tagged(1010));
 }
 
-TEST_F(MainWindowTest, TheUpdateBarNeverWalksBackUntilItIsReset)
+TEST_F(MainWindowTest, TheUpdateBarNeverGoesBackUntilItIsReset)
 {
     const auto *progress = m_window.findChild<QProgressBar *>("updateProgress");
     m_window.showUpdateProgress(42);
@@ -124,9 +130,8 @@ TEST_F(MainWindowTest, NothingMovesWhenTextsGrowAndTheDownloadBarComesAndGoes)
     const auto places = [this] {
         QApplication::processEvents();
         QList<QRect> result{m_window.geometry()};
-        for (const auto *widget : m_window.centralWidget()->findChildren<QWidget *>()) {
+        for (const auto *widget : m_window.centralWidget()->findChildren<QWidget *>())
             result += widget->geometry();
-        }
         return result;
     };
     const QList<QRect> before = places();
@@ -137,17 +142,133 @@ TEST_F(MainWindowTest, NothingMovesWhenTextsGrowAndTheDownloadBarComesAndGoes)
     m_window.showDownloadBusy();
     EXPECT_TRUE(download->isVisible());
     tagged<QAbstractButton>(1011)->setText("Close");
-    for (const int tag : {1001, 1012, 1015}) {
-        tagged<QLabel>(tag)->setText(QString("usbserial-LONG ").repeated(40));
-    }
-    for (const int tag : {1010, 1002}) {
+    for (const int tag : {1001, 1012, 1015})
+        tagged<vorn::StatusLine>(tag)->setText(QString("usbserial-LONG ").repeated(40));
+    for (const int tag : {1010, 1002})
         tagged<QComboBox>(tag)->addItem(QString(300, QLatin1Char('W')));
-    }
     EXPECT_EQ(places(), before);
 
     m_window.hideDownloadProgress();
     EXPECT_FALSE(download->isVisible());
     EXPECT_EQ(places(), before);
+}
+
+// Counts a status line's paint events and keeps the text that the last one showed.
+class PaintCounter : public QObject
+{
+public:
+    explicit PaintCounter(vorn::StatusLine *line) : m_line(line) { line->installEventFilter(this); }
+
+    int count = 0;
+    QString lastText;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            ++count;
+            lastText = m_line->text();
+        }
+        return false;
+    }
+
+private:
+    vorn::StatusLine *const m_line;
+};
+
+TEST_F(MainWindowTest, ManyTextsCostSixtyPaintsASecondAndTheLastIsPainted)
+{
+    auto *line = tagged<vorn::StatusLine>(1015);
+    PaintCounter paints(line);
+    QElapsedTimer clock;
+    clock.start();
+    for (int i = 0; i < 1000; ++i) {
+        line->setText(QString::number(i));
+        QApplication::processEvents();
+    }
+    EXPECT_LE(paints.count, 2 + clock.elapsed() / 15);
+    EXPECT_TRUE(vorn::eventually([&] { return paints.lastText == u"999"; }));
+}
+
+TEST_F(MainWindowTest, AChangeOfThePaletteIsFollowed)
+{
+    const auto picture = [](vorn::MainWindow &window) {
+        window.showUpdateProgress(42);
+        QApplication::processEvents();
+        return window.grab().toImage();
+    };
+    const QPalette lightPalette = QApplication::palette();
+    const QImage light = picture(m_window);
+    QApplication::setPalette(QPalette(Qt::darkGray, Qt::black));
+    vorn::MainWindow startedDark;
+    startedDark.show();
+    EXPECT_TRUE(picture(m_window) == picture(startedDark));
+    EXPECT_FALSE(picture(m_window) == light);
+    QApplication::setPalette(lightPalette);
+    EXPECT_TRUE(picture(m_window) == light);
+}
+
+class CloseQuestionTest : public MainWindowTest
+{
+protected:
+    void SetUp() override
+    {
+        MainWindowTest::SetUp();
+        m_question = m_window.findChild<QMessageBox *>();
+        ASSERT_TRUE(m_question);
+        m_window.setUpdateRuns(true);
+    }
+    void pressKey(Qt::Key key) const { QTest::keyClick(m_question->focusWidget(), key); }
+    void confirm() const
+    {
+        for (QAbstractButton *button : m_question->buttons())
+            if (m_question->buttonRole(button) == QMessageBox::DestructiveRole)
+                QTest::mouseClick(button, Qt::LeftButton);
+    }
+
+    QMessageBox *m_question = nullptr;
+    QSignalSpy m_closePort{&m_window, &vorn::MainWindow::closePortAnyway};
+};
+
+TEST_F(CloseQuestionTest, ReturnAndEscapeKeepTheUpdateWhereverTheFocusWasLeft)
+{
+    for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return, Qt::Key_Return}) {
+        m_window.askToClosePort();
+        ASSERT_TRUE(m_question->isVisible());
+        if (key == Qt::Key_Escape)
+            pressKey(Qt::Key_Tab);
+        pressKey(key);
+        EXPECT_FALSE(m_question->isVisible());
+    }
+    EXPECT_EQ(m_closePort.count(), 0);
+}
+
+TEST_F(CloseQuestionTest, TheWindowsCloseDoesNotChangeAQuestionAboutThePort)
+{
+    m_window.askToClosePort();
+    const QString question = m_question->informativeText();
+    EXPECT_FALSE(m_window.close());
+    EXPECT_EQ(m_question->informativeText(), question);
+    confirm();
+    EXPECT_EQ(m_closePort.count(), 1);
+    EXPECT_TRUE(m_window.isVisible());
+
+    EXPECT_FALSE(m_window.close());
+    EXPECT_NE(m_question->informativeText(), question);
+    confirm();
+    EXPECT_EQ(m_closePort.count(), 1);
+    EXPECT_FALSE(m_window.isVisible());
+}
+
+TEST_F(CloseQuestionTest, TheQuestionStaysWhenTheUpdateEndsAndStillClosesThePort)
+{
+    m_window.askToClosePort();
+    m_window.setUpdateRuns(false);
+    EXPECT_TRUE(m_question->isVisible());
+    EXPECT_EQ(m_question->text(), "The update has ended.");
+    confirm();
+    EXPECT_FALSE(m_question->isVisible());
+    EXPECT_EQ(m_closePort.count(), 1);
 }
 
 } // namespace

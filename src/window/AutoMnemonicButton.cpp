@@ -1,4 +1,4 @@
-#include "window/PlainTextButton.h"
+#include "window/AutoMnemonicButton.h"
 
 #include <QStyleOptionButton>
 
@@ -13,16 +13,15 @@ QString withMnemonic(QString text)
 
 namespace vorn {
 
-void PlainTextButton::initStyleOption(QStyleOptionButton *option) const
+void AutoMnemonicButton::initStyleOption(QStyleOptionButton *option) const
 {
     QPushButton::initStyleOption(option);
     option->text = withMnemonic(text());
 }
 
-void PlainTextButton::paintEvent(QPaintEvent *event)
+void AutoMnemonicButton::paintEvent(QPaintEvent *event)
 {
-    // Setting a text drops the shortcut and tells nobody but the screen; so the mnemonic comes
-    // into force when it is shown.
+    // setText() clears the shortcut and is not virtual, but it always causes a repaint.
     const QKeySequence mnemonic = QKeySequence::mnemonic(withMnemonic(text()));
     if (shortcut() != mnemonic)
         setShortcut(mnemonic);

@@ -4,9 +4,9 @@
 
 namespace vorn {
 
-// A push button whose text is read and set as it stands, without the "&" that marks a mnemonic,
-// and that has a mnemonic all the same: Alt and the first letter of its present text.
-class PlainTextButton : public QPushButton
+// A push button whose `text()` holds no "&": its mnemonic is always Alt and the first letter of its
+// current text.
+class AutoMnemonicButton : public QPushButton
 {
     Q_OBJECT
 

@@ -1,12 +1,12 @@
-// window_gallery FOLDER: pictures of the window in every state, light and dark, for people to look
-// at. QT_SCALE_FACTOR=2 makes them twice as fine, QT_QPA_PLATFORM chooses who draws the fonts.
+// window_gallery FOLDER: pictures of the window in every state, light and dark, to look at after a
+// change. QT_SCALE_FACTOR=2 doubles their resolution; -style NAME takes another style.
 
 #include "window/MainWindow.h"
+#include "window/StatusLine.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
-#include <QLabel>
 #include <QPushButton>
 
 #include <cstdio>
@@ -14,13 +14,14 @@
 namespace {
 
 using vorn::MainWindow;
-using vorn::Tone;
+using vorn::StatusLine;
+using vorn::StatusTone;
 
-// What a line says and how, and what is shown along with it.
+// A status line's text and tone, and what else the window shows then.
 struct Status
 {
     QString text; // %1 is the device's name
-    Tone tone = Tone::Neutral;
+    StatusTone tone = StatusTone::Neutral;
     void (*showMore)(MainWindow &) = [](MainWindow &) {};
 };
 
@@ -37,27 +38,40 @@ const QString kNone = "No device selected";
 const QString kDevice = "usbserial-FT4XYZ12";
 const Status kNoDevice{"Prompt:%1"};
 const Status kUnopened{"Prompt:%1 Selected,not opened"};
-const Status kOpen{"Prompt:%1 Selected,opened successfully", Tone::Good};
-const Status kOpenFailed{"Prompt:%1 Selected,failed to open,please try again", Tone::Bad};
+const Status kOpen{"Prompt:%1 Selected,opened successfully", StatusTone::Good};
+const Status kOpenFailed{"Prompt:%1 Selected,failed to open,please try again", StatusTone::Bad};
 const Status kReady{"Prompt:Firmware selected"};
-const Status kDownloading{"Prompt:Progress42%", Tone::Neutral,
+const Status kDownloading{"Prompt:Progress42%", StatusTone::Neutral,
                           [](MainWindow &window) { window.showDownloadProgress(42); }};
-const Status kUnknownLength{"Prompt:Progress--%", Tone::Neutral,
+const Status kUnknownLength{"Prompt:Progress--%", StatusTone::Neutral,
                             [](MainWindow &window) { window.showDownloadBusy(); }};
-const Status kNoServer{{}, Tone::Neutral, [](MainWindow &window) {
+const Status kNoServer{{}, StatusTone::Neutral, [](MainWindow &window) {
                            window.setDownloadAvailable(false, "No package server is configured");
                        }};
-const Status kErasing{{}, Tone::Neutral, [](MainWindow &window) { window.showUpdateBusy(); }};
-const Status kUpdating{"Prompt:42%progress,updating firmware", Tone::Neutral,
+const Status kErasing{{}, StatusTone::Neutral, [](MainWindow &window) { window.showUpdateBusy(); }};
+const Status kUpdating{"Prompt:42%progress,updating firmware", StatusTone::Neutral,
                        [](MainWindow &window) { window.showUpdateProgress(42); }};
-const Status kUpdated{"Prompt:100% progress,successfully update", Tone::Good,
+const Status kUpdated{"Prompt:100% progress,successfully update", StatusTone::Good,
                       [](MainWindow &window) { window.showUpdateProgress(100); }};
 const Status kFailed{"Prompt:Failed to erase the fixed phone of the device ,please try again",
-                     Tone::Bad};
-const Status kClosing{{}, Tone::Neutral, [](MainWindow &window) {
-                          window.setUpdateRuns(true);
-                          window.close();
-                      }};
+                     StatusTone::Bad};
+const Status kClosingWindow{{}, StatusTone::Neutral, [](MainWindow &window) {
+                                window.setUpdateRuns(true);
+                                window.close();
+                            }};
+const Status kClosingPort{{}, StatusTone::Neutral, [](MainWindow &window) {
+                              window.setUpdateRuns(true);
+                              window.askToClosePort();
+                          }};
+const Status kEndedBehindQuestion{{}, StatusTone::Neutral, [](MainWindow &window) {
+                                      window.setUpdateRuns(true);
+                                      window.askToClosePort();
+                                      window.setUpdateRuns(false);
+                                  }};
+const Status kButtonInFocus{
+    {}, StatusTone::Neutral, [](MainWindow &window) {
+        window.findChild<QPushButton *>("updateButton_2001")->setFocus(Qt::TabFocusReason);
+    }};
 
 const State kStates[] = {
     {"01-no-device", kNone, kNoDevice},
@@ -73,7 +87,10 @@ const State kStates[] = {
     {"11-downloading", kDevice, kOpen, kDownloading},
     {"12-download-unknown-length", kDevice, kOpen, kUnknownLength},
     {"13-no-package-server", kNone, kNoDevice, kNoServer},
-    {"14-closing-during-an-update", kDevice, kOpen, kReady, kClosing},
+    {"14-closing-the-window", kDevice, kOpen, kReady, kClosingWindow},
+    {"15-closing-the-port", kDevice, kOpen, kReady, kClosingPort},
+    {"16-update-ended-meanwhile", kDevice, kOpen, kReady, kEndedBehindQuestion},
+    {"17-update-button-in-focus", kDevice, kOpen, kReady, kButtonInFocus},
 };
 
 QPalette darkPalette()
@@ -99,21 +116,22 @@ bool paint(const State &state, const QString &file)
         box->addItems(items);
         box->setCurrentIndex(current);
     };
-    const auto line = [&](const char *name, MainWindow::Line which, Status status) {
-        window.findChild<QLabel *>(name)->setText(status.text.replace("%1", state.device));
-        window.setStatusTone(which, status.tone);
+    const auto line = [&](const char *name, Status status) {
+        window.findChild<StatusLine *>(name)->show(status.text.replace("%1", state.device),
+                                                   status.tone);
         status.showMore(window);
     };
     window.setDownloadAvailable(true, {});
     window.show();
+    window.activateWindow();
     list("deviceList_1010", {state.device}, 0);
     list("firmwareList_1002", {"No firmware selected", "VORN_PLATINA-2.4.1.bin"},
          state.firmware.text == kReady.text ? 1 : 0);
     if (state.connection.text == kOpen.text)
         window.findChild<QPushButton *>("openButton_1011")->setText("Close");
-    line("connectText_1001", MainWindow::Line::Connection, state.connection);
-    line("perText_1012", MainWindow::Line::Firmware, state.firmware);
-    line("updateText_1015", MainWindow::Line::Update, state.update);
+    line("connectText_1001", state.connection);
+    line("perText_1012", state.firmware);
+    line("updateText_1015", state.update);
     QCoreApplication::processEvents();
     QWidget *inFront = QApplication::activeModalWidget();
     return (inFront ? inFront : &window)->grab().save(file);
