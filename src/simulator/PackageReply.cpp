@@ -4,19 +4,19 @@ namespace vorn {
 
 namespace {
 
-constexpr const char *PackagePath = "/software/VornUpdate2.zip";
-constexpr const char *MovedPath = "/moved/VornUpdate2.zip";
+constexpr const char *kPackagePath = "/software/VornUpdate2.zip";
+constexpr const char *kMovedPath = "/moved/VornUpdate2.zip";
 
-constexpr int NotFound = 404;
-constexpr int MethodNotAllowed = 405;
+constexpr int kNotFound = 404;
+constexpr int kMethodNotAllowed = 405;
 
-// What a confused or hostile server might put among its headers.
-constexpr const char *GarbageHeaders = "this line has no colon\r\n"
-                                       ": a value without a name\r\n"
-                                       "X-Name with spaces : 1\r\n"
-                                       "X-Bytes: \x01\x7F\xFF\xFE\r\n"
-                                       "Content-Length: not a number\r\n"
-                                       "  folded onto the line before\r\n";
+// What a broken or hostile server might send among its headers.
+constexpr const char *kGarbageHeaders = "this line has no colon\r\n"
+                                        ": a value without a name\r\n"
+                                        "X-Name with spaces : 1\r\n"
+                                        "X-Bytes: \x01\x7F\xFF\xFE\r\n"
+                                        "Content-Length: not a number\r\n"
+                                        "  folded onto the line before\r\n";
 
 QByteArray reason(int status)
 {
@@ -25,9 +25,9 @@ QByteArray reason(int status)
         return "OK";
     case 302:
         return "Found";
-    case NotFound:
+    case kNotFound:
         return "Not Found";
-    case MethodNotAllowed:
+    case kMethodNotAllowed:
         return "Method Not Allowed";
     default:
         return "Status " + QByteArray::number(status);
@@ -58,7 +58,7 @@ QByteArray redirectTarget(const QByteArray &to, const PackageRequest &request, q
         return "http://" + name + ':' + QByteArray::number(plainPort) + request.target;
     }
     if (to == "https")
-        return "https://" + request.host + MovedPath;
+        return "https://" + request.host + kMovedPath;
     if (to == "loop")
         return "https://" + request.host + request.target;
     return to;
@@ -69,13 +69,13 @@ QByteArray redirectTarget(const QByteArray &to, const PackageRequest &request, q
 QString packageAnswerProblem(const PackageAnswer &answer)
 {
     if (answer.status < 200 || answer.status > 599)
-        return QStringLiteral("a status lies between 200 and 599");
+        return QStringLiteral("the status must be between 200 and 599");
     for (const std::optional<qint64> &number :
          {answer.declaredLength, answer.truncateAt, answer.cutAt})
         if (number && *number < 0)
-            return QStringLiteral("a length is not negative");
+            return QStringLiteral("lengths must not be negative");
     if (answer.bytesPerSecond < 0 || answer.bodyPause < std::chrono::milliseconds::zero())
-        return QStringLiteral("a rate and a pause are not negative");
+        return QStringLiteral("rates and pauses must not be negative");
     if (answer.truncateAt && answer.cutAt)
         return QStringLiteral("a body is either truncated or cut");
     if (answer.endless && answer.package.isEmpty())
@@ -102,10 +102,10 @@ PackageReply makeReply(const PackageAnswer &answer, const PackageRequest &reques
                        quint16 plainPort)
 {
     if (request.method != "GET")
-        return page(MethodNotAllowed);
-    if (request.target != PackagePath && request.target != MovedPath)
-        return page(NotFound);
-    if (secure && request.target == PackagePath && !answer.redirectTo.isEmpty())
+        return page(kMethodNotAllowed);
+    if (request.target != kPackagePath && request.target != kMovedPath)
+        return page(kNotFound);
+    if (secure && request.target == kPackagePath && !answer.redirectTo.isEmpty())
         return page(302,
                     "Location: " + redirectTarget(answer.redirectTo, request, plainPort) + "\r\n");
 
@@ -119,7 +119,7 @@ PackageReply makeReply(const PackageAnswer &answer, const PackageRequest &reques
         head = startOfHead(answer.status, "text/html");
     }
     if (answer.garbageHeaders)
-        head += GarbageHeaders;
+        head += kGarbageHeaders;
     for (const QByteArray &line : answer.extraHeaders)
         head += line + "\r\n";
     if (answer.lastModified)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/PackageServerOptions.h"
+#include "simulator/PackageAnswer.h"
 
 #include <QByteArray>
 
@@ -17,25 +17,24 @@ struct PackageRequest
     QByteArray host; // the Host header; empty when there is none
 };
 
-// The request in a header block (up to and with the empty line); nothing when its first line is no
-// HTTP request line.
+// Parses a request's header block. Null when its first line is not an HTTP request line.
 std::optional<PackageRequest> parseRequest(const QByteArray &block);
 
-// One reply, ready to be sent.
+// A reply, ready to be sent.
 struct PackageReply
 {
     int status = 200;
     QByteArray head; // status line and headers, with the empty line
     QByteArray body;
     bool chunked = false;
-    bool endless = false;            // the body again and again
-    std::optional<qint64> stopAfter; // bytes of the body
-    bool cut = false;                // then the connection breaks; else it ends in good order
+    bool endless = false;            // repeat the body
+    std::optional<qint64> stopAfter; // so many bytes of the body
+    bool cut = false;                // at the end, break the connection instead of closing it
     qint64 bytesPerSecond = 0;
     std::chrono::milliseconds bodyPause{0};
 };
 
-// The reply to a request. `secure` says whether it came over TLS: redirects concern only such.
+// The reply to a request. Only requests over TLS (`secure`) are redirected.
 PackageReply makeReply(const PackageAnswer &answer, const PackageRequest &request, bool secure,
                        quint16 plainPort);
 

@@ -1,91 +1,223 @@
 #include "simulator/PackageServer.h"
 
-#include "simulator/PackageServerLog.h"
-#include "simulator/PackageServerThread.h"
+#include "simulator/PackageConnection.h"
 
-#include <QTemporaryFile>
+#include <QEventLoop>
+#include <QHostAddress>
+#include <QJsonArray>
+#include <QSocketNotifier>
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QTcpServer>
 
+#include <algorithm>
+#include <memory>
 #include <utility>
 
 namespace vorn {
 
-PackageServer::PackageServer(PackageAnswer answer, CertificateKind certificate)
-    : m_problem(packageAnswerProblem(answer)), m_kind(certificate),
-      m_authorityFile(std::make_unique<QTemporaryFile>()),
-      m_log(std::make_unique<PackageServerLog>()),
-      m_thread(std::make_unique<PackageServerThread>(std::move(answer), *m_log))
+namespace {
+
+QString nameOf(ServedRequest::End end)
 {
+    switch (end) {
+    case ServedRequest::End::Running:
+        return QStringLiteral("running");
+    case ServedRequest::End::Complete:
+        return QStringLiteral("complete");
+    case ServedRequest::End::Abandoned:
+        return QStringLiteral("abandoned");
+    }
+    return {};
 }
 
-PackageServer::~PackageServer() = default;
+// The port without TLS.
+class PlainListener : public QTcpServer
+{
+public:
+    explicit PlainListener(PackageServerState &state) : m_state(state) {}
+
+protected:
+    void incomingConnection(qintptr descriptor) override
+    {
+        m_state.note([](PackageServerReport &report) { ++report.plainConnections; });
+        auto socket = std::make_unique<QSslSocket>();
+        if (socket->setSocketDescriptor(descriptor))
+            new PackageConnection(std::move(socket), false, 0, m_state, this);
+    }
+
+private:
+    PackageServerState &m_state;
+};
+
+// The port with TLS.
+class TlsListener : public QTcpServer
+{
+public:
+    TlsListener(const ServerCertificate &certificate, quint16 plainPort, PackageServerState &state)
+        : m_plainPort(plainPort), m_state(state)
+    {
+        m_configuration.setLocalCertificate(QSslCertificate(certificate.certificate));
+        m_configuration.setPrivateKey(QSslKey(certificate.key, QSsl::Ec));
+        m_configuration.setPeerVerifyMode(QSslSocket::VerifyNone);
+    }
+
+protected:
+    void incomingConnection(qintptr descriptor) override
+    {
+        bool isSilent = false;
+        m_state.note([&](PackageServerReport &report) {
+            ++report.connections;
+            isSilent = m_state.answer.silence == ServerSilence::Handshake;
+        });
+        auto socket = std::make_unique<QSslSocket>();
+        if (!socket->setSocketDescriptor(descriptor))
+            return;
+        if (isSilent) {
+            connect(socket.get(), &QSslSocket::disconnected, socket.get(), &QObject::deleteLater);
+            socket.release()->setParent(this);
+            return;
+        }
+        socket->setSslConfiguration(m_configuration);
+        socket->startServerEncryption();
+        new PackageConnection(std::move(socket), true, m_plainPort, m_state, this);
+    }
+
+private:
+    QSslConfiguration m_configuration = QSslConfiguration::defaultConfiguration();
+    const quint16 m_plainPort;
+    PackageServerState &m_state;
+};
+
+} // namespace
+
+QJsonObject PackageServerReport::toJson() const
+{
+    QJsonArray list;
+    for (const ServedRequest &request : requests) {
+        list.append(QJsonObject{
+            {QStringLiteral("method"), QString::fromLatin1(request.method)},
+            {QStringLiteral("target"), QString::fromLatin1(request.target)},
+            {QStringLiteral("secure"), request.secure},
+            {QStringLiteral("status"), request.status},
+            {QStringLiteral("bodyBytes"), request.bodyBytes},
+            {QStringLiteral("end"), nameOf(request.end)},
+        });
+    }
+    return {{QStringLiteral("connections"), connections},
+            {QStringLiteral("plainConnections"), plainConnections},
+            {QStringLiteral("requests"), list}};
+}
+
+PackageServer::PackageServer(PackageAnswer answer, CertificateKind certificate)
+    : m_kind(certificate)
+{
+    m_state.answer = std::move(answer);
+}
+
+PackageServer::~PackageServer()
+{
+    if (!m_thread.joinable())
+        return;
+    m_stop.set();
+    m_thread.join();
+}
 
 bool PackageServer::start(QString *problem, quint16 port)
 {
-    QString why = m_problem;
-    bool good = why.isEmpty();
-    if (good) {
-        std::optional<ServerCertificate> made = makeServerCertificate(m_kind, &why);
-        good = made.has_value();
-        if (good)
-            m_certificate = std::move(*made);
+    QString why;
+    if (prepare(&why)) {
+        m_thread = std::thread([this, port] { run(port); });
+        std::unique_lock lock(m_state.mutex);
+        m_state.changed.wait(lock, [this] { return m_settled; });
+        why = m_problem;
     }
-    if (good && (!m_authorityFile->open() || m_authorityFile->write(m_certificate.authority) < 0 ||
-                 !m_authorityFile->flush())) {
-        why = m_authorityFile->errorString();
-        good = false;
-    }
-    good = good && m_thread->start(m_certificate, port, &why);
     if (problem != nullptr)
         *problem = why;
-    return good;
+    return why.isEmpty();
 }
 
-quint16 PackageServer::port() const
+bool PackageServer::prepare(QString *problem)
 {
-    return m_thread->port();
+    *problem = packageAnswerProblem(m_state.answer);
+    if (!problem->isEmpty())
+        return false;
+    const std::optional<ServerCertificate> made = makeServerCertificate(m_kind, problem);
+    if (!made)
+        return false;
+    m_certificate = *made;
+    if (m_authorityFile.open() && m_authorityFile.write(m_certificate.authority) > 0 &&
+        m_authorityFile.flush())
+        return true;
+    *problem = m_authorityFile.errorString();
+    return false;
 }
 
-quint16 PackageServer::plainPort() const
+void PackageServer::settle(const QString &problem)
 {
-    return m_thread->plainPort();
+    m_state.note([&](PackageServerReport &) {
+        m_problem = problem;
+        m_settled = true;
+    });
+}
+
+void PackageServer::run(quint16 port)
+{
+    QEventLoop loop; // before the sockets: it makes this thread's event dispatcher
+    PlainListener plain(m_state);
+    if (!plain.listen(QHostAddress::LocalHost)) {
+        settle(plain.errorString());
+        return;
+    }
+    TlsListener tls(m_certificate, plain.serverPort(), m_state);
+    if (!tls.listen(QHostAddress::LocalHost, port)) {
+        settle(tls.errorString());
+        return;
+    }
+    m_plainPort = plain.serverPort();
+    m_port = tls.serverPort();
+    const QSocketNotifier stop(m_stop.descriptor(), QSocketNotifier::Read);
+    QObject::connect(&stop, &QSocketNotifier::activated, &loop, &QEventLoop::quit);
+    settle({});
+    loop.exec();
 }
 
 QString PackageServer::host() const
 {
-    return QStringLiteral("127.0.0.1:%1").arg(port());
-}
-
-const QByteArray &PackageServer::authority() const
-{
-    return m_certificate.authority;
-}
-
-QString PackageServer::authorityFile() const
-{
-    return m_authorityFile->fileName();
+    return QStringLiteral("127.0.0.1:%1").arg(m_port);
 }
 
 bool PackageServer::setAnswer(PackageAnswer answer)
 {
     if (!packageAnswerProblem(answer).isEmpty())
         return false;
-    m_thread->setAnswer(std::move(answer));
+    const std::lock_guard lock(m_state.mutex);
+    m_state.answer = std::move(answer);
     return true;
 }
 
 PackageServerReport PackageServer::report() const
 {
-    return m_log->report();
+    const std::lock_guard lock(m_state.mutex);
+    PackageServerReport copy = m_state.report;
+    // Deep copies, so that threads share no memory but under the lock.
+    for (ServedRequest &request : copy.requests) {
+        request.method.detach();
+        request.target.detach();
+    }
+    return copy;
 }
 
-bool PackageServer::waitForRequests(int count, std::chrono::milliseconds limit) const
+bool PackageServer::waitForEnds(qsizetype count, std::chrono::milliseconds limit) const
 {
-    return m_log->waitForRequests(count, limit);
-}
-
-bool PackageServer::waitForEnds(int count, std::chrono::milliseconds limit) const
-{
-    return m_log->waitForEnds(count, limit);
+    const auto ended = [](const ServedRequest &request) {
+        return request.end != ServedRequest::End::Running;
+    };
+    std::unique_lock lock(m_state.mutex);
+    return m_state.changed.wait_for(lock, limit, [&] {
+        const QList<ServedRequest> &requests = m_state.report.requests;
+        return std::count_if(requests.cbegin(), requests.cend(), ended) >= count;
+    });
 }
 
 } // namespace vorn

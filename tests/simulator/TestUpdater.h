@@ -1,7 +1,7 @@
 #pragma once
 
 #include "simulator/SimulatedDevice.h"
-#include "simulator/UniqueFd.h"
+#include "platform/FileDescriptor.h"
 
 #include <QByteArray>
 #include <QDeadlineTimer>
@@ -99,7 +99,7 @@ public:
     }
 
 private:
-    UniqueFd m_fd;
+    FileDescriptor m_fd;
 };
 
 // A simulated device with its other end.
