@@ -133,6 +133,7 @@ std::vector<Answer> AnswerPlan::answersToHeader()
         add(answers, ready, fault);
         return answers;
     }
+    bool joins = false;
     if (m_options.modelCode >= boot::kFirstErasingModel) {
         Answer erased = acknowledgement();
         erased.after += m_options.eraseTime;
@@ -143,18 +144,17 @@ std::vector<Answer> AnswerPlan::answersToHeader()
         if (endsExchange(fault))
             return answers;
         ready.after += answers.back().after;
-        const std::optional<Fault> readyFault = faultAt(BootStep::Ready);
-        if (m_options.joinEraseAnswers && !fault && !readyFault) {
-            answers.back().bytes += ready.bytes;
-            answers.back().releases = true;
-        } else {
-            add(answers, ready, readyFault);
-        }
-        return answers;
+        joins = m_options.joinEraseAnswers && !fault;
+        fault.reset();
     }
     if (const std::optional<Fault> own = faultAt(BootStep::Ready))
         fault = own;
-    add(answers, ready, fault);
+    if (joins && !fault) {
+        answers.back().bytes += ready.bytes;
+        answers.back().releases = true;
+    } else {
+        add(answers, ready, fault);
+    }
     return answers;
 }
 

@@ -34,20 +34,12 @@ constexpr std::uint8_t commandCode(BootStep step)
 static_assert(commandCode(BootStep::Connect) == 1 && commandCode(BootStep::Version) == 2 &&
               commandCode(BootStep::Download) == 3);
 
-QString nameOf(BootStep step)
+QLatin1String nameOf(BootStep step)
 {
-    switch (step) {
-    case BootStep::Connect:
-        return QStringLiteral("the connect command");
-    case BootStep::Version:
-        return QStringLiteral("the version query");
-    case BootStep::Download:
-        return QStringLiteral("the download command");
-    case BootStep::Header:
-        return QStringLiteral("the download header");
-    default:
-        return QStringLiteral("a data frame");
-    }
+    constexpr std::array<const char *, 6> names{"a sync byte",         "the connect command",
+                                                "the version query",   "the download command",
+                                                "the download header", "a data frame"};
+    return QLatin1String(names.at(static_cast<std::size_t>(step)));
 }
 
 } // namespace
@@ -130,7 +122,7 @@ BootEvent BootLoader::judge()
     m_released = false;
     if (!problem.isEmpty())
         return {m_due, Verdict::Refused, problem};
-    const QString name = nameOf(m_due);
+    const QLatin1String name = nameOf(m_due);
     BootEvent event = accept();
     if (m_early)
         event.error = QStringLiteral("%1 came before it was released").arg(name);
@@ -183,23 +175,7 @@ QString BootLoader::headerProblem() const
 BootEvent BootLoader::accept()
 {
     BootEvent event{m_due};
-    switch (m_due) {
-    case BootStep::Connect:
-        m_due = BootStep::Version;
-        break;
-    case BootStep::Version:
-        m_due = BootStep::Download;
-        break;
-    case BootStep::Download:
-        m_due = BootStep::Header;
-        break;
-    case BootStep::Header:
-        m_due = BootStep::Frame;
-        m_declared = bigEndian(std::span(m_frame).subspan<5, 4>());
-        m_frames = 0;
-        m_received = 0;
-        break;
-    default:
+    if (m_due == BootStep::Frame) {
         if (m_frame[0] <= kImageBytesPerFrame) {
             event.step = BootStep::Last;
             m_due = BootStep::Sync;
@@ -207,8 +183,14 @@ BootEvent BootLoader::accept()
         event.data = std::span(m_frame).subspan(1, m_frame[0] - std::size_t{1});
         event.frame = ++m_frames;
         m_received += static_cast<qint64>(event.data.size());
-        break;
+        return event;
     }
+    if (m_due == BootStep::Header) {
+        m_declared = bigEndian(std::span(m_frame).subspan<5, 4>());
+        m_frames = 0;
+        m_received = 0;
+    }
+    m_due = static_cast<BootStep>(static_cast<int>(m_due) + 1); // they are declared in their order
     return event;
 }
 

@@ -8,9 +8,8 @@
 namespace vorn {
 
 CommandOptions::CommandOptions(const char *command, const char *description, const char *examples,
-                               std::initializer_list<Option> options, const char *argument)
-    : m_command(QLatin1String(command)), m_examples(QLatin1String(examples)),
-      m_argumentCount(argument == nullptr ? 0 : 1)
+                               std::initializer_list<Option> options)
+    : m_command(QLatin1String(command)), m_examples(QLatin1String(examples))
 {
     m_parser.setApplicationDescription(QLatin1String(description));
     m_parser.addOption({{QStringLiteral("h"), QStringLiteral("help")},
@@ -18,8 +17,6 @@ CommandOptions::CommandOptions(const char *command, const char *description, con
     for (const Option &option : options)
         m_parser.addOption({QLatin1String(option.name), QLatin1String(option.description),
                             QLatin1String(option.valueName)});
-    if (argument != nullptr)
-        m_parser.addPositionalArgument(QLatin1String(argument), {});
 }
 
 bool CommandOptions::parse(const QStringList &arguments)
@@ -36,8 +33,8 @@ bool CommandOptions::parse(const QStringList &arguments)
                    stdout);
         return false;
     }
-    if (const qsizetype given = m_parser.positionalArguments().size(); given != m_argumentCount)
-        fail(QStringLiteral("%1 arguments are needed, not %2").arg(m_argumentCount).arg(given));
+    for (const QString &argument : m_parser.positionalArguments())
+        fail(QStringLiteral("\"%1\" is not an option").arg(argument));
     return true;
 }
 

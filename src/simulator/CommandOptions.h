@@ -43,10 +43,9 @@ public:
         const char *valueName; // null for a flag
         const char *description;
     };
-    // `command` and `description` head the help text, `examples` end it. An `argument` is required;
-    // null: the command takes none.
+    // `command` and `description` head the help text, `examples` end it.
     CommandOptions(const char *command, const char *description, const char *examples,
-                   std::initializer_list<Option> options, const char *argument = nullptr);
+                   std::initializer_list<Option> options);
 
     // Parses the arguments. False when help was asked for and has been printed.
     bool parse(const QStringList &arguments);
@@ -55,7 +54,6 @@ public:
     QString text(const char *name) const { return m_parser.value(QLatin1String(name)); }
     QStringList texts(const char *name) const { return m_parser.values(QLatin1String(name)); }
     std::optional<QByteArray> bytes(const char *name) const;
-    QString argument() const { return m_parser.positionalArguments().value(0); }
     qint64 number(const char *name, qint64 otherwise, qint64 max, qint64 min = 0) const;
     std::chrono::milliseconds milliseconds(const char *name,
                                            std::chrono::milliseconds otherwise) const;
@@ -82,7 +80,6 @@ private:
     QString m_command;
     QString m_examples;
     QCommandLineParser m_parser;
-    qsizetype m_argumentCount;
 };
 
 // Prints one line of JSON to the standard output, with "event" as one of its members.

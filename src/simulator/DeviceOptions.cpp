@@ -3,13 +3,9 @@
 #include <QRegularExpression>
 #include <QStringList>
 
-#include <algorithm>
-
 namespace vorn {
 
 namespace {
-
-using namespace std::chrono_literals;
 
 constexpr int kConnectAnswerLength = 4;
 
@@ -34,16 +30,6 @@ QString deviceOptionsProblem(const DeviceOptions &options)
     if (options.name.contains(u'/') || options.name.contains(QChar(u'\0')) ||
         options.name == u"." || options.name == u"..")
         return QStringLiteral("\"%1\" is not a valid file name").arg(options.name);
-    if (options.modelCode < 0 || options.modelCode > 255)
-        return QStringLiteral("the model code must be between 0 and 255");
-    if (options.baud < 0)
-        return QStringLiteral("the speed must not be negative");
-    if (options.flashSize < 1)
-        return QStringLiteral("the flash needs at least one byte");
-    if (std::min({options.eraseTime, options.answerDelay, options.pieceGap,
-                  options.replugAfter.value_or(0ms)}) < 0ms ||
-        options.resyncTime <= 0ms)
-        return QStringLiteral("times must not be negative");
     int length = 0;
     for (const int piece : options.connectPieces) {
         if (piece < 1 || piece > kConnectAnswerLength - length)
@@ -55,8 +41,6 @@ QString deviceOptionsProblem(const DeviceOptions &options)
             return QStringLiteral("data frames count from 1");
         if (fault.step == BootStep::Erase && options.modelCode < 2)
             return QStringLiteral("only model codes from 2 on have the step erase");
-        if (fault.after < 0 || fault.times < 0 || fault.delay < 0ms)
-            return QStringLiteral("a fault's numbers must not be negative");
     }
     return {};
 }

@@ -63,12 +63,9 @@ struct DeviceOptions
 
     std::vector<Fault> faults; // for each step the first one that matches applies
     std::optional<std::chrono::milliseconds> replugAfter; // after being unplugged by a fault
-    // An unfinished frame is dropped after this long a silence. If its last byte was a sync byte,
-    // that byte begins a new exchange.
-    std::chrono::milliseconds resyncTime{200};
 };
 
-// Describes the first invalid option; empty when all are valid.
+// Describes the first option that contradicts another or names nothing; empty when all are valid.
 QString deviceOptionsProblem(const DeviceOptions &options);
 
 // Parses STEP=KIND[,after=N][,times=N], for example "connect=refuse", "frame:3=unplug,times=1" or

@@ -44,7 +44,31 @@ struct PackageAnswer
     ServerSilence silence = ServerSilence::None;
 };
 
-// Describes the first invalid option; empty when all are valid.
+// Describes the first option that contradicts another; empty when all are valid.
 QString packageAnswerProblem(const PackageAnswer &answer);
+
+// What a client asked for.
+struct PackageRequest
+{
+    QByteArray method;
+    QByteArray target;
+    QByteArray host; // the Host header; empty when there is none
+};
+
+// Parses a request's header block. Null when its first line is not an HTTP request line.
+std::optional<PackageRequest> parseRequest(const QByteArray &block);
+
+// A reply, ready to be sent.
+struct PackageReply
+{
+    int status = 200;
+    QByteArray head{}; // status line and headers, with the empty line
+    QByteArray body{};
+    PackageAnswer how{}; // the body's framing, speed and faults; its package is not used
+};
+
+// The reply to a request. Only requests over TLS (`secure`) are redirected.
+PackageReply makeReply(const PackageAnswer &answer, const PackageRequest &request, bool secure,
+                       quint16 plainPort);
 
 } // namespace vorn

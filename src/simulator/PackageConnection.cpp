@@ -33,7 +33,7 @@ PackageConnection::PackageConnection(std::unique_ptr<QSslSocket> socket, bool se
 void PackageConnection::readRequest()
 {
     m_requestBlock += m_socket->readAll();
-    if (m_request >= 0)
+    if (m_request)
         return;
     const qsizetype end = m_requestBlock.indexOf("\r\n\r\n");
     if (end < 0 && m_requestBlock.size() <= kMaxRequest)
@@ -47,23 +47,18 @@ void PackageConnection::readRequest()
 
 void PackageConnection::begin(const PackageRequest &request)
 {
-    std::unique_lock lock(m_state.mutex);
-    const PackageAnswer answer = m_state.answer;
-    lock.unlock();
-    const bool silent = answer.silence != ServerSilence::None;
-    m_reply = makeReply(answer, request, m_secure, m_plainPort);
-    m_state.note([&](PackageServerReport &report) {
-        m_request = report.requests.size();
-        report.requests.append(
-            {request.method, request.target, m_secure, silent ? 0 : m_reply.status});
-    });
+    const bool silent = m_state.answer.silence != ServerSilence::None;
+    m_reply = makeReply(m_state.answer, request, m_secure, m_plainPort);
+    m_request = m_state.report.requests.size();
+    m_state.report.requests.append(
+        {request.method, request.target, m_secure, silent ? 0 : m_reply.status});
     if (silent)
         return;
     m_socket->write(m_reply.head);
-    QTimer::singleShot(m_reply.bodyPause, this, [this] {
+    QTimer::singleShot(m_reply.how.bodyPause, this, [this] {
         m_sending = true;
         m_bodyTime.start();
-        if (m_reply.bytesPerSecond > 0)
+        if (m_reply.how.bytesPerSecond > 0)
             m_tick.start(kTickMs);
         pump();
     });
@@ -76,16 +71,17 @@ qint64 PackageConnection::backlog() const
 
 qint64 PackageConnection::bodyEnd() const
 {
-    const qint64 whole = m_reply.endless ? std::numeric_limits<qint64>::max() : m_reply.body.size();
-    return std::min(whole, m_reply.stopAfter.value_or(whole));
+    const PackageAnswer &how = m_reply.how;
+    const qint64 whole = how.endless ? std::numeric_limits<qint64>::max() : m_reply.body.size();
+    return std::min(whole, how.cutAt.value_or(how.truncateAt.value_or(whole)));
 }
 
 void PackageConnection::pump()
 {
     while (m_sending && m_sent < bodyEnd() && backlog() < kMaxBacklog) {
         qint64 count = std::min(bodyEnd() - m_sent, kMaxPiece);
-        if (m_reply.bytesPerSecond > 0) {
-            const qint64 due = m_bodyTime.elapsed() * m_reply.bytesPerSecond / 1000;
+        if (m_reply.how.bytesPerSecond > 0) {
+            const qint64 due = m_bodyTime.elapsed() * m_reply.how.bytesPerSecond / 1000;
             count = std::min(count, due - m_sent);
             if (count <= 0)
                 return; // the timer calls again
@@ -100,33 +96,26 @@ void PackageConnection::sendPiece(qint64 count)
 {
     const qint64 offset = m_sent % m_reply.body.size();
     const QByteArray piece = m_reply.body.mid(offset, count);
-    if (m_reply.chunked)
+    if (m_reply.how.framing == BodyFraming::Chunked)
         m_socket->write(QByteArray::number(piece.size(), 16) + "\r\n" + piece + "\r\n");
     else
         m_socket->write(piece);
     m_sent += piece.size();
-    m_state.note(
-        [&](PackageServerReport &report) { report.requests[m_request].bodyBytes += piece.size(); });
+    request().bodyBytes += piece.size();
 }
 
 void PackageConnection::finish()
 {
-    if (m_reply.chunked && m_sent == m_reply.body.size()) {
-        m_reply.chunked = false;
+    if (m_reply.how.framing == BodyFraming::Chunked && m_sent == m_reply.body.size()) {
+        m_reply.how.framing = BodyFraming::UntilClose; // the last chunk is sent once
         m_socket->write("0\r\n\r\n");
     }
     if (backlog() > 0)
         return; // called again when some of it is written
     m_sending = false;
     m_tick.stop();
-    m_complete = true;
-    noteEnd(ServedRequest::End::Complete);
-    endConnection(m_reply.cut);
-}
-
-void PackageConnection::noteEnd(ServedRequest::End end)
-{
-    m_state.note([&](PackageServerReport &report) { report.requests[m_request].end = end; });
+    request().end = ServedRequest::End::Complete;
+    endConnection(m_reply.how.cutAt.has_value());
 }
 
 void PackageConnection::endConnection(bool cut)
@@ -142,10 +131,9 @@ void PackageConnection::endConnection(bool cut)
 
 void PackageConnection::handleDisconnect()
 {
-    if (m_request >= 0 && !m_complete)
-        noteEnd(ServedRequest::End::Abandoned);
+    if (m_request && request().end == ServedRequest::End::Running)
+        request().end = ServedRequest::End::Abandoned;
     m_sending = false;
-    m_tick.stop();
     deleteLater();
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulator/PackageReply.h"
-#include "simulator/PackageServerReport.h"
+#include "simulator/PackageAnswer.h"
+#include "simulator/PackageReport.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -13,8 +13,7 @@
 namespace vorn {
 
 // A connection to the package server: takes one request and sends the reply to it, with the faults
-// that the reply is to have. It lives on the server's thread and deletes itself when the connection
-// has ended.
+// that the reply is to have. It deletes itself when the connection has ended.
 class PackageConnection : public QObject
 {
 public:
@@ -32,18 +31,17 @@ private:
     void finish();
     void endConnection(bool cut);
     void handleDisconnect();
-    void noteEnd(ServedRequest::End end);
+    ServedRequest &request() const { return m_state.report.requests[*m_request]; }
 
     QSslSocket *const m_socket;
     const bool m_secure;
     const quint16 m_plainPort;
     PackageServerState &m_state;
     QByteArray m_requestBlock;
-    qsizetype m_request = -1; // in the report
+    std::optional<qsizetype> m_request; // in the report
     PackageReply m_reply;
     qint64 m_sent = 0; // of the body
     bool m_sending = false;
-    bool m_complete = false;
     QElapsedTimer m_bodyTime;
     QTimer m_tick;
 };

@@ -16,6 +16,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
+// An unfinished frame is dropped after this long a silence.
+constexpr auto kResyncTime = 200ms;
+
 constexpr std::int64_t kBitsPerByte = 10; // a start bit, eight data bits, a stop bit
 
 } // namespace
@@ -143,8 +146,7 @@ void SimulatedDevice::run()
         // Silence is judged after a look at the terminal: bytes may have come while this thread did
         // not run.
         const bool received = receive();
-        if (!received && m_loader.isInsideFrame() &&
-            Clock::now() >= m_lastByte + m_options.resyncTime)
+        if (!received && m_loader.isInsideFrame() && Clock::now() >= m_lastByte + kResyncTime)
             answer(m_loader.silence(), Clock::now());
     }
     pullOut();
@@ -191,7 +193,7 @@ std::optional<SimulatedDevice::Time> SimulatedDevice::nextDeadline() const
     if (!m_pending.empty())
         next = std::min(next, m_pending.front().due);
     if (m_loader.isInsideFrame())
-        next = std::min(next, m_lastByte + m_options.resyncTime);
+        next = std::min(next, m_lastByte + kResyncTime);
     return next == Time::max() ? std::nullopt : std::optional(next);
 }
 

@@ -22,29 +22,20 @@ constexpr const char *kUsage =
     "\n"
     "\"vornsim COMMAND --help\" shows a command's options, with examples.\n";
 
-int writeSampleFolder(const QStringList &arguments)
+int writeSampleFolder(const QString &folder)
 {
-    CommandOptions line("sample-firmware",
-                        "Fills a folder with firmware images for every family of models. No device "
-                        "could run them.",
-                        "Example:\n  vornsim sample-firmware ~/.cache/VornUpdate2\n", {}, "DIR");
     QString problem;
-    if (line.parse(arguments) && !writeSampleFirmware(line.argument(), &problem))
+    if (!writeSampleFirmware(folder, &problem))
         throw CommandFailure{kExitFailure, problem};
     return kExitSuccess;
 }
 
-int writeSamplePackage(const QStringList &arguments)
+int writeSamplePackage(const QString &file)
 {
-    CommandOptions line("sample-package",
-                        "Writes the package of sample firmware that the package server serves.",
-                        "Example:\n  vornsim sample-package VornUpdate2.zip\n", {}, "FILE");
-    if (!line.parse(arguments))
-        return kExitSuccess;
     const QByteArray package = samplePackage();
     if (package.isEmpty())
         throw CommandFailure{kExitFailure, QStringLiteral("no temporary file can be written")};
-    return writeFile(line.argument(), package) ? kExitSuccess : kExitFailure;
+    return writeFile(file, package) ? kExitSuccess : kExitFailure;
 }
 
 int run(const QString &command, const QStringList &arguments)
@@ -53,15 +44,18 @@ int run(const QString &command, const QStringList &arguments)
         return runDevice(arguments);
     if (command == u"package-server")
         return runPackageServer(arguments);
-    if (command == u"sample-firmware")
-        return writeSampleFolder(arguments);
-    if (command == u"sample-package")
-        return writeSamplePackage(arguments);
-    if (command == u"--help" || command == u"-h") {
-        std::fputs(kUsage, stdout);
-        return kExitSuccess;
+    for (const QString &word : {command, arguments.value(0)}) {
+        if (word == u"--help" || word == u"-h") {
+            std::fputs(kUsage, stdout);
+            return kExitSuccess;
+        }
     }
+    const bool isSample = command == u"sample-firmware" || command == u"sample-package";
+    if (isSample && arguments.size() == 1)
+        return command == u"sample-firmware" ? writeSampleFolder(arguments.first())
+                                             : writeSamplePackage(arguments.first());
     printNote(command.isEmpty() ? QStringLiteral("a command is needed")
+              : isSample        ? QStringLiteral("1 argument is needed")
                                 : QStringLiteral("\"%1\" is not a command").arg(command));
     std::fputs(kUsage, stderr);
     return kExitUsage;

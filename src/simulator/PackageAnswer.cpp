@@ -1,4 +1,4 @@
-#include "simulator/PackageReply.h"
+#include "simulator/PackageAnswer.h"
 
 namespace vorn {
 
@@ -7,6 +7,8 @@ namespace {
 constexpr const char *kPackagePath = "/software/VornUpdate2.zip";
 constexpr const char *kMovedPath = "/moved/VornUpdate2.zip";
 
+constexpr int kOk = 200;
+constexpr int kFound = 302;
 constexpr int kNotFound = 404;
 constexpr int kMethodNotAllowed = 405;
 
@@ -18,34 +20,16 @@ constexpr const char *kGarbageHeaders = "this line has no colon\r\n"
                                         "Content-Length: not a number\r\n"
                                         "  folded onto the line before\r\n";
 
-QByteArray reason(int status)
-{
-    switch (status) {
-    case 200:
-        return "OK";
-    case 302:
-        return "Found";
-    case kNotFound:
-        return "Not Found";
-    case kMethodNotAllowed:
-        return "Method Not Allowed";
-    default:
-        return "Status " + QByteArray::number(status);
-    }
-}
-
 QByteArray startOfHead(int status, const char *type)
 {
-    return "HTTP/1.1 " + QByteArray::number(status) + ' ' + reason(status) +
+    return "HTTP/1.1 " + QByteArray::number(status) + (status == kOk ? " OK" : " Status") +
            "\r\nServer: vornsim\r\nConnection: close\r\nContent-Type: " + type + "\r\n";
 }
 
 PackageReply page(int status, const QByteArray &more = {})
 {
-    PackageReply reply;
-    reply.status = status;
-    reply.body = "<html><body><h1>" + QByteArray::number(status) + ' ' + reason(status) +
-                 "</h1></body></html>\n";
+    PackageReply reply{status};
+    reply.body = "<html><body><h1>" + QByteArray::number(status) + "</h1></body></html>\n";
     reply.head = startOfHead(status, "text/html") + more +
                  "Content-Length: " + QByteArray::number(reply.body.size()) + "\r\n\r\n";
     return reply;
@@ -68,14 +52,6 @@ QByteArray redirectTarget(const QByteArray &to, const PackageRequest &request, q
 
 QString packageAnswerProblem(const PackageAnswer &answer)
 {
-    if (answer.status < 200 || answer.status > 599)
-        return QStringLiteral("the status must be between 200 and 599");
-    for (const std::optional<qint64> &number :
-         {answer.declaredLength, answer.truncateAt, answer.cutAt})
-        if (number && *number < 0)
-            return QStringLiteral("lengths must not be negative");
-    if (answer.bytesPerSecond < 0 || answer.bodyPause < std::chrono::milliseconds::zero())
-        return QStringLiteral("rates and pauses must not be negative");
     if (answer.truncateAt && answer.cutAt)
         return QStringLiteral("a body is either truncated or cut");
     if (answer.endless && answer.package.isEmpty())
@@ -105,41 +81,32 @@ PackageReply makeReply(const PackageAnswer &answer, const PackageRequest &reques
         return page(kMethodNotAllowed);
     if (request.target != kPackagePath && request.target != kMovedPath)
         return page(kNotFound);
-    if (secure && request.target == kPackagePath && !answer.redirectTo.isEmpty())
-        return page(302,
-                    "Location: " + redirectTarget(answer.redirectTo, request, plainPort) + "\r\n");
+    if (secure && request.target == kPackagePath && !answer.redirectTo.isEmpty()) {
+        const QByteArray target = redirectTarget(answer.redirectTo, request, plainPort);
+        return page(kFound, "Location: " + target + "\r\n");
+    }
 
-    PackageReply reply;
-    reply.status = answer.status;
-    reply.body = answer.package;
-    QByteArray head = startOfHead(answer.status, "application/zip");
-    if (answer.status != 200) {
-        const PackageReply error = page(answer.status);
-        reply.body = error.body;
-        head = startOfHead(answer.status, "text/html");
-    }
+    const bool isOk = answer.status == kOk;
+    PackageReply reply{answer.status};
+    reply.how = answer;
+    reply.body = isOk ? answer.package : page(answer.status).body;
+    reply.head = startOfHead(answer.status, isOk ? "application/zip" : "text/html");
     if (answer.garbageHeaders)
-        head += kGarbageHeaders;
+        reply.head += kGarbageHeaders;
     for (const QByteArray &line : answer.extraHeaders)
-        head += line + "\r\n";
+        reply.head += line + "\r\n";
     if (answer.lastModified)
-        head += "Last-Modified: " + *answer.lastModified + "\r\n";
+        reply.head += "Last-Modified: " + *answer.lastModified + "\r\n";
     if (answer.suggestedName)
-        head += "Content-Disposition: attachment; filename=\"" + *answer.suggestedName + "\"\r\n";
-    if (answer.framing == BodyFraming::Chunked) {
-        head += "Transfer-Encoding: chunked\r\n";
-        reply.chunked = true;
-    } else if (answer.declaredLength) {
-        head += "Content-Length: " + QByteArray::number(*answer.declaredLength) + "\r\n";
-    } else if (answer.framing == BodyFraming::Length && !answer.endless) {
-        head += "Content-Length: " + QByteArray::number(reply.body.size()) + "\r\n";
-    }
-    reply.head = head + "\r\n";
-    reply.endless = answer.endless;
-    reply.stopAfter = answer.cutAt ? answer.cutAt : answer.truncateAt;
-    reply.cut = answer.cutAt.has_value();
-    reply.bytesPerSecond = answer.bytesPerSecond;
-    reply.bodyPause = answer.bodyPause;
+        reply.head +=
+            "Content-Disposition: attachment; filename=\"" + *answer.suggestedName + "\"\r\n";
+    if (answer.framing == BodyFraming::Chunked)
+        reply.head += "Transfer-Encoding: chunked\r\n";
+    else if (answer.framing == BodyFraming::Length && (answer.declaredLength || !answer.endless))
+        reply.head += "Content-Length: " +
+                      QByteArray::number(answer.declaredLength.value_or(reply.body.size())) +
+                      "\r\n";
+    reply.head += "\r\n";
     return reply;
 }
 

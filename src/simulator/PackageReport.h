@@ -6,9 +6,6 @@
 #include <QJsonObject>
 #include <QList>
 
-#include <condition_variable>
-#include <mutex>
-
 namespace vorn {
 
 // A request that the package server received, and how far its reply got.
@@ -27,34 +24,22 @@ struct ServedRequest
     End end = End::Running;
 };
 
-// What the package server has seen so far. A value, safe to keep and to pass on.
+// What the package server has seen so far.
 struct PackageServerReport
 {
     int connections = 0;      // to the TLS port
     int plainConnections = 0; // to the port without TLS
     QList<ServedRequest> requests;
 
+    qsizetype endedRequests() const; // complete or abandoned
     QJsonObject toJson() const;
 };
 
-// What the server's thread shares with its callers.
+// What a server's connections share.
 struct PackageServerState
 {
-    std::mutex mutex; // guards all that follows
-    std::condition_variable changed;
-    PackageAnswer answer;
+    PackageAnswer answer; // to the next request
     PackageServerReport report;
-
-    // Changes the report by change(report).
-    template <typename Change>
-    void note(Change change)
-    {
-        {
-            const std::lock_guard lock(mutex);
-            change(report);
-        }
-        changed.notify_all();
-    }
 };
 
 } // namespace vorn
