@@ -215,9 +215,9 @@ TEST(Device, IsUnpluggedAndComesBackOnANewTerminal)
     ASSERT_TRUE(tested.device.waitForExchanges(2, 5s));
     ASSERT_TRUE(eventually([&] { return !tested.device.report().inUse; }));
     const TestUpdater next(tested.device.path());
+    ASSERT_TRUE(eventually([&] { return tested.device.report().opens == 3; }));
     EXPECT_EQ(next.receiveChunk(kQuiet), QByteArray());
     EXPECT_EQ(next.ask(kSync), kAck);
-    EXPECT_EQ(tested.device.report().opens, 3);
 
     tested.device.unplug();
     EXPECT_EQ(linked(), "");
