@@ -55,23 +55,24 @@ TEST(Program, RunsADeviceUntilItsUpdatesAreDone)
     const QTemporaryDir directory;
     const QString image = directory.filePath("image");
     const QString report = directory.filePath("report");
-    Vornsim program({"device", "--dir", directory.path(), "--name", "usbserial-1", "--model", "1",
-                     "--fault", "last=noise", "--exit-after", "1", "--image", image, "--report",
-                     report});
+    Vornsim program({"device", "--dir", directory.path(), "--name", "usbserial-1", "--model", "2",
+                     "--erase-ms", "150", "--fault", "last=noise", "--exit-after", "1", "--image",
+                     image, "--report", report});
     const QJsonObject ready = program.nextEvent();
     ASSERT_EQ(ready.value("event"), "ready");
     const TestUpdater updater(ready.value("path").toString());
     ASSERT_TRUE(updater.handshake());
-    ASSERT_EQ(updater.ask(header(3)), kAck);
+    ASSERT_EQ(updater.ask(header(3), 2), kAck.repeated(2));
     EXPECT_EQ(updater.ask(frame("abc"), 4).toHex(), "55005aaf");
 
     const QJsonObject end = program.nextEvent();
     EXPECT_EQ(end.value("event"), "report");
     EXPECT_EQ(end.value("updates"), 1);
     EXPECT_EQ(end.value("errorCount"), 0);
+    EXPECT_GE(end.value("download").toObject().value("dataReleasedAfterMs").toDouble(), 150);
     EXPECT_EQ(program.endedWith(), 0);
     EXPECT_EQ(contentOf(image), "abc");
-    EXPECT_EQ(QJsonDocument::fromJson(contentOf(report)).object().value("model"), 1);
+    EXPECT_EQ(QJsonDocument::fromJson(contentOf(report)).object().value("model"), 2);
     EXPECT_FALSE(QFileInfo(directory.filePath("usbserial-1")).isSymLink());
 }
 
