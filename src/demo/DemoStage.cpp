@@ -1,7 +1,6 @@
 #include "demo/DemoStage.h"
 
 #include "simulator/SampleFirmware.h"
-#include "simulator/StoredZip.h"
 
 #include <QDir>
 

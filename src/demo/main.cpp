@@ -1,12 +1,12 @@
 // The demonstration: with a display it starts the program with a simulated device and package
 // server; without one it does a whole update by itself in the same window, on Qt's offscreen
 // platform, and says whether the device holds the file.
-#include "app/QuitSignals.h"
 #include "app/ViewController.h"
 #include "demo/AutoPilot.h"
 #include "demo/DemoStage.h"
 #include "demo/StatusPrinter.h"
 #include "platform/DirectoryDeviceRegistry.h"
+#include "platform/QuitSignals.h"
 #include "window/MainWindow.h"
 
 #include <QApplication>

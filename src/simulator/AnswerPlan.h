@@ -3,10 +3,9 @@
 #include "simulator/BootLoader.h"
 #include "simulator/DeviceOptions.h"
 
-#include <array>
+#include <QByteArray>
+
 #include <chrono>
-#include <cstdint>
-#include <initializer_list>
 #include <optional>
 #include <vector>
 
@@ -15,24 +14,27 @@ namespace vorn {
 // One write of the device, or its unplugging.
 struct Answer
 {
-    std::array<std::uint8_t, 8> bytes{};
-    std::size_t length = 0;
+    QByteArray bytes{};
     std::chrono::nanoseconds after{0}; // from the end of the frame that it answers
     bool releases = false;             // lets the other side send its next frame
     bool completes = false;            // ends an update
     bool unplugs = false;              // pulls the cable instead of writing
 };
 
-// Chooses the device's answers to what its boot loader has received: the right ones, or those that
-// a fault puts in their place. Counts how often each fault's step was reached.
+// Chooses the device's answers to its boot loader's events: the right ones, or what a fault puts in
+// their place. Counts how often the step of each fault was reached.
 class AnswerPlan
 {
 public:
-    explicit AnswerPlan(const DeviceOptions &options);
+    explicit AnswerPlan(const DeviceOptions &options) : m_options(options)
+    {
+        setFaults(options.faults);
+    }
 
+    // Replaces the faults; counting starts again.
     void setFaults(const std::vector<Fault> &faults);
-    // Appends the answers to the event, in the order of their times.
-    void answer(const BootEvent &event, std::vector<Answer> &answers);
+    // The answers to the event, in the order of their times.
+    std::vector<Answer> answersTo(const BootEvent &event);
 
 private:
     struct CountedFault
@@ -40,12 +42,10 @@ private:
         Fault fault;
         int reached = 0;
     };
-    std::optional<Fault> faultAt(BootStep step, int frame);
-    void answerConnect(std::vector<Answer> &answers);
-    void answerHeader(std::vector<Answer> &answers);
-    // Appends the right answer or the fault's; false when nothing must follow.
-    bool add(std::vector<Answer> &answers, Answer right, const std::optional<Fault> &fault) const;
-    Answer acknowledgement(std::chrono::nanoseconds after) const;
+    std::optional<Fault> faultAt(BootStep step, int frame = 0);
+    std::vector<Answer> answersToConnect();
+    std::vector<Answer> answersToHeader();
+    Answer acknowledgement() const;
 
     DeviceOptions m_options;
     std::vector<CountedFault> m_faults;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "simulator/BootFrames.h"
 #include "simulator/DeviceOptions.h"
 
 #include <QString>
@@ -12,55 +11,67 @@
 
 namespace vorn {
 
-// What a run of bytes came to.
+// The protocol's numbers as the device knows them. They are deliberately not shared with the
+// updater: a mistake there must not be mirrored here.
+namespace boot {
+
+inline constexpr std::uint8_t kSync = 0xF4;
+inline constexpr std::uint8_t kAck = 0xAF;
+inline constexpr std::uint8_t kNak = 0xFC;
+// From this model code on, the device erases its flash after the header and acknowledges twice.
+inline constexpr int kFirstErasingModel = 2;
+
+} // namespace boot
+
+// What the boot loader made of the bytes it was given.
 struct BootEvent
 {
     enum class Verdict {
         Accepted, // to be acknowledged
         Refused,  // to be refused
-        Ignored   // no answer
+        Ignored   // not to be answered
     };
     BootStep step = BootStep::Sync; // Sync, Connect, Version, Download, Header, Frame or Last
     Verdict verdict = Verdict::Accepted;
-    int frame = 0; // the number of the data or last frame in its download, from 1
-    QString error; // the offence, if it is one; an accepted frame can offend too, by coming early
-    // The image bytes of an accepted data or last frame; valid until the boot loader is used again.
+    // The protocol violation, if there was one. An accepted frame has one when it came too early.
+    QString error{};
+    int frame = 0; // number of the data frame (or last frame) in its download, from 1
+    // The image bytes of an accepted frame; valid until the boot loader is used again.
     std::span<const std::uint8_t> data{};
 };
 
-// The boot loader's side of the protocol, without line and clock: bytes go in, events come out.
+// The boot loader's side of the protocol as a state machine: bytes go in, events come out. It has
+// neither a line nor a clock.
 //
-// Each frame says its own length, so frames out of order are recognised too. At a frame's border a
-// sync byte begins a new exchange, as the reset line would. One case is ambiguous: a last frame of
-// 243 image bytes begins with the value of the sync byte. There it counts as the frame's, unless
-// nothing follows (silence()).
+// Frames carry their length, so frames that come out of order are recognised as such. A sync byte
+// where a frame could begin starts a new exchange, as the reset line would. That is ambiguous only
+// for a last frame of 243 image bytes, which begins with the same value: there the byte belongs to
+// the frame unless nothing follows it (silence()).
 class BootLoader
 {
 public:
-    explicit BootLoader(qsizetype flashSize);
+    explicit BootLoader(qsizetype flashSize) : m_flashSize(flashSize) {}
 
     struct Taken
     {
-        std::size_t count; // of the bytes given
+        std::size_t count; // of the bytes given, at least one
         std::optional<BootEvent> event;
     };
-    // Takes bytes up to the first event, at least one of them.
+    // Takes bytes up to and including those that make the first event.
     Taken take(std::span<const std::uint8_t> bytes);
 
-    // Whether a frame has begun and its end is missing.
-    bool insideFrame() const { return m_filled > 0; }
-    // Whether the next frame was released by an acknowledgement.
-    bool isReleased() const { return m_released; }
-    // Gives up the unfinished frame. When its last byte was a sync byte that begins an exchange:
-    // whoever sends one waits for the answer.
+    // Whether a frame has begun and is not complete.
+    bool isInsideFrame() const { return m_filled > 0; }
+    // Drops the unfinished frame. If its last byte is a sync byte, that begins an exchange.
     BootEvent silence();
 
-    // The acknowledgement that lets the other side send the next frame has been written.
+    // To be called when an acknowledgement has been written: the other side may send its next
+    // frame.
     void release() { m_released = true; }
-    // The power went: a new exchange is due.
+    // The power went: only a sync byte is accepted next.
     void powerOff();
 
-    qint64 declaredLength() const { return m_declared; } // of the image, in the latest header
+    qint64 declaredLength() const { return m_declared; } // of the image, by the latest header
 
 private:
     int dueCount() const; // the count byte of the frame that is due
@@ -69,14 +80,15 @@ private:
     QString frameProblem() const;
     QString headerProblem() const;
     BootEvent accept();
-    Taken skipToSync(std::span<const std::uint8_t> bytes);
+
+    // A frame is a count byte (which counts itself), the body, and the XOR of all these.
+    static constexpr int kMaxFrameLength = 256;
 
     qsizetype m_flashSize;
-    // The frame that is due: Sync, Connect, Version, Download, Header or Frame (any data frame).
-    BootStep m_due = BootStep::Sync;
+    BootStep m_due = BootStep::Sync; // Frame stands for the last frame, too
     bool m_released = false;
-    bool m_early = false; // the frame in hand came before its release
-    std::array<std::uint8_t, boot::MaxFrameLength> m_frame{};
+    bool m_early = false; // the frame being received began before its release
+    std::array<std::uint8_t, kMaxFrameLength> m_frame{};
     std::size_t m_filled = 0;
     int m_frames = 0;
     qint64 m_declared = 0;

@@ -1,80 +1,69 @@
-#include "simulator/Command.h"
+#include "platform/QuitSignals.h"
+#include "simulator/CommandOptions.h"
 #include "simulator/SimulatedDevice.h"
-#include "simulator/StopEvents.h"
 
-#include <QJsonDocument>
-
-#include <climits>
+#include <QCoreApplication>
+#include <QSocketNotifier>
 
 namespace vorn {
 
 namespace {
 
-constexpr const char *Description =
+constexpr const char *kDescription =
     "A simulated device: a boot loader on a pseudo-terminal. Prints one line of JSON when it is\n"
     "plugged in and one, the report, when it ends (SIGTERM, SIGINT or --exit-after).";
 
-constexpr const char *Examples =
+constexpr const char *kExamples =
     "A fault is STEP=KIND[,after=N][,times=N]:\n"
     "  STEP   the answer that it replaces: sync, connect, version, download, header, erase, "
     "ready,\n"
     "         frame:K (data frames count from 1) or last\n"
     "  KIND   silence, refuse (FC), garbage, noise (garbage, then the right answer), late:MS,\n"
     "         duplicate, unplug\n"
-    "  after  the first N times that the step is reached, nothing happens (default: 0)\n"
-    "  times  then the fault strikes N times (default: each time)\n"
+    "  after  let the step pass N times first (default: 0)\n"
+    "  times  then strike N times (default: every time)\n"
     "\n"
     "Examples:\n"
-    "  vornsim device --dir /tmp/devices --name usbserial-demo --model 8 --erase-ms 500 "
-    "--baud 2000000\n"
-    "      a faultless device of model 8 on a line of 2 Mbaud\n"
+    "  vornsim device --dir /tmp/devices --name usbserial-demo --erase-ms 500 --baud 2000000\n"
+    "      a faultless device on a line of 2 Mbaud\n"
     "  vornsim device --dir /tmp/devices --name usbserial-1 --fault frame:10=unplug,times=1 "
     "--replug-ms 3000\n"
-    "      comes loose at the tenth frame of the first update and is back after three seconds\n"
-    "  vornsim device --dir /tmp/devices --name usbserial-1 --fault sync=refuse,after=1\n"
-    "      answers the first exchange and refuses every later one\n"
+    "      is unplugged at the tenth frame of the first update and back after three seconds\n"
     "  vornsim device --exit-after 1 --image received.bin --report report.json\n"
-    "      no link; ends after one update and leaves the image and the report in files\n";
+    "      ends after one update and leaves the image and the report in files\n";
 
-void addOptions(CommandLine &line)
+CommandOptions deviceCommand()
 {
-    line.addOption("dir", "Directory for the link to the terminal.", "DIR");
-    line.addOption("name", "Name of the link; it is there while the device is plugged in.", "NAME");
-    line.addOption("model", "Model code, 0 to 255; from 2 on the device erases (default: 8).", "N");
-    line.addOption("erase-ms", "Time of the flash erase after the header (default: 0).", "MS");
-    line.addOption("answer-delay-ms", "Time from a frame to its answer (default: 0).", "MS");
-    line.addOption("baud", "Pace the line, ten bits a byte (default: not paced).", "N");
-    line.addOption("flash-size", "A longer image is refused (default: 16777216).", "BYTES");
-    line.addOption("split", "Cut the connect answer into pieces, for example 1,2.", "LENGTHS");
-    line.addOption("split-gap-ms", "Time between these pieces (default: 5).", "MS");
-    line.addOption("join-erase-answers", "Write the two answers around the erase as one chunk.");
-    line.addOption("fault", "A fault, see below; may be given several times.", "FAULT");
-    line.addOption("replug-ms", "Plug in again so long after an unplug fault.", "MS");
-    line.addOption("exit-after", "End after so many completed updates.", "N");
-    line.addOption("count", "The same as --exit-after.", "N");
-    line.addOption("image", "Write the image of the last completed update at the end.", "FILE");
-    line.addOption("report", "Write the report into a file as well.", "FILE");
+    return {"device",
+            kDescription,
+            kExamples,
+            {{"dir", "DIR", "Directory for the link to the terminal."},
+             {"name", "NAME", "Name of the link; it exists while the device is plugged in."},
+             {"model", "N", "Model code, 0 to 255; from 2 on the device erases (default: 8)."},
+             {"erase-ms", "MS", "Time of the flash erase after the header (default: 0)."},
+             {"answer-delay-ms", "MS", "Time from a frame to its answer (default: 0)."},
+             {"baud", "N", "Pace the line, at ten bits a byte (default: not paced)."},
+             {"flash-size", "BYTES", "Refuse a longer image (default: 16777216)."},
+             {"split", "LENGTHS", "Split the connect answer into pieces, for example 1,2."},
+             {"split-gap-ms", "MS", "Time between these pieces (default: 5)."},
+             {"join-erase-answers", nullptr, "Send both answers to the header in one write."},
+             {"fault", "FAULT", "A fault, see below; may be given several times."},
+             {"replug-ms", "MS", "Plug in again this long after an unplug fault."},
+             {"exit-after", "N", "End after this many completed updates."},
+             {"image", "FILE", "At the end, write the image of the last completed update."},
+             {"report", "FILE", "Write the report to a file as well."}}};
 }
 
-int boundedInt(CommandLine &line, const char *name, int otherwise)
-{
-    const qint64 value = line.number(name, otherwise);
-    if (value <= INT_MAX)
-        return static_cast<int>(value);
-    line.fail(QStringLiteral("--%1: %2 is too much").arg(QLatin1String(name)).arg(value));
-    return otherwise;
-}
-
-DeviceOptions readOptions(CommandLine &line)
+DeviceOptions deviceOptions(const CommandOptions &line)
 {
     DeviceOptions options;
     options.directory = line.text("dir");
     options.name = line.text("name");
-    options.modelCode = boundedInt(line, "model", options.modelCode);
+    options.modelCode = static_cast<int>(line.number("model", options.modelCode, 255));
     options.eraseTime = line.milliseconds("erase-ms", options.eraseTime);
     options.answerDelay = line.milliseconds("answer-delay-ms", options.answerDelay);
-    options.baud = boundedInt(line, "baud", options.baud);
-    options.flashSize = line.number("flash-size", options.flashSize);
+    options.baud = static_cast<int>(line.number("baud", options.baud, kAnyInt));
+    options.flashSize = line.number("flash-size", options.flashSize, kAnyNumber, 1);
     options.pieceGap = line.milliseconds("split-gap-ms", options.pieceGap);
     options.joinEraseAnswers = line.isSet("join-erase-answers");
     if (line.isSet("replug-ms"))
@@ -84,66 +73,54 @@ DeviceOptions readOptions(CommandLine &line)
             options.connectPieces.push_back(piece.toInt());
     for (const QString &text : line.texts("fault")) {
         QString problem;
-        if (const std::optional<Fault> fault = parseFault(text, &problem))
-            options.faults.push_back(*fault);
-        else
-            line.fail(problem);
+        const std::optional<Fault> fault = parseFault(text, &problem);
+        line.check(problem);
+        options.faults.push_back(fault.value());
     }
-    line.fail(deviceOptionsProblem(options));
+    line.check(deviceOptionsProblem(options));
     return options;
 }
 
-int finish(const CommandLine &line, const DeviceReport &report)
+bool writeImage(const CommandOptions &line, const DeviceReport &report)
 {
-    bool written = true;
-    if (line.isSet("image")) {
-        if (report.updates > 0)
-            written = writeFile(line.text("image"), report.image);
-        else
-            printNote(QStringLiteral("no update was completed: no image is written"));
-    }
-    if (line.isSet("report"))
-        written =
-            writeFile(line.text("report"), QJsonDocument(report.toJson()).toJson()) && written;
-    printEvent("report", report.toJson());
-    return written ? Success : Failure;
+    if (!line.isSet("image"))
+        return true;
+    if (report.updates > 0)
+        return writeFile(line.text("image"), report.image);
+    printNote(QStringLiteral("no image is written, since no update was completed"));
+    return true;
 }
 
 } // namespace
 
 int runDevice(const QStringList &arguments)
 {
-    CommandLine line(QStringLiteral("device"), QLatin1String(Description), QLatin1String(Examples));
-    addOptions(line);
+    CommandOptions line = deviceCommand();
     if (!line.parse(arguments))
-        return Success;
-    const DeviceOptions options = readOptions(line);
-    const int exitAfter = boundedInt(line, line.isSet("count") ? "count" : "exit-after", 1);
-    const bool ends = line.isSet("count") || line.isSet("exit-after");
-    if (line.isSet("count") && line.isSet("exit-after"))
-        line.fail(QStringLiteral("--count and --exit-after are the same"));
-    if (exitAfter < 1)
-        line.fail(QStringLiteral("--exit-after: at least one update"));
-    if (line.failed())
-        return line.complain();
+        return kExitSuccess;
+    SimulatedDevice device(deviceOptions(line));
+    const qint64 exitAfter = line.number("exit-after", 0, kAnyInt, 1);
 
-    const StopEvents stop;
-    SimulatedDevice device(options);
-    device.setObserver([&](const DeviceEvent &event) {
-        if (ends && event.kind == DeviceEvent::Kind::Update && event.number == exitAfter)
-            stop.call();
+    QuitSignals quitSignals;
+    quitSignals.watch();
+    QSocketNotifier updated(device.updated().descriptor(), QSocketNotifier::Read);
+    QObject::connect(&updated, &QSocketNotifier::activated, &updated, [&] {
+        device.updated().clear();
+        if (exitAfter > 0 && device.report().updates >= exitAfter)
+            QCoreApplication::exit();
     });
-    QString problem = QStringLiteral("signals cannot be waited for");
-    if (!stop.isValid() || !device.start(&problem)) {
-        printNote(problem);
-        return Failure;
-    }
+    QString problem;
+    if (!device.start(&problem))
+        throw CommandFailure{kExitFailure, problem};
     printEvent("ready", {{QStringLiteral("path"), device.path()},
                          {QStringLiteral("terminal"), device.slavePath()}});
-    stop.wait();
+    QCoreApplication::exec();
+
     device.awaitReader();
     device.unplug();
-    return finish(line, device.report());
+    const DeviceReport report = device.report();
+    const bool imageWritten = writeImage(line, report);
+    return giveReport(line, report.toJson()) && imageWritten ? kExitSuccess : kExitFailure;
 }
 
 } // namespace vorn

@@ -4,10 +4,16 @@
 #include <QJsonArray>
 
 #include <algorithm>
+#include <utility>
 
 namespace vorn {
 
 namespace {
+
+constexpr qsizetype kMaxErrors = 100;
+
+// A header's length alone reserves no more memory than this.
+constexpr qint64 kMaxReserve = qint64{4} << 20;
 
 double milliseconds(std::chrono::microseconds time)
 {
@@ -15,22 +21,6 @@ double milliseconds(std::chrono::microseconds time)
 }
 
 } // namespace
-
-std::chrono::microseconds DownloadTimes::medianGap() const
-{
-    if (gaps.empty())
-        return std::chrono::microseconds::zero();
-    std::vector<std::chrono::microseconds> sorted = gaps;
-    const auto middle = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2);
-    std::nth_element(sorted.begin(), middle, sorted.end());
-    return *middle;
-}
-
-std::chrono::microseconds DownloadTimes::longestGap() const
-{
-    return gaps.empty() ? std::chrono::microseconds::zero()
-                        : *std::max_element(gaps.begin(), gaps.end());
-}
 
 QString DeviceReport::imageSha256() const
 {
@@ -41,17 +31,15 @@ QString DeviceReport::imageSha256() const
 
 QJsonObject DeviceReport::toJson() const
 {
-    QJsonObject download{
-        {QStringLiteral("declaredLength"), static_cast<qint64>(declaredLength)},
-        {QStringLiteral("frames"), downloadFrames},
-        {QStringLiteral("unfinishedLength"), static_cast<qint64>(partialImage.size())}};
+    QJsonObject download{{QStringLiteral("declaredLength"), qint64{declaredLength}},
+                         {QStringLiteral("frames"), downloadFrames},
+                         {QStringLiteral("unfinishedLength"), partialImage.size()}};
     if (times.startedAt.isValid()) {
         download.insert(QStringLiteral("startedAt"), times.startedAt.toString(Qt::ISODateWithMs));
         download.insert(QStringLiteral("headerAfterMs"), milliseconds(times.toHeader));
         download.insert(QStringLiteral("dataReleasedAfterMs"), milliseconds(times.toRelease));
         download.insert(QStringLiteral("lastAnswerAfterMs"), milliseconds(times.toLastAnswer));
-        download.insert(QStringLiteral("medianGapMs"), milliseconds(times.medianGap()));
-        download.insert(QStringLiteral("longestGapMs"), milliseconds(times.longestGap()));
+        download.insert(QStringLiteral("longestGapMs"), milliseconds(times.longestGap));
     }
     return {{QStringLiteral("path"), path},
             {QStringLiteral("terminal"), slavePath},
@@ -62,12 +50,81 @@ QJsonObject DeviceReport::toJson() const
             {QStringLiteral("exchanges"), exchanges},
             {QStringLiteral("updates"), updates},
             {QStringLiteral("imageSha256"), imageSha256()},
-            {QStringLiteral("imageLength"), static_cast<qint64>(image.size())},
-            {QStringLiteral("frames"), static_cast<qint64>(frames)},
+            {QStringLiteral("imageLength"), image.size()},
+            {QStringLiteral("frames"), qint64{frames}},
             {QStringLiteral("refusals"), refusals},
             {QStringLiteral("errorCount"), errorCount},
             {QStringLiteral("errors"), QJsonArray::fromStringList(errors)},
             {QStringLiteral("download"), download}};
+}
+
+void DeviceJournal::addError(const QString &error)
+{
+    ++m_report.errorCount;
+    if (m_report.errors.size() < kMaxErrors)
+        m_report.errors.append(error);
+}
+
+std::chrono::microseconds DeviceJournal::sinceSync(Time when) const
+{
+    return std::chrono::duration_cast<std::chrono::microseconds>(when - m_syncTime);
+}
+
+void DeviceJournal::addEvent(const BootEvent &event, qint64 declaredLength, Time begun, Time ended)
+{
+    if (!event.error.isEmpty())
+        addError(event.error);
+    if (event.verdict != BootEvent::Verdict::Accepted)
+        return;
+    if (event.step == BootStep::Sync) {
+        ++m_report.exchanges;
+        m_downloading = false;
+        m_syncClock = QDateTime::currentDateTimeUtc();
+        m_syncTime = ended;
+        return;
+    }
+    ++m_report.frames;
+    if (event.step == BootStep::Header) {
+        m_downloading = true;
+        m_report.downloadFrames = 0;
+        m_report.declaredLength = declaredLength;
+        m_report.partialImage.clear();
+        m_report.partialImage.reserve(std::min(declaredLength, kMaxReserve));
+        m_report.times = {};
+        m_report.times.startedAt = m_syncClock;
+        m_report.times.toHeader = sinceSync(ended);
+    } else if (event.frame > 0) {
+        m_report.downloadFrames = event.frame;
+        m_report.partialImage.append(reinterpret_cast<const char *>(event.data.data()),
+                                     static_cast<qsizetype>(event.data.size()));
+        m_report.times.longestGap =
+            std::max(m_report.times.longestGap,
+                     std::chrono::duration_cast<std::chrono::microseconds>(begun - m_lastRelease));
+    }
+}
+
+void DeviceJournal::addAnswer(const Answer &answer, Time when)
+{
+    if (static_cast<std::uint8_t>(answer.bytes.front()) == boot::kNak)
+        ++m_report.refusals;
+    if (m_downloading) {
+        m_report.times.toLastAnswer = sinceSync(when);
+        if (answer.releases && m_report.downloadFrames == 0)
+            m_report.times.toRelease = sinceSync(when);
+    }
+    if (answer.releases)
+        m_lastRelease = when;
+    if (answer.completes) {
+        m_report.image = std::exchange(m_report.partialImage, {});
+        ++m_report.updates;
+    }
+}
+
+void DeviceJournal::addUnplug()
+{
+    m_report.plugged = false;
+    m_report.inUse = false;
+    m_downloading = false;
 }
 
 } // namespace vorn

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "simulator/AnswerPlan.h"
+#include "simulator/BootLoader.h"
+
 #include <QByteArray>
 #include <QDateTime>
 #include <QJsonObject>
@@ -8,26 +11,22 @@
 
 #include <chrono>
 #include <cstdint>
-#include <vector>
 
 namespace vorn {
 
-// The times of one download, from the sync byte of its exchange.
+// The times of one download, counted from the sync byte of its exchange.
 struct DownloadTimes
 {
     QDateTime startedAt; // the wall clock at the sync byte; invalid: no download yet
     std::chrono::microseconds toHeader{0};     // until the download header was complete
     std::chrono::microseconds toRelease{0};    // until the first data frame was released
     std::chrono::microseconds toLastAnswer{0}; // until the latest answer was written
-    // From the writing of an answer to the first byte of the data frame it released: the time that
-    // the updater and the way to it took.
-    std::vector<std::chrono::microseconds> gaps;
-
-    std::chrono::microseconds medianGap() const; // 0 when there is none
-    std::chrono::microseconds longestGap() const;
+    // The longest time from the writing of an answer to the first byte of the data frame that it
+    // released, which is the time that the updater and the way to it took.
+    std::chrono::microseconds longestGap{0};
 };
 
-// What a simulated device has seen so far. A value: safe to keep and to hand on.
+// What a simulated device has seen so far. A value, safe to keep and to pass on.
 struct DeviceReport
 {
     QString path;      // the link, or the terminal when there is no link
@@ -39,20 +38,45 @@ struct DeviceReport
     bool inUse = false;      // whether one has it open now
     int exchanges = 0;       // sync bytes
     int updates = 0;         // downloads whose last acknowledgement was written
-    std::int64_t frames = 0; // frames received in good order, of every kind
-    int downloadFrames = 0;  // data frames, the last one included, of the latest download
-    int refusals = 0;        // answers FC, by a fault or for a reason
-    int errorCount = 0;      // offences against the protocol
+    std::int64_t frames = 0; // correct frames, of every kind
+    int downloadFrames = 0;  // of those, the data frames (last one included) of the latest download
+    int refusals = 0;        // answers FC, through a fault or for a reason
+    int errorCount = 0;      // protocol violations
     QStringList errors;      // the first 100 of them
 
     QByteArray image;                // of the last completed update
-    QByteArray partialImage;         // what arrived of a download that is not completed
+    QByteArray partialImage;         // received so far of an update that is not completed
     std::int64_t declaredLength = 0; // image length in the latest header
     DownloadTimes times;             // of the latest download
 
-    // Lower-case hexadecimal SHA-256 of the image; empty without a completed update.
+    // SHA-256 of the image in lower-case hexadecimal; empty without a completed update.
     QString imageSha256() const;
     QJsonObject toJson() const;
+};
+
+// Writes a device's report. Not thread-safe.
+class DeviceJournal
+{
+public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    DeviceReport &report() { return m_report; }
+    const DeviceReport &report() const { return m_report; }
+
+    void addError(const QString &error);
+    // `begun` is when the frame's first byte was read, `ended` when its last bit arrived.
+    void addEvent(const BootEvent &event, qint64 declaredLength, Time begun, Time ended);
+    void addAnswer(const Answer &answer, Time when);
+    void addUnplug();
+
+private:
+    std::chrono::microseconds sinceSync(Time when) const;
+
+    DeviceReport m_report;
+    QDateTime m_syncClock;
+    Time m_syncTime;
+    Time m_lastRelease;
+    bool m_downloading = false;
 };
 
 } // namespace vorn

@@ -1,47 +1,42 @@
 #include "simulator/PackageConnection.h"
 
-#include <QSslSocket>
-
 #include <algorithm>
 #include <limits>
-#include <utility>
 
 namespace vorn {
 
 namespace {
 
-constexpr qsizetype MaxRequest = qsizetype{64} * 1024;
+constexpr qsizetype kMaxRequest = qsizetype{64} * 1024;
 
-// Little waits in the program: what the client does not take stays unsent, so that a client that
-// goes away is told from one that has it all.
-constexpr qint64 MaxBacklog = qint64{32} * 1024;
-constexpr qint64 MaxPiece = qint64{16} * 1024;
-constexpr int TickMs = 10; // of a slow body
+// Little is buffered here: what the client does not take stays unsent, so that a client that leaves
+// early can be told from one that has everything.
+constexpr qint64 kMaxBacklog = qint64{32} * 1024;
+constexpr qint64 kMaxPiece = qint64{16} * 1024;
+constexpr int kTickMs = 10; // of a slow body
 
 } // namespace
 
-PackageConnection::PackageConnection(QTcpSocket *socket, bool secure, quint16 plainPort,
-                                     AnswerSource answer, PackageServerLog &log, QObject *parent)
-    : QObject(parent), m_socket(socket), m_secure(secure), m_plainPort(plainPort),
-      m_answer(std::move(answer)), m_log(log)
+PackageConnection::PackageConnection(std::unique_ptr<QSslSocket> socket, bool secure,
+                                     quint16 plainPort, PackageServerState &state, QObject *parent)
+    : QObject(parent), m_socket(socket.release()), m_secure(secure), m_plainPort(plainPort),
+      m_state(state)
 {
     m_socket->setParent(this);
-    connect(m_socket, &QTcpSocket::readyRead, this, &PackageConnection::readRequest);
-    connect(m_socket, &QTcpSocket::bytesWritten, this, &PackageConnection::pump);
-    if (auto *tls = qobject_cast<QSslSocket *>(m_socket))
-        connect(tls, &QSslSocket::encryptedBytesWritten, this, &PackageConnection::pump);
-    connect(m_socket, &QTcpSocket::disconnected, this, &PackageConnection::handleDisconnect);
+    connect(m_socket, &QSslSocket::readyRead, this, &PackageConnection::readRequest);
+    connect(m_socket, &QSslSocket::bytesWritten, this, &PackageConnection::pump);
+    connect(m_socket, &QSslSocket::encryptedBytesWritten, this, &PackageConnection::pump);
+    connect(m_socket, &QSslSocket::disconnected, this, &PackageConnection::handleDisconnect);
     connect(&m_tick, &QTimer::timeout, this, &PackageConnection::pump);
-    readRequest();
 }
 
 void PackageConnection::readRequest()
 {
     m_requestBlock += m_socket->readAll();
-    if (m_request >= 0)
+    if (m_request)
         return;
     const qsizetype end = m_requestBlock.indexOf("\r\n\r\n");
-    if (end < 0 && m_requestBlock.size() <= MaxRequest)
+    if (end < 0 && m_requestBlock.size() <= kMaxRequest)
         return;
     const std::optional<PackageRequest> request = parseRequest(m_requestBlock.left(end + 4));
     if (end < 0 || !request)
@@ -52,41 +47,41 @@ void PackageConnection::readRequest()
 
 void PackageConnection::begin(const PackageRequest &request)
 {
-    const PackageAnswer answer = m_answer();
-    const bool silent = answer.silence != ServerSilence::None;
-    m_reply = makeReply(answer, request, m_secure, m_plainPort);
-    m_request =
-        m_log.began({request.method, request.target, m_secure, silent ? 0 : m_reply.status, 0, {}});
+    const bool silent = m_state.answer.silence != ServerSilence::None;
+    m_reply = makeReply(m_state.answer, request, m_secure, m_plainPort);
+    m_request = m_state.report.requests.size();
+    m_state.report.requests.append(
+        {request.method, request.target, m_secure, silent ? 0 : m_reply.status});
     if (silent)
         return;
     m_socket->write(m_reply.head);
-    QTimer::singleShot(m_reply.bodyPause, this, [this] {
+    QTimer::singleShot(m_reply.how.bodyPause, this, [this] {
         m_sending = true;
         m_bodyTime.start();
-        if (m_reply.bytesPerSecond > 0)
-            m_tick.start(TickMs);
+        if (m_reply.how.bytesPerSecond > 0)
+            m_tick.start(kTickMs);
         pump();
     });
 }
 
 qint64 PackageConnection::backlog() const
 {
-    const auto *tls = qobject_cast<const QSslSocket *>(m_socket);
-    return m_socket->bytesToWrite() + (tls != nullptr ? tls->encryptedBytesToWrite() : 0);
+    return m_socket->bytesToWrite() + m_socket->encryptedBytesToWrite();
 }
 
 qint64 PackageConnection::bodyEnd() const
 {
-    const qint64 whole = m_reply.endless ? std::numeric_limits<qint64>::max() : m_reply.body.size();
-    return std::min(whole, m_reply.stopAfter.value_or(whole));
+    const PackageAnswer &how = m_reply.how;
+    const qint64 whole = how.endless ? std::numeric_limits<qint64>::max() : m_reply.body.size();
+    return std::min(whole, how.cutAt.value_or(how.truncateAt.value_or(whole)));
 }
 
 void PackageConnection::pump()
 {
-    while (m_sending && m_sent < bodyEnd() && backlog() < MaxBacklog) {
-        qint64 count = std::min(bodyEnd() - m_sent, MaxPiece);
-        if (m_reply.bytesPerSecond > 0) {
-            const qint64 due = m_bodyTime.elapsed() * m_reply.bytesPerSecond / 1000;
+    while (m_sending && m_sent < bodyEnd() && backlog() < kMaxBacklog) {
+        qint64 count = std::min(bodyEnd() - m_sent, kMaxPiece);
+        if (m_reply.how.bytesPerSecond > 0) {
+            const qint64 due = m_bodyTime.elapsed() * m_reply.how.bytesPerSecond / 1000;
             count = std::min(count, due - m_sent);
             if (count <= 0)
                 return; // the timer calls again
@@ -101,33 +96,34 @@ void PackageConnection::sendPiece(qint64 count)
 {
     const qint64 offset = m_sent % m_reply.body.size();
     const QByteArray piece = m_reply.body.mid(offset, count);
-    if (m_reply.chunked)
+    if (m_reply.how.framing == BodyFraming::Chunked)
         m_socket->write(QByteArray::number(piece.size(), 16) + "\r\n" + piece + "\r\n");
     else
         m_socket->write(piece);
     m_sent += piece.size();
-    m_log.sent(m_request, piece.size());
+    request().bodyBytes += piece.size();
 }
 
 void PackageConnection::finish()
 {
-    if (m_reply.chunked && !std::exchange(m_lastChunkSent, true) && m_sent == m_reply.body.size())
+    if (m_reply.how.framing == BodyFraming::Chunked && m_sent == m_reply.body.size()) {
+        m_reply.how.framing = BodyFraming::UntilClose; // the last chunk is sent once
         m_socket->write("0\r\n\r\n");
+    }
     if (backlog() > 0)
         return; // called again when some of it is written
     m_sending = false;
     m_tick.stop();
-    m_complete = true;
-    m_log.ended(m_request, ServedRequest::End::Complete);
-    endConnection(m_reply.cut);
+    request().end = ServedRequest::End::Complete;
+    endConnection(m_reply.how.cutAt.has_value());
 }
 
 void PackageConnection::endConnection(bool cut)
 {
-    // Later: this may be a call from within the socket's own work, which cannot end it there.
+    // Later, since the socket may be calling this from within its own work.
     QTimer::singleShot(0, this, [this, cut] {
         if (cut)
-            m_socket->abort(); // without TLS's farewell
+            m_socket->abort(); // without closing TLS
         else
             m_socket->disconnectFromHost();
     });
@@ -135,10 +131,9 @@ void PackageConnection::endConnection(bool cut)
 
 void PackageConnection::handleDisconnect()
 {
-    if (m_request >= 0 && !m_complete)
-        m_log.ended(m_request, ServedRequest::End::Abandoned);
+    if (m_request && request().end == ServedRequest::End::Running)
+        request().end = ServedRequest::End::Abandoned;
     m_sending = false;
-    m_tick.stop();
     deleteLater();
 }
 

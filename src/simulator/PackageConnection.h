@@ -1,54 +1,47 @@
 #pragma once
 
-#include "simulator/PackageReply.h"
-#include "simulator/PackageServerLog.h"
+#include "simulator/PackageAnswer.h"
+#include "simulator/PackageReport.h"
 
 #include <QElapsedTimer>
 #include <QObject>
-#include <QTcpSocket>
+#include <QSslSocket>
 #include <QTimer>
 
-#include <functional>
+#include <memory>
 
 namespace vorn {
 
-// One connection to the package server: takes one request and sends its reply, with the faults that
-// the reply is to have. Deletes itself when the connection has ended. Lives on the server's thread.
+// A connection to the package server: takes one request and sends the reply to it, with the faults
+// that the reply is to have. It deletes itself when the connection has ended.
 class PackageConnection : public QObject
 {
-    Q_OBJECT
-
 public:
-    using AnswerSource = std::function<PackageAnswer()>;
-
-    // Takes the socket over. The answer is asked for when the request is there; the log must
-    // outlive the connection.
-    PackageConnection(QTcpSocket *socket, bool secure, quint16 plainPort, AnswerSource answer,
-                      PackageServerLog &log, QObject *parent);
+    // Takes over a connected socket; `secure` when it uses TLS. The state must outlive the object.
+    PackageConnection(std::unique_ptr<QSslSocket> socket, bool secure, quint16 plainPort,
+                      PackageServerState &state, QObject *parent);
 
 private:
     void readRequest();
     void begin(const PackageRequest &request);
     void pump();
-    qint64 bodyEnd() const; // how many bytes of body there are to send
+    qint64 bodyEnd() const; // the length of body to send
     qint64 backlog() const; // bytes that the system has not taken yet
     void sendPiece(qint64 count);
     void finish();
     void endConnection(bool cut);
     void handleDisconnect();
+    ServedRequest &request() const { return m_state.report.requests[*m_request]; }
 
-    QTcpSocket *m_socket;
-    bool m_secure;
-    quint16 m_plainPort;
-    AnswerSource m_answer;
-    PackageServerLog &m_log;
+    QSslSocket *const m_socket;
+    const bool m_secure;
+    const quint16 m_plainPort;
+    PackageServerState &m_state;
     QByteArray m_requestBlock;
-    qsizetype m_request = -1; // in the log
+    std::optional<qsizetype> m_request; // in the report
     PackageReply m_reply;
     qint64 m_sent = 0; // of the body
     bool m_sending = false;
-    bool m_lastChunkSent = false;
-    bool m_complete = false;
     QElapsedTimer m_bodyTime;
     QTimer m_tick;
 };

@@ -1,19 +1,53 @@
 #include "simulator/PackageServer.h"
 
-#include "simulator/PackageServerLog.h"
-#include "simulator/PackageServerThread.h"
+#include "simulator/PackageConnection.h"
 
-#include <QTemporaryFile>
+#include <QHostAddress>
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QTcpServer>
 
+#include <optional>
 #include <utility>
 
 namespace vorn {
 
+namespace {
+
+// One of the server's ports; with TLS when it has a configuration for it.
+class Listener : public QTcpServer
+{
+public:
+    explicit Listener(PackageServerState &state, std::optional<QSslConfiguration> tls = {},
+                      quint16 plainPort = 0)
+        : m_state(state), m_tls(std::move(tls)), m_plainPort(plainPort)
+    {
+    }
+
+protected:
+    void incomingConnection(qintptr descriptor) override
+    {
+        ++(m_tls ? m_state.report.connections : m_state.report.plainConnections);
+        auto socket = std::make_unique<QSslSocket>();
+        if (!socket->setSocketDescriptor(descriptor))
+            return;
+        if (m_tls && m_state.answer.silence != ServerSilence::Handshake) {
+            socket->setSslConfiguration(*m_tls);
+            socket->startServerEncryption();
+        }
+        new PackageConnection(std::move(socket), m_tls.has_value(), m_plainPort, m_state, this);
+    }
+
+private:
+    PackageServerState &m_state;
+    const std::optional<QSslConfiguration> m_tls;
+    const quint16 m_plainPort;
+};
+
+} // namespace
+
 PackageServer::PackageServer(PackageAnswer answer, CertificateKind certificate)
-    : m_problem(packageAnswerProblem(answer)), m_kind(certificate),
-      m_authorityFile(std::make_unique<QTemporaryFile>()),
-      m_log(std::make_unique<PackageServerLog>()),
-      m_thread(std::make_unique<PackageServerThread>(std::move(answer), *m_log))
+    : m_kind(certificate), m_state{std::move(answer), {}}
 {
 }
 
@@ -21,71 +55,49 @@ PackageServer::~PackageServer() = default;
 
 bool PackageServer::start(QString *problem, quint16 port)
 {
-    QString why = m_problem;
-    bool good = why.isEmpty();
-    if (good) {
-        std::optional<ServerCertificate> made = makeServerCertificate(m_kind, &why);
-        good = made.has_value();
-        if (good)
-            m_certificate = std::move(*made);
-    }
-    if (good && (!m_authorityFile->open() || m_authorityFile->write(m_certificate.authority) < 0 ||
-                 !m_authorityFile->flush())) {
-        why = m_authorityFile->errorString();
-        good = false;
-    }
-    good = good && m_thread->start(m_certificate, port, &why);
-    if (problem != nullptr)
-        *problem = why;
-    return good;
-}
+    const auto fail = [problem](const QString &why) {
+        if (problem != nullptr)
+            *problem = why;
+        return false;
+    };
+    if (const QString why = packageAnswerProblem(m_state.answer); !why.isEmpty())
+        return fail(why);
+    QString why;
+    const std::optional<ServerCertificate> made = makeServerCertificate(m_kind, &why);
+    if (!made)
+        return fail(why);
+    m_certificate = *made;
+    if (!m_authorityFile.open() || m_authorityFile.write(authority()) < 0 ||
+        !m_authorityFile.flush())
+        return fail(m_authorityFile.errorString());
 
-quint16 PackageServer::port() const
-{
-    return m_thread->port();
+    m_plain = std::make_unique<Listener>(m_state);
+    if (!m_plain->listen(QHostAddress::LocalHost))
+        return fail(m_plain->errorString());
+    QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+    tls.setLocalCertificate(QSslCertificate(m_certificate.certificate));
+    tls.setPrivateKey(QSslKey(m_certificate.key, QSsl::Ec));
+    tls.setPeerVerifyMode(QSslSocket::VerifyNone);
+    m_tls = std::make_unique<Listener>(m_state, tls, plainPort());
+    return m_tls->listen(QHostAddress::LocalHost, port) || fail(m_tls->errorString());
 }
 
 quint16 PackageServer::plainPort() const
 {
-    return m_thread->plainPort();
+    return m_plain->serverPort();
 }
 
 QString PackageServer::host() const
 {
-    return QStringLiteral("127.0.0.1:%1").arg(port());
+    return QStringLiteral("127.0.0.1:%1").arg(m_tls->serverPort());
 }
 
-const QByteArray &PackageServer::authority() const
-{
-    return m_certificate.authority;
-}
-
-QString PackageServer::authorityFile() const
-{
-    return m_authorityFile->fileName();
-}
-
-bool PackageServer::setAnswer(PackageAnswer answer)
+bool PackageServer::setAnswer(const PackageAnswer &answer)
 {
     if (!packageAnswerProblem(answer).isEmpty())
         return false;
-    m_thread->setAnswer(std::move(answer));
+    m_state.answer = answer;
     return true;
-}
-
-PackageServerReport PackageServer::report() const
-{
-    return m_log->report();
-}
-
-bool PackageServer::waitForRequests(int count, std::chrono::milliseconds limit) const
-{
-    return m_log->waitForRequests(count, limit);
-}
-
-bool PackageServer::waitForEnds(int count, std::chrono::milliseconds limit) const
-{
-    return m_log->waitForEnds(count, limit);
 }
 
 } // namespace vorn

@@ -1,38 +1,48 @@
 #pragma once
 
-#include "simulator/UniqueFd.h"
+#include "platform/FileDescriptor.h"
 
 #include <QString>
 
-#include <optional>
-
 namespace vorn {
 
-// A pseudo-terminal in raw mode. The device's side is the master; the slave is what a program
-// opens as a serial port. The slave is held open here too, so that no closing by the program hangs
-// up the master, and neither side ever sees an echo.
+// The terminal of a device that is plugged in: a pseudo-terminal in raw mode, with a link to it.
+// The device's side is the master; the slave is what a program opens as a serial port. Here the
+// slave is kept open too, so that a program that closes it does not hang up the master. Destruction
+// removes the link (unless something else has replaced it) and hangs up.
 class PseudoTerminal
 {
 public:
-    // Nothing, and the reason in *problem, when the system has no terminal to give.
-    static std::optional<PseudoTerminal> open(QString *problem);
+    PseudoTerminal() = default;
+    PseudoTerminal(const PseudoTerminal &) = delete;
+    PseudoTerminal &operator=(const PseudoTerminal &) = delete;
+    ~PseudoTerminal();
+
+    // Without a name no link is made. A dangling link of that name, as a simulator that was killed
+    // leaves it, is replaced; anything else is not. False, with the reason in *problem, on failure.
+    [[nodiscard]] bool open(const QString &directory, const QString &name, QString *problem);
 
     int master() const { return m_master.get(); } // non-blocking
     const QString &slavePath() const { return m_slavePath; }
+    const QString &path() const { return m_link.isEmpty() ? m_slavePath : m_link; }
 
-    // The closing of a real port's last user ends its exclusive claim and discards what it has not
-    // read. Here the slave stays open, so both must be done.
-    void endExclusiveUse() const;
-    void discardUnread() const;
-    // Whether the slave holds bytes that its users have not read.
+    // Readable when other programs have opened or closed the slave; -1 when the system cannot tell.
+    int watch() const { return m_watch.get(); }
+    // Takes account of that, and returns the number of new openings. A real port discards unread
+    // bytes and drops its exclusive claim when its last user closes it; here the slave stays open,
+    // so this does both.
+    int takeUses();
+    bool isInUse() const { return m_users > 0; }
+    // Whether the slave holds bytes that no user has read.
     bool holdsUnread() const;
 
 private:
-    PseudoTerminal() = default;
-
-    UniqueFd m_master;
-    UniqueFd m_slave;
+    FileDescriptor m_master;
+    FileDescriptor m_slave;
+    FileDescriptor m_watch; // inotify
     QString m_slavePath;
+    QString m_link;
+    int m_users = 0;
 };
 
 } // namespace vorn

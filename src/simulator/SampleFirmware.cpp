@@ -1,9 +1,13 @@
 #include "simulator/SampleFirmware.h"
 
+#include "ziparchive/ZipArchive.h"
+
 #include <QDir>
 #include <QSaveFile>
+#include <QTemporaryDir>
 
 #include <array>
+#include <chrono>
 #include <random>
 
 namespace vorn {
@@ -18,7 +22,7 @@ struct Sample
     bool latest;
 };
 
-constexpr std::array<Sample, 9> Samples{{
+constexpr std::array<Sample, 9> kSamples{{
     {"VORN_I-1.0.4.bin", 40'960, true, false},
     {"VORN_I-1.1.0.bin", 44'213, true, true},
     {"VORN_I-1.2.0.bin", 45'250, false, true}, // a multiple of a frame's 250 bytes
@@ -32,7 +36,7 @@ constexpr std::array<Sample, 9> Samples{{
 
 QByteArray content(const Sample &sample, quint32 seed)
 {
-    // The engine's sequence is laid down by the language, so the bytes are the same everywhere.
+    // The language standard defines the engine's sequence, so the bytes are the same everywhere.
     std::mt19937 engine(seed);
     QByteArray bytes(sample.size, Qt::Uninitialized);
     for (char &byte : bytes)
@@ -46,7 +50,7 @@ std::vector<SampleImage> sampleFirmware(SampleRelease release)
 {
     std::vector<SampleImage> images;
     quint32 seed = 0;
-    for (const Sample &sample : Samples) {
+    for (const Sample &sample : kSamples) {
         ++seed;
         if (release == SampleRelease::Latest ? sample.latest : sample.installed)
             images.push_back({QLatin1String(sample.name), content(sample, seed)});
@@ -57,7 +61,7 @@ std::vector<SampleImage> sampleFirmware(SampleRelease release)
 bool writeSampleFirmware(const QString &folder, QString *problem)
 {
     if (!QDir().mkpath(folder)) {
-        *problem = QStringLiteral("%1: the folder cannot be made").arg(folder);
+        *problem = QStringLiteral("%1: the folder cannot be created").arg(folder);
         return false;
     }
     for (const SampleImage &image : sampleFirmware(SampleRelease::Installed)) {
@@ -69,6 +73,23 @@ bool writeSampleFirmware(const QString &folder, QString *problem)
         }
     }
     return true;
+}
+
+QByteArray samplePackage()
+{
+    using namespace std::chrono;
+    FileAttributes attributes;
+    attributes.modificationDate = sys_days{2025y / January / 15} + 12h;
+    const QTemporaryDir directory;
+    QFile file(directory.filePath(QStringLiteral("package.zip")));
+    ZipArchive zip;
+    bool good = zip.CreateZipFile2(file.fileName()) &&
+                zip.addDataToZip(QByteArray(), attributes, QStringLiteral("VornUpdate2/"));
+    for (const SampleImage &image : sampleFirmware(SampleRelease::Latest))
+        good = good && zip.addDataToZip(image.bytes, attributes,
+                                        QStringLiteral("VornUpdate2/") + image.name);
+    good = zip.CloseZipFile2() && good && file.open(QIODevice::ReadOnly);
+    return good ? file.readAll() : QByteArray();
 }
 
 } // namespace vorn

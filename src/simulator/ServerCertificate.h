@@ -10,11 +10,11 @@ namespace vorn {
 enum class CertificateKind {
     Good,           // for localhost, 127.0.0.1 and ::1
     WrongName,      // for another host
-    OtherAuthority, // signed by an authority that is not the one handed out
-    Expired         // was good until 2021
+    OtherAuthority, // signed by another authority than the one to trust
+    Expired
 };
 
-// A server's key and certificate and the authority that a client is to trust, all in PEM.
+// A server's certificate and key, and the authority that a client is to trust, all in PEM.
 struct ServerCertificate
 {
     QByteArray authority;
@@ -22,8 +22,8 @@ struct ServerCertificate
     QByteArray key;
 };
 
-// Makes a fresh one with the program openssl. Nothing, and the reason in *problem, when that
-// program is missing or fails. Takes some tens of milliseconds.
+// Makes a new one with the program openssl, in some tens of milliseconds. Null, with the reason in
+// *problem, when that fails.
 std::optional<ServerCertificate> makeServerCertificate(CertificateKind kind, QString *problem);
 
 } // namespace vorn

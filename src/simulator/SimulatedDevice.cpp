@@ -1,88 +1,327 @@
 #include "simulator/SimulatedDevice.h"
 
-#include "simulator/DeviceJournal.h"
-#include "simulator/DeviceThread.h"
+#include <poll.h>
+#include <sys/prctl.h>
 
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <ctime>
 #include <utility>
 
 namespace vorn {
 
+namespace {
+
+using namespace std::chrono_literals;
+
+// An unfinished frame is dropped after this long a silence.
+constexpr auto kResyncTime = 200ms;
+
+constexpr std::int64_t kBitsPerByte = 10; // a start bit, eight data bits, a stop bit
+
+} // namespace
+
 SimulatedDevice::SimulatedDevice(DeviceOptions options)
-    : m_journal(std::make_unique<DeviceJournal>(options.modelCode)),
-      m_problem(deviceOptionsProblem(options))
+    : m_options(std::move(options)),
+      m_byteTime(m_options.baud > 0 ? kBitsPerByte * std::chrono::nanoseconds(1s) / m_options.baud
+                                    : 0ns),
+      m_loader(m_options.flashSize), m_plan(m_options)
 {
-    m_thread = std::make_unique<DeviceThread>(std::move(options), *m_journal);
+    m_journal.report().modelCode = m_options.modelCode;
 }
 
-SimulatedDevice::~SimulatedDevice() = default;
-
-void SimulatedDevice::setObserver(DeviceObserver observer)
+SimulatedDevice::~SimulatedDevice()
 {
-    m_journal->setObserver(std::move(observer));
+    if (!m_thread.joinable())
+        return;
+    onThread([this] { m_stopped = true; });
+    m_thread.join();
 }
 
 bool SimulatedDevice::start(QString *problem)
 {
-    QString why = m_problem;
-    const bool started = why.isEmpty() && m_thread->start(&why);
+    QString why = deviceOptionsProblem(m_options);
+    if (why.isEmpty() && (!m_wake.isValid() || !m_updated.isValid()))
+        why = QStringLiteral("no event descriptor");
+    if (why.isEmpty()) {
+        m_thread = std::thread([this] { run(); });
+        return replug(problem);
+    }
     if (problem != nullptr)
         *problem = why;
-    return started;
+    return false;
 }
 
 QString SimulatedDevice::path() const
 {
-    return m_journal->report().path;
+    return report().path;
 }
 
 QString SimulatedDevice::slavePath() const
 {
-    return m_journal->report().slavePath;
+    return report().slavePath;
 }
 
 DeviceReport SimulatedDevice::report() const
 {
-    return m_journal->report();
-}
-
-void SimulatedDevice::setFaults(const std::vector<Fault> &faults)
-{
-    m_thread->setFaults(faults);
+    const std::lock_guard lock(m_mutex);
+    DeviceReport copy = m_journal.report();
+    // Deep copies, so that threads share no memory but under the lock.
+    for (QString *text : {&copy.path, &copy.slavePath})
+        text->detach();
+    for (QByteArray *bytes : {&copy.image, &copy.partialImage})
+        bytes->detach();
+    for (QString &error : copy.errors)
+        error.detach();
+    return copy;
 }
 
 bool SimulatedDevice::waitForExchanges(int count, std::chrono::milliseconds limit) const
 {
-    return m_journal->waitFor([=](const DeviceReport &r) { return r.exchanges >= count; }, limit);
+    std::unique_lock lock(m_mutex);
+    return m_changed.wait_for(lock, limit, [&] { return m_journal.report().exchanges >= count; });
 }
 
-bool SimulatedDevice::waitForFrame(int k, std::chrono::milliseconds limit) const
+void SimulatedDevice::setFaults(const std::vector<Fault> &faults)
 {
-    return m_journal->waitFor([=](const DeviceReport &r) { return r.downloadFrames >= k; }, limit);
-}
-
-bool SimulatedDevice::waitForUpdates(int count, std::chrono::milliseconds limit) const
-{
-    return m_journal->waitFor([=](const DeviceReport &r) { return r.updates >= count; }, limit);
-}
-
-bool SimulatedDevice::waitForPlugged(bool plugged, std::chrono::milliseconds limit) const
-{
-    return m_journal->waitFor([=](const DeviceReport &r) { return r.plugged == plugged; }, limit);
+    const std::lock_guard lock(m_mutex);
+    m_plan.setFaults(faults);
 }
 
 void SimulatedDevice::awaitReader() const
 {
-    m_thread->awaitReader();
+    // There is no event for "everything has been read".
+    constexpr auto step = 5ms;
+    const auto isUnread = [this] {
+        const std::lock_guard lock(m_mutex);
+        return m_terminal && m_terminal->holdsUnread();
+    };
+    for (auto waited = 0ms; waited < 1s && isUnread(); waited += step)
+        std::this_thread::sleep_for(step);
 }
 
 void SimulatedDevice::unplug()
 {
-    m_thread->unplug();
+    onThread([this] { pullOut(); });
 }
 
 bool SimulatedDevice::replug(QString *problem)
 {
-    return m_thread->replug(problem);
+    QString why;
+    onThread([&] { plugIn(&why); });
+    if (problem != nullptr)
+        *problem = why;
+    return why.isEmpty();
+}
+
+void SimulatedDevice::onThread(const std::function<void()> &job)
+{
+    const std::lock_guard caller(m_callers);
+    std::unique_lock lock(m_mutex);
+    m_job = &job;
+    m_wake.set();
+    m_changed.wait(lock, [this] { return m_job == nullptr; });
+}
+
+void SimulatedDevice::run()
+{
+    // The program's signals are for its other threads. Answers are to leave on time to the
+    // microsecond, while by default the kernel may delay a timed wake-up by 50.
+    sigset_t all;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
+    ::prctl(PR_SET_TIMERSLACK, 1UL);
+
+    std::unique_lock lock(m_mutex);
+    while (!m_stopped) {
+        if (const auto *job = std::exchange(m_job, nullptr)) {
+            (*job)();
+            m_changed.notify_all();
+        }
+        sendDue();
+        replugWhenDue();
+        wait(lock);
+        // Silence is judged after a look at the terminal: bytes may have come while this thread did
+        // not run.
+        const bool received = receive();
+        if (!received && m_loader.isInsideFrame() && Clock::now() >= m_lastByte + kResyncTime)
+            answer(m_loader.silence(), Clock::now());
+    }
+    pullOut();
+}
+
+void SimulatedDevice::plugIn(QString *problem)
+{
+    m_replugAt.reset();
+    if (m_terminal)
+        return;
+    if (!m_terminal.emplace().open(m_options.directory, m_options.name, problem)) {
+        m_terminal.reset();
+        return;
+    }
+    DeviceReport &report = m_journal.report();
+    report.path = m_terminal->path();
+    report.slavePath = m_terminal->slavePath();
+    report.plugged = true;
+}
+
+void SimulatedDevice::pullOut()
+{
+    m_replugAt.reset();
+    m_pending.clear();
+    m_outIdle = std::min(m_outIdle, Clock::now());
+    m_loader.powerOff();
+    m_terminal.reset();
+    m_journal.addUnplug();
+}
+
+void SimulatedDevice::replugWhenDue()
+{
+    if (!m_replugAt || *m_replugAt > Clock::now())
+        return;
+    QString problem;
+    plugIn(&problem);
+    if (!problem.isEmpty())
+        m_journal.addError(QStringLiteral("could not be plugged in again: %1").arg(problem));
+}
+
+std::optional<SimulatedDevice::Time> SimulatedDevice::nextDeadline() const
+{
+    Time next = m_replugAt.value_or(Time::max());
+    if (!m_pending.empty())
+        next = std::min(next, m_pending.front().due);
+    if (m_loader.isInsideFrame())
+        next = std::min(next, m_lastByte + kResyncTime);
+    return next == Time::max() ? std::nullopt : std::optional(next);
+}
+
+void SimulatedDevice::wait(std::unique_lock<std::mutex> &lock)
+{
+    if (m_stopped)
+        return;
+    // ppoll(2) leaves out descriptors of -1.
+    std::array<pollfd, 3> fds{{{m_wake.descriptor(), POLLIN, 0},
+                               {m_terminal ? m_terminal->master() : -1, POLLIN, 0},
+                               {m_terminal ? m_terminal->watch() : -1, POLLIN, 0}}};
+    timespec limit{};
+    const std::optional<Time> deadline = nextDeadline();
+    if (deadline) {
+        const std::chrono::nanoseconds left =
+            std::max<Clock::duration>(*deadline - Clock::now(), 0ns);
+        limit.tv_sec = left / 1s;
+        limit.tv_nsec = (left % 1s).count();
+    }
+    lock.unlock();
+    ::ppoll(fds.data(), fds.size(), deadline ? &limit : nullptr, nullptr);
+    lock.lock();
+    if (fds[0].revents != 0)
+        m_wake.clear();
+    if (fds[2].revents != 0)
+        noteUses();
+}
+
+void SimulatedDevice::noteUses()
+{
+    m_journal.report().opens += m_terminal->takeUses();
+    m_journal.report().inUse = m_terminal->isInUse();
+}
+
+bool SimulatedDevice::receive()
+{
+    if (!m_terminal)
+        return false;
+    std::array<std::uint8_t, 4096> buffer;
+    const ssize_t got = ::read(m_terminal->master(), buffer.data(), buffer.size());
+    if (got > 0) {
+        take(std::span(buffer).first(static_cast<std::size_t>(got)), Clock::now());
+    } else if (got == 0 || (errno != EAGAIN && errno != EINTR)) {
+        m_journal.addError(QStringLiteral("the terminal hung up"));
+        pullOut();
+    }
+    return got > 0;
+}
+
+void SimulatedDevice::take(std::span<const std::uint8_t> bytes, Time now)
+{
+    while (!bytes.empty() && m_terminal) {
+        if (!m_loader.isInsideFrame()) {
+            m_frameBegun = now;
+            if (bytes.front() == boot::kSync)
+                m_lateness = {}; // no answer released it
+        }
+        m_lastByte = now;
+        const BootLoader::Taken taken = m_loader.take(bytes);
+        bytes = bytes.subspan(taken.count);
+        const Time ended = throughLine(m_inIdle, now - m_lateness, taken.count);
+        if (taken.event)
+            answer(*taken.event, ended);
+    }
+}
+
+void SimulatedDevice::answer(const BootEvent &event, Time ended)
+{
+    const bool begins =
+        event.step == BootStep::Sync && event.verdict == BootEvent::Verdict::Accepted;
+    if (begins) {
+        // An opening before the sync byte discards what an earlier user left unread. It is looked
+        // for here, before this exchange's answer is written, which it must not discard.
+        noteUses();
+        m_pending.clear();
+        m_outIdle = std::min(m_outIdle, Clock::now());
+    }
+    m_journal.addEvent(event, m_loader.declaredLength(), m_frameBegun, ended);
+    if (begins)
+        m_changed.notify_all();
+    for (Answer &answer : m_plan.answersTo(event)) {
+        const auto length = static_cast<std::size_t>(answer.bytes.size());
+        const Time due = throughLine(m_outIdle, ended + answer.after, length);
+        m_pending.push_back({std::move(answer), due});
+    }
+    sendDue();
+}
+
+// When so many bytes that start at `start` are through one direction of the line. These are points
+// of time, so the delays of late wake-ups do not add up.
+SimulatedDevice::Time SimulatedDevice::throughLine(Time &idleFrom, Time start,
+                                                   std::size_t count) const
+{
+    idleFrom = std::max(idleFrom, start) + m_byteTime * static_cast<std::int64_t>(count);
+    return idleFrom;
+}
+
+void SimulatedDevice::sendDue()
+{
+    while (!m_pending.empty() && m_pending.front().due <= Clock::now()) {
+        const Pending pending = std::move(m_pending.front());
+        m_pending.pop_front();
+        if (pending.answer.unplugs) {
+            pullOut();
+            if (m_options.replugAfter)
+                m_replugAt = Clock::now() + *m_options.replugAfter;
+        } else {
+            send(pending);
+        }
+    }
+}
+
+void SimulatedDevice::send(const Pending &pending)
+{
+    const Answer &answer = pending.answer;
+    const Time when = Clock::now();
+    if (answer.releases) {
+        m_loader.release();
+        m_lateness = when - pending.due;
+    }
+    const auto length = static_cast<std::size_t>(answer.bytes.size());
+    if (::write(m_terminal->master(), answer.bytes.constData(), length) != answer.bytes.size()) {
+        m_journal.addError(QStringLiteral("an answer was lost: nobody reads the terminal"));
+        return;
+    }
+    m_journal.addAnswer(answer, when);
+    if (answer.completes)
+        m_updated.set();
 }
 
 } // namespace vorn

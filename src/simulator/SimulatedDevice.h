@@ -1,24 +1,30 @@
 #pragma once
 
-#include "simulator/DeviceEvent.h"
+#include "platform/WakeEvent.h"
+#include "simulator/AnswerPlan.h"
+#include "simulator/BootLoader.h"
 #include "simulator/DeviceOptions.h"
 #include "simulator/DeviceReport.h"
+#include "simulator/PseudoTerminal.h"
 
 #include <QString>
 
 #include <chrono>
-#include <memory>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <thread>
 #include <vector>
 
 namespace vorn {
 
-class DeviceJournal;
-class DeviceThread;
-
-// A device's boot loader behind a pseudo-terminal, with a thread of its own that needs no event
-// loop: a busy or blocked program around it never slows it. Destruction unplugs and stops it.
+// A device's boot loader on a pseudo-terminal. It runs on a thread of its own without an event
+// loop, so a busy program around it never slows it down. Destruction unplugs it.
 //
-// Every method may be called from any thread once start() has returned.
+// Every method may be called from any thread once start() has succeeded.
 class SimulatedDevice
 {
 public:
@@ -27,45 +33,83 @@ public:
     SimulatedDevice(const SimulatedDevice &) = delete;
     SimulatedDevice &operator=(const SimulatedDevice &) = delete;
 
-    // Calls the observer on the device's thread for each event: a frame's before its answer, an
-    // update's after it. The observer must be quick and may call report() and unplug(), no wait.
-    // Before start() only.
-    void setObserver(DeviceObserver observer);
-
-    // Plugs the device in; once. False, with the reason in *problem, when the options make no
-    // sense or there is no terminal or no link to be had.
+    // Plugs the device in; call it once. False, with the reason in *problem, when the options are
+    // invalid or the terminal or its link cannot be made.
     [[nodiscard]] bool start(QString *problem = nullptr);
 
     QString path() const;      // the link, or the terminal when there is no link
-    QString slavePath() const; // the terminal, /dev/pts/N; another one after each replug
+    QString slavePath() const; // the terminal, /dev/pts/N; another one after each replug()
 
     DeviceReport report() const;
-    // Takes the place of the options' faults; counting begins anew.
-    void setFaults(const std::vector<Fault> &faults);
-
-    // Each waits for its condition, and says whether it held within the time.
-    // Data frames count from 1, the last frame is the last of them; the count begins anew with
-    // each download. waitForFrame() is true from the arrival of frame k on, before its answer.
+    // Set each time an update has been completed.
+    const WakeEvent &updated() const { return m_updated; }
+    // Waits for the report to count so many exchanges; false when the limit passes first.
     bool waitForExchanges(int count, std::chrono::milliseconds limit) const;
-    bool waitForFrame(int k, std::chrono::milliseconds limit) const;
-    bool waitForUpdates(int count, std::chrono::milliseconds limit) const;
-    bool waitForPlugged(bool plugged, std::chrono::milliseconds limit) const;
 
-    // Returns when the other side has read what was answered, or did not within a second; what is
-    // unread when the device is unplugged is lost.
+    // Replaces the faults of the options; counting starts again.
+    void setFaults(const std::vector<Fault> &faults);
+    // Returns when the other side has read all answers, but after a second at the latest.
+    // Unplugging loses what is unread.
     void awaitReader() const;
-    // Removes the link and hangs up, as pulling the cable does; what the device was told before is
-    // forgotten, the report is kept. Returns when it is done (on the device's own thread, in an
-    // observer: at once, and it is done before anything else).
+    // Removes the link and hangs up, as pulling the cable does. The boot loader starts afresh, the
+    // report goes on. Returns when that is done.
     void unplug();
     // Plugs in again, with a new terminal under the same link. False, with the reason in *problem,
-    // when there is no terminal or no link to be had.
+    // on failure.
     [[nodiscard]] bool replug(QString *problem = nullptr);
 
 private:
-    std::unique_ptr<DeviceJournal> m_journal;
-    std::unique_ptr<DeviceThread> m_thread;
-    QString m_problem; // with the options
+    using Clock = std::chrono::steady_clock;
+    using Time = Clock::time_point;
+    struct Pending
+    {
+        Answer answer;
+        Time due;
+    };
+
+    void onThread(const std::function<void()> &job);
+
+    // All below are for the device's thread, with the mutex held.
+    void run();
+    void plugIn(QString *problem);
+    void pullOut();
+    void sendDue();
+    void send(const Pending &pending);
+    void replugWhenDue();
+    std::optional<Time> nextDeadline() const;
+    void wait(std::unique_lock<std::mutex> &lock);
+    void noteUses();
+    bool receive(); // whether there were bytes
+    void take(std::span<const std::uint8_t> bytes, Time now);
+    void answer(const BootEvent &event, Time ended);
+    Time throughLine(Time &idleFrom, Time start, std::size_t count) const;
+
+    const DeviceOptions m_options;
+    const std::chrono::nanoseconds m_byteTime; // on the paced line; 0: not paced
+    const WakeEvent m_wake;
+    const WakeEvent m_updated;
+    std::mutex m_callers; // one job at a time
+
+    // The device's thread holds it whenever it does not wait for input.
+    mutable std::mutex m_mutex;
+    mutable std::condition_variable m_changed; // a job is done, an exchange has begun
+    const std::function<void()> *m_job = nullptr;
+    bool m_stopped = false;
+    BootLoader m_loader;
+    AnswerPlan m_plan;
+    DeviceJournal m_journal;
+    std::optional<PseudoTerminal> m_terminal; // only while plugged in
+    std::deque<Pending> m_pending;            // in the order of their times
+    std::optional<Time> m_replugAt;
+    Time m_inIdle; // from when on the line is idle, to the device
+    Time m_outIdle;
+    Time m_frameBegun;
+    Time m_lastByte;
+    // By how much this thread wrote the latest release too late. The frame released by it would
+    // have come that much sooner over a real line, so it counts as if it had.
+    Clock::duration m_lateness{0};
+
+    std::thread m_thread;
 };
 
 } // namespace vorn

@@ -1,46 +1,78 @@
-#include "simulator/Command.h"
+#include "simulator/CommandOptions.h"
+#include "simulator/SampleFirmware.h"
 
 #include <QCoreApplication>
 
+#include <csignal>
 #include <cstdio>
 
 using namespace vorn;
 
 namespace {
 
-constexpr const char *Usage =
+constexpr const char *kUsage =
     "Usage: vornsim COMMAND [options]\n"
-    "Simulated surroundings for the firmware updater.\n"
+    "Simulated devices and servers for the firmware updater.\n"
     "\n"
     "Commands:\n"
-    "  device           a device: a boot loader on a pseudo-terminal\n"
-    "  package-server   an HTTPS server for firmware packages on this machine\n"
-    "  sample-firmware  fill a folder with sample firmware images\n"
-    "  sample-package   write a package of sample firmware\n"
+    "  device                a device: a boot loader on a pseudo-terminal\n"
+    "  package-server        an HTTPS server for firmware packages on this machine\n"
+    "  sample-firmware DIR   fill a folder with sample firmware images\n"
+    "  sample-package FILE   write a package of sample firmware\n"
     "\n"
     "\"vornsim COMMAND --help\" shows a command's options, with examples.\n";
+
+int writeSampleFolder(const QString &folder)
+{
+    QString problem;
+    if (!writeSampleFirmware(folder, &problem))
+        throw CommandFailure{kExitFailure, problem};
+    return kExitSuccess;
+}
+
+int writeSamplePackage(const QString &file)
+{
+    const QByteArray package = samplePackage();
+    if (package.isEmpty())
+        throw CommandFailure{kExitFailure, QStringLiteral("no temporary file can be written")};
+    return writeFile(file, package) ? kExitSuccess : kExitFailure;
+}
+
+int run(const QString &command, const QStringList &arguments)
+{
+    if (command == u"device")
+        return runDevice(arguments);
+    if (command == u"package-server")
+        return runPackageServer(arguments);
+    for (const QString &word : {command, arguments.value(0)}) {
+        if (word == u"--help" || word == u"-h") {
+            std::fputs(kUsage, stdout);
+            return kExitSuccess;
+        }
+    }
+    const bool isSample = command == u"sample-firmware" || command == u"sample-package";
+    if (isSample && arguments.size() == 1)
+        return command == u"sample-firmware" ? writeSampleFolder(arguments.first())
+                                             : writeSamplePackage(arguments.first());
+    printNote(command.isEmpty() ? QStringLiteral("a command is needed")
+              : isSample        ? QStringLiteral("1 argument is needed")
+                                : QStringLiteral("\"%1\" is not a command").arg(command));
+    std::fputs(kUsage, stderr);
+    return kExitUsage;
+}
 
 } // namespace
 
 int main(int argc, char **argv)
 {
+    // A reader of the output that goes away must not cost the report's file.
+    std::signal(SIGPIPE, SIG_IGN);
     const QCoreApplication application(argc, argv);
-    QStringList arguments = QCoreApplication::arguments().mid(1);
-    const QString command = arguments.isEmpty() ? QString() : arguments.takeFirst();
-    if (command == QLatin1String("device"))
-        return runDevice(arguments);
-    if (command == QLatin1String("package-server"))
-        return runPackageServer(arguments);
-    if (command == QLatin1String("sample-firmware"))
-        return runSampleFirmware(arguments);
-    if (command == QLatin1String("sample-package"))
-        return runSamplePackage(arguments);
-    if (command == QLatin1String("--help") || command == QLatin1String("-h")) {
-        std::fputs(Usage, stdout);
-        return Success;
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    try {
+        return run(arguments.value(0), arguments.mid(1));
+    } catch (const CommandFailure &failure) {
+        printNote(failure.text);
+        return failure.status;
     }
-    printNote(command.isEmpty() ? QStringLiteral("a command is needed")
-                                : QStringLiteral("\"%1\" is no command").arg(command));
-    std::fputs(Usage, stderr);
-    return UsageError;
 }

@@ -213,7 +213,7 @@ TEST_F(PackageDownloadTest, APackageThatIsInstalledAlreadyIsNotReadAgain)
     expectEnd(Outcome::UpToDate);
     EXPECT_EQ(download->state().mIsCancel, 1);
     EXPECT_EQ(treeAt(cachesDirectory()), kOld);
-    ASSERT_TRUE(server->waitForEnds(1, 30s));
+    ASSERT_TRUE(eventually([&] { return server->report().endedRequests() == 1; }));
     EXPECT_EQ(server->report().requests.front().bodyBytes, 0);
 
     // A failure without a response then still finds the date that it has: nothing to say.
@@ -385,7 +385,7 @@ TEST_F(PackageDownloadTest, ADownloadThatIsNoLongerWantedIsNeverHeardOfAgain)
     press();
     ASSERT_TRUE(eventually([&] { return recorder.bytes.first > 0; }));
     download.reset();
-    ASSERT_TRUE(server->waitForEnds(1, 30s));
+    ASSERT_TRUE(eventually([&] { return server->report().endedRequests() == 1; }));
     EXPECT_EQ(tree(), kOld);
 
     serve(answerWith());

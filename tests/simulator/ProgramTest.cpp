@@ -3,9 +3,11 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>
@@ -14,7 +16,7 @@
 namespace vorn::test {
 namespace {
 
-constexpr int LimitMs = 20'000;
+constexpr int kLimitMs = 20'000;
 
 // The program itself, run with arguments.
 class Vornsim : public QProcess
@@ -23,20 +25,20 @@ public:
     explicit Vornsim(const QStringList &arguments)
     {
         start(QStringLiteral(VORNSIM_PATH), arguments);
-        EXPECT_TRUE(waitForStarted(LimitMs));
+        EXPECT_TRUE(waitForStarted(kLimitMs));
     }
 
     // The next line of JSON on its standard output; empty when it ends without one.
     QJsonObject nextEvent()
     {
-        while (!canReadLine() && waitForReadyRead(LimitMs)) {
+        while (!canReadLine() && waitForReadyRead(kLimitMs)) {
         }
         return QJsonDocument::fromJson(readLine()).object();
     }
 
     int endedWith()
     {
-        EXPECT_TRUE(waitForFinished(LimitMs));
+        EXPECT_TRUE(waitForFinished(kLimitMs));
         EXPECT_EQ(exitStatus(), NormalExit);
         return exitCode();
     }
@@ -53,37 +55,65 @@ TEST(Program, RunsADeviceUntilItsUpdatesAreDone)
     const QTemporaryDir directory;
     const QString image = directory.filePath("image");
     const QString report = directory.filePath("report");
-    Vornsim program({"device", "--dir", directory.path(), "--name", "usbserial-1", "--model", "1",
-                     "--fault", "last=noise", "--exit-after", "1", "--image", image, "--report",
-                     report});
+    Vornsim program({"device", "--dir", directory.path(), "--name", "usbserial-1", "--model", "2",
+                     "--erase-ms", "150", "--fault", "last=noise", "--exit-after", "1", "--image",
+                     image, "--report", report});
     const QJsonObject ready = program.nextEvent();
     ASSERT_EQ(ready.value("event"), "ready");
     const TestUpdater updater(ready.value("path").toString());
     ASSERT_TRUE(updater.handshake());
-    ASSERT_EQ(updater.ask(header(3)), Ack);
+    ASSERT_EQ(updater.ask(header(3), 2), kAck.repeated(2));
     EXPECT_EQ(updater.ask(frame("abc"), 4).toHex(), "55005aaf");
 
     const QJsonObject end = program.nextEvent();
     EXPECT_EQ(end.value("event"), "report");
     EXPECT_EQ(end.value("updates"), 1);
     EXPECT_EQ(end.value("errorCount"), 0);
+    EXPECT_GE(end.value("download").toObject().value("dataReleasedAfterMs").toDouble(), 150);
     EXPECT_EQ(program.endedWith(), 0);
     EXPECT_EQ(contentOf(image), "abc");
-    EXPECT_EQ(QJsonDocument::fromJson(contentOf(report)).object().value("model"), 1);
+    EXPECT_EQ(QJsonDocument::fromJson(contentOf(report)).object().value("model"), 2);
     EXPECT_FALSE(QFileInfo(directory.filePath("usbserial-1")).isSymLink());
 }
 
-TEST(Program, SaysWhereItsPackageServerIsAndReportsWhenItIsTerminated)
+TEST(Program, ServesAPackageAsAskedForAndReportsWhatItServed)
 {
     const QTemporaryDir directory;
     const QString authority = directory.filePath("ca.pem");
-    Vornsim program({"package-server", "--ca-file", authority, "--silence", "request"});
+    Vornsim program({"package-server", "--ca-file", authority, "--declared-length", "1099511627776",
+                     "--cut-at", "5000", "--garbage-headers", "--header", "X-Mine: 1"});
     const QJsonObject ready = program.nextEvent();
     EXPECT_THAT(ready.value("host").toString().toStdString(), testing::StartsWith("127.0.0.1:"));
     EXPECT_EQ(ready.value("ca").toString(), authority);
     EXPECT_TRUE(contentOf(authority).startsWith("-----BEGIN CERTIFICATE-----"));
+
+    // Over the port without TLS; package downloads are tested over the other one.
+    QByteArray got;
+    for (const char *path : {"/other", "/software/VornUpdate2.zip"}) {
+        QTcpSocket socket;
+        socket.connectToHost("127.0.0.1", static_cast<quint16>(ready.value("plainPort").toInt()));
+        socket.write(QByteArray("GET ") + path + " HTTP/1.1\r\nHost: here\r\n\r\n");
+        while (socket.waitForReadyRead(kLimitMs))
+            got += socket.readAll();
+    }
+    EXPECT_TRUE(got.startsWith("HTTP/1.1 404 "));
+    for (const char *line : {"HTTP/1.1 200 OK", "Content-Length: 1099511627776", "X-Mine: 1",
+                             "this line has no colon", "Content-Type: application/zip"})
+        EXPECT_TRUE(got.contains(QByteArray(line) + "\r\n")) << line;
+    EXPECT_EQ(got.mid(got.lastIndexOf("\r\n\r\n") + 4), samplePackage().first(5000));
+
     program.terminate();
-    EXPECT_EQ(program.nextEvent().value("event"), "report");
+    const QJsonObject report = program.nextEvent();
+    EXPECT_EQ(report.value("event"), "report");
+    EXPECT_EQ(report.value("plainConnections"), 2);
+    const QJsonArray requests = report.value("requests").toArray();
+    ASSERT_EQ(requests.size(), 2);
+    EXPECT_EQ(requests[1].toObject(), QJsonObject({{"method", "GET"},
+                                                   {"target", "/software/VornUpdate2.zip"},
+                                                   {"secure", false},
+                                                   {"status", 200},
+                                                   {"bodyBytes", 5000},
+                                                   {"end", "complete"}}));
     EXPECT_EQ(program.endedWith(), 0);
 }
 
@@ -108,20 +138,13 @@ TEST(Program, ExplainsEachMistakeAndEndsWithItsStatus)
         int status = 2;
     };
     for (const Mistake &m :
-         {Mistake{"", "a command is needed"}, Mistake{"devise", "\"devise\" is no command"},
-          Mistake{"device --modle 3", "modle"}, Mistake{"device --model", "--model"},
-          Mistake{"device --model 256", "between 0 and 255"},
-          Mistake{"device --erase-ms -1", "\"-1\" is no natural number"},
-          Mistake{"device --baud 99999999999", "99999999999 is too much"},
+         {Mistake{"", "a command is needed"}, Mistake{"devise", "\"devise\" is not a command"},
+          Mistake{"device --modle 3", "modle"}, Mistake{"device now", "\"now\" is not an option"},
+          Mistake{"device --model 256", "\"256\" is not a number from 0 to 255"},
           Mistake{"device --fault connect=nothing", "the kinds are silence, refuse"},
-          Mistake{"device --split 1,x", "four bytes"},
           Mistake{"device --dir /tmp", "belong together"},
-          Mistake{"device now", "0 arguments are needed, not 1"},
-          Mistake{"package-server --package /none", "/none: No such file"},
-          Mistake{"package-server --framing odd",
-                  "\"odd\" is none of length, chunked, until-close"},
+          Mistake{"package-server --framing odd", "not one of length, chunked, until-close"},
           Mistake{"package-server --truncate-at 1 --cut-at 2", "either truncated or cut"},
-          Mistake{"package-server --port 65536", "below 65536"},
           Mistake{"device --dir /none --name usbserial-1", "/none/usbserial-1: No such file", 1}}) {
         SCOPED_TRACE(m.arguments);
         Vornsim program(QString::fromLatin1(m.arguments).split(u' ', Qt::SkipEmptyParts));

@@ -1,10 +1,9 @@
 #pragma once
 
+#include "platform/FileDescriptor.h"
 #include "simulator/SimulatedDevice.h"
-#include "simulator/UniqueFd.h"
 
 #include <QByteArray>
-#include <QDeadlineTimer>
 #include <QFile>
 #include <QString>
 
@@ -34,12 +33,12 @@ inline QByteArray header(qsizetype length, quint32 address = 0x08001800)
     return frame(QByteArray::fromHex(QString::asprintf("%08x%08llx", address, length).toLatin1()));
 }
 
-inline const QByteArray Sync = QByteArray::fromHex("f4");
-inline const QByteArray Connect = QByteArray::fromHex("0301fefc");
-inline const QByteArray Version = QByteArray::fromHex("0302fdfc");
-inline const QByteArray Download = QByteArray::fromHex("0303fcfc");
-inline const QByteArray Ack = QByteArray::fromHex("af");
-inline const QByteArray Nak = QByteArray::fromHex("fc");
+inline const QByteArray kSync = QByteArray::fromHex("f4");
+inline const QByteArray kConnect = QByteArray::fromHex("0301fefc");
+inline const QByteArray kVersion = QByteArray::fromHex("0302fdfc");
+inline const QByteArray kDownload = QByteArray::fromHex("0303fcfc");
+inline const QByteArray kAck = QByteArray::fromHex("af");
+inline const QByteArray kNak = QByteArray::fromHex("fc");
 
 // The other end of a simulated device: writes frames and reads answers on the bare terminal.
 class TestUpdater
@@ -56,50 +55,44 @@ public:
         EXPECT_EQ(::write(m_fd.get(), bytes.constData(), size), bytes.size());
     }
 
-    // What the next read gives; nothing when the time is over or the terminal hangs up.
-    QByteArray receiveChunk(QDeadlineTimer end = QDeadlineTimer(5s)) const
+    // What the next read gives; nothing after the limit or when the terminal hangs up.
+    QByteArray receiveChunk(std::chrono::milliseconds limit = 5s) const
     {
         std::array<char, 256> chunk{};
         pollfd fd{m_fd.get(), POLLIN, 0};
-        if (::poll(&fd, 1, static_cast<int>(end.remainingTime())) <= 0)
+        if (::poll(&fd, 1, static_cast<int>(limit.count())) <= 0)
             return {};
         return {chunk.data(), std::max<ssize_t>(::read(fd.fd, chunk.data(), chunk.size()), 0)};
     }
 
-    // What arrives until `count` bytes are there.
-    QByteArray receive(qsizetype count, std::chrono::milliseconds limit = 5s) const
-    {
-        const QDeadlineTimer end(limit);
-        QByteArray got;
-        for (QByteArray chunk = "?"; got.size() < count && !chunk.isEmpty(); got += chunk)
-            chunk = receiveChunk(end);
-        return got;
-    }
-
+    // Sends a frame; what arrives until so many bytes are there.
     QByteArray ask(const QByteArray &bytes, qsizetype answerLength = 1) const
     {
         send(bytes);
-        return receive(answerLength);
+        QByteArray got;
+        for (QByteArray chunk = "?"; got.size() < answerLength && !chunk.isEmpty(); got += chunk)
+            chunk = receiveChunk();
+        return got;
     }
 
-    // Sync byte and commands up to the download command; whether each was acknowledged.
+    // The sync byte and the commands up to the download command; whether all were acknowledged.
     bool handshake() const
     {
-        return ask(Sync) == Ack && ask(Connect, 4).startsWith(Ack) && ask(Version) == Ack &&
-               ask(Download) == Ack;
+        return ask(kSync) == kAck && ask(kConnect, 4).startsWith(kAck) && ask(kVersion) == kAck &&
+               ask(kDownload) == kAck;
     }
 
     // A whole update of a device that does not erase; whether each frame was acknowledged.
     bool update(qsizetype length) const
     {
-        bool good = handshake() && ask(header(length)) == Ack;
+        bool good = handshake() && ask(header(length)) == kAck;
         for (; good && length >= 250; length -= 250)
-            good = ask(frame(QByteArray(250, 'x'))) == Ack;
-        return good && ask(frame(QByteArray(length, 'x'))) == Ack;
+            good = ask(frame(QByteArray(250, 'x'))) == kAck;
+        return good && ask(frame(QByteArray(length, 'x'))) == kAck;
     }
 
 private:
-    UniqueFd m_fd;
+    FileDescriptor m_fd;
 };
 
 // A simulated device with its other end.

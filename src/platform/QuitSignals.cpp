@@ -1,4 +1,4 @@
-#include "app/QuitSignals.h"
+#include "platform/QuitSignals.h"
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
@@ -26,7 +26,7 @@ QuitSignals::QuitSignals()
 {
     const sigset_t set = quitSignals();
     m_fd = FileDescriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
-    // Without the descriptor the signals keep their deadly meaning.
+    // Without the descriptor the signals keep their default action, which ends the program.
     if (m_fd.isValid())
         ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
 }
@@ -43,8 +43,8 @@ void QuitSignals::watch()
         signalfd_siginfo first{};
         while (::read(m_fd.get(), &first, sizeof first) > 0) {
         }
-        // From here on they are deadly: the way out may hang. But a closing terminal sends SIGHUP
-        // more than once.
+        // From here on SIGINT and SIGTERM kill, in case the clean-up hangs. SIGHUP stays blocked: a
+        // closing terminal sends it more than once.
         sigset_t set = quitSignals();
         sigdelset(&set, SIGHUP);
         ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);

@@ -8,10 +8,10 @@ class QSocketNotifier;
 
 namespace vorn {
 
-// Makes SIGINT, SIGTERM and SIGHUP end the event loop, so that open ports are closed and their
-// lines put back. To be made before any thread is started, since threads inherit what it blocks;
-// watch() follows once there is an application. A second SIGINT or SIGTERM ends the program at
-// once.
+// Turns SIGINT, SIGTERM and SIGHUP into the end of the event loop, so that the program can clean up
+// (close ports, restore their lines, write a report). Construct it before starting any thread,
+// since threads inherit the blocked signals, and call watch() once there is an application. A
+// second SIGINT or SIGTERM ends the program at once.
 class QuitSignals
 {
 public:
