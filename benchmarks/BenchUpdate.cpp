@@ -1,19 +1,22 @@
-// Updates simulated devices through the whole program (event loop, port, updater, a window that
-// shows the progress) and compares its speed with a bare loop of write and read on the same kind of
-// terminal, and with what a serial line itself needs.
+// Updates simulated devices through the whole program, window and controller included, and compares
+// its speed with a bare loop of write and read on the same kind of device.
 
+#include "app/ViewController.h"
+#include "platform/Directories.h"
+#include "platform/DirectoryDeviceRegistry.h"
 #include "platform/FileDescriptor.h"
-#include "serial/ORSSerialPort.h"
 #include "simulator/SimulatedDevice.h"
+#include "update/BootParameters.h"
 #include "update/Frames.h"
-#include "update/Updater.h"
 #include "window/MainWindow.h"
 
 #include <QApplication>
-#include <QEventLoop>
+#include <QComboBox>
+#include <QDir>
 #include <QLabel>
 #include <QLoggingCategory>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -22,6 +25,7 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -38,7 +42,7 @@ constexpr int kBaud = 2'000'000;
 constexpr int kBitsPerByte = 10; // a start bit, eight data bits, a stop bit
 constexpr int kPacedRounds = 3;
 constexpr qsizetype kPacedLength = 1024 * 1024;
-constexpr double kAllowedOnTheLine = 1.10;
+constexpr double kAllowedPaced = 1.10;
 
 QByteArray imageOf(qsizetype length)
 {
@@ -54,11 +58,13 @@ QByteArray imageOf(qsizetype length)
 // What goes over the line from the download header on.
 std::vector<QByteArray> framesOf(const QByteArray &image)
 {
-    std::vector<QByteArray> frames{DownloadHeader(static_cast<quint32>(image.size()))};
+    std::vector<QByteArray> frames{
+        DownloadHeader(kVornBoot.loadAddress, static_cast<quint32>(image.size()))};
     const QByteArrayView bytes(image);
+    const qsizetype perFrame = kVornBoot.imageBytesPerFrame;
     qsizetype at = 0;
-    for (; bytes.size() - at >= kDataFrameBytes; at += kDataFrameBytes)
-        frames.push_back(DataFrame(bytes.sliced(at, kDataFrameBytes)));
+    for (; bytes.size() - at >= perFrame; at += perFrame)
+        frames.push_back(DataFrame(bytes.sliced(at, perFrame)));
     frames.push_back(LastDataFrame(bytes.sliced(at)));
     return frames;
 }
@@ -101,75 +107,96 @@ private:
     FileDescriptor m_fd;
 };
 
-// The program's parts around an update, wired as in the program.
-class WholeProgram : public ORSSerialPortDelegate, public UpdateObserver
+// The program's window and controller on a simulated device, pressed like by a user.
+class WholeProgram
 {
 public:
-    explicit WholeProgram(const QString &path) : m_updater(this)
+    // The device appears in the directory that the program watches.
+    explicit WholeProgram() : m_controller(m_window, PackageLocation())
     {
+        m_controller.viewDidLoad();
         m_window.show();
-        SerialDevice device;
-        device.calloutDevice = path;
-        device.ttyDevice = QStringLiteral("usbserial-bench");
-        m_port = ORSSerialPort::serialPortWithDevice(std::make_shared<SerialDevice>(device));
-        m_port->setDelegate(this);
-        m_port->setBaudRate(kBaud);
-        m_port->open();
-    }
-    ~WholeProgram() override = default;
-    WholeProgram(const WholeProgram &) = delete;
-    WholeProgram &operator=(const WholeProgram &) = delete;
-
-    bool update(const QString &imagePath)
-    {
-        m_updater.startUpdate(m_port, imagePath);
-        m_loop.exec();
-        return m_succeeded;
     }
 
-    void serialPortWasRemovedFromSystem(ORSSerialPort &) override {}
-    void serialPortDidReceiveData(ORSSerialPort &, const QByteArray &data) override
+    // Opens the device that is plugged in, and chooses the one firmware file.
+    bool open()
     {
-        m_updater.serialPortDidReceiveData(data);
+        auto *files = m_window.findChild<QComboBox *>(QStringLiteral("firmwareList_1002"));
+        // Also until the device's arrival, which rebuilds the list, has been told.
+        waitUntil([] { return false; }, kSettled);
+        if (!m_controller.serialPort())
+            return false;
+        m_controller.openHandleBtn();
+        waitUntil([] { return false; }, kSettled);
+        files->setCurrentIndex(files->findText(kFile));
+        m_controller.fileHandlePopBtn();
+
+        return files->currentText() == kFile;
     }
-    void showUpdateText(const QString &text) override { m_label->setText(text); }
-    void updateDidBegin() override { m_window.resetUpdateProgress(); }
-    void updateDidProgress(int percent) override { m_window.showUpdateProgress(percent); }
-    void updateIsErasing() override { m_window.showUpdateBusy(); }
-    void updateDidEnd(const UpdateResult &result) override
+    bool update()
     {
-        m_succeeded = result.succeeded();
-        m_loop.quit();
+        m_status->setText(QString());
+        m_controller.send();
+        waitUntil([&] {
+            return m_status->text().contains(u"successfully update") ||
+                   m_status->text().contains(u"try again");
+        });
+        return m_status->text().contains(u"successfully update");
     }
-    void versionQueryDidEnd() override {}
+
+    static inline const QString kFile = QStringLiteral("VORN_PLATINA-bench.bin");
 
 private:
-    MainWindow m_window;
-    QLabel *const m_label = m_window.findChild<QLabel *>(QStringLiteral("updateText_1015"));
-    QEventLoop m_loop;
-    Updater m_updater;
-    ORSSerialPortPtr m_port;
-    bool m_succeeded = false;
-};
+    static constexpr std::chrono::seconds kLimit{120};
+    static constexpr std::chrono::milliseconds kSettled{700}; // after which both lists stay
 
-// A device, a terminal of its own and a way to update it; the times of its data frames.
-struct Subject
-{
-    explicit Subject(const DeviceOptions &options = {}) : device(options) {}
-
-    // From the release of the first data frame to the final answer, as the device saw it.
-    std::optional<Microseconds> timeOf(bool succeeded, const QByteArray &image) const
+    static bool waitUntil(const std::function<bool()> &condition,
+                          std::chrono::milliseconds limit = kLimit)
     {
-        const DeviceReport report = device.report();
-        if (!succeeded || report.image != image || report.errorCount > 0) {
-            std::fprintf(stderr, "An update failed\n");
-            return std::nullopt;
-        }
-        return report.times.toLastAnswer - report.times.toRelease;
+        QTimer lookAgain;
+        lookAgain.start(20);
+        const auto deadline = std::chrono::steady_clock::now() + limit;
+        while (!condition() && std::chrono::steady_clock::now() < deadline)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        return condition();
     }
 
-    SimulatedDevice device;
+    MainWindow m_window;
+    ViewController m_controller;
+    QLabel *const m_status = m_window.findChild<QLabel *>(QStringLiteral("updateText_1015"));
 };
+
+// The directory that stands for the system's devices, and the firmware folder.
+struct Stage
+{
+    Stage()
+    {
+        qputenv("XDG_CACHE_HOME", QFile::encodeName(folder.filePath(QStringLiteral("cache"))));
+        QDir(folder.path()).mkpath(QStringLiteral("devices"));
+        QDir(cachesDirectory()).mkpath(QStringLiteral("VornUpdate2"));
+        SerialDeviceRegistry::setSystem(std::make_unique<DirectoryDeviceRegistry>(devices()));
+    }
+    QString devices() const { return folder.filePath(QStringLiteral("devices")); }
+    static bool writeFirmware(const QByteArray &image)
+    {
+        QFile file(cachesDirectory() + QStringLiteral("/VornUpdate2/") + WholeProgram::kFile);
+        return file.open(QIODevice::WriteOnly) && file.write(image) == image.size();
+    }
+
+    const QTemporaryDir folder;
+};
+
+// From the release of the first data frame to the final answer, as the device saw it.
+std::optional<Microseconds> timeOf(const SimulatedDevice &device, bool succeeded,
+                                   const QByteArray &image)
+{
+    const DeviceReport report = device.report();
+    if (!succeeded || report.image != image || report.errorCount > 0) {
+        std::fprintf(stderr, "An update failed\n");
+        return std::nullopt;
+    }
+    return report.times.toLastAnswer - report.times.toRelease;
+}
 
 double median(std::vector<double> values)
 {
@@ -186,72 +213,81 @@ bool report(const char *name, double ratio, double allowed)
     return met;
 }
 
-bool compareWithBareLoop(const QString &folder, int rounds)
+struct Medians
 {
-    const QByteArray image = imageOf(kFramesPerRun * kDataFrameBytes);
-    const std::vector<QByteArray> frames = framesOf(image);
-    const QString path = folder + QStringLiteral("/bench.bin");
-    QFile file(path);
-    Subject bareSubject;
-    Subject programSubject;
-    if (!file.open(QIODevice::WriteOnly) || file.write(image) != image.size() || !file.flush() ||
-        !bareSubject.device.start() || !programSubject.device.start())
-        return false;
-    BareLoop bare(bareSubject.device.path());
-    WholeProgram program(programSubject.device.path());
+    double bare = 0;
+    double program = 0; // both in microseconds
+};
 
+// The same image by the bare loop and by the program, in turns, each on a device of its own.
+std::optional<Medians> compare(const Stage &stage, const DeviceOptions &options,
+                               const QByteArray &image, int rounds)
+{
+    const std::vector<QByteArray> frames = framesOf(image);
+    SimulatedDevice bareDevice(options);
+    DeviceOptions named = options;
+    named.directory = stage.devices();
+    named.name = QStringLiteral("usbserial-bench");
+    SimulatedDevice programDevice(named);
+    if (!Stage::writeFirmware(image) || !bareDevice.start() || !programDevice.start())
+        return std::nullopt;
+    BareLoop bare(bareDevice.path());
+    WholeProgram program;
+    if (!program.open()) {
+        std::fprintf(stderr, "The device cannot be opened or its file not chosen\n");
+        return std::nullopt;
+    }
     std::vector<double> bareTimes;
     std::vector<double> programTimes;
     // The first round warms up and does not count.
     for (int round = 0; round <= rounds; ++round) {
-        const auto bareTime = bareSubject.timeOf(bare.update(frames), image);
-        const auto programTime = programSubject.timeOf(program.update(path), image);
+        const auto bareTime = timeOf(bareDevice, bare.update(frames), image);
+        const auto programTime = timeOf(programDevice, program.update(), image);
         if (!bareTime || !programTime)
-            return false;
+            return std::nullopt;
         if (round > 0) {
-            bareTimes.push_back(bareTime->count() / kFramesPerRun);
-            programTimes.push_back(programTime->count() / kFramesPerRun);
+            bareTimes.push_back(bareTime->count());
+            programTimes.push_back(programTime->count());
         }
     }
-    const double base = median(bareTimes);
-    const double whole = median(programTimes);
+    return Medians{median(bareTimes), median(programTimes)};
+}
+
+bool compareOnInstantDevice(const Stage &stage, int rounds)
+{
+    const QByteArray image = imageOf(kFramesPerRun * kVornBoot.imageBytesPerFrame);
+    const auto times = compare(stage, {}, image, rounds);
+    if (!times)
+        return false;
     std::printf(
         "Time per data frame, device with instant answers, medians of %d runs of %d frames\n"
         "%-28s %8.1f us\n%-28s %8.1f us\n",
-        rounds, static_cast<int>(kFramesPerRun), "bare write 252 / read 1", base, "whole program",
-        whole);
-    return report("Whole program to bare loop", whole / base, kAllowedPerFrame);
+        rounds, static_cast<int>(kFramesPerRun), "bare write 252 / read 1",
+        times->bare / kFramesPerRun, "whole program", times->program / kFramesPerRun);
+    return report("Whole program to bare loop", times->program / times->bare, kAllowedPerFrame);
 }
 
-bool compareWithLine(const QString &folder)
+bool compareOnPacedDevice(const Stage &stage)
 {
     const QByteArray image = imageOf(kPacedLength);
     const std::vector<QByteArray> frames = framesOf(image);
     qsizetype bytes = 0;
     for (auto frame = frames.begin() + 1; frame != frames.end(); ++frame)
         bytes += frame->size() + 1; // and its acknowledgement
-    const double lineSeconds = static_cast<double>(bytes) * kBitsPerByte / kBaud;
+    const double line = static_cast<double>(bytes) * kBitsPerByte / kBaud * 1e6;
 
     DeviceOptions options;
     options.baud = kBaud;
-    const QString path = folder + QStringLiteral("/paced.bin");
-    QFile file(path);
-    Subject subject(options);
-    if (!file.open(QIODevice::WriteOnly) || file.write(image) != image.size() || !file.flush() ||
-        !subject.device.start())
+    const auto times = compare(stage, options, image, kPacedRounds);
+    if (!times)
         return false;
-    WholeProgram program(subject.device.path());
-    std::vector<double> seconds;
-    for (int round = 0; round < kPacedRounds; ++round) {
-        const auto time = subject.timeOf(program.update(path), image);
-        if (!time)
-            return false;
-        seconds.push_back(time->count() / 1e6);
-    }
-    std::printf("\n1 MiB to a device paced at 2 Mbaud with instant answers, median of %d\n"
-                "%-28s %8.3f s\n%-28s %8.3f s\n",
-                kPacedRounds, "the line's own time", lineSeconds, "whole program", median(seconds));
-    return report("Whole program to line", median(seconds) / lineSeconds, kAllowedOnTheLine);
+    std::printf("\n1 MiB to a device paced at 2 Mbaud with instant answers, medians of %d\n"
+                "%-28s %8.3f s\n%-28s %8.3f s  (%.2f of the line)\n"
+                "%-28s %8.3f s  (%.2f of the line)\n",
+                kPacedRounds, "the line's own time", line / 1e6, "bare write 252 / read 1",
+                times->bare / 1e6, times->bare / line, "whole program", times->program / 1e6,
+                times->program / line);
+    return report("Whole program to bare loop", times->program / times->bare, kAllowedPaced);
 }
 
 } // namespace
@@ -263,9 +299,9 @@ int main(int argc, char **argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     QLoggingCategory::setFilterRules(QStringLiteral("vorn.*.info=false"));
-    const QTemporaryDir folder;
+    const Stage stage;
     const int rounds = QCoreApplication::arguments().value(1).toInt();
-    const bool fast = compareWithBareLoop(folder.path(), rounds > 0 ? rounds : kDefaultRounds);
-    const bool onTheLine = compareWithLine(folder.path());
+    const bool fast = compareOnInstantDevice(stage, rounds > 0 ? rounds : kDefaultRounds);
+    const bool onTheLine = compareOnPacedDevice(stage);
     return fast && onTheLine ? 0 : 1;
 }

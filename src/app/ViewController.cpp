@@ -5,11 +5,13 @@
 #include "platform/GlobalQueue.h"
 #include "platform/NotificationCenter.h"
 #include "update/FirmwareImage.h"
-#include "update/UpdateTexts.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QLoggingCategory>
+
+#include <algorithm>
+#include <utility>
 
 using namespace std::chrono_literals;
 using vorn::currentTitle;
@@ -18,6 +20,7 @@ using vorn::setStatusTone;
 using vorn::setTitle;
 using vorn::showStatus;
 using vorn::StatusTone;
+using vorn::texts::Connection;
 
 namespace {
 
@@ -29,12 +32,8 @@ const QString kNoDevice = QStringLiteral("No device selected");
 const QString kNoFirmware = QStringLiteral("No firmware selected");
 const QString kDeviceNamePrefix = QStringLiteral("usbserial-");
 
-// The speed of the device's boot loader.
-constexpr quint32 kBaudRate = 2000000;
 // What a device needs, with some room, to tell its model after the port was opened.
 constexpr auto kRefillDelay = 500ms;
-// A port that has not closed by then is reported so; closing itself goes on.
-constexpr auto kCloseLimit = 2s;
 
 QString devicePrefix(const ORSSerialPort &port)
 {
@@ -52,23 +51,22 @@ QStringList namesOf(const ORSSerialPortList &ports)
 } // namespace
 
 ViewController::ViewController(MainWindow &window, vorn::PackageLocation packages,
-                               const vorn::UpdateTimings &timings)
+                               const vorn::BootParameters &parameters)
     : m_window(window), m_hasPackageServer(packages.isConfigured()),
       m_library(std::make_shared<vorn::FirmwareLibrary>(
           [this](qint32, const QStringList &titles) { refillFirmwareList(titles); })),
-      m_updater(this, timings),
       m_download(
-          std::move(packages), *m_library, [this] { return targetVersion(); }, *this)
+          std::move(packages), *m_library, [this] { return targetVersion(); }, *this),
+      m_parameters(parameters)
 {
-    m_closeLimit.setSingleShot(true);
-    m_closeLimit.setInterval(kCloseLimit);
-    connect(&m_closeLimit, &QTimer::timeout, this, &ViewController::showClosing);
+    m_refill.setSingleShot(true);
+    m_refill.setTimerType(Qt::PreciseTimer);
+    m_refill.setInterval(kRefillDelay);
+    connect(&m_refill, &QTimer::timeout, this, &ViewController::readFirmWareInBackground);
+    connect(&m_window, &MainWindow::closePortAnyway, this, &ViewController::closeSerialPort);
 }
 
-ViewController::~ViewController()
-{
-    setSerialPort(nullptr);
-}
+ViewController::~ViewController() = default;
 
 void ViewController::viewDidLoad()
 {
@@ -104,7 +102,7 @@ void ViewController::wireControls()
     wireList(m_controls.filePopUpBtn, &ViewController::fileHandlePopBtn);
     wireList(m_controls.devPopUpBtn, &ViewController::devHandlePopBtn);
 
-    showConnection(vorn::texts::kNoDeviceSelected);
+    showNoDevice();
     m_window.setDownloadAvailable(m_hasPackageServer, m_hasPackageServer
                                                           ? tr("Fetch the latest firmware package")
                                                           : tr("No package server is configured"));
@@ -112,22 +110,13 @@ void ViewController::wireControls()
 
 void ViewController::setSerialPort(const ORSSerialPortPtr &port)
 {
-    if (port == m_serialPort)
+    if (port == serialPort())
         return;
-    if (m_serialPort) {
-        disconnect(m_portOpenConnection);
-        m_serialPort->close();
-        m_serialPort->setDelegate(nullptr);
-        m_closeLimit.stop();
-        m_closing = false;
-        m_updater.portWasClosed();
-    }
-    m_serialPort = port;
-    if (m_serialPort) {
-        m_serialPort->setDelegate(this);
-        m_portOpenConnection = connect(m_serialPort.get(), &ORSSerialPort::fileDescriptorChanged,
-                                       this, &ViewController::portOpenChanged);
-    }
+    if (m_session)
+        m_session->end();
+    m_session.reset();
+    if (port)
+        m_session = std::make_unique<vorn::DeviceSession>(port, *this, m_parameters);
 }
 
 void ViewController::getDeviceConnected()
@@ -148,11 +137,11 @@ void ViewController::getDeviceConnected()
             list->setItemText(list->currentIndex(), port->name());
         }
         setSerialPort(port);
-        showConnection(QStringLiteral("Prompt:%1 Selected,not opened").arg(port->name()));
+        showConnection(Connection::NotOpened);
         break;
     }
-    if (!m_serialPort) {
-        showConnection(vorn::texts::kNoDeviceSelected);
+    if (!m_session) {
+        showNoDevice();
         setTitle(m_controls.openBtn, kOpen);
     }
 }
@@ -162,6 +151,8 @@ void ViewController::devHandlePopBtn()
     const QString title = currentTitle(m_controls.devPopUpBtn);
     qCInfo(logController).noquote()
         << "Device list:" << m_controls.devPopUpBtn->currentIndex() << title;
+    if (isUpdating())
+        return;
     // The whole title against a name's first ten characters: only a title of ten can match.
     const ORSSerialPortList ports = m_serialPortManager->availablePorts();
     for (const ORSSerialPortPtr &port : ports)
@@ -171,67 +162,55 @@ void ViewController::devHandlePopBtn()
 
 void ViewController::openHandleBtn()
 {
-    if (!m_serialPort)
+    if (!m_session)
         return;
     const QString title = m_controls.openBtn->text();
-    if (!m_serialPort->isOpen() && title == kOpen)
+    if (!m_session->isOpen() && title == kOpen)
         openSerialPort();
-    else if (m_serialPort->isOpen() && title == kClose)
-        closeSerialPort();
+    else if (m_session->isOpen() && title == kClose && isUpdating())
+        m_window.askToClosePort();
+    else if (m_session->isOpen() && title == kClose)
+        m_session->close();
 }
 
 void ViewController::openSerialPort()
 {
-    const QString name = m_serialPort->name();
-    m_serialPort->setBaudRate(kBaudRate);
-    m_serialPort->open();
-    if (!m_serialPort->isOpen()) {
+    if (!m_session->open()) {
         setTitle(m_controls.openBtn, kOpen);
-        showConnection(
-            QStringLiteral("Prompt:%1 Selected,failed to open,please try again").arg(name),
-            StatusTone::Bad);
+        showConnection(Connection::OpenFailed, StatusTone::Bad);
         return;
     }
-    setTitle(m_controls.openBtn, kClose);
-    showConnection(QStringLiteral("Prompt:%1 Selected,opened successfully").arg(name),
-                   StatusTone::Good);
-    m_openedAt = std::chrono::steady_clock::now();
-    m_updater.getTargetVersion(m_serialPort);
-    QTimer::singleShot(kRefillDelay, Qt::PreciseTimer, this,
-                       &ViewController::readFirmWareInBackground);
+    showOpen();
+    m_refill.start();
 }
 
 void ViewController::closeSerialPort()
 {
-    m_closing = true;
-    m_serialPort->close();
-    if (!m_closeLimit.isActive())
-        m_closeLimit.start();
+    if (m_session)
+        m_session->close();
 }
 
-void ViewController::portOpenChanged()
+void ViewController::showOpen()
 {
-    if (m_serialPort->isOpen())
-        return;
-    m_updater.portWasClosed();
-    if (m_closing)
-        showClosing();
+    setTitle(m_controls.openBtn, kClose);
+    showConnection(Connection::Opened, StatusTone::Good);
 }
 
-// The port has closed, or has not in time; then this is called once more when it has.
-void ViewController::showClosing()
+void ViewController::deviceDidReopen()
 {
-    m_closeLimit.stop();
-    const QString name = m_serialPort->name();
-    if (m_serialPort->isOpen()) {
-        setTitle(m_controls.openBtn, kClose);
-        showConnection(QStringLiteral("Prompt:%1 Selected,closeing failed").arg(name),
-                       StatusTone::Bad);
-    } else {
-        m_closing = false;
-        setTitle(m_controls.openBtn, kOpen);
-        showConnection(QStringLiteral("Prompt:%1 Selected,close successfully").arg(name));
-    }
+    showOpen();
+}
+
+void ViewController::deviceDidClose(bool onRequest)
+{
+    setTitle(m_controls.openBtn, kOpen);
+    showConnection(onRequest ? Connection::Closed : Connection::NotOpened);
+}
+
+void ViewController::deviceDoesNotClose()
+{
+    setTitle(m_controls.openBtn, kClose);
+    showConnection(Connection::CloseFailed, StatusTone::Bad);
 }
 
 void ViewController::fileHandlePopBtn()
@@ -242,17 +221,17 @@ void ViewController::fileHandlePopBtn()
     m_fileName = title;
     showStatus(m_controls.perText,
                title == kNoFirmware ? vorn::texts::kNoFirmwareSelected
-                                    : QStringLiteral("Prompt:Firmware selected"),
+                                    : vorn::texts::kFirmwareSelected,
                StatusTone::Neutral);
 }
 
 void ViewController::send()
 {
-    if (m_updater.isUpdating())
+    if (isUpdating())
         return;
-    if (!m_serialPort)
+    if (!m_session)
         return refuseUpdate(vorn::texts::kNoDeviceSelected);
-    if (!m_serialPort->isOpen())
+    if (!m_session->isOpen())
         return refuseUpdate(vorn::texts::kDeviceNotOpened);
     // A list that was never filled offers nothing to choose either.
     const QString firmware = currentTitle(m_controls.filePopUpBtn);
@@ -261,21 +240,24 @@ void ViewController::send()
 
     QString imagePath;
     if (!m_fileName.isNull()) {
-        imagePath = QDir(vorn::cachesDirectory())
-                        .filePath(m_download.curDirName() + QLatin1Char('/') + m_fileName);
-        const auto check = vorn::checkFirmwareImage(imagePath);
-        if (const auto *error = std::get_if<vorn::ImageError>(&check)) {
-            qCWarning(logController).noquote() << error->description();
-            return refuseUpdate(vorn::texts::kUpdateFailed);
+        imagePath =
+            QDir(vorn::cachesDirectory()).filePath(m_download.curDirName() + u'/' + m_fileName);
+        if (const auto failure = vorn::checkFirmwareImage(imagePath)) {
+            qCWarning(logController).noquote() << vorn::texts::logLineOf(failure);
+            return refuseUpdate(vorn::texts::ofImageFailure(failure));
         }
     }
-    m_updater.startUpdate(m_serialPort, imagePath);
+    m_percent = 0;
+    m_window.resetUpdateProgress();
+    m_window.setUpdateRuns(true);
+    setStatusTone(m_controls.updateText, StatusTone::Neutral);
+    m_session->startUpdate(imagePath);
 }
 
 // A press that cannot start an update leaves the device alone.
 void ViewController::refuseUpdate(const QString &text)
 {
-    showUpdateText(text);
+    showStatus(m_controls.updateText, text, StatusTone::Bad);
     m_window.resetUpdateProgress();
 }
 
@@ -290,6 +272,11 @@ void ViewController::serialPortsWereDisconnected(const QVariantMap &userInfo)
 {
     const auto ports = userInfo.value(ORSDisconnectedSerialPortsKey).value<ORSSerialPortList>();
     qCInfo(logController) << "Ports were disconnected:" << namesOf(ports);
+    const bool isCurrentGone = std::any_of(ports.begin(), ports.end(), [&](const auto &port) {
+        return m_session && port->isEqual(*m_session->port());
+    });
+    if (isCurrentGone && isUpdating())
+        m_session->close();
     postUserNotificationForDisconnectedPorts(ports);
 }
 
@@ -311,67 +298,65 @@ void ViewController::announce(const QString &title, const QString &text,
         return;
     for (const ORSSerialPortPtr &port : ports)
         m_notifications.deliver(title, text.arg(port->name()));
-    getDeviceConnected();
+    if (isUpdating())
+        m_rebuildAfterUpdate = true;
+    else
+        getDeviceConnected();
 }
 
-void ViewController::serialPortWasRemovedFromSystem(ORSSerialPort &) {}
-
-void ViewController::serialPortDidReceiveData(ORSSerialPort &, const QByteArray &data)
-{
-    m_updater.serialPortDidReceiveData(data);
-}
-
-void ViewController::serialPortDidEncounterError(ORSSerialPort &serialPort,
-                                                 const ORSSerialPortError &error)
+void ViewController::deviceDidReportError(const ORSSerialPortError &error)
 {
     qCWarning(logController).noquote()
-        << "Serial port" << serialPort.description() << "encountered an error:" << error.description
-        << '(' << error.code << ')' << error.path;
+        << "Serial port" << m_session->port()->description()
+        << "encountered an error:" << error.description << '(' << error.code << ')' << error.path;
 }
 
-void ViewController::showUpdateText(const QString &text)
+void ViewController::targetVersionDidArrive(qint32 targetVersion)
 {
-    // Outside a run only failures are shown.
-    showStatus(m_controls.updateText, text,
-               m_updater.isUpdating() ? StatusTone::Neutral : StatusTone::Bad);
+    m_targetVersion = targetVersion;
 }
 
-void ViewController::updateDidBegin()
+void ViewController::versionQueryDidEnd(const vorn::UpdateResult &result)
 {
-    m_percent = 0;
-    setStatusTone(m_controls.updateText, StatusTone::Neutral);
-    m_window.resetUpdateProgress();
-    m_window.setUpdateRuns(true);
+    for (const QString &text : vorn::texts::ofVersionQueryEnd(result))
+        showStatus(m_controls.updateText, text, StatusTone::Bad);
+    // Before that, the list is filled anyway. A choice is only taken away for another model.
+    if (!m_refill.isActive() && m_targetVersion != m_listedVersion)
+        readFirmWareInBackground();
 }
 
-void ViewController::updateDidProgress(int percent)
+void ViewController::updateDidProgress(const vorn::UpdateProgress &progress)
 {
-    m_percent = percent;
-    m_window.showUpdateProgress(percent);
-}
-
-void ViewController::updateIsErasing()
-{
-    m_window.showUpdateBusy();
+    if (progress.step == vorn::UpdateStep::Erase)
+        m_window.showUpdateBusy();
+    if (progress.step != vorn::UpdateStep::Data)
+        return;
+    m_percent = progress.percent;
+    m_window.showUpdateProgress(progress.percent);
+    showStatus(m_controls.updateText, vorn::texts::ofProgress(progress), StatusTone::Neutral);
 }
 
 void ViewController::updateDidEnd(const vorn::UpdateResult &result)
 {
-    setStatusTone(m_controls.updateText, result.succeeded() ? StatusTone::Good : StatusTone::Bad);
-    // A failure during the erase leaves the bar indeterminate otherwise.
-    m_window.showUpdateProgress(m_percent);
+    const StatusTone tone = result.succeeded() ? StatusTone::Good : StatusTone::Bad;
+    setStatusTone(m_controls.updateText, tone);
+    for (const QString &text : vorn::texts::ofUpdateEnd(result))
+        showStatus(m_controls.updateText, text, tone);
+    qCInfo(logController).noquote() << vorn::texts::logLineOf(result);
+    // Otherwise a failure during the erase leaves the bar indeterminate.
+    m_window.showUpdateProgress(result.succeeded() ? 100 : m_percent);
     m_window.setUpdateRuns(false);
 }
 
-void ViewController::versionQueryDidEnd()
+void ViewController::deviceDidBecomeIdle()
 {
-    // A device that told its model after the list was filled gets the list for its model now.
-    if (std::chrono::steady_clock::now() - m_openedAt >= kRefillDelay)
-        readFirmWareInBackground();
+    if (std::exchange(m_rebuildAfterUpdate, false))
+        getDeviceConnected();
 }
 
 void ViewController::readFirmWareInBackground()
 {
+    m_listedVersion = m_targetVersion;
     vorn::GlobalQueue::instance().post(
         [library = m_library, version = targetVersion()] { library->readFirmWare(version); });
 }
@@ -386,9 +371,15 @@ void ViewController::refillFirmwareList(const QStringList &titles)
     list->addItems(titles);
 }
 
-void ViewController::showConnection(const QString &text, StatusTone tone)
+void ViewController::showConnection(Connection state, StatusTone tone)
 {
-    showStatus(m_controls.connectText, text, tone);
+    showStatus(m_controls.connectText, vorn::texts::ofConnection(state, m_session->port()->name()),
+               tone);
+}
+
+void ViewController::showNoDevice()
+{
+    showStatus(m_controls.connectText, vorn::texts::kNoDeviceSelected, StatusTone::Neutral);
 }
 
 void ViewController::getFirmWare()

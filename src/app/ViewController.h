@@ -1,12 +1,13 @@
 #pragma once
 
 #include "app/Controls.h"
+#include "app/UpdateTexts.h"
 #include "firmware/FirmwareLibrary.h"
 #include "firmware/PackageDownload.h"
 #include "platform/DesktopNotifications.h"
 #include "serial/ORSSerialPort.h"
 #include "serial/ORSSerialPortManager.h"
-#include "update/Updater.h"
+#include "update/DeviceSession.h"
 #include "window/MainWindow.h"
 
 #include <QObject>
@@ -20,15 +21,14 @@
 // texts. Updates, the firmware folder and downloads are done by classes of their own. Main thread
 // only.
 class ViewController final : public QObject,
-                             public ORSSerialPortDelegate,
-                             public vorn::UpdateObserver,
+                             public vorn::DeviceSessionObserver,
                              private vorn::PackageObserver
 {
     Q_OBJECT
 
 public:
     ViewController(vorn::MainWindow &window, vorn::PackageLocation packages,
-                   const vorn::UpdateTimings &timings = {});
+                   const vorn::BootParameters &parameters = vorn::kVornBoot);
     ~ViewController() override;
 
     // Start-up, once: finds and wires the controls, subscribes to the ports' coming and going,
@@ -36,11 +36,11 @@ public:
     void viewDidLoad();
 
     // The current port, null for none. Another port than the current one closes that one.
-    ORSSerialPortPtr serialPort() const { return m_serialPort; }
+    ORSSerialPortPtr serialPort() const { return m_session ? m_session->port() : nullptr; }
     void setSerialPort(const ORSSerialPortPtr &port);
 
     // The device's model code, -1 until it told.
-    qint32 targetVersion() const { return m_updater.targetVersion(); }
+    qint32 targetVersion() const { return m_targetVersion; }
 
     // Rebuilds the device list and chooses the first device whose name begins "usbserial-".
     void getDeviceConnected();
@@ -59,21 +59,18 @@ public:
     void postUserNotificationForConnectedPorts(const ORSSerialPortList &ports);
     void postUserNotificationForDisconnectedPorts(const ORSSerialPortList &ports);
 
-    // ORSSerialPortDelegate
-    void serialPortWasRemovedFromSystem(ORSSerialPort &serialPort) override;
-    void serialPortDidReceiveData(ORSSerialPort &serialPort, const QByteArray &data) override;
-    void serialPortDidEncounterError(ORSSerialPort &serialPort,
-                                     const ORSSerialPortError &error) override;
-
-    // vorn::UpdateObserver
-    void showUpdateText(const QString &text) override;
-    void updateDidBegin() override;
-    void updateDidProgress(int percent) override;
-    void updateIsErasing() override;
-    void updateDidEnd(const vorn::UpdateResult &result) override;
-    void versionQueryDidEnd() override;
-
 private:
+    // vorn::DeviceSessionObserver
+    void deviceDidReopen() override;
+    void deviceDidClose(bool onRequest) override;
+    void deviceDoesNotClose() override;
+    void deviceDidReportError(const ORSSerialPortError &error) override;
+    void targetVersionDidArrive(qint32 targetVersion) override;
+    void versionQueryDidEnd(const vorn::UpdateResult &result) override;
+    void updateDidProgress(const vorn::UpdateProgress &progress) override;
+    void updateDidEnd(const vorn::UpdateResult &result) override;
+    void deviceDidBecomeIdle() override;
+
     // vorn::PackageObserver
     void showText(const QString &text) override;
     void packageProgress(Phase phase, qint64 received, qint64 total) override;
@@ -83,10 +80,12 @@ private:
     void announce(const QString &title, const QString &text, const ORSSerialPortList &ports);
     void openSerialPort();
     void closeSerialPort();
-    void portOpenChanged();
-    void showClosing();
+    void showOpen();
+    bool isUpdating() const { return m_session && m_session->isUpdating(); }
     void refuseUpdate(const QString &text);
-    void showConnection(const QString &text, vorn::StatusTone tone = vorn::StatusTone::Neutral);
+    void showConnection(vorn::texts::Connection state,
+                        vorn::StatusTone tone = vorn::StatusTone::Neutral);
+    void showNoDevice();
     void readFirmWareInBackground();
     void refillFirmwareList(const QStringList &titles);
 
@@ -95,17 +94,16 @@ private:
     vorn::DesktopNotifications m_notifications;
     const bool m_hasPackageServer;
     const std::shared_ptr<vorn::FirmwareLibrary> m_library;
-    vorn::Updater m_updater;
     vorn::PackageDownload m_download;
+    const vorn::BootParameters m_parameters;
     ORSSerialPortManager *m_serialPortManager = nullptr;
-    ORSSerialPortPtr m_serialPort;
-    QMetaObject::Connection m_portOpenConnection;
-
+    std::unique_ptr<vorn::DeviceSession> m_session; // the current port's; null without one
+    qint32 m_targetVersion = -1;
+    // The list follows the device half a second after the opening, and from then on whenever a
+    // query tells another model.
+    QTimer m_refill;
+    qint32 m_listedVersion = -1;
     QString m_fileName; // null while none was chosen
-    // From the press of the close button until the port is closed, and how long that may take
-    // before the window says that it failed.
-    bool m_closing = false;
-    QTimer m_closeLimit;
-    std::chrono::steady_clock::time_point m_openedAt;
+    bool m_rebuildAfterUpdate = false;
     int m_percent = 0;
 };

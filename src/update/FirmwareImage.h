@@ -1,29 +1,25 @@
 #pragma once
 
+#include "update/UpdateResult.h"
+
 #include <QByteArray>
 #include <QString>
 
-#include <variant>
-
 namespace vorn {
 
-// Why a file cannot serve as a firmware image.
-struct ImageError
+// A whole firmware file, 1 to 2^31 - 1 bytes long, the lengths that the protocol can announce; or
+// why there is none.
+struct FirmwareImage
 {
-    enum class Kind { Unreadable, Empty, TooLong };
-    Kind kind = Kind::Unreadable;
-    int code = 0; // errno, when unreadable
-    QString path;
-
-    // One line for the log or for the user.
-    QString description() const;
+    QByteArray bytes;
+    UpdateFailure failure;
 };
 
-// The whole file's bytes: 1 to 2^31 - 1 of them, the lengths that the protocol can announce. The
-// content is not judged. Never waits, also not for a pipe.
-std::variant<QByteArray, ImageError> readFirmwareImage(const QString &path);
+// Reads the file, whose content is not judged. A null path means that none was chosen. Never waits,
+// not even for a pipe.
+FirmwareImage readFirmwareImage(const QString &path);
 
-// Whether the file could be read just now, without reading it; nothing when it could.
-std::variant<std::monostate, ImageError> checkFirmwareImage(const QString &path);
+// Why the file could not be read just now, without reading it; None when it could.
+UpdateFailure checkFirmwareImage(const QString &path);
 
 } // namespace vorn

@@ -46,23 +46,21 @@ QByteArray CmdDownload()
     return command(0x03);
 }
 
-QByteArray DownloadHeader(quint32 imageLength)
+QByteArray DownloadHeader(quint32 loadAddress, quint32 imageLength)
 {
     char body[8];
-    qToBigEndian(kLoadAddress, body);
+    qToBigEndian(loadAddress, body);
     qToBigEndian(imageLength, body + 4);
     return framed(QByteArrayView(body, sizeof body));
 }
 
 QByteArray DataFrame(QByteArrayView imageBytes)
 {
-    Q_ASSERT(imageBytes.size() == kDataFrameBytes);
     return framed(imageBytes);
 }
 
 QByteArray LastDataFrame(QByteArrayView imageBytes)
 {
-    Q_ASSERT(imageBytes.size() < kDataFrameBytes);
     return framed(imageBytes);
 }
 

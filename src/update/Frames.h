@@ -17,22 +17,17 @@ inline constexpr quint8 AckByte = 0xAF;
 // The device has refused. First byte of an answer.
 inline constexpr quint8 NakByte = 0xFC;
 
-// The number of image bytes in a data frame.
-inline constexpr qsizetype kDataFrameBytes = 250;
-// Where the device's boot loader puts the image in its flash.
-inline constexpr quint32 kLoadAddress = 0x08001800;
-
 // The XOR of the first `len` bytes, 0 for none.
 quint8 dataChecksumappendLen(QByteArrayView data, qsizetype len);
 
 QByteArray CmdConnect();
 QByteArray CmdQueryVersion();
 QByteArray CmdDownload();
-// Announces an image of that many bytes.
-QByteArray DownloadHeader(quint32 imageLength);
-// Exactly kDataFrameBytes bytes of the image.
+// Announces an image of that many bytes for that address in the device's flash.
+QByteArray DownloadHeader(quint32 loadAddress, quint32 imageLength);
+// As many bytes of the image as every data frame of the family carries, at most 253.
 QByteArray DataFrame(QByteArrayView imageBytes);
-// What is left of the image behind the data frames: 0 to kDataFrameBytes - 1 bytes.
+// What is left of the image behind the data frames, possibly nothing.
 QByteArray LastDataFrame(QByteArrayView imageBytes);
 
 } // namespace vorn

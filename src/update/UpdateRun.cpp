@@ -1,200 +1,193 @@
 #include "update/UpdateRun.h"
 
-#include "update/FirmwareImage.h"
+#include "update/BootProtocol.h"
 #include "update/Frames.h"
-#include "update/UpdateTexts.h"
 
-#include <QLoggingCategory>
+#include <algorithm>
 
 namespace vorn {
 namespace {
 
-Q_LOGGING_CATEGORY(logUpdate, "vorn.update")
-
-// Devices of this model code and above erase their flash after the header and say when they are
-// done.
-constexpr qint32 kFirstErasingModel = 2;
-
-QString nameOf(UpdateStep step)
+class UpdateRun
 {
-    switch (step) {
-    case UpdateStep::Connect:
-        return QStringLiteral("connecting");
-    case UpdateStep::QueryVersion:
-        return QStringLiteral("asking for the version");
-    case UpdateStep::ReadImage:
-        return QStringLiteral("reading the firmware file");
-    case UpdateStep::Download:
-        return QStringLiteral("starting the download");
-    case UpdateStep::Header:
-        return QStringLiteral("announcing the image");
-    case UpdateStep::Erase:
-        return QStringLiteral("erasing");
-    case UpdateStep::Data:
-        return QStringLiteral("sending the image");
-    case UpdateStep::LastData:
-        return QStringLiteral("sending the end of the image");
-    case UpdateStep::Finish:
-        break;
+public:
+    UpdateRun(DeviceLine &line, const ImageReader &readImage, const BootParameters &parameters,
+              UpdateObserver &observer)
+        : m_boot(line, parameters), m_readImage(readImage), m_parameters(parameters),
+          m_observer(observer)
+    {
     }
-    return QStringLiteral("waiting for the final answer");
-}
 
-} // namespace
+    UpdateResult run();
 
-UpdateRun::UpdateRun(BootLoaderLink link, QString imagePath,
-                     std::shared_ptr<std::atomic<qint32>> targetVersion)
-    : m_link(std::move(link)), m_imagePath(std::move(imagePath)),
-      m_targetVersion(std::move(targetVersion))
-{
-}
+private:
+    // Each step is true when the update goes on, and else has left the reason in m_result.
+    bool handshake();
+    bool readImage();
+    bool startDownload();
+    bool waitForErase();
+    bool sendImage();
+    bool finish();
+
+    void reach(UpdateStep step, qint64 frame = 0);
+    bool send(const QByteArray &frame);
+    bool goesOn(UpdateFailureKind failure);
+    void showProgress(qint64 frame);
+
+    BootProtocol m_boot;
+    const ImageReader &m_readImage;
+    const BootParameters &m_parameters;
+    UpdateObserver &m_observer;
+    QByteArray m_image;
+    qint32 m_targetVersion = -1;
+    UpdateProgress m_progress;
+    UpdateResult m_result;
+};
 
 UpdateResult UpdateRun::run()
 {
-    if (handshake() && readImage() && startDownload() && waitForErase() && sendData() &&
-        sendLastData() && finish())
-        qCInfo(logUpdate, "The device holds the image of %lld bytes", m_image.size());
-    else
-        qCWarning(logUpdate).noquote() << m_result.description;
+    const bool succeeded =
+        handshake() && readImage() && startDownload() && waitForErase() && sendImage() && finish();
+    if (m_result.failure.kind == UpdateFailureKind::Abandoned)
+        return m_result;
+    if (succeeded)
+        m_boot.raiseRts();
+    m_observer.updateDidEnd(m_result);
+    // A device that did not confirm the last frame is let go of once more too.
+    if (m_result.step == UpdateStep::Finish && m_result.failure.kind != UpdateFailureKind::Refused)
+        m_boot.lowerRtsAfterPulse();
     return m_result;
 }
 
 bool UpdateRun::handshake()
 {
-    if (!m_link.connect()) {
-        failAt(UpdateStep::Connect);
-        m_result.texts += texts::kDeviceDoesNotRespond;
+    if (!goesOn(m_boot.connect()))
         return false;
-    }
-    if (!m_link.queryVersion())
-        return failAt(UpdateStep::QueryVersion);
-    if (const auto version = m_link.reportedVersion())
-        *m_targetVersion = *version;
+    reach(UpdateStep::Connect);
+    if (!goesOn(m_boot.queryVersion()))
+        return false;
+    m_targetVersion = m_boot.reportedVersion();
+    m_observer.targetVersionDidArrive(m_targetVersion);
+    reach(UpdateStep::QueryVersion);
     return true;
 }
 
 bool UpdateRun::readImage()
 {
-    m_result.step = UpdateStep::ReadImage;
-    if (m_imagePath.isNull()) {
-        m_result.texts = {texts::kNoFirmwareSelected};
-        m_result.outcome = UpdateResult::Outcome::NoFirmwareChosen;
-        m_result.description = QStringLiteral("No firmware file is chosen");
+    FirmwareImage image = m_readImage();
+    if (image.failure) {
+        // The device has not been told to give up its old firmware yet.
+        m_result.step = UpdateStep::ReadImage;
+        m_result.failure = image.failure;
         return false;
     }
-    auto image = readFirmwareImage(m_imagePath);
-    if (const auto *error = std::get_if<ImageError>(&image)) {
-        // Before the download command: the device has not given up its old firmware yet.
-        m_result.texts = {texts::kUpdateFailed};
-        m_result.outcome = UpdateResult::Outcome::ImageUnusable;
-        m_result.description = error->description();
-        return false;
-    }
-    m_image = std::get<QByteArray>(std::move(image));
-    m_fullFrames = m_image.size() / kDataFrameBytes;
+    m_image = std::move(image.bytes);
+    m_result.frames = m_progress.frames = m_image.size() / m_parameters.imageBytesPerFrame + 1;
     return true;
 }
 
 bool UpdateRun::startDownload()
 {
-    if (!send(CmdDownload(), UpdateStep::Download)) {
-        m_result.texts += texts::kUpdateFailed;
+    if (!send(CmdDownload()))
         return false;
-    }
-    return send(DownloadHeader(static_cast<quint32>(m_image.size())), UpdateStep::Header);
+    reach(UpdateStep::Download);
+    return send(DownloadHeader(m_parameters.loadAddress, static_cast<quint32>(m_image.size())));
 }
 
 bool UpdateRun::waitForErase()
 {
-    m_link.allowForErasing(true);
-    if (*m_targetVersion < kFirstErasingModel)
-        return true;
-    m_link.tell([](UpdateObserver &observer) { observer.updateIsErasing(); });
-    if (m_link.waitForAnswer() == Verdict::Ack) {
-        m_link.keepSecondAnswer();
-        return true;
-    }
-    failAt(UpdateStep::Erase);
-    if (m_link.gotNoAnswer())
-        m_result.texts = {texts::kEraseFailed};
-    return false;
-}
-
-bool UpdateRun::sendData()
-{
-    for (qint64 i = 0; i < m_fullFrames; ++i) {
-        const QByteArrayView bytes =
-            QByteArrayView(m_image).sliced(i * kDataFrameBytes, kDataFrameBytes);
-        if (!send(DataFrame(bytes), UpdateStep::Data, i))
+    m_boot.allowForErasing(true);
+    if (m_targetVersion >= m_parameters.firstErasingModel) {
+        reach(UpdateStep::Erase);
+        if (!goesOn(m_boot.waitForAnswer()))
             return false;
-        m_link.allowForErasing(false);
-        showProgress(i);
+        m_boot.keepSecondAnswer();
     }
+    reach(UpdateStep::Release);
     return true;
 }
 
-bool UpdateRun::sendLastData()
+bool UpdateRun::sendImage()
 {
-    const QByteArrayView rest = QByteArrayView(m_image).sliced(m_fullFrames * kDataFrameBytes);
-    if (!send(LastDataFrame(rest), UpdateStep::LastData, m_fullFrames))
+    const qsizetype perFrame = m_parameters.imageBytesPerFrame;
+    const qint64 fullFrames = m_result.frames - 1;
+    const QByteArrayView image(m_image);
+    for (qint64 i = 0; i < fullFrames; ++i) {
+        if (!send(DataFrame(image.sliced(i * perFrame, perFrame))))
+            return false;
+        m_boot.allowForErasing(false);
+        m_result.step = UpdateStep::Data;
+        m_result.frame = i;
+        showProgress(i);
+    }
+    if (!send(LastDataFrame(image.sliced(fullFrames * perFrame))))
         return false;
-    m_link.allowForErasing(false);
+    m_boot.allowForErasing(false);
     return true;
 }
 
 bool UpdateRun::finish()
 {
-    const Verdict verdict = m_link.waitForAnswer();
-    m_result.lowersRts = verdict == Verdict::Ack || m_link.gotNoAnswer();
-    if (verdict != Verdict::Ack)
-        return failAt(UpdateStep::Finish);
-    m_link.raiseRts();
-    m_result.texts = {texts::kUpdated};
-    return true;
+    m_result.step = UpdateStep::Finish;
+    m_result.frame = 0;
+    return goesOn(m_boot.waitForAnswer());
 }
 
-bool UpdateRun::send(const QByteArray &frame, UpdateStep step, qint64 index)
+// What the device answers from now on, it answers to this step.
+void UpdateRun::reach(UpdateStep step, qint64 frame)
 {
-    return m_link.sendCmdOrData(frame, frame.size()) || failAt(step, index);
+    m_result.step = m_progress.step = step;
+    m_result.frame = m_progress.frame = frame;
+    m_observer.updateDidProgress(m_progress);
 }
 
-bool UpdateRun::failAt(UpdateStep step, qint64 frame)
+bool UpdateRun::send(const QByteArray &frame)
 {
-    using Outcome = UpdateResult::Outcome;
-    m_result.step = step;
-    m_result.frame = frame;
-    m_result.texts = m_link.noAnswerTexts();
-    QString cause;
-    if (m_link.lastVerdict() == Verdict::Nak) {
-        m_result.outcome = Outcome::Refused;
-        cause = QStringLiteral("The device refused");
-    } else if (m_link.lastVerdict() == Verdict::LinkLost) {
-        m_result.outcome = Outcome::PortClosed;
-        cause = QStringLiteral("The connection to the device was closed");
-    } else {
-        m_result.outcome = Outcome::TimedOut;
-        cause = QStringLiteral("The device did not answer in time");
-    }
-    m_result.description = cause + QStringLiteral(" while ") + nameOf(step);
-    if (frame >= 0) {
-        m_result.description +=
-            QStringLiteral(", at frame %1 of %2").arg(frame + 1).arg(m_fullFrames + 1);
-    }
-    return false;
+    return goesOn(m_boot.sendCmdOrData(frame, frame.size()));
+}
+
+bool UpdateRun::goesOn(UpdateFailureKind failure)
+{
+    m_result.failure.kind = failure;
+    return failure == UpdateFailureKind::None;
 }
 
 void UpdateRun::showProgress(qint64 frame)
 {
-    const float share = static_cast<float>(frame) / static_cast<float>(m_fullFrames);
+    const float share = static_cast<float>(frame) / static_cast<float>(m_result.frames - 1);
     const int percent = std::min(static_cast<int>(share * 100.0F), 99);
-    // Most frames leave the text as it is, and the device need not wait for that.
-    if (percent == m_shownPercent)
+    // Most frames change nothing that can be seen, and the device need not wait for that.
+    if (percent == m_progress.percent && m_progress.step == UpdateStep::Data)
         return;
-    m_shownPercent = percent;
-    m_link.tell([percent](UpdateObserver &observer) {
-        observer.updateDidProgress(percent);
-        observer.showUpdateText(texts::kUpdating.arg(percent));
-    });
+    m_progress.percent = percent;
+    reach(UpdateStep::Data, frame);
+}
+
+} // namespace
+
+UpdateResult queryTargetVersion(DeviceLine &line, const BootParameters &parameters,
+                                UpdateObserver &observer)
+{
+    BootProtocol boot(line, parameters);
+    UpdateResult result;
+    result.failure.kind = boot.connect();
+    if (result.succeeded()) {
+        result.step = UpdateStep::Connect;
+        result.failure.kind = boot.queryVersion();
+    }
+    if (result.succeeded()) {
+        observer.targetVersionDidArrive(boot.reportedVersion());
+        boot.lowerRtsAfterPulse();
+    }
+    if (result.failure.kind != UpdateFailureKind::Abandoned)
+        observer.updateDidEnd(result);
+    return result;
+}
+
+UpdateResult runUpdate(DeviceLine &line, const ImageReader &readImage,
+                       const BootParameters &parameters, UpdateObserver &observer)
+{
+    return UpdateRun(line, readImage, parameters, observer).run();
 }
 
 } // namespace vorn

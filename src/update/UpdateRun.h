@@ -1,50 +1,43 @@
 #pragma once
 
-#include "update/BootLoaderLink.h"
+#include "update/BootParameters.h"
+#include "update/DeviceLine.h"
+#include "update/FirmwareImage.h"
+#include "update/UpdateResult.h"
 
-#include <QByteArray>
-#include <QString>
-
-#include <atomic>
-#include <memory>
+#include <functional>
 
 namespace vorn {
 
-// One update of a device, from the sync byte to the final acknowledgement, on a background thread.
-// The device was reset by a pulse on RTS just before. Failures end the run; there are no retries.
-class UpdateRun
+// Hears of a version query or an update on the thread that runs it, which goes on when a call
+// returns.
+class UpdateObserver
 {
 public:
-    // `imagePath` is null when no firmware file was chosen. The device's model code goes into
-    // `targetVersion`.
-    UpdateRun(BootLoaderLink link, QString imagePath,
-              std::shared_ptr<std::atomic<qint32>> targetVersion);
+    // The device told its version, which is its model code.
+    virtual void targetVersionDidArrive(qint32 targetVersion) = 0;
+    // A step was reached, or another percent of the image sent.
+    virtual void updateDidProgress(const UpdateProgress &progress) = 0;
+    // It has ended; after an update's success the pulse that restarts the device begins with it.
+    // Not told of an abandoned one.
+    virtual void updateDidEnd(const UpdateResult &result) = 0;
 
-    // Returns when the update has ended.
-    UpdateResult run();
-
-private:
-    // Each step is true when the run goes on, and else has left its end in m_result.
-    bool handshake();
-    bool readImage();
-    bool startDownload();
-    bool waitForErase();
-    bool sendData();
-    bool sendLastData();
-    bool finish();
-
-    // Ends the run at this step because of the link's last verdict; always false.
-    bool failAt(UpdateStep step, qint64 frame = -1);
-    bool send(const QByteArray &frame, UpdateStep step, qint64 index = -1);
-    void showProgress(qint64 frame);
-
-    BootLoaderLink m_link;
-    const QString m_imagePath;
-    const std::shared_ptr<std::atomic<qint32>> m_targetVersion;
-    QByteArray m_image;
-    qint64 m_fullFrames = 0;
-    int m_shownPercent = -1;
-    UpdateResult m_result;
+protected:
+    ~UpdateObserver() = default;
 };
+
+// Reads the image when the device is about to get it. Called at most once.
+using ImageReader = std::function<FirmwareImage()>;
+
+// Resets the device into its boot loader and asks for its version. Returns what the observer was
+// told at the end.
+UpdateResult queryTargetVersion(DeviceLine &line, const BootParameters &parameters,
+                                UpdateObserver &observer);
+
+// Updates the device on the line, from the reset pulse to the final acknowledgement and the pulse
+// that starts the new firmware. Failures end it; there are no retries. Returns what the observer
+// was told at the end.
+UpdateResult runUpdate(DeviceLine &line, const ImageReader &readImage,
+                       const BootParameters &parameters, UpdateObserver &observer);
 
 } // namespace vorn

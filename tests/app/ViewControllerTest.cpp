@@ -3,8 +3,10 @@
 
 #include "platform/Directories.h"
 #include "platform/DirectoryDeviceRegistry.h"
+#include "simulator/PackageServer.h"
 #include "simulator/SimulatedDevice.h"
 #include "tests/support/Eventually.h"
+#include "tests/ziparchive/Tree.h"
 #include "window/MainWindow.h"
 
 #include <QComboBox>
@@ -21,6 +23,9 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <termios.h>
+
+#include <atomic>
 
 namespace vorn {
 namespace {
@@ -42,6 +47,9 @@ QByteArray writeFirmware(const QString &name, qsizetype size)
     EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == size);
     return bytes;
 }
+
+// A terminal that does not close: the port's thread waits in its tcsetattr().
+std::atomic<bool> holdClosing = false;
 
 const QString kImage = "VORN_PLATINA-1.bin";
 const QString kOtherModelsImage = "VORN_I-1.bin";
@@ -75,10 +83,10 @@ protected:
 
     void show()
     {
-        UpdateTimings timings;
-        timings.answer = 500ms;
-        timings.erase = 1000ms;
-        controller = std::make_unique<ViewController>(window, PackageLocation(), timings);
+        BootParameters parameters = kVornBoot;
+        parameters.answerLimit = 800ms;
+        parameters.eraseLimit = 5s;
+        controller = std::make_unique<ViewController>(window, packages, parameters);
         controller->viewDidLoad();
         window.show();
     }
@@ -122,6 +130,14 @@ protected:
         ASSERT_TRUE(eventually([&] { return titles(firmware) == kTitles; }));
         choose();
     }
+    // Presses the second, destructive button of the question that is shown.
+    void confirm() const
+    {
+        for (QAbstractButton *button : question->buttons()) {
+            if (question->buttonRole(button) == QMessageBox::DestructiveRole)
+                QTest::mouseClick(button, Qt::LeftButton);
+        }
+    }
     static void press(QPushButton *button) { QTest::mouseClick(button, Qt::LeftButton); }
     static bool says(const QLabel *line, const char *text)
     {
@@ -136,13 +152,15 @@ protected:
     }
 
     static inline const QTemporaryDir deviceDirectory;
+    PackageLocation packages;
     MainWindow window;
     std::unique_ptr<ViewController> controller;
     std::unique_ptr<SimulatedDevice> device;
     QByteArray image;
-    QLabel *const connection = window.findChild<QLabel *>("connectText_1001");
-    QLabel *const choice = window.findChild<QLabel *>("perText_1012");
-    QLabel *const status = window.findChild<QLabel *>("updateText_1015");
+    StatusLine *const connection = window.findChild<StatusLine *>("connectText_1001");
+    StatusLine *const choice = window.findChild<StatusLine *>("perText_1012");
+    StatusLine *const status = window.findChild<StatusLine *>("updateText_1015");
+    QMessageBox *const question = window.findChild<QMessageBox *>();
     QComboBox *const firmware = window.findChild<QComboBox *>("firmwareList_1002");
     QComboBox *const devices = window.findChild<QComboBox *>("deviceList_1010");
     QPushButton *const openButton = window.findChild<QPushButton *>("openButton_1011");
@@ -247,52 +265,151 @@ TEST_F(WindowTest, AfterACablePulledOutDuringAnUpdateTheNextOneSucceeds)
     EXPECT_EQ(device->report().image, image);
 }
 
-TEST_F(WindowTest, ClosingThePortDuringAnUpdateEndsItAndSaysSo)
+TEST_F(WindowTest, ClosingTheDeviceDuringAnUpdateAsksFirst)
 {
     ASSERT_NO_FATAL_FAILURE(openAndChoose("frame:20=silence,times=1"));
     press(updateButton);
     ASSERT_TRUE(eventually([&] { return device->report().downloadFrames == 20; }));
     press(openButton);
+    EXPECT_TRUE(question->isVisible());
+    EXPECT_TRUE(controller->serialPort()->isOpen());
+    confirm();
     ASSERT_TRUE(eventually([&] { return says(connection, "close successfully"); }));
     ASSERT_TRUE(eventually([&] { return says(status, "please try again"); }));
     EXPECT_EQ(openButton->text(), "Open");
     EXPECT_LT(progress->value(), 100);
+    EXPECT_EQ(status->tone(), StatusTone::Bad);
 }
 
 TEST_F(WindowTest, ClosingTheWindowDuringAnUpdateAsksFirst)
 {
     ASSERT_NO_FATAL_FAILURE(openAndChoose("frame:20=silence,times=2"));
-    const auto *question = window.findChild<QMessageBox *>();
     const auto closeDuringUpdate = [&] {
         press(updateButton);
         ASSERT_TRUE(eventually([&] { return says(status, "progress,updating"); }));
         EXPECT_FALSE(window.close());
         EXPECT_TRUE(question->isVisible());
     };
-
-    // Wherever the keyboard was when it was asked before, Return keeps the update going.
+    // The question stays when the update ends, and then the window closes without one.
     ASSERT_NO_FATAL_FAILURE(closeDuringUpdate());
-    QTest::keyClick(question->focusWidget(), Qt::Key_Tab);
-    QTest::keyClick(question->focusWidget(), Qt::Key_Escape);
-    EXPECT_FALSE(question->isVisible());
-    EXPECT_FALSE(window.close());
-    QTest::keyClick(question->focusWidget(), Qt::Key_Return);
-    EXPECT_FALSE(question->isVisible());
-
-    // It stays when the update ends, and then the window closes without one.
-    EXPECT_FALSE(window.close());
     ASSERT_TRUE(eventually([&] { return says(status, "please try again"); }));
-    EXPECT_TRUE(eventually([&] { return question->text() == "The update has ended."; }));
     EXPECT_TRUE(question->isVisible());
     QTest::keyClick(question->focusWidget(), Qt::Key_Return);
     EXPECT_TRUE(window.isVisible());
 
     ASSERT_NO_FATAL_FAILURE(closeDuringUpdate());
-    for (QAbstractButton *button : question->buttons()) {
-        if (question->buttonRole(button) == QMessageBox::DestructiveRole)
-            QTest::mouseClick(button, Qt::LeftButton);
-    }
+    confirm();
     EXPECT_FALSE(window.isVisible());
+}
+
+TEST_F(WindowTest, OtherDevicesThatComeAndGoWaitForTheEndOfTheUpdate)
+{
+    const auto devicesAre = [](const char *one, const char *two) {
+        const auto ports = ORSSerialPortManager::sharedSerialPortManager().availablePorts();
+        return ports.size() == 2 && ports[0]->name() == one && ports[1]->name() == two;
+    };
+    auto goes = std::make_unique<SimulatedDevice>(deviceNamed("goes"));
+    ASSERT_TRUE(goes->start());
+    ASSERT_NO_FATAL_FAILURE(openAndChoose("erase=late:1000"));
+    press(updateButton);
+    ASSERT_TRUE(eventually([&] { return progress->maximum() == 0; })); // it erases
+    goes.reset();
+    SimulatedDevice comes(deviceNamed("comes"));
+    ASSERT_TRUE(comes.start());
+    ASSERT_TRUE(eventually([&] { return devicesAre("usbserial-one", "comes"); }));
+    EXPECT_TRUE(says(connection, "opened successfully"));
+    ASSERT_TRUE(eventually([&] { return says(status, "successfully update"); }));
+    EXPECT_EQ(device->report().image, image);
+    EXPECT_TRUE(eventually([&] { return says(connection, "not opened"); }));
+}
+
+TEST_F(WindowTest, TheFirstOfTwoDevicesIsChosen)
+{
+    SimulatedDevice first(deviceNamed("usbserial-a"));
+    ASSERT_TRUE(first.start());
+    const auto &manager = ORSSerialPortManager::sharedSerialPortManager();
+    ASSERT_TRUE(eventually([&] { return manager.availablePorts().size() == 1; }));
+    SimulatedDevice second(deviceNamed("usbserial-b"));
+    ASSERT_TRUE(second.start());
+    ASSERT_TRUE(eventually([&] { return manager.availablePorts().size() == 2; }));
+    show();
+    EXPECT_EQ(titles(devices), QStringList(2, "usbserial-a"));
+    EXPECT_EQ(controller->serialPort()->name(), "usbserial-a");
+}
+
+TEST_F(WindowTest, APortThatClosesByItselfOrOpensAgainShowsIt)
+{
+    ASSERT_NO_FATAL_FAILURE(plugIn());
+    open();
+    auto &manager = ORSSerialPortManager::sharedSerialPortManager();
+    manager.systemWillSleep();
+    ASSERT_TRUE(eventually([&] { return says(connection, "usbserial-one Selected,not opened"); }));
+    EXPECT_EQ(openButton->text(), "Open");
+    manager.systemDidWake();
+    ASSERT_TRUE(eventually([&] { return says(connection, "opened successfully"); }));
+    EXPECT_EQ(openButton->text(), "Close");
+}
+
+TEST_F(WindowTest, APortThatDoesNotCloseInTimeSaysSo)
+{
+    ASSERT_NO_FATAL_FAILURE(plugIn());
+    open();
+    holdClosing = true;
+    press(openButton);
+    ASSERT_TRUE(
+        eventually([&] { return says(connection, "usbserial-one Selected,closeing failed"); }));
+    EXPECT_EQ(openButton->text(), "Close");
+    holdClosing = false;
+    holdClosing.notify_all();
+    EXPECT_TRUE(eventually([&] { return says(connection, "close successfully"); }));
+}
+
+TEST_F(WindowTest, ASilentDeviceTakesNoChoiceAway)
+{
+    ASSERT_NO_FATAL_FAILURE(plugIn());
+    device->setFaults({{.step = BootStep::Sync, .kind = FaultKind::Silence}});
+    ASSERT_TRUE(eventually([&] { return firmware->count() == 3; }));
+    firmware->clear(); // so that the filling half a second after the opening shows
+    open();
+    ASSERT_TRUE(eventually([&] { return firmware->count() == 3; }));
+    firmware->setFocus();
+    QTest::keyClick(firmware, Qt::Key_Down);
+    const QString chosen = firmware->currentText();
+    EXPECT_NE(chosen, kTitles.front());
+    ASSERT_TRUE(eventually([&] { return says(status, "please try again"); })); // the query's end
+    runEventLoopFor(100ms);
+    EXPECT_EQ(firmware->currentText(), chosen);
+}
+
+TEST_F(WindowTest, TheMarkOfAnEndIsGoneWhenTheNextUpdateBegins)
+{
+    ASSERT_NO_FATAL_FAILURE(openAndChoose());
+    press(updateButton);
+    ASSERT_TRUE(eventually([&] { return says(status, "successfully update"); }));
+    EXPECT_EQ(status->tone(), StatusTone::Good);
+    press(updateButton);
+    EXPECT_EQ(status->tone(), StatusTone::Neutral);
+    EXPECT_EQ(progress->value(), 0);
+    ASSERT_TRUE(eventually([&] { return status->tone() == StatusTone::Good; }));
+}
+
+TEST_F(WindowTest, TheDownloadButtonFetchesThePackageAndListsItsFiles)
+{
+    PackageAnswer answer;
+    answer.package = makeArchive({{"VornUpdate2/", {}}, {"VornUpdate2/VORN-2.bin", "2"}});
+    PackageServer server(answer);
+    ASSERT_TRUE(server.start());
+    QString error;
+    packages = PackageLocation::onHost(server.host()).value();
+    ASSERT_TRUE(packages.addCertificates(server.authorityFile(), error)) << qPrintable(error);
+    show();
+    ASSERT_TRUE(downloadButton->isEnabled());
+    press(downloadButton);
+    ASSERT_TRUE(eventually(
+        [&] { return choice->text() == "Prompt:Successfully downloaded the latest firmware"; }));
+    EXPECT_EQ(choice->tone(), StatusTone::Good);
+    EXPECT_TRUE(eventually([&] { return firmware->findText(kImage) < 0; }));
+    EXPECT_EQ(titles(firmware), (QStringList{"No firmware selected", "VORN-2.bin"}));
 }
 
 TEST_F(WindowTest, ADeviceThatTellsItsModelLateGetsItsListLate)
@@ -349,3 +466,12 @@ TEST_F(WindowTest, TheFirstControlWithATagIsFoundParentsBeforeTheirChildren)
 
 } // namespace
 } // namespace vorn
+
+extern "C" {
+int __real_tcsetattr(int fd, int actions, const termios *settings);
+int __wrap_tcsetattr(int fd, int actions, const termios *settings)
+{
+    vorn::holdClosing.wait(true);
+    return __real_tcsetattr(fd, actions, settings);
+}
+}

@@ -21,20 +21,23 @@ TEST(FirmwareImage, WhatIsNoReadableFileOfAnAnnounceableLengthIsAnErrorWithItsCa
     const QString pipe = folder.filePath("pipe.bin");
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     constexpr qint64 kLongest = 0x7FFFFFFF;
-    EXPECT_FALSE(std::holds_alternative<ImageError>(checkFirmwareImage(file(kLongest))));
-    for (const auto &[path, cause] : {std::pair(file(0), " is empty"),
-                                      {file(kLongest + 1), " is too large for a device"},
-                                      {folder.filePath("none.bin"), ": No such file or directory"},
-                                      {folder.path(), ": Is a directory"},
-                                      {file(1) + "/below", ": Not a directory"},
-                                      {pipe, ": Invalid argument"}}) {
-        SCOPED_TRACE(cause);
-        const auto image = readFirmwareImage(path);
-        ASSERT_TRUE(std::holds_alternative<ImageError>(image));
-        const QString description = std::get<ImageError>(image).description();
-        EXPECT_TRUE(description.contains(path) && description.endsWith(cause))
-            << qPrintable(description);
-        EXPECT_TRUE(std::holds_alternative<ImageError>(checkFirmwareImage(path)));
+    EXPECT_FALSE(checkFirmwareImage(file(kLongest)));
+    using Kind = UpdateFailureKind;
+    for (const auto &[path, kind, code] :
+         {std::tuple(QString(), Kind::NoImageChosen, 0),
+          {file(0), Kind::ImageEmpty, 0},
+          {file(kLongest + 1), Kind::ImageTooLong, 0},
+          {folder.filePath("none.bin"), Kind::ImageUnreadable, ENOENT},
+          {folder.path(), Kind::ImageUnreadable, EISDIR},
+          {file(1) + "/below", Kind::ImageUnreadable, ENOTDIR},
+          {pipe, Kind::ImageUnreadable, EINVAL}}) {
+        SCOPED_TRACE(testing::Message() << qPrintable(path) << ": " << static_cast<int>(kind));
+        for (const UpdateFailure &failure :
+             {readFirmwareImage(path).failure, checkFirmwareImage(path)}) {
+            EXPECT_EQ(failure.kind, kind);
+            EXPECT_EQ(failure.code, code);
+            EXPECT_EQ(failure.text, path);
+        }
     }
 }
 

@@ -1,0 +1,108 @@
+#include "update/BootProtocol.h"
+
+#include "update/Frames.h"
+
+#include <utility>
+
+namespace vorn {
+
+BootProtocol::BootProtocol(DeviceLine &line, const BootParameters &parameters)
+    : m_line(line), m_parameters(parameters), m_answerLimit(parameters.answerLimit)
+{
+}
+
+UpdateFailureKind BootProtocol::connect()
+{
+    raiseRts();
+    lowerRtsAfterPulse();
+    m_line.pause(m_parameters.bootLoaderStart);
+    const char sync = static_cast<char>(SyncByte);
+    m_line.send(QByteArrayView(&sync, 1));
+    const QByteArray frame = CmdConnect();
+    return sendCmdOrData(frame, frame.size());
+}
+
+UpdateFailureKind BootProtocol::queryVersion()
+{
+    const UpdateFailureKind failure = waitForAnswer();
+    if (failure != UpdateFailureKind::None)
+        return failure;
+    // Before the next frame goes out, since what arrives then answers that one.
+    completeChunk(static_cast<qsizetype>(m_parameters.versionByte) + 1);
+    m_line.send(CmdQueryVersion());
+    return UpdateFailureKind::None;
+}
+
+UpdateFailureKind BootProtocol::sendCmdOrData(QByteArrayView frame, qsizetype byteLenght)
+{
+    const UpdateFailureKind failure = waitForAnswer();
+    if (failure == UpdateFailureKind::None)
+        m_line.send(frame.first(byteLenght));
+    return failure;
+}
+
+UpdateFailureKind BootProtocol::waitForAnswer()
+{
+    clearReceiveByte();
+    const auto deadline = m_line.now() + m_answerLimit;
+    for (;;) {
+        switch (nextChunk(deadline, m_chunk)) {
+        case LineEvent::Chunk:
+            break;
+        case LineEvent::Silence:
+            return UpdateFailureKind::TimedOut;
+        case LineEvent::Gone:
+            return UpdateFailureKind::PortClosed;
+        case LineEvent::Abandoned:
+            return UpdateFailureKind::Abandoned;
+        }
+        if (byteAt(0) == AckByte)
+            return UpdateFailureKind::None;
+        if (byteAt(0) == NakByte)
+            return UpdateFailureKind::Refused;
+    }
+}
+
+void BootProtocol::keepSecondAnswer()
+{
+    if (byteAt(1) == AckByte || byteAt(1) == NakByte)
+        m_secondAnswer = m_chunk.mid(1);
+}
+
+void BootProtocol::allowForErasing(bool erasing)
+{
+    m_answerLimit = erasing ? m_parameters.eraseLimit : m_parameters.answerLimit;
+}
+
+void BootProtocol::lowerRtsAfterPulse()
+{
+    m_line.pause(m_parameters.resetPulse);
+    m_line.setRts(false);
+}
+
+LineEvent BootProtocol::nextChunk(DeviceLine::Clock::time_point deadline, QByteArray &chunk)
+{
+    if (!m_secondAnswer)
+        return m_line.waitForChunk(deadline, chunk);
+    chunk = *std::exchange(m_secondAnswer, std::nullopt);
+    return LineEvent::Chunk;
+}
+
+// Bytes that did not arrive count as zero.
+quint8 BootProtocol::byteAt(std::size_t index) const
+{
+    return static_cast<quint8>(m_chunk.size() > static_cast<qsizetype>(index)
+                                   ? m_chunk.at(static_cast<qsizetype>(index))
+                                   : '\0');
+}
+
+// Puts what follows closely behind the chunk: lines may cut one answer into several.
+void BootProtocol::completeChunk(qsizetype length)
+{
+    const auto deadline = m_line.now() + m_parameters.answerGap;
+    QByteArray piece;
+    while (m_chunk.size() < length && m_line.waitForChunk(deadline, piece) == LineEvent::Chunk)
+        m_chunk += piece;
+}
+
+} // namespace vorn

@@ -1,0 +1,210 @@
+#include "update/DeviceSession.h"
+
+#include "platform/MainQueue.h"
+#include "update/FirmwareImage.h"
+#include "update/PortLine.h"
+#include "update/ReceiveBuffer.h"
+
+#include <utility>
+
+namespace vorn {
+namespace {
+
+// A port that has not closed by then is reported so; closing goes on.
+constexpr std::chrono::seconds kCloseLimit{2};
+
+} // namespace
+
+// Carries what a sequence tells from its thread to the session on the main thread, unless the
+// sequence was abandoned meanwhile, as it is when the session goes.
+class DeviceSession::Relay final : public UpdateObserver
+{
+public:
+    Relay(DeviceSession *session, std::shared_ptr<ReceiveBuffer> buffer)
+        : m_session(session), m_buffer(std::move(buffer))
+    {
+    }
+
+    void targetVersionDidArrive(qint32 targetVersion) override
+    {
+        MainQueue::instance().post([*this, targetVersion] {
+            if (DeviceSession *session = current())
+                session->m_observer.targetVersionDidArrive(targetVersion);
+        });
+    }
+    void updateDidProgress(const UpdateProgress &progress) override
+    {
+        const auto tell = [*this, progress] {
+            if (DeviceSession *session = current()) {
+                session->m_progress = progress;
+                session->m_observer.updateDidProgress(progress);
+            }
+        };
+        // The image's share is seen before the update goes on; a step that only waits for the
+        // device need not wait for the window.
+        if (progress.step == UpdateStep::Data)
+            MainQueue::instance().postAndWait(tell);
+        else
+            MainQueue::instance().post(tell);
+    }
+    void updateDidEnd(const UpdateResult &result) override
+    {
+        MainQueue::instance().postAndWait([&] {
+            if (DeviceSession *session = current())
+                session->sequenceDidEnd(result);
+        });
+    }
+
+    void sequenceDidFinish() const
+    {
+        MainQueue::instance().post([*this] {
+            DeviceSession *session = current();
+            if (session && session->m_running == Running::Nothing)
+                session->m_observer.deviceDidBecomeIdle();
+        });
+    }
+
+private:
+    DeviceSession *current() const { return m_buffer->isAbandoned() ? nullptr : m_session; }
+
+    DeviceSession *m_session;
+    std::shared_ptr<ReceiveBuffer> m_buffer;
+};
+
+DeviceSession::DeviceSession(ORSSerialPortPtr port, DeviceSessionObserver &observer,
+                             const BootParameters &parameters)
+    : m_port(std::move(port)), m_observer(observer), m_parameters(parameters),
+      m_buffer(std::make_shared<ReceiveBuffer>())
+{
+    m_port->setDelegate(this);
+    m_closeLimit.setSingleShot(true);
+    m_closeLimit.setInterval(kCloseLimit);
+    m_closeLimit.callOnTimeout([this] { m_observer.deviceDoesNotClose(); });
+}
+
+DeviceSession::~DeviceSession()
+{
+    letGoOfPort();
+}
+
+bool DeviceSession::open()
+{
+    // A port that still closes would look like one that has opened.
+    if (m_port->isOpen())
+        return false;
+    m_port->setBaudRate(m_parameters.baudRate);
+    m_port->open();
+    if (!m_port->isOpen())
+        return false;
+    m_isOpen = true;
+    getTargetVersion();
+    return true;
+}
+
+void DeviceSession::close()
+{
+    if (!isOpen())
+        return;
+    m_closing = true;
+    m_port->close();
+    if (!m_closeLimit.isActive())
+        m_closeLimit.start();
+}
+
+void DeviceSession::end()
+{
+    letGoOfPort();
+    if (m_running == Running::Nothing)
+        return;
+    UpdateResult result;
+    result.failure.kind = UpdateFailureKind::PortClosed;
+    result.step = m_progress.step;
+    result.frame = m_progress.frame;
+    result.frames = m_progress.frames;
+    sequenceDidEnd(result);
+}
+
+void DeviceSession::letGoOfPort()
+{
+    m_buffer->abandon();
+    m_closeLimit.stop();
+    m_port->setDelegate(nullptr);
+    m_port->close();
+}
+
+void DeviceSession::getTargetVersion()
+{
+    runSequence(Running::VersionQuery, [parameters = m_parameters](DeviceLine &line, Relay &relay) {
+        queryTargetVersion(line, parameters, relay);
+    });
+}
+
+void DeviceSession::startUpdate(const QString &imagePath)
+{
+    if (isUpdating())
+        return;
+    runSequence(Running::Update,
+                [imagePath, parameters = m_parameters](DeviceLine &line, Relay &relay) {
+                    const auto readImage = [&] { return readFirmwareImage(imagePath); };
+                    runUpdate(line, readImage, parameters, relay);
+                });
+}
+
+void DeviceSession::runSequence(Running which, Sequence sequence)
+{
+    m_buffer->abandon();
+    m_buffer = std::make_shared<ReceiveBuffer>();
+    if (!m_port->isOpen())
+        m_buffer->portDidClose();
+    m_running = which;
+    m_progress = {};
+    m_sequences.post([port = m_port, buffer = m_buffer, sequence = std::move(sequence),
+                      relay = Relay(this, m_buffer)]() mutable {
+        if (buffer->isAbandoned())
+            return;
+        PortLine line(port, buffer);
+        sequence(line, relay);
+        relay.sequenceDidFinish();
+    });
+}
+
+void DeviceSession::sequenceDidEnd(const UpdateResult &result)
+{
+    const Running ended = std::exchange(m_running, Running::Nothing);
+    if (ended == Running::Update)
+        m_observer.updateDidEnd(result);
+    else
+        m_observer.versionQueryDidEnd(result);
+}
+
+void DeviceSession::serialPortWasRemovedFromSystem(ORSSerialPort &) {}
+
+void DeviceSession::serialPortDidReceiveData(ORSSerialPort &, const QByteArray &data)
+{
+    m_buffer->receive(data);
+}
+
+void DeviceSession::serialPortDidEncounterError(ORSSerialPort &, const ORSSerialPortError &error)
+{
+    m_observer.deviceDidReportError(error);
+}
+
+void DeviceSession::serialPortWasOpened(ORSSerialPort &)
+{
+    if (!m_isOpen && m_port->isOpen()) {
+        m_isOpen = true;
+        m_observer.deviceDidReopen();
+    }
+}
+
+void DeviceSession::serialPortWasClosed(ORSSerialPort &)
+{
+    if (!m_isOpen)
+        return;
+    m_buffer->portDidClose();
+    m_closeLimit.stop();
+    m_isOpen = false;
+    m_observer.deviceDidClose(std::exchange(m_closing, false));
+}
+
+} // namespace vorn

@@ -1,0 +1,46 @@
+#include "update/PortLine.h"
+
+#include "platform/MainQueue.h"
+
+#include <thread>
+
+namespace vorn {
+
+PortLine::PortLine(ORSSerialPortPtr port, std::shared_ptr<ReceiveBuffer> buffer)
+    : m_port(std::move(port)), m_buffer(std::move(buffer))
+{
+}
+
+void PortLine::send(QByteArrayView bytes)
+{
+    if (m_buffer->isAbandoned())
+        return;
+    m_buffer->drop();
+    m_port->sendData(bytes);
+}
+
+// An abandoned sequence still ends the pulse that it began.
+void PortLine::setRts(bool high)
+{
+    if (!high || !m_buffer->isAbandoned())
+        m_port->setRTS(high);
+}
+
+LineEvent PortLine::waitForChunk(Clock::time_point deadline, QByteArray &chunk)
+{
+    const LineEvent event = m_buffer->waitForChunk(deadline, chunk);
+    if (event != LineEvent::Silence)
+        return event;
+    // Silence says nothing about the device while the main thread, which delivers its answers, is
+    // busy. Behind an empty job on the queue that the port uses too, all that the port has read by
+    // now is in the buffer.
+    MainQueue::instance().postAndWait([] {});
+    return m_buffer->waitForChunk(deadline, chunk);
+}
+
+void PortLine::pause(std::chrono::milliseconds time)
+{
+    std::this_thread::sleep_for(time);
+}
+
+} // namespace vorn

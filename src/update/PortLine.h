@@ -1,0 +1,29 @@
+#pragma once
+
+#include "serial/ORSSerialPort.h"
+#include "update/DeviceLine.h"
+#include "update/ReceiveBuffer.h"
+
+#include <memory>
+
+namespace vorn {
+
+// A sequence's line to a device on a serial port, whose chunks somebody else puts into the buffer
+// on the main thread. The port outlives the sequence.
+class PortLine final : public DeviceLine
+{
+public:
+    PortLine(ORSSerialPortPtr port, std::shared_ptr<ReceiveBuffer> buffer);
+
+    void send(QByteArrayView bytes) override;
+    void setRts(bool high) override;
+    LineEvent waitForChunk(Clock::time_point deadline, QByteArray &chunk) override;
+    void pause(std::chrono::milliseconds time) override;
+    Clock::time_point now() const override { return Clock::now(); }
+
+private:
+    const ORSSerialPortPtr m_port;
+    const std::shared_ptr<ReceiveBuffer> m_buffer;
+};
+
+} // namespace vorn

@@ -1,0 +1,98 @@
+// The program itself, started as a user would.
+#include "tests/support/Eventually.h"
+#include "tests/support/QtPrinting.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace {
+
+using vorn::eventually;
+
+struct Row
+{
+    QStringList arguments;
+    int exitCode;
+    const char *saysOnStdout;
+    const char *saysOnStderr;
+};
+
+// Whether the program has taken SIGTERM over, as its main thread's mask tells.
+bool blocksSignals(qint64 process)
+{
+    QFile status(QString("/proc/%1/status").arg(process));
+    if (!status.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray text = status.readAll();
+    const qsizetype at = text.indexOf("SigBlk:");
+    return at >= 0 &&
+           (text.mid(at + 7, 17).trimmed().toULongLong(nullptr, 16) >> (SIGTERM - 1) & 1U);
+}
+
+class ProgramTest : public testing::Test
+{
+protected:
+    void start(const QStringList &arguments, const QString &platform = "offscreen")
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char *name : {"XDG_CACHE_HOME", "XDG_CONFIG_HOME", "XDG_RUNTIME_DIR"})
+            environment.insert(name, home.path());
+        for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            environment.remove(name);
+        if (!platform.isEmpty())
+            environment.insert("QT_QPA_PLATFORM", platform);
+        program.setProcessEnvironment(environment);
+        program.start(VORNUPDATER, arguments);
+        ASSERT_TRUE(program.waitForStarted(20'000));
+    }
+
+    const QTemporaryDir home;
+    QProcess program;
+};
+
+TEST_F(ProgramTest, AnswersForItselfWithoutADisplayAndComplainsOfBadOptions)
+{
+    for (const Row &row : std::vector<Row>{
+             {{"--help"}, 0, "--device-dir <DIR>", ""},
+             {{"--version"}, 0, "vornupdater 1.", ""},
+             {{"--nonsense"}, 2, "", "Unknown option 'nonsense'"},
+             {{"argument"}, 2, "", "Unexpected argument: argument"},
+             {{"--device-dir", "/nowhere"}, 2, "", "does not exist: /nowhere"},
+             {{"--device-dir", "/etc/passwd"}, 2, "", "is not a directory: /etc/passwd"},
+             {{"--package-host", "a b"}, 2, "", "HOST[:PORT]: a b"},
+             {{"--package-ca", "/nowhere"}, 2, "", "/nowhere"},
+             {{}, 1, "", "no display"},
+         }) {
+        SCOPED_TRACE(qPrintable(row.arguments.join(u' ')));
+        ASSERT_NO_FATAL_FAILURE(start(row.arguments, {}));
+        ASSERT_TRUE(program.waitForFinished(20'000));
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(program.exitCode(), row.exitCode);
+        const QByteArray out = program.readAllStandardOutput();
+        const QByteArray err = program.readAllStandardError();
+        EXPECT_TRUE(out.contains(row.saysOnStdout)) << out.constData();
+        EXPECT_TRUE(err.contains(row.saysOnStderr)) << err.constData();
+        EXPECT_TRUE(row.exitCode == 0 ? err.isEmpty() : out.isEmpty());
+    }
+}
+
+TEST_F(ProgramTest, EndsInGoodOrderOnASignal)
+{
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        const QTemporaryDir devices;
+        ASSERT_NO_FATAL_FAILURE(start({"--device-dir", devices.path()}));
+        // From then on the signals wait for the event loop.
+        ASSERT_TRUE(eventually([&] { return blocksSignals(program.processId()); }));
+        ::kill(static_cast<pid_t>(program.processId()), signal);
+        ASSERT_TRUE(program.waitForFinished(20'000)) << signal;
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << signal;
+        EXPECT_EQ(program.exitCode(), 0) << signal;
+    }
+}
+
+} // namespace

@@ -1,0 +1,196 @@
+// Sessions with simulated devices on real terminals.
+#include "serial/ORSSerialPortManager.h"
+#include "tests/update/SessionRig.h"
+
+#include <QPointer>
+#include <QTimer>
+
+#include <thread>
+
+namespace vorn {
+namespace {
+
+using Kind = UpdateFailureKind;
+
+TEST(DeviceSession, OpensAtTheFamilysSpeedAndAsksForTheVersion)
+{
+    SessionRig rig(with(&DeviceOptions::modelCode, 200));
+    EXPECT_EQ(rig.session->port()->baudRate(), 2'000'000U);
+    EXPECT_EQ(rig.targetVersion, 200);
+    EXPECT_EQ(rig.device.report().exchanges, 1);
+    EXPECT_FALSE(rig.session->port()->RTS());
+}
+
+TEST(DeviceSession, UpdatesSeveralDevicesSideBySideWhileTheMainThreadIsBusy)
+{
+    constexpr std::size_t kDevices = 10;
+    constexpr std::size_t kUpdatesEach = 3;
+    std::vector<std::unique_ptr<SessionRig>> rigs;
+    for (std::size_t i = 0; i < kDevices; ++i)
+        rigs.push_back(
+            std::make_unique<SessionRig>(with(&DeviceOptions::modelCode, i % 2 == 0 ? 1 : 8)));
+    QTimer busy;
+    QObject::connect(&busy, &QTimer::timeout, [] { std::this_thread::sleep_for(200ms); });
+    busy.start(0);
+    for (std::size_t number = 1; number <= kUpdatesEach; ++number) {
+        for (const auto &rig : rigs)
+            rig->update(250 + static_cast<qsizetype>(number));
+        for (const auto &rig : rigs)
+            rig->expectUpdated(number);
+    }
+}
+
+TEST(DeviceSession, UnderstandsAnswersThatTheLineCutsAndJoins)
+{
+    std::vector<DeviceOptions> shapes{with(&DeviceOptions::joinEraseAnswers, true)};
+    for (const std::vector<int> &pieces : {std::vector{1, 3}, {3, 1}, {1, 1, 1, 1}})
+        shapes.push_back(with(&DeviceOptions::connectPieces, pieces));
+    for (const DeviceOptions &shape : shapes) {
+        SessionRig rig(shape);
+        rig.update(600);
+        rig.expectUpdated();
+        EXPECT_EQ(rig.targetVersion, 8);
+    }
+}
+
+TEST(DeviceSession, TheSyncByteDoesNotWaitForTheMainThread)
+{
+    SessionRig rig;
+    rig.update(1);
+    EXPECT_TRUE(rig.device.waitForExchanges(2, 10s)) << "no event loop runs meanwhile";
+    rig.expectUpdated();
+}
+
+TEST(DeviceSession, CountsAnswersThatCameInTimeHoweverLateTheyAreDelivered)
+{
+    BootParameters parameters = patientParameters();
+    parameters.answerLimit = 200ms;
+    parameters.answerGap = 20ms;
+    SessionRig rig(with(&DeviceOptions::connectPieces, {1, 3}), parameters);
+    rig.targetVersion = -1;
+    // For longer than the update waits.
+    QTimer busy;
+    QObject::connect(&busy, &QTimer::timeout, [] { std::this_thread::sleep_for(400ms); });
+    busy.start(0);
+    rig.update(300);
+    rig.expectUpdated();
+    EXPECT_EQ(rig.targetVersion, 8);
+}
+
+TEST(DeviceSession, NeedsNoProcessorTimeWhileTheDeviceErases)
+{
+    SessionRig rig(with(&DeviceOptions::eraseTime, 1s));
+    std::vector<UpdateStep> steps;
+    rig.onProgress = [&](const UpdateProgress &progress) { steps.push_back(progress.step); };
+    rig.update(250);
+    ASSERT_TRUE(eventually([&] { return !steps.empty() && steps.back() == UpdateStep::Erase; }));
+    const auto before = processorTime();
+    EXPECT_TRUE(eventually([&] { return steps.back() == UpdateStep::Data; }));
+    EXPECT_LT(processorTime() - before, 300ms) << "of one second; polling would take all of it";
+    rig.expectUpdated();
+}
+
+TEST(DeviceSession, AnUnpluggedDeviceEndsTheUpdateAtOnceAndTheNextOneSucceeds)
+{
+    for (const BootStep step : {BootStep::Sync, BootStep::Erase, BootStep::Frame, BootStep::Last}) {
+        SCOPED_TRACE(static_cast<int>(step));
+        SessionRig rig;
+        rig.device.setFaults({{.step = step, .kind = FaultKind::Unplug, .frame = 1, .times = 1}});
+        rig.update(250);
+        // An update that waits for its time-out needs 20 seconds.
+        ASSERT_TRUE(eventually([&] { return !rig.results.empty(); }, 10s));
+        EXPECT_EQ(rig.result().failure.kind, Kind::PortClosed);
+        EXPECT_TRUE(eventually([&] { return rig.closings == std::vector{false}; }));
+        EXPECT_FALSE(rig.session->isOpen());
+
+        QString problem;
+        ASSERT_TRUE(rig.device.replug(&problem)) << qPrintable(problem);
+        rig.open();
+        rig.update(1000);
+        rig.expectUpdated(2);
+    }
+}
+
+TEST(DeviceSession, ClosingIsToldWhenItIsTrueAndEndsWhatRuns)
+{
+    SessionRig rig(with(&DeviceOptions::eraseTime, 300ms));
+    rig.onProgress = [&](const UpdateProgress &progress) {
+        if (progress.step == UpdateStep::Erase)
+            rig.session->close();
+    };
+    rig.update(250);
+    EXPECT_EQ(rig.result().failure.kind, Kind::PortClosed);
+    EXPECT_EQ(rig.result().step, UpdateStep::Erase);
+    ASSERT_TRUE(eventually([&] { return !rig.closings.empty(); }));
+    EXPECT_EQ(rig.closings, std::vector{true});
+    EXPECT_FALSE(rig.session->port()->isOpen());
+    rig.update(250); // on the closed port
+    ASSERT_TRUE(eventually([&] { return rig.results.size() == 2; }, 10s));
+    EXPECT_EQ(rig.result(2).failure.kind, Kind::PortClosed);
+}
+
+TEST(DeviceSession, APortThatIsOpenedAgainByOthersIsOpen)
+{
+    SessionRig rig;
+    const ORSSerialPortPtr port = rig.session->port();
+    port->close(); // as before sleep
+    ASSERT_TRUE(eventually([&] { return rig.closings == std::vector{false}; }));
+    port->open(); // as after it
+    ASSERT_TRUE(eventually([&] { return rig.reopenings == 1; }));
+    rig.update(300);
+    rig.expectUpdated();
+}
+
+TEST(DeviceSession, AnUpdateTakesTheLineFromAQueryThatStillWaits)
+{
+    BootParameters parameters = patientParameters();
+    parameters.resetPulse = parameters.bootLoaderStart = 20ms;
+    for (const auto pause : {0ms, 10ms, 30ms, 40ms}) {
+        SessionRig rig({}, parameters);
+        rig.session->close();
+        ASSERT_TRUE(eventually([&] { return !rig.closings.empty(); }));
+        ASSERT_TRUE(rig.session->open());
+        runEventLoopFor(pause);
+        rig.update(600);
+        rig.expectUpdated();
+        EXPECT_EQ(rig.queries, 1) << "an abandoned query says nothing";
+    }
+}
+
+TEST(DeviceSession, OneThatIsDestroyedLeavesWithoutAWordAndTheLineToTheNext)
+{
+    SessionRig rig(with(&DeviceOptions::eraseTime, 300ms));
+    const QPointer<ORSSerialPort> port = rig.session->port().get();
+    rig.onProgress = [&](const UpdateProgress &progress) {
+        if (progress.step == UpdateStep::Erase)
+            QTimer::singleShot(0, [&] { rig.session.reset(); });
+    };
+    rig.update(250);
+    ASSERT_TRUE(eventually([&] { return !rig.session; }));
+    EXPECT_TRUE(eventually([&] { return port.isNull(); })) << "nobody needs the port any more";
+    EXPECT_TRUE(rig.results.empty() && rig.closings.empty());
+    EXPECT_EQ(rig.device.report().downloadFrames, 0) << "nothing more was sent";
+
+    rig.onProgress = [](const auto &) {};
+    rig.open();
+    rig.update(500);
+    rig.expectUpdated();
+}
+
+TEST(DeviceSession, OneThatEndsTellsOfWhatRanFirst)
+{
+    SessionRig rig;
+    rig.device.setFaults({{.step = BootStep::Frame, .kind = FaultKind::Silence, .frame = 1}});
+    rig.onProgress = [&](const UpdateProgress &progress) {
+        if (progress.step == UpdateStep::Data)
+            QTimer::singleShot(0, [&] { rig.session->end(); });
+    };
+    rig.update(500);
+    const UpdateResult result = rig.result();
+    EXPECT_EQ(result.failure.kind, Kind::PortClosed);
+    EXPECT_EQ(result.step, UpdateStep::Data);
+    EXPECT_EQ(result.frames, 3);
+}
+
+} // namespace
+} // namespace vorn

@@ -1,0 +1,128 @@
+#pragma once
+
+#include "simulator/SimulatedDevice.h"
+#include "tests/support/Eventually.h"
+#include "tests/support/QtPrinting.h"
+#include "update/DeviceSession.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <type_traits>
+#include <vector>
+
+namespace vorn {
+
+using namespace std::chrono_literals;
+
+// Limits that only a hanging test reaches, and short pulses.
+inline BootParameters patientParameters()
+{
+    BootParameters parameters = kVornBoot;
+    parameters.resetPulse = parameters.bootLoaderStart = 2ms;
+    parameters.answerLimit = parameters.eraseLimit = 20s;
+    parameters.answerGap = 2s;
+    return parameters;
+}
+
+// A device with one option that is not the default.
+template <typename Value>
+DeviceOptions with(Value DeviceOptions::*option, std::type_identity_t<Value> value)
+{
+    DeviceOptions options;
+    options.*option = std::move(value);
+    return options;
+}
+
+// A simulated device and an open session on its terminal whose version query has ended.
+class SessionRig final : public DeviceSessionObserver
+{
+public:
+    explicit SessionRig(const DeviceOptions &options = {},
+                        const BootParameters &parameters = patientParameters())
+        : device(options), m_parameters(parameters)
+    {
+        QString problem;
+        EXPECT_TRUE(device.start(&problem)) << qPrintable(problem);
+        open();
+        EXPECT_TRUE(eventually([&] { return queries == 1; }));
+    }
+    ~SessionRig() { session.reset(); }
+
+    // A new session on the device's present terminal.
+    void open()
+    {
+        SerialDevice record;
+        record.calloutDevice = device.slavePath();
+        record.ttyDevice = "usbserial-test";
+        session = std::make_unique<DeviceSession>(
+            ORSSerialPort::serialPortWithDevice(std::make_shared<SerialDevice>(record)), *this,
+            m_parameters);
+        // An earlier session's port may be closing still.
+        EXPECT_TRUE(eventually([&] { return session->open(); }));
+    }
+    void update(qsizetype length)
+    {
+        image.clear();
+        for (qsizetype i = 0; i < length; ++i)
+            image.append(static_cast<char>((i * 7 + i / 251) % 256));
+        QFile file(imagePath);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(image) == length);
+        file.close();
+        session->startUpdate(imagePath);
+    }
+    // The result of the so-many-th update.
+    UpdateResult result(std::size_t number = 1)
+    {
+        EXPECT_TRUE(eventually([&] { return results.size() >= number; })) << "no end";
+        return results.size() < number ? UpdateResult() : results[number - 1];
+    }
+    // The so-many-th update puts the image into the device.
+    void expectUpdated(std::size_t number = 1)
+    {
+        const UpdateResult end = result(number);
+        EXPECT_TRUE(end.succeeded()) << "failure " << static_cast<int>(end.failure.kind)
+                                     << " at step " << static_cast<int>(end.step);
+        EXPECT_TRUE(device.report().image == image);
+        EXPECT_EQ(device.report().errors, QStringList());
+    }
+
+    // DeviceSessionObserver
+    void deviceDidReopen() override { ++reopenings; }
+    void deviceDidClose(bool onRequest) override { closings.push_back(onRequest); }
+    void targetVersionDidArrive(qint32 version) override { targetVersion = version; }
+    void versionQueryDidEnd(const UpdateResult &result) override
+    {
+        ++queries;
+        queryResult = result;
+    }
+    void updateDidProgress(const UpdateProgress &progress) override { onProgress(progress); }
+    void updateDidEnd(const UpdateResult &result) override
+    {
+        EXPECT_FALSE(session->isUpdating());
+        results.push_back(result);
+    }
+
+    const QTemporaryDir folder;
+    const QString imagePath = folder.filePath("VORN-image.bin");
+    QByteArray image; // of the latest update
+    SimulatedDevice device;
+
+    std::vector<UpdateResult> results;
+    std::vector<bool> closings;
+    UpdateResult queryResult;
+    qint32 targetVersion = -1;
+    int queries = 0;
+    int reopenings = 0;
+    std::function<void(const UpdateProgress &)> onProgress = [](const auto &) {};
+    std::unique_ptr<DeviceSession> session;
+
+private:
+    const BootParameters m_parameters;
+};
+
+} // namespace vorn

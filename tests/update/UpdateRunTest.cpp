@@ -1,0 +1,323 @@
+// Every way an update can go, over a scripted line.
+#include "update/UpdateRun.h"
+
+#include "tests/support/QtPrinting.h"
+#include "tests/update/ScriptedLine.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace vorn {
+namespace {
+
+using Kind = UpdateFailureKind;
+using Step = ScriptedLine::Step;
+using Fault = ScriptedLine::Fault;
+
+constexpr auto kTolerance = 100ms; // for the pulses
+
+QByteArray imageOf(qsizetype length)
+{
+    QByteArray image(length, Qt::Uninitialized);
+    for (qsizetype i = 0; i < length; ++i)
+        image[i] = static_cast<char>((i * 7 + i / 251) % 256);
+    return image;
+}
+
+struct ScriptedUpdate final : UpdateObserver
+{
+    explicit ScriptedUpdate(int modelCode, qsizetype length = 750)
+        : line(modelCode), image(imageOf(length))
+    {
+    }
+
+    UpdateResult update(const BootParameters &parameters = kVornBoot)
+    {
+        result = runUpdate(
+            line,
+            [this] {
+                return FirmwareImage{image, failure};
+            },
+            parameters, *this);
+        return result;
+    }
+    bool deviceHoldsImage() const { return line.isComplete && line.image == image; }
+
+    void targetVersionDidArrive(qint32 version) override { targetVersion = version; }
+    void updateDidProgress(const UpdateProgress &progress) override
+    {
+        if (progress.step == UpdateStep::Data)
+            percents.push_back(progress.percent);
+    }
+    void updateDidEnd(const UpdateResult &) override { ++ends; }
+
+    ScriptedLine line;
+    QByteArray image;
+    UpdateFailure failure;
+    UpdateResult result;
+    qint32 targetVersion = -1;
+    std::vector<int> percents;
+    int ends = 0;
+};
+
+// The steps of an update of three data frames, and where it ends when one goes wrong.
+struct Row
+{
+    Step step;
+    UpdateStep endsAt;
+    qint64 frame = 0;
+    std::chrono::milliseconds limit = 5s;
+};
+const std::vector<Row> kRows{
+    {{BootStep::Sync, 0}, UpdateStep::Synchronize},
+    {{BootStep::Connect, 0}, UpdateStep::Connect},
+    {{BootStep::Version, 0}, UpdateStep::QueryVersion},
+    {{BootStep::Download, 0}, UpdateStep::Download},
+    {{BootStep::Erase, 0}, UpdateStep::Erase, 0, 30s},
+    {{BootStep::Ready, 0}, UpdateStep::Release, 0, 30s},
+    {{BootStep::Frame, 1}, UpdateStep::Data, 0},
+    {{BootStep::Frame, 2}, UpdateStep::Data, 1},
+    {{BootStep::Frame, 3}, UpdateStep::Data, 2},
+    {{BootStep::Last, 0}, UpdateStep::Finish},
+};
+
+struct Variant
+{
+    const char *name;
+    Kind ending;
+    // In a wait of this length.
+    std::function<Fault(std::chrono::milliseconds limit)> fault;
+};
+Fault silence(std::chrono::milliseconds)
+{
+    return [](ScriptedLine &, const QByteArray &) { return false; };
+}
+Fault answerAfter(std::chrono::milliseconds time)
+{
+    return [time](ScriptedLine &line, const QByteArray &answer) {
+        line.answer(answer, time);
+        return true;
+    };
+}
+Fault chunks(const std::function<QByteArrayList(const QByteArray &answer)> &of, bool goesOn = true)
+{
+    return [of, goesOn](ScriptedLine &line, const QByteArray &answer) {
+        for (const QByteArray &chunk : of(answer))
+            line.answer(chunk);
+        return goesOn;
+    };
+}
+Fault happening(LineEvent event)
+{
+    return [event](ScriptedLine &line, const QByteArray &) {
+        line.happens(event);
+        return false;
+    };
+}
+const QByteArray kNoise = "\x01\xaf\xfc";
+const std::vector<Variant> kVariants{
+    {"silence", Kind::TimedOut, silence},
+    {"a refusal", Kind::Refused,
+     [](auto) { return chunks([](auto) { return QByteArrayList{"\xfc"}; }, false); }},
+    {"garbage", Kind::TimedOut,
+     [](auto) {
+         return chunks([](auto) { return QByteArrayList{kNoise, "\x02"}; }, false);
+     }},
+    {"garbage, then the answer", Kind::None,
+     [](auto) { return chunks([](auto &answer) {
+                    return QByteArrayList{kNoise, answer};
+                }); }},
+    {"the answer just in time", Kind::None, [](auto limit) { return answerAfter(limit - 1ms); }},
+    {"the answer just too late", Kind::TimedOut,
+     [](auto limit) { return answerAfter(limit + 1ms); }},
+    {"the answer byte by byte", Kind::None,
+     [](auto) {
+         return chunks([](auto &answer) {
+             QByteArrayList bytes;
+             for (const char byte : answer)
+                 bytes += QByteArray(1, byte);
+             return bytes;
+         });
+     }},
+    {"noise in the chunk behind the answer", Kind::None,
+     [](auto) {
+         return chunks([](auto &answer) { return QByteArrayList{answer + kNoise.right(1)}; });
+     }},
+    {"the answer twice in two chunks", Kind::None,
+     [](auto) { return chunks([](auto &answer) {
+                    return QByteArrayList{answer, answer};
+                }); }},
+    {"an unplugged device", Kind::PortClosed, [](auto) { return happening(LineEvent::Gone); }},
+    {"an abandoned update", Kind::Abandoned, [](auto) { return happening(LineEvent::Abandoned); }},
+};
+
+TEST(UpdateRun, EndsAtEachStepAsTheDeviceAnswersIt)
+{
+    for (const Variant &variant : kVariants) {
+        for (const Row &row : kRows) {
+            SCOPED_TRACE(testing::Message()
+                         << variant.name << " at step " << static_cast<int>(row.endsAt)
+                         << ", frame " << row.frame);
+            const QByteArray name(variant.name);
+            // Around the erase, two answers follow each other without a frame between them: these
+            // two are told apart by nothing.
+            if (row.endsAt == UpdateStep::Erase &&
+                (name.contains("twice") || name.contains("noise")))
+                continue;
+            ScriptedUpdate run(8);
+            run.line.faults[row.step] = variant.fault(row.limit);
+            const UpdateResult result = run.update();
+            EXPECT_EQ(result.failure.kind, variant.ending);
+            EXPECT_EQ(run.deviceHoldsImage(),
+                      variant.ending == Kind::None || row.step.first == BootStep::Last);
+            EXPECT_EQ(run.line.violations, QStringList());
+            EXPECT_EQ(run.ends, variant.ending == Kind::Abandoned ? 0 : 1);
+            std::vector<bool> rts{true, false};
+            if (variant.ending == Kind::None) {
+                rts.insert(rts.end(), {true, false});
+                EXPECT_EQ(run.targetVersion, 8);
+                EXPECT_EQ(run.percents, (std::vector{0, 33, 66}));
+            } else {
+                EXPECT_EQ(result.step, row.endsAt);
+                EXPECT_EQ(result.frame, row.frame);
+            }
+            if (row.step.first == BootStep::Last &&
+                (variant.ending == Kind::TimedOut || variant.ending == Kind::PortClosed))
+                rts.push_back(false);
+            EXPECT_EQ(run.line.rts, rts);
+            const auto elapsed = run.line.elapsed();
+            EXPECT_TRUE(variant.ending != Kind::TimedOut ||
+                        (elapsed >= row.limit && elapsed < row.limit + kTolerance))
+                << elapsed.count() << " ms";
+        }
+    }
+}
+
+TEST(UpdateRun, AnAnswerThatCameBeforeItsFrameDoesNotCount)
+{
+    for (std::size_t i = 0; i + 1 < kRows.size(); ++i) {
+        const Row &next = kRows[i + 1];
+        // What precedes these is no frame.
+        if (next.endsAt == UpdateStep::Release)
+            continue;
+        SCOPED_TRACE(static_cast<int>(next.endsAt));
+        ScriptedUpdate run(8);
+        run.line.faults[kRows[i].step] = chunks([](auto &answer) {
+            return QByteArrayList{answer, "\xaf"};
+        });
+        run.line.faults[next.step] = silence(next.limit);
+        EXPECT_EQ(run.update().failure.kind, Kind::TimedOut);
+        EXPECT_EQ(run.result.step, next.endsAt);
+    }
+}
+
+TEST(UpdateRun, TwoAnswersInTheChunkThatEndsTheEraseAreTwo)
+{
+    ScriptedUpdate run(8);
+    run.line.faults[{BootStep::Erase, 0}] =
+        chunks([](auto) { return QByteArrayList{"\xaf\xaf"}; }, false);
+    EXPECT_TRUE(run.update().succeeded());
+    ScriptedUpdate refused(8);
+    refused.line.faults[{BootStep::Erase, 0}] =
+        chunks([](auto) { return QByteArrayList{"\xaf\xfc"}; }, false);
+    EXPECT_EQ(refused.update().failure.kind, Kind::Refused);
+    EXPECT_EQ(refused.result.step, UpdateStep::Release);
+}
+
+TEST(UpdateRun, PutsImagesOfEveryLengthIntoTheDeviceOnlyErasingModelsAreWaitedFor)
+{
+    // The last frame of 243 bytes begins with the value of the sync byte.
+    for (const qsizetype length : {1, 243, 249, 250, 251, 500, 65'536}) {
+        for (const int modelCode : {0, 1, 2, 8, 255}) {
+            SCOPED_TRACE(testing::Message() << length << " bytes, model " << modelCode);
+            ScriptedUpdate run(modelCode, length);
+            EXPECT_TRUE(run.update().succeeded());
+            EXPECT_TRUE(run.deviceHoldsImage());
+            EXPECT_EQ(run.line.violations, QStringList());
+            EXPECT_EQ(run.targetVersion, modelCode);
+            EXPECT_TRUE(std::is_sorted(run.percents.begin(), run.percents.end()));
+            EXPECT_EQ(run.percents.size(),
+                      static_cast<std::size_t>(std::min<qsizetype>(length / 250, 100)));
+        }
+    }
+}
+
+TEST(UpdateRun, AnImageThatCannotBeReadIsFoundBeforeTheDownloadCommand)
+{
+    ScriptedUpdate run(8);
+    run.failure = {Kind::ImageUnreadable, ENOENT, "gone.bin"};
+    const UpdateResult result = run.update();
+    EXPECT_EQ(result.failure.kind, Kind::ImageUnreadable);
+    EXPECT_EQ(result.failure.code, ENOENT);
+    EXPECT_EQ(result.step, UpdateStep::ReadImage);
+    EXPECT_EQ(run.line.lastSent.toHex(), "0302fdfc");
+    EXPECT_EQ(run.line.rts, (std::vector{true, false}));
+}
+
+TEST(UpdateRun, AnnouncesAddressAndLengthAndEndsWithTheRest)
+{
+    ScriptedUpdate run(1, 0x12345);
+    run.line.faults[{BootStep::Ready, 0}] = silence({});
+    run.update();
+    EXPECT_EQ(run.line.lastSent.toHex(), "0908001800000123457e");
+    ScriptedUpdate whole(1, 500);
+    whole.update();
+    EXPECT_EQ(whole.line.lastSent.toHex(), "0101");
+}
+
+TEST(UpdateRun, AQueryTellsTheVersionAndLeavesTheDeviceRunning)
+{
+    for (const auto &[fault, kind, version] :
+         {std::tuple(answerAfter(0ms), Kind::None, 8), {silence({}), Kind::TimedOut, -1}}) {
+        ScriptedUpdate run(8);
+        run.line.faults[{BootStep::Connect, 0}] = fault;
+        EXPECT_EQ(queryTargetVersion(run.line, kVornBoot, run).failure.kind, kind);
+        EXPECT_EQ(run.targetVersion, version);
+        EXPECT_EQ(run.line.lastSent.toHex(), kind == Kind::None ? "0302fdfc" : "0301fefc");
+        EXPECT_FALSE(run.line.rts.back());
+    }
+}
+
+// Success is reported if and only if the device holds the image and has said so.
+TEST(UpdateRun, WhateverTheDeviceDoesTheReportIsTrue)
+{
+    const char *wanted = std::getenv("VORN_TEST_UPDATES");
+    const int updates = wanted ? std::atoi(wanted) : 5'000;
+    const char *givenSeed = std::getenv("VORN_TEST_SEED");
+    const auto firstSeed =
+        givenSeed ? static_cast<unsigned>(std::atoi(givenSeed)) : std::random_device{}();
+    std::printf("%d updates, seeds from %u\n", updates, firstSeed);
+    int successes = 0;
+    for (int i = 0; i < updates && !::testing::Test::HasFailure(); ++i) {
+        const unsigned seed = firstSeed + static_cast<unsigned>(i);
+        testing::Message story;
+        story << "seed " << seed;
+        std::mt19937 random(seed);
+        const auto below = [&](std::size_t limit) { return random() % limit; };
+        ScriptedUpdate run(static_cast<int>(below(10)), static_cast<qsizetype>(1 + below(1000)));
+        bool isConfirmed = true;
+        for (std::size_t faults = below(3); faults > 0; --faults) {
+            const Variant &variant = kVariants[below(kVariants.size())];
+            const Row &row = kRows[below(kRows.size())];
+            story << ", " << variant.name << " at step " << static_cast<int>(row.endsAt)
+                  << ", frame " << row.frame;
+            run.line.faults[row.step] = variant.fault(row.limit);
+            if (row.step.first == BootStep::Last)
+                isConfirmed = variant.ending == Kind::None;
+        }
+        const UpdateResult result = run.update();
+        story << "; ended at step " << static_cast<int>(result.step);
+        SCOPED_TRACE(story);
+        EXPECT_EQ(result.succeeded(), run.deviceHoldsImage() && isConfirmed);
+        EXPECT_FALSE(run.line.rts.back());
+        EXPECT_EQ(run.ends, result.failure.kind == Kind::Abandoned ? 0 : 1);
+        successes += result.succeeded() ? 1 : 0;
+    }
+    // Neither all nor none: the faults strike, and not always.
+    EXPECT_GT(successes, updates / 10);
+    EXPECT_LT(successes, updates);
+}
+
+} // namespace
+} // namespace vorn
