@@ -1,8 +1,8 @@
 #include "app/ViewController.h"
 
+#include "app/PackageTexts.h"
 #include "firmware/StagingFolder.h"
 #include "platform/Directories.h"
-#include "platform/GlobalQueue.h"
 #include "platform/NotificationCenter.h"
 #include "update/FirmwareImage.h"
 #include "update/UpdateTexts.h"
@@ -52,12 +52,8 @@ QStringList namesOf(const ORSSerialPortList &ports)
 
 ViewController::ViewController(MainWindow &window, vorn::PackageLocation packages,
                                const vorn::UpdateTimings &timings)
-    : m_window(window), m_hasPackageServer(packages.isConfigured()),
-      m_library(std::make_shared<vorn::FirmwareLibrary>(
-          [this](qint32, const QStringList &titles) { refillFirmwareList(titles); })),
-      m_updater(this, timings),
-      m_download(
-          std::move(packages), *m_library, [this] { return targetVersion(); }, *this)
+    : m_window(window), m_hasPackageServer(packages.isConfigured()), m_library(*this),
+      m_updater(this, timings), m_download(std::move(packages), m_library, *this)
 {
     m_closeLimit.setSingleShot(true);
     m_closeLimit.setInterval(kCloseLimit);
@@ -82,7 +78,7 @@ void ViewController::viewDidLoad()
         [this](const QVariantMap &userInfo) { serialPortsWereDisconnected(userInfo); });
 
     vorn::StagingFolder::recoverInterruptedPublish();
-    m_library->readFirmWare(targetVersion());
+    m_library.readFirmWare(targetVersion());
     getDeviceConnected();
 }
 
@@ -368,18 +364,17 @@ void ViewController::versionQueryDidEnd()
 
 void ViewController::readFirmWareInBackground()
 {
-    vorn::GlobalQueue::instance().post(
-        [library = m_library, version = targetVersion()] { library->readFirmWare(version); });
+    m_library.readFirmWareInBackground(targetVersion());
 }
 
-void ViewController::refillFirmwareList(const QStringList &titles)
+void ViewController::firmwareListDidChange(const QStringList &files)
 {
     QComboBox *list = m_controls.filePopUpBtn;
     if (!list)
         return;
     list->clear();
     list->addItem(kNoFirmware);
-    list->addItems(titles);
+    list->addItems(files);
 }
 
 void ViewController::showConnection(const QString &text, Tone tone)
@@ -390,31 +385,70 @@ void ViewController::showConnection(const QString &text, Tone tone)
 
 void ViewController::getFirmWare()
 {
-    m_window.showDownloadBusy();
-    m_download.sendRequest();
+    if (m_download.sendRequest())
+        m_window.showDownloadBusy();
 }
 
-void ViewController::showText(const QString &text)
+void ViewController::showDownload(const QString &text)
 {
     m_window.setStatusTone(MainWindow::Line::Firmware, Tone::Neutral);
     setText(m_controls.perText, text);
 }
 
-void ViewController::packageProgress(Phase phase, qint64 received, qint64 total)
+void ViewController::showDownloadProgress(qint64 received, qint64 total)
 {
-    if (phase == Phase::Receiving && total > 0)
+    if (total > 0)
         m_window.showDownloadProgress(
             static_cast<int>(std::min(100 * received / total, qint64{100})));
     else
         m_window.showDownloadBusy();
 }
 
-void ViewController::packageEnded(Outcome outcome, const vorn::PackageProblem &problem)
+void ViewController::endDownload(Tone tone)
 {
-    if (problem)
-        qCWarning(logController).noquote() << "No package was installed:" << problem.text;
-    m_window.setStatusTone(MainWindow::Line::Firmware,
-                           outcome == Outcome::Failed ? Tone::Bad : Tone::Good);
+    m_window.setStatusTone(MainWindow::Line::Firmware, tone);
     if (!m_download.isRunning())
         m_window.hideDownloadProgress();
+}
+
+void ViewController::packageResponseDidArrive(qint64 total)
+{
+    showDownload(vorn::texts::kPackageResponse);
+    showDownloadProgress(0, total);
+}
+
+void ViewController::packageDidProgress(qint64 received, qint64 total)
+{
+    showDownload(vorn::texts::packageProgress(received, total));
+    showDownloadProgress(received, total);
+}
+
+void ViewController::packageWillUnpack()
+{
+    m_window.showDownloadBusy();
+}
+
+void ViewController::packageIsUpToDate()
+{
+    showDownload(vorn::texts::kPackageIsUpToDate);
+    endDownload(Tone::Good);
+}
+
+void ViewController::packageDidFail(const vorn::PackageProblem &problem, bool showsInStatus)
+{
+    qCWarning(logController).noquote() << "No package installed:" << vorn::description(problem);
+    if (showsInStatus)
+        showDownload(vorn::texts::kPackageFailed);
+    endDownload(Tone::Bad);
+}
+
+void ViewController::packageWasInstalled()
+{
+    showDownload(vorn::texts::kPackageInstalled);
+    endDownload(Tone::Good);
+}
+
+void ViewController::firmwareFolderDidChange()
+{
+    m_library.readFirmWare(targetVersion());
 }

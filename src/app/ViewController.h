@@ -22,7 +22,8 @@
 class ViewController final : public QObject,
                              public ORSSerialPortDelegate,
                              public vorn::UpdateObserver,
-                             private vorn::PackageObserver
+                             private vorn::PackageObserver,
+                             private vorn::FirmwareLibraryObserver
 {
     Q_OBJECT
 
@@ -75,9 +76,16 @@ public:
 
 private:
     // vorn::PackageObserver
-    void showText(const QString &text) override;
-    void packageProgress(Phase phase, qint64 received, qint64 total) override;
-    void packageEnded(Outcome outcome, const vorn::PackageProblem &problem) override;
+    void packageResponseDidArrive(qint64 total) override;
+    void packageDidProgress(qint64 received, qint64 total) override;
+    void packageWillUnpack() override;
+    void packageIsUpToDate() override;
+    void packageDidFail(const vorn::PackageProblem &problem, bool showsInStatus) override;
+    void packageWasInstalled() override;
+    void firmwareFolderDidChange() override;
+
+    // vorn::FirmwareLibraryObserver
+    void firmwareListDidChange(const QStringList &files) override;
 
     void wireControls();
     void announce(const QString &title, const QString &text, const ORSSerialPortList &ports);
@@ -88,13 +96,15 @@ private:
     void refuseUpdate(const QString &text);
     void showConnection(const QString &text, vorn::Tone tone = vorn::Tone::Neutral);
     void readFirmWareInBackground();
-    void refillFirmwareList(const QStringList &titles);
+    void showDownload(const QString &text);
+    void showDownloadProgress(qint64 received, qint64 total);
+    void endDownload(vorn::Tone tone);
 
     vorn::MainWindow &m_window;
     vorn::Controls m_controls;
     vorn::DesktopNotifications m_notifications;
     const bool m_hasPackageServer;
-    const std::shared_ptr<vorn::FirmwareLibrary> m_library;
+    vorn::FirmwareLibrary m_library;
     vorn::Updater m_updater;
     vorn::PackageDownload m_download;
     ORSSerialPortManager *m_serialPortManager = nullptr;

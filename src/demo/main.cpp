@@ -1,6 +1,7 @@
 // The demonstration: with a display it opens the program on a simulated device and package server;
 // without one it does a whole update by itself in the same window, on Qt's offscreen platform, and
 // says whether the device holds the file.
+#include "app/PackageTexts.h"
 #include "app/QuitSignals.h"
 #include "app/ViewController.h"
 #include "demo/AutoPilot.h"
@@ -98,8 +99,8 @@ int updateByItself(int argc, char **argv)
         return complain(problem);
     vorn::PackageLocation packages =
         vorn::PackageLocation::onHost(stage.packageHost()).value_or(vorn::PackageLocation());
-    if (!packages.addCertificates(stage.packageCaFile(), problem))
-        return complain(problem);
+    if (const auto failure = packages.addCertificates(stage.packageCaFile()))
+        return complain(vorn::description(failure));
     vorn::SerialDeviceRegistry::setSystem(
         std::make_unique<vorn::DirectoryDeviceRegistry>(stage.deviceDirectory()));
 

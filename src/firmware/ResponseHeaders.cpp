@@ -1,6 +1,6 @@
 #include "firmware/ResponseHeaders.h"
 
-#include "firmware/FirmwareLibrary.h"
+#include "firmware/FirmwareFolder.h"
 
 #include <QStringDecoder>
 
@@ -10,7 +10,7 @@ namespace vorn {
 
 namespace {
 
-// Takes a "Content-Disposition" value apart, from front to back.
+// Parses the value of "Content-Disposition" from front to back.
 class DispositionReader
 {
 public:
@@ -18,7 +18,7 @@ public:
 
     bool atEnd() const { return m_rest.isEmpty(); }
 
-    // What comes before the next ";", "=" or end, without white space around it.
+    // What precedes the next ";", "=" or the end, trimmed.
     QByteArray word()
     {
         return take([](char c) { return c == ';' || c == '='; }).trimmed();
@@ -32,7 +32,7 @@ public:
         return true;
     }
 
-    // A parameter's value: a quoted string, without its quotes and escapes, or a word.
+    // A parameter's value: a quoted string, unquoted and unescaped, or a token.
     QByteArray value()
     {
         while (skip(' ') || skip('\t')) {
@@ -143,9 +143,9 @@ QString suggestedFilename(const UrlResponse &response)
 QString folderNameFor(const QString &filename)
 {
     const QString folder = filename.section(u'.', 0, 0);
-    // An archive of the firmware folder's very name would stand in that folder's place.
+    // An archive saved under the firmware folder's own name would take that folder's place.
     const bool isName = !folder.trimmed().isEmpty() && !folder.contains(u'/') &&
-                        filename != firmwareFolderName &&
+                        filename != kFirmwareFolderName &&
                         std::none_of(filename.begin(), filename.end(), isControl);
     return isName ? folder : QString();
 }

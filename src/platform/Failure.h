@@ -13,7 +13,7 @@ struct Failure
     // The number that goes with the kind, an errno or a status; 0 where it has none.
     int code = 0;
     // What it happened to, as it stands: a path, a name, a header's value. Never a sentence.
-    QString text;
+    QString text{};
 
     explicit operator bool() const { return kind != Kind{}; }
 };

@@ -25,18 +25,14 @@ ArchiveFile &fileOf(voidpf self)
 
 std::unique_ptr<ArchiveFile> ArchiveFile::open(const QString &path)
 {
-    // Non-blocking, so that a pipe of that name cannot hold the caller up.
+    // Non-blocking, so that opening a named pipe returns at once.
     FileDescriptor fd(
         ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!fd.isValid())
         return nullptr;
     struct stat status = {};
-    if (::fstat(fd.get(), &status) != 0)
+    if (::fstat(fd.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return nullptr;
-    if (!S_ISREG(status.st_mode)) {
-        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-        return nullptr;
-    }
     return std::unique_ptr<ArchiveFile>(
         new ArchiveFile(std::move(fd), static_cast<quint64>(status.st_size)));
 }

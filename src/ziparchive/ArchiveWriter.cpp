@@ -16,7 +16,7 @@ namespace {
 constexpr uLong kEncryptedFlag = 1U << 0;
 constexpr uLong kUtf8Flag = 1U << 11;
 constexpr qsizetype kMaxNameLength = 0xFFFF;
-// Just below 4 GiB: what does not compress grows a little when deflated, and must still fit.
+// Just below 4 GiB: incompressible data grow a little when deflated, and must still fit.
 constexpr qsizetype kMaxSize = 0xFFF00000;
 constexpr int kMemoryLevel = 8;
 

@@ -174,7 +174,7 @@ XDG_CACHE_HOME="$2/cache" "$3" VornUpdate2.zip "$2/archive.zip")");
         } else {
             ++oldSets;
             EXPECT_EQ(tree, (Tree{{"old.bin", "old"}})) << size;
-            EXPECT_EQ(process.exitCode(), static_cast<int>(PackageProblem::Kind::NoSpace))
+            EXPECT_EQ(process.exitCode(), static_cast<int>(PackageProblemKind::NoSpace))
                 << size << process.readAllStandardError().constData();
         }
     }
