@@ -72,9 +72,9 @@ TEST_F(ToolsArchive, UnpacksToTheSameFilesWithTheSameDates)
         ASSERT_TRUE(m_archive.UnzipFileTo(out(), true));
         EXPECT_EQ(treeAt(out() + "/pkg"), kContents);
         // 7z converts dates by today's offset from UTC, which may be another than on that day.
-        if (!QString(packer.command).startsWith("7z"))
-            EXPECT_EQ(QFileInfo(out() + "/pkg/VORN-1.bin").lastModified().toSecsSinceEpoch(),
-                      kDate);
+        const bool isOffByAnHour = QString(packer.command).startsWith("7z");
+        const auto date = QFileInfo(out() + "/pkg/VORN-1.bin").lastModified().toSecsSinceEpoch();
+        EXPECT_TRUE(date == kDate || isOffByAnHour) << date;
         EXPECT_EQ(m_archive.unzippedFiles().size(), 4);
         EXPECT_EQ(m_listener->errors, QStringList());
 
