@@ -9,9 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
-
 using namespace vorn;
 using Kind = PackageProblemKind;
 
@@ -178,21 +175,6 @@ TEST(PackageStoreTest, PackagesSavedUnderOneNameAreEachInstalledAsTheyCame)
     EXPECT_FALSE(first.install());
     EXPECT_TRUE(second.install());
     EXPECT_EQ(firmwareTree(), (Tree{{"VornUpdate2/first.bin", "1"}}));
-}
-
-TEST(PackageStoreTest, AFreshFolderThatAnotherInstanceTakesForALeftoverIsMadeAgain)
-{
-    std::atomic<bool> isDone = false;
-    std::thread otherInstance([&] {
-        while (!isDone)
-            StagingFolder::recoverInterruptedPublish();
-    });
-    for (int i = 0; i < 2000; ++i) {
-        const auto folder = StagingFolder::create();
-        EXPECT_TRUE(folder && std::filesystem::exists(folder->content())) << i;
-    }
-    isDone = true;
-    otherInstance.join();
 }
 
 } // namespace
