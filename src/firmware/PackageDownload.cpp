@@ -40,13 +40,7 @@ struct PackageDownload::Download
 };
 
 PackageDownload::PackageDownload(PackageLocation location, const FirmwareLibrary &library,
-                                 PackageObserver &observer)
-    : PackageDownload(std::move(location), library, observer, Limits())
-{
-}
-
-PackageDownload::PackageDownload(PackageLocation location, const FirmwareLibrary &library,
-                                 PackageObserver &observer, const Limits &limits)
+                                 PackageObserver &observer, const PackageLimits &limits)
     : m_location(std::move(location)), m_library(library), m_observer(observer), m_limits(limits)
 {
 }
@@ -176,6 +170,8 @@ void PackageDownload::fail(const DownloadPtr &download, const PackageProblem &pr
 
 void PackageDownload::remove(const DownloadPtr &download)
 {
+    if (download->state)
+        download->state->data = {}; // the latest download's state lives on
     m_downloads.erase(std::find(m_downloads.begin(), m_downloads.end(), download));
 }
 

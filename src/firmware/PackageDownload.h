@@ -34,6 +34,16 @@ struct PackageState
     qint8 mIsCancel = 1;
 };
 
+struct PackageLimits
+{
+    UrlSession::Timeouts timeouts{};
+    std::chrono::milliseconds delayBeforeUnpacking{500};
+    // A body is held in memory until it is saved: four times the largest known package (60 MB).
+    qint64 packageBytes = qint64{256} << 20;
+    // How many downloads may run at once, each with a body of its own.
+    std::size_t downloads = 2;
+};
+
 // Downloads the latest firmware package, unless it is the one that was installed last, and installs
 // it. Main thread only; files are written and unpacked in the background.
 //
@@ -43,24 +53,12 @@ struct PackageState
 class PackageDownload final : private UrlSessionDelegate
 {
 public:
-    struct Limits
-    {
-        UrlSession::Timeouts timeouts{};
-        std::chrono::milliseconds delayBeforeUnpacking{500};
-        // A body is held in memory until it is saved: four times the largest known package (60 MB).
-        qint64 packageBytes = qint64{256} << 20;
-        // How many downloads may run at once, each with a body of its own.
-        std::size_t downloads = 2;
-    };
-
     // The user defaults' key for the "Last-Modified" value of the package that was installed last.
     static const QString KEY_LAST_MODIFIED;
 
     // `library` and `observer` outlive the object.
     PackageDownload(PackageLocation location, const FirmwareLibrary &library,
-                    PackageObserver &observer);
-    PackageDownload(PackageLocation location, const FirmwareLibrary &library,
-                    PackageObserver &observer, const Limits &limits);
+                    PackageObserver &observer, const PackageLimits &limits = {});
     // Aborts transfers. A package that is being installed is installed completely or not at all.
     ~PackageDownload() override;
     PackageDownload(const PackageDownload &) = delete;
@@ -97,7 +95,7 @@ private:
     const PackageLocation m_location;
     const FirmwareLibrary &m_library;
     PackageObserver &m_observer;
-    const Limits m_limits;
+    const PackageLimits m_limits;
     QNetworkAccessManager m_network;
     std::shared_ptr<PackageState> m_state = std::make_shared<PackageState>();
     std::vector<DownloadPtr> m_downloads;

@@ -21,8 +21,6 @@ Kind kindOf(QNetworkReply::NetworkError error)
         return Kind::NameNotFound;
     case QNetworkReply::RemoteHostClosedError:
         return Kind::ConnectionLost;
-    case QNetworkReply::TimeoutError:
-        return Kind::TimedOut;
     case QNetworkReply::OperationCanceledError:
         return Kind::Cancelled;
     case QNetworkReply::SslHandshakeFailedError:

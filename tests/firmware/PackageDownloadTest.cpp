@@ -152,7 +152,7 @@ protected:
     {
         ASSERT_FALSE(recorder.ends.isEmpty());
         EXPECT_EQ(recorder.ends.back().kind, problem) << qPrintable(recorder.ends.back().text);
-        EXPECT_EQ(recorder.events.filter(event).size(), 1) << qPrintable(recorder.events.join(' '));
+        EXPECT_EQ(recorder.events.count(event), 1) << qPrintable(recorder.events.join(' '));
     }
 
     bool serverSawTheEnd() const
@@ -183,7 +183,7 @@ protected:
 
     std::unique_ptr<PackageServer> server;
     PackageLocation location;
-    PackageDownload::Limits limits{.delayBeforeUnpacking = 20ms};
+    PackageLimits limits{.delayBeforeUnpacking = 20ms};
     Recorder recorder;
     NoObserver libraryObserver;
     std::unique_ptr<FirmwareLibrary> library;
@@ -277,20 +277,18 @@ TEST_F(PackageDownloadTest, ATransferThatExceedsALimitOfTimeIsAbortedAndASlowOne
     using Timeouts = UrlSession::Timeouts;
     const PackageAnswer slow = with(&PackageAnswer::bytesPerSecond, newPackage().size() / 4);
     const auto silent = [](ServerSilence when) { return with(&PackageAnswer::silence, when); };
-    const QStringList duringBody = {"response", "failed quietly"};
     struct Case
     {
         PackageAnswer answer;
-        std::chrono::milliseconds Timeouts::*limit;
+        Timeouts timeouts;
         QStringList events;
     };
-    for (const auto &[answer, limit, events] :
-         {Case{with(&PackageAnswer::bodyPause, 60s), &Timeouts::idle, duringBody},
-          Case{silent(ServerSilence::Handshake), &Timeouts::idle, {"failed"}},
-          Case{silent(ServerSilence::Request), &Timeouts::response, {"failed"}},
-          Case{slow, &Timeouts::total, {"response", "progress", "failed quietly"}}}) {
-        limits.timeouts = {};
-        limits.timeouts.*limit = limit == &Timeouts::total ? 1500ms : 300ms;
+    for (const auto &[answer, timeouts, events] :
+         {Case{with(&PackageAnswer::bodyPause, 60s), {.idle = 2s}, {"response", "failed quietly"}},
+          Case{silent(ServerSilence::Handshake), {.idle = 300ms}, {"failed"}},
+          Case{silent(ServerSilence::Request), {.response = 300ms}, {"failed"}},
+          Case{slow, {.total = 3s}, {"response", "progress", "failed quietly"}}}) {
+        limits.timeouts = timeouts;
         serve(answer);
         pressAndFail(Kind::TimedOut, events);
     }
