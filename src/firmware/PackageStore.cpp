@@ -91,10 +91,12 @@ PackageStore::~PackageStore() = default;
 PackageProblem PackageStore::save(const QByteArray &data)
 {
     m_staging = StagingFolder::create();
+    int error = errno;
     if (!m_staging)
-        return fileProblem(errno, cachesDirectory());
+        return fileProblem(error, cachesDirectory());
     m_archive = m_staging->file("package.zip");
-    if (const int error = writeAll(m_archive, data))
+    error = writeAll(m_archive, data);
+    if (error != 0)
         return fileProblem(error, toText(m_archive));
 
     // A hard link to the saved file, so that this package is unpacked even when another one is
@@ -102,8 +104,10 @@ PackageProblem PackageStore::save(const QByteArray &data)
     const fs::path target = m_staging->destination() / toPath(m_suggestedFilename);
     const fs::path second = m_staging->file("second-name.zip");
     const bool isLinked = ::link(m_archive.c_str(), second.c_str()) == 0;
-    if (::rename((isLinked ? second : m_archive).c_str(), target.c_str()) != 0)
-        return fileProblem(errno, toText(target));
+    if (::rename((isLinked ? second : m_archive).c_str(), target.c_str()) != 0) {
+        error = errno;
+        return fileProblem(error, toText(target));
+    }
     if (!isLinked)
         m_archive = target;
     return {};
@@ -113,8 +117,6 @@ PackageProblem PackageStore::install()
 {
     // Removed at the end in any case.
     const auto staging = std::exchange(m_staging, nullptr);
-    if (!staging)
-        return fileProblem(ENOENT, m_suggestedFilename);
     if (PackageProblem problem =
             decompressionFileToPath(toText(staging->content()), toText(m_archive), m_curDirName))
         return problem;

@@ -27,7 +27,7 @@ public:
     // there but a folder.
     PackageProblem save(const QByteArray &data);
 
-    // Unpacks the saved archive and publishes its folders.
+    // Unpacks the archive and publishes its folders. Once, after a successful save().
     PackageProblem install();
 
 private:

@@ -105,9 +105,9 @@ StagingFolder::~StagingFolder()
     if (error == std::errc::no_such_file_or_directory)
         error.clear(); // nothing was set aside
     for (const fs::path &path : kept) {
-        const fs::path place = destination() / path.filename();
-        if (!error && !fs::exists(fs::symlink_status(place, error)))
-            fs::rename(path, place, error);
+        const fs::path target = destination() / path.filename();
+        if (!error && !fs::exists(fs::symlink_status(target, error)))
+            fs::rename(path, target, error);
     }
     if (error) {
         qCWarning(logFirmware, "Cannot restore the content of %s: %s", setAside().c_str(),

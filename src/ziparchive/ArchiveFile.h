@@ -43,14 +43,6 @@ private:
     ArchiveFile(FileDescriptor fd, quint64 size) : m_fd(std::move(fd)), m_size(size) {}
     const Window *windowAt(quint64 position);
 
-    static voidpf openStream(voidpf self, const void *path, int mode);
-    static uLong readStream(voidpf self, voidpf stream, void *buffer, uLong size);
-    static uLong writeStream(voidpf self, voidpf stream, const void *buffer, uLong size);
-    static ZPOS64_T tellStream(voidpf self, voidpf stream);
-    static long seekStream(voidpf self, voidpf stream, ZPOS64_T offset, int origin);
-    static int closeStream(voidpf self, voidpf stream);
-    static int streamError(voidpf self, voidpf stream);
-
     FileDescriptor m_fd;
     quint64 m_size = 0;
     quint64 m_position = 0;

@@ -116,13 +116,17 @@ ArchiveReader::Opened ArchiveReader::examineEntry()
         return refuse(Opened::BadInformation, m_entry.name, "its sizes do not match");
     if (m_info.compression_method != 0 && m_info.compression_method != Z_DEFLATED)
         return refuse(Opened::No, m_entry.name, "unsupported compression method");
-    if ((m_info.flag & (kPatchFlag | kStrongEncryptionFlag | kMaskedDirectoryFlag)) != 0)
-        return refuse(Opened::No, m_entry.name, "unsupported encryption or patch data");
+    if ((m_info.flag & kMaskedDirectoryFlag) != 0)
+        return refuse(Opened::No, m_entry.name, "encrypted directory");
     return Opened::Yes;
 }
 
 bool ArchiveReader::unlock(const std::optional<QByteArray> &password)
 {
+    if ((m_info.flag & (kPatchFlag | kStrongEncryptionFlag)) != 0) {
+        refuse(Opened::No, m_entry.name, "unsupported encryption or patch data");
+        return false;
+    }
     if (!isEncrypted())
         return true;
     if (password)

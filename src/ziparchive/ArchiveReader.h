@@ -26,7 +26,7 @@ class ArchiveReader
 public:
     enum class Opened { Yes, No, BadInformation };
 
-    struct Entry
+    struct EntryInfo
     {
         QByteArray name;
         bool isUtf8 = false;
@@ -50,10 +50,10 @@ public:
     // Opens the entry under the cursor by its headers, which needs no password.
     Opened openEntry();
     // Makes the open entry's data readable; false when it is encrypted and the password is missing
-    // or wrong.
+    // or wrong, or its encryption not supported.
     bool unlock(const std::optional<QByteArray> &password);
     // The entry opened last; its name is empty when that failed before the name was read.
-    const Entry &entry() const { return m_entry; }
+    const EntryInfo &entry() const { return m_entry; }
     // The number of bytes read, 0 at the entry's end.
     int readEntry(std::span<char> target);
     // An error when the entry was read to its end and its CRC is wrong.
@@ -77,7 +77,7 @@ private:
     Handle m_handle;
     std::optional<CentralDirectory> m_directory;
     std::size_t m_index = 0;
-    Entry m_entry;
+    EntryInfo m_entry;
     unz_file_info64 m_info = {};
     quint64 m_sizeRead = 0;
     std::unique_ptr<EncryptedEntry> m_encrypted;

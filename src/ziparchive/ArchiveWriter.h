@@ -16,7 +16,7 @@ namespace vorn {
 class ArchiveWriter
 {
 public:
-    struct Entry
+    struct NewEntry
     {
         EncodedEntryName name;
         tm_zip date = {};
@@ -36,14 +36,14 @@ public:
 
     // Adds an entry; false when that fails or the format cannot hold it: a name that is empty,
     // contains a NUL or exceeds 65,535 bytes, or data of about 4 GiB or more.
-    bool add(const Entry &entry, QByteArrayView data);
+    bool add(const NewEntry &entry, QByteArrayView data);
     // Writes the directory and closes the file.
     bool close();
 
 private:
     ArchiveWriter() = default;
-    bool openEntry(const Entry &entry, bool isEncrypted);
-    bool writeEncrypted(const Entry &entry, QByteArrayView data, uLong crc);
+    bool openEntry(const NewEntry &entry, bool isEncrypted);
+    bool writeEncrypted(const NewEntry &entry, QByteArrayView data, uLong crc);
 
     static uLong writeStream(voidpf self, voidpf stream, const void *buffer, uLong size);
 

@@ -146,7 +146,7 @@ bool ZipArchive::openEntry(ArchiveReader *reader, const QString &failureText)
 
 QString ZipArchive::entryName(const ArchiveReader &reader) const
 {
-    const ArchiveReader::Entry &entry = reader.entry();
+    const ArchiveReader::EntryInfo &entry = reader.entry();
     QString name = m_nameCodec->decode(entry.name, entry.isUtf8);
     // Separators are looked for in the decoded text: in GBK, 0x5C is also a trail byte.
     return name.replace(u'\\', u'/');
