@@ -1,5 +1,7 @@
 #include "app/CommandLine.h"
 
+#include "app/StatusTexts.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -33,9 +35,9 @@ QString problemOfPackages(const QString &host, const QString &caFile, PackageLoc
             return QStringLiteral("The package host is not of the form HOST[:PORT]: ") + host;
         packages = *location;
     }
-    QString error;
-    if (!caFile.isNull() && !packages.addCertificates(caFile, error))
-        return error;
+    if (!caFile.isNull())
+        if (const PackageProblem problem = packages.addCertificates(caFile))
+            return texts::description(problem);
     return {};
 }
 

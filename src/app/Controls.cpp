@@ -3,35 +3,35 @@
 namespace vorn {
 namespace {
 
-enum Tag {
-    kConnectText = 1001,
-    kFileList = 1002,
-    kDeviceList = 1010,
-    kOpenButton = 1011,
-    kPerText = 1012,
-    kUpdateText = 1015,
-    kUpdateButton = 2001,
-    kDownloadButton = 2002,
+enum class Tag {
+    ConnectText = 1001,
+    FileList = 1002,
+    DeviceList = 1010,
+    OpenButton = 1011,
+    PerText = 1012,
+    UpdateText = 1015,
+    UpdateButton = 2001,
+    DownloadButton = 2002,
 };
 
 template <typename Control>
 Control *find(const QWidget *view, Tag tag)
 {
-    return qobject_cast<Control *>(getSub(view, 1, tag));
+    return qobject_cast<Control *>(getSub(view, 1, static_cast<int>(tag)));
 }
 
 } // namespace
 
 Controls Controls::below(const QWidget *view)
 {
-    return {.connectText = find<StatusLine>(view, kConnectText),
-            .perText = find<StatusLine>(view, kPerText),
-            .updateText = find<StatusLine>(view, kUpdateText),
-            .filePopUpBtn = find<QComboBox>(view, kFileList),
-            .devPopUpBtn = find<QComboBox>(view, kDeviceList),
-            .openBtn = find<QPushButton>(view, kOpenButton),
-            .updateBtn = find<QPushButton>(view, kUpdateButton),
-            .downloadBtn = find<QPushButton>(view, kDownloadButton)};
+    return {.connectText = find<StatusLine>(view, Tag::ConnectText),
+            .perText = find<StatusLine>(view, Tag::PerText),
+            .updateText = find<StatusLine>(view, Tag::UpdateText),
+            .filePopUpBtn = find<QComboBox>(view, Tag::FileList),
+            .devPopUpBtn = find<QComboBox>(view, Tag::DeviceList),
+            .openBtn = find<QPushButton>(view, Tag::OpenButton),
+            .updateBtn = find<QPushButton>(view, Tag::UpdateButton),
+            .downloadBtn = find<QPushButton>(view, Tag::DownloadButton)};
 }
 
 QWidget *getSub(const QWidget *view, int andLevel, int tag)

@@ -1,20 +1,16 @@
 #include "app/ViewController.h"
 
-#include "firmware/StagingFolder.h"
-#include "platform/Directories.h"
-#include "platform/GlobalQueue.h"
+#include "app/StatusTexts.h"
 #include "platform/NotificationCenter.h"
 #include "update/FirmwareImage.h"
 
-#include <QCoreApplication>
-#include <QDir>
 #include <QLoggingCategory>
 
 #include <algorithm>
 #include <utility>
 
-using namespace std::chrono_literals;
 using vorn::currentTitle;
+using vorn::FirmwareSection;
 using vorn::MainWindow;
 using vorn::setStatusTone;
 using vorn::setTitle;
@@ -29,11 +25,7 @@ Q_LOGGING_CATEGORY(logController, "vorn.app")
 const QString kOpen = QStringLiteral("Open");
 const QString kClose = QStringLiteral("Close");
 const QString kNoDevice = QStringLiteral("No device selected");
-const QString kNoFirmware = QStringLiteral("No firmware selected");
 const QString kDeviceNamePrefix = QStringLiteral("usbserial-");
-
-// What a device needs, with some room, to tell its model after the port was opened.
-constexpr auto kRefillDelay = 500ms;
 
 QString devicePrefix(const ORSSerialPort &port)
 {
@@ -50,20 +42,16 @@ QStringList namesOf(const ORSSerialPortList &ports)
 
 } // namespace
 
-ViewController::ViewController(MainWindow &window, vorn::PackageLocation packages,
+ViewController::ViewController(MainWindow &window, const vorn::PackageLocation &packages,
                                const vorn::BootParameters &parameters)
-    : m_window(window), m_hasPackageServer(packages.isConfigured()),
-      m_library(std::make_shared<vorn::FirmwareLibrary>(
-          [this](qint32, const QStringList &titles) { refillFirmwareList(titles); })),
-      m_download(
-          std::move(packages), *m_library, [this] { return targetVersion(); }, *this),
+    : m_window(window), m_controls(vorn::Controls::below(window.centralWidget())),
+      m_hasPackageServer(packages.isConfigured()), m_firmware(window, m_controls, packages),
       m_parameters(parameters)
 {
-    m_refill.setSingleShot(true);
-    m_refill.setTimerType(Qt::PreciseTimer);
-    m_refill.setInterval(kRefillDelay);
-    connect(&m_refill, &QTimer::timeout, this, &ViewController::readFirmWareInBackground);
-    connect(&m_window, &MainWindow::closePortAnyway, this, &ViewController::closeSerialPort);
+    connect(&m_window, &MainWindow::closePortAnyway, this, [this] {
+        if (m_session)
+            m_session->close();
+    });
 }
 
 ViewController::~ViewController() = default;
@@ -80,29 +68,26 @@ void ViewController::viewDidLoad()
         this, ORSSerialPortWasDisconnectedNotification,
         [this](const QVariantMap &userInfo) { serialPortsWereDisconnected(userInfo); });
 
-    vorn::StagingFolder::recoverInterruptedPublish();
-    m_library->readFirmWare(targetVersion());
+    m_firmware.begin();
     getDeviceConnected();
 }
 
 void ViewController::wireControls()
 {
-    m_controls = vorn::Controls::below(m_window.centralWidget());
-    const auto wireButton = [&](const QPushButton *button, void (ViewController::*action)()) {
-        if (button)
-            connect(button, &QPushButton::clicked, this, action);
+    const auto wire = [](auto *control, auto signal, auto *receiver, auto action) {
+        if (control)
+            connect(control, signal, receiver, action);
     };
-    const auto wireList = [&](const QComboBox *list, void (ViewController::*action)()) {
-        if (list)
-            connect(list, &QComboBox::activated, this, action);
-    };
-    wireButton(m_controls.updateBtn, &ViewController::send);
-    wireButton(m_controls.downloadBtn, &ViewController::getFirmWare);
-    wireButton(m_controls.openBtn, &ViewController::openHandleBtn);
-    wireList(m_controls.filePopUpBtn, &ViewController::fileHandlePopBtn);
-    wireList(m_controls.devPopUpBtn, &ViewController::devHandlePopBtn);
+    wire(m_controls.updateBtn.get(), &QPushButton::clicked, this, &ViewController::send);
+    wire(m_controls.downloadBtn.get(), &QPushButton::clicked, &m_firmware,
+         &FirmwareSection::getFirmWare);
+    wire(m_controls.openBtn.get(), &QPushButton::clicked, this, &ViewController::openHandleBtn);
+    wire(m_controls.filePopUpBtn.get(), &QComboBox::activated, &m_firmware,
+         &FirmwareSection::fileHandlePopBtn);
+    wire(m_controls.devPopUpBtn.get(), &QComboBox::activated, this,
+         &ViewController::devHandlePopBtn);
 
-    showNoDevice();
+    showStatus(m_controls.connectText, vorn::texts::kNoDeviceSelected, StatusTone::Neutral);
     m_window.setDownloadAvailable(m_hasPackageServer, m_hasPackageServer
                                                           ? tr("Fetch the latest firmware package")
                                                           : tr("No package server is configured"));
@@ -141,7 +126,7 @@ void ViewController::getDeviceConnected()
         break;
     }
     if (!m_session) {
-        showNoDevice();
+        showStatus(m_controls.connectText, vorn::texts::kNoDeviceSelected, StatusTone::Neutral);
         setTitle(m_controls.openBtn, kOpen);
     }
 }
@@ -180,25 +165,14 @@ void ViewController::openSerialPort()
         showConnection(Connection::OpenFailed, StatusTone::Bad);
         return;
     }
-    showOpen();
-    m_refill.start();
-}
-
-void ViewController::closeSerialPort()
-{
-    if (m_session)
-        m_session->close();
-}
-
-void ViewController::showOpen()
-{
-    setTitle(m_controls.openBtn, kClose);
-    showConnection(Connection::Opened, StatusTone::Good);
+    deviceDidReopen();
+    m_firmware.deviceDidOpen();
 }
 
 void ViewController::deviceDidReopen()
 {
-    showOpen();
+    setTitle(m_controls.openBtn, kClose);
+    showConnection(Connection::Opened, StatusTone::Good);
 }
 
 void ViewController::deviceDidClose(bool onRequest)
@@ -213,18 +187,6 @@ void ViewController::deviceDoesNotClose()
     showConnection(Connection::CloseFailed, StatusTone::Bad);
 }
 
-void ViewController::fileHandlePopBtn()
-{
-    const QString title = currentTitle(m_controls.filePopUpBtn);
-    qCInfo(logController).noquote()
-        << "Firmware list:" << m_controls.filePopUpBtn->currentIndex() << title;
-    m_fileName = title;
-    showStatus(m_controls.perText,
-               title == kNoFirmware ? vorn::texts::kNoFirmwareSelected
-                                    : vorn::texts::kFirmwareSelected,
-               StatusTone::Neutral);
-}
-
 void ViewController::send()
 {
     if (isUpdating())
@@ -233,19 +195,16 @@ void ViewController::send()
         return refuseUpdate(vorn::texts::kNoDeviceSelected);
     if (!m_session->isOpen())
         return refuseUpdate(vorn::texts::kDeviceNotOpened);
-    // A list that was never filled offers nothing to choose either.
-    const QString firmware = currentTitle(m_controls.filePopUpBtn);
-    if (firmware.isNull() || firmware == kNoFirmware)
+    if (!m_firmware.offersFile())
         return refuseUpdate(vorn::texts::kNoFirmwareSelected);
 
-    QString imagePath;
-    if (!m_fileName.isNull()) {
-        imagePath =
-            QDir(vorn::cachesDirectory()).filePath(m_download.curDirName() + u'/' + m_fileName);
-        if (const auto failure = vorn::checkFirmwareImage(imagePath)) {
-            qCWarning(logController).noquote() << vorn::texts::logLineOf(failure);
-            return refuseUpdate(vorn::texts::ofImageFailure(failure));
-        }
+    const QString imagePath = m_firmware.imagePath();
+    // A list that shows a file which nobody chose is told only when the device is ready for it.
+    const vorn::UpdateFailure failure =
+        imagePath.isNull() ? vorn::UpdateFailure() : vorn::checkFirmwareImage(imagePath);
+    if (failure) {
+        qCWarning(logController).noquote() << vorn::texts::description(failure);
+        return refuseUpdate(vorn::texts::ofImageFailure(failure));
     }
     m_percent = 0;
     m_window.resetUpdateProgress();
@@ -313,16 +272,14 @@ void ViewController::deviceDidReportError(const ORSSerialPortError &error)
 
 void ViewController::targetVersionDidArrive(qint32 targetVersion)
 {
-    m_targetVersion = targetVersion;
+    m_firmware.setTargetVersion(targetVersion);
 }
 
 void ViewController::versionQueryDidEnd(const vorn::UpdateResult &result)
 {
     for (const QString &text : vorn::texts::ofVersionQueryEnd(result))
         showStatus(m_controls.updateText, text, StatusTone::Bad);
-    // Before that, the list is filled anyway. A choice is only taken away for another model.
-    if (!m_refill.isActive() && m_targetVersion != m_listedVersion)
-        readFirmWareInBackground();
+    m_firmware.versionQueryDidEnd();
 }
 
 void ViewController::updateDidProgress(const vorn::UpdateProgress &progress)
@@ -342,7 +299,7 @@ void ViewController::updateDidEnd(const vorn::UpdateResult &result)
     setStatusTone(m_controls.updateText, tone);
     for (const QString &text : vorn::texts::ofUpdateEnd(result))
         showStatus(m_controls.updateText, text, tone);
-    qCInfo(logController).noquote() << vorn::texts::logLineOf(result);
+    qCInfo(logController).noquote() << vorn::texts::description(result);
     // Otherwise a failure during the erase leaves the bar indeterminate.
     m_window.showUpdateProgress(result.succeeded() ? 100 : m_percent);
     m_window.setUpdateRuns(false);
@@ -354,60 +311,8 @@ void ViewController::deviceDidBecomeIdle()
         getDeviceConnected();
 }
 
-void ViewController::readFirmWareInBackground()
-{
-    m_listedVersion = m_targetVersion;
-    vorn::GlobalQueue::instance().post(
-        [library = m_library, version = targetVersion()] { library->readFirmWare(version); });
-}
-
-void ViewController::refillFirmwareList(const QStringList &titles)
-{
-    QComboBox *list = m_controls.filePopUpBtn;
-    if (!list)
-        return;
-    list->clear();
-    list->addItem(kNoFirmware);
-    list->addItems(titles);
-}
-
 void ViewController::showConnection(Connection state, StatusTone tone)
 {
     showStatus(m_controls.connectText, vorn::texts::ofConnection(state, m_session->port()->name()),
                tone);
-}
-
-void ViewController::showNoDevice()
-{
-    showStatus(m_controls.connectText, vorn::texts::kNoDeviceSelected, StatusTone::Neutral);
-}
-
-void ViewController::getFirmWare()
-{
-    m_window.showDownloadBusy();
-    m_download.sendRequest();
-}
-
-void ViewController::showText(const QString &text)
-{
-    showStatus(m_controls.perText, text, StatusTone::Neutral);
-}
-
-void ViewController::packageProgress(Phase phase, qint64 received, qint64 total)
-{
-    if (phase == Phase::Receiving && total > 0)
-        m_window.showDownloadProgress(
-            static_cast<int>(std::min(100 * received / total, qint64{100})));
-    else
-        m_window.showDownloadBusy();
-}
-
-void ViewController::packageEnded(Outcome outcome, const vorn::PackageProblem &problem)
-{
-    if (problem)
-        qCWarning(logController).noquote() << "No package was installed:" << problem.text;
-    setStatusTone(m_controls.perText,
-                  outcome == Outcome::Failed ? StatusTone::Bad : StatusTone::Good);
-    if (!m_download.isRunning())
-        m_window.hideDownloadProgress();
 }

@@ -1,9 +1,8 @@
 #pragma once
 
 #include "app/Controls.h"
-#include "app/UpdateTexts.h"
-#include "firmware/FirmwareLibrary.h"
-#include "firmware/PackageDownload.h"
+#include "app/FirmwareSection.h"
+#include "app/StatusTexts.h"
 #include "platform/DesktopNotifications.h"
 #include "serial/ORSSerialPort.h"
 #include "serial/ORSSerialPortManager.h"
@@ -12,22 +11,18 @@
 
 #include <QObject>
 #include <QString>
-#include <QTimer>
 
 #include <memory>
 
-// The controller of the program's one window: keeps the current port and the choices, wires the
-// controls, keeps the device list in step with the system, opens and closes the port, and shows the
-// texts. Updates, the firmware folder and downloads are done by classes of their own. Main thread
-// only.
-class ViewController final : public QObject,
-                             public vorn::DeviceSessionObserver,
-                             private vorn::PackageObserver
+// The controller of the program's one window: wires the controls, keeps the device list in step
+// with the system, opens and closes the chosen device, updates it, and shows how that goes. The
+// firmware list and downloads are FirmwareSection's. Main thread only.
+class ViewController final : public QObject, public vorn::DeviceSessionObserver
 {
     Q_OBJECT
 
 public:
-    ViewController(vorn::MainWindow &window, vorn::PackageLocation packages,
+    ViewController(vorn::MainWindow &window, const vorn::PackageLocation &packages,
                    const vorn::BootParameters &parameters = vorn::kVornBoot);
     ~ViewController() override;
 
@@ -40,7 +35,7 @@ public:
     void setSerialPort(const ORSSerialPortPtr &port);
 
     // The device's model code, -1 until it told.
-    qint32 targetVersion() const { return m_targetVersion; }
+    qint32 targetVersion() const { return m_firmware.targetVersion(); }
 
     // Rebuilds the device list and chooses the first device whose name begins "usbserial-".
     void getDeviceConnected();
@@ -48,8 +43,6 @@ public:
     // Actions of the controls.
     void openHandleBtn();
     void devHandlePopBtn();
-    void fileHandlePopBtn();
-    void getFirmWare();
     void send();
 
     // Ports that came and went.
@@ -71,39 +64,22 @@ private:
     void updateDidEnd(const vorn::UpdateResult &result) override;
     void deviceDidBecomeIdle() override;
 
-    // vorn::PackageObserver
-    void showText(const QString &text) override;
-    void packageProgress(Phase phase, qint64 received, qint64 total) override;
-    void packageEnded(Outcome outcome, const vorn::PackageProblem &problem) override;
-
     void wireControls();
     void announce(const QString &title, const QString &text, const ORSSerialPortList &ports);
     void openSerialPort();
-    void closeSerialPort();
-    void showOpen();
     bool isUpdating() const { return m_session && m_session->isUpdating(); }
     void refuseUpdate(const QString &text);
     void showConnection(vorn::texts::Connection state,
                         vorn::StatusTone tone = vorn::StatusTone::Neutral);
-    void showNoDevice();
-    void readFirmWareInBackground();
-    void refillFirmwareList(const QStringList &titles);
 
     vorn::MainWindow &m_window;
-    vorn::Controls m_controls;
+    const vorn::Controls m_controls;
     vorn::DesktopNotifications m_notifications;
     const bool m_hasPackageServer;
-    const std::shared_ptr<vorn::FirmwareLibrary> m_library;
-    vorn::PackageDownload m_download;
+    vorn::FirmwareSection m_firmware;
     const vorn::BootParameters m_parameters;
     ORSSerialPortManager *m_serialPortManager = nullptr;
     std::unique_ptr<vorn::DeviceSession> m_session; // the current port's; null without one
-    qint32 m_targetVersion = -1;
-    // The list follows the device half a second after the opening, and from then on whenever a
-    // query tells another model.
-    QTimer m_refill;
-    qint32 m_listedVersion = -1;
-    QString m_fileName; // null while none was chosen
     bool m_rebuildAfterUpdate = false;
     int m_percent = 0;
 };

@@ -1,6 +1,7 @@
 // The demonstration: with a display it starts the program with a simulated device and package
 // server; without one it does a whole update by itself in the same window, on Qt's offscreen
 // platform, and says whether the device holds the file.
+#include "app/StatusTexts.h"
 #include "app/ViewController.h"
 #include "demo/AutoPilot.h"
 #include "demo/DemoStage.h"
@@ -98,8 +99,8 @@ int updateByItself(int argc, char **argv)
         return complain(problem);
     vorn::PackageLocation packages =
         vorn::PackageLocation::onHost(stage.packageHost()).value_or(vorn::PackageLocation());
-    if (!packages.addCertificates(stage.packageCaFile(), problem))
-        return complain(problem);
+    if (const auto failure = packages.addCertificates(stage.packageCaFile()))
+        return complain(vorn::texts::description(failure));
     vorn::SerialDeviceRegistry::setSystem(
         std::make_unique<vorn::DirectoryDeviceRegistry>(stage.deviceDirectory()));
 

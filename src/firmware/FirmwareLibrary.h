@@ -1,56 +1,58 @@
 #pragma once
 
-#include <QString>
-#include <QStringList>
-
-#include <functional>
-#include <memory>
-#include <mutex>
-#include <optional>
+#include "firmware/FirmwareFolder.h"
+#include "platform/Lifetime.h"
 
 namespace vorn {
 
-// The folder that holds the firmware files, inside the caches directory. The scan always uses this
-// name; it is also where a package without a top folder of its own is unpacked to.
-inline constexpr QLatin1StringView firmwareFolderName("VornUpdate2");
+// Told of the firmware for the connected device. Called on the main thread.
+class FirmwareLibraryObserver
+{
+public:
+    // The names of the files to offer, for the model code that was asked for.
+    virtual void firmwareListDidChange(const QStringList &files) = 0;
 
-// The firmware files of the local firmware folder, sorted by the model prefix of their names.
-//
-// readFirmWare() and the lists may be used on any thread; the object itself is destroyed on the
-// main thread. Lists are handed out as copies.
+protected:
+    virtual ~FirmwareLibraryObserver() = default;
+};
+
+// The firmware files of the firmware folder, sorted by the model prefixes of their names. Main
+// thread only.
 class FirmwareLibrary
 {
 public:
-    // Told, on the main thread, the names that a list of firmware for this model code shows behind
-    // its placeholder item.
-    using Refill = std::function<void(qint32 modelCode, const QStringList &titles)>;
+    // `observer` outlives the library.
+    explicit FirmwareLibrary(FirmwareLibraryObserver &observer) : m_observer(observer) {}
 
-    explicit FirmwareLibrary(Refill refill);
-
-    // Scans the folder, rebuilds the lists and queues the refill on the main queue. True when at
-    // least one entry was found. A folder that is missing, unreadable or empty queues no refill and
-    // leaves the lists by model as they were.
+    // Scans the folder, rebuilds the lists, and tells the observer from the event loop which files
+    // this model takes. True when the folder has at least one entry. A folder that is missing,
+    // unreadable or empty leaves the lists by prefix as they were, and the observer is not called.
     bool readFirmWare(qint32 modelCode);
+    // The same with the folder read on a background thread. The result is dropped when a scan that
+    // started later has been taken over meanwhile.
+    void readFirmWareInBackground(qint32 modelCode);
 
     // Every firmware file, in folder order; no value when the folder could not be read.
-    std::optional<QStringList> allFileArray() const;
+    const std::optional<QStringList> &allFileArray() const { return m_allFileArray; }
     // Names that begin "VORN_I-".
-    QStringList vorn_I_fileArray() const;
-    // Names that begin "VORN-". A scan adds to this list and never empties it; no model shows it.
-    QStringList vorn_fileArray() const;
+    const QStringList &vorn_I_fileArray() const { return m_vorn_I_fileArray; }
+    // Names that begin "VORN-". Each scan adds to this list and none empties it; no model shows it.
+    const QStringList &vorn_fileArray() const { return m_vorn_fileArray; }
     // Names that begin "VORN_PLATINA-".
-    QStringList vorn_platina_fileArray() const;
+    const QStringList &vorn_platina_fileArray() const { return m_vorn_platina_fileArray; }
 
 private:
-    QStringList titlesForModel(qint32 modelCode) const;
+    bool takeOver(const std::optional<FirmwareScan> &scan, quint64 number);
 
-    // Held by the library alone: a refill that is still queued when it is gone does nothing.
-    const std::shared_ptr<const Refill> m_refill;
-    mutable std::mutex m_mutex;
+    FirmwareLibraryObserver &m_observer;
     std::optional<QStringList> m_allFileArray;
     QStringList m_vorn_I_fileArray;
     QStringList m_vorn_fileArray;
     QStringList m_vorn_platina_fileArray;
+    // Scans are numbered as they start.
+    quint64 m_lastStarted = 0;
+    quint64 m_lastTakenOver = 0;
+    Lifetime m_lifetime;
 };
 
 } // namespace vorn

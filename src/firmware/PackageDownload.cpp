@@ -1,10 +1,11 @@
 #include "firmware/PackageDownload.h"
 
-#include "firmware/PackageLog.h"
+#include "firmware/FirmwareLibrary.h"
 #include "firmware/PackageStore.h"
 #include "platform/MainQueue.h"
 #include "platform/UserDefaults.h"
 
+#include <QLoggingCategory>
 #include <QTimer>
 
 #include <algorithm>
@@ -13,13 +14,11 @@ namespace vorn {
 
 namespace {
 
-using Kind = PackageProblem::Kind;
-using Outcome = PackageObserver::Outcome;
-using Phase = PackageObserver::Phase;
+Q_LOGGING_CATEGORY(logFirmware, "vorn.firmware")
 
-constexpr QLatin1StringView kFailed("Prompt:Failed to download the latest firmware");
+using Kind = PackageProblemKind;
 
-// A value that is absent equals nothing, and neither does a stored one that is.
+// A missing value never matches.
 bool isStoredDate(const std::optional<QString> &lastModified)
 {
     const QString stored = UserDefaults::stringForKey(PackageDownload::KEY_LAST_MODIFIED);
@@ -32,110 +31,79 @@ const QString PackageDownload::KEY_LAST_MODIFIED = QStringLiteral("KEY_LAST_MODI
 
 struct PackageDownload::Download
 {
-    std::unique_ptr<UrlSession> session; // none when it has ended
-    std::shared_ptr<PackageState> state; // none before the response
+    std::unique_ptr<UrlSession> session; // null once it has ended
+    std::shared_ptr<PackageState> state; // null before the response
     int statusCode = 0;
     bool isUpToDate = false;
     PackageProblem refusal; // why its package was not wanted
     std::unique_ptr<PackageStore> store;
 };
 
-PackageDownload::PackageDownload(PackageLocation location, FirmwareLibrary &library,
-                                 std::function<qint32()> targetVersion, PackageObserver &observer)
-    : PackageDownload(std::move(location), library, std::move(targetVersion), observer, Limits())
-{
-}
-
-PackageDownload::PackageDownload(PackageLocation location, FirmwareLibrary &library,
-                                 std::function<qint32()> targetVersion, PackageObserver &observer,
-                                 Limits limits)
-    : m_location(std::move(location)), m_library(library),
-      m_targetVersion(std::move(targetVersion)), m_observer(observer), m_limits(limits)
+PackageDownload::PackageDownload(PackageLocation location, const FirmwareLibrary &library,
+                                 PackageObserver &observer, const PackageLimits &limits)
+    : m_location(std::move(location)), m_library(library), m_observer(observer), m_limits(limits)
 {
 }
 
 PackageDownload::~PackageDownload() = default;
 
-void PackageDownload::sendRequest()
+bool PackageDownload::sendRequest()
 {
+    if (m_downloads.size() >= m_limits.downloads)
+        return false;
     const auto download = std::make_shared<Download>();
-    download->session = std::make_unique<UrlSession>(static_cast<UrlSessionDelegate &>(*this),
-                                                     m_limits.transferTimeout);
+    download->session =
+        std::make_unique<UrlSession>(static_cast<UrlSessionDelegate &>(*this), m_limits.timeouts);
     m_downloads.push_back(download);
-    m_observer.packageProgress(Phase::Connecting, 0, 0);
     download->session->resume(m_network, m_location);
+    return true;
 }
 
 UrlSessionDelegate::Disposition
 PackageDownload::URLSessionDataTaskDidReceiveResponse(UrlSession &session,
                                                       const UrlResponse &response)
 {
-    qCDebug(packagesLog, "receive response.");
+    qCDebug(logFirmware, "receive response.");
     const DownloadPtr download = downloadOf(session);
-    const QString folderBefore = m_state->curDirName;
+    const QString previousFolder = m_state->curDirName;
     m_state = std::make_shared<PackageState>();
     download->state = m_state;
     download->statusCode = response.statusCode;
-    m_observer.showText(QStringLiteral("0"));
-
     m_state->totalNum = expectedLength(response.contentLength);
     m_state->lastModifiedString = lastModifiedValue(response.lastModified);
     m_state->suggestedFilename = suggestedFilename(response);
     m_state->curDirName = folderNameFor(m_state->suggestedFilename);
+    m_observer.packageResponseDidArrive(m_state->totalNum);
+
     if (m_state->curDirName.isEmpty()) {
-        m_state->curDirName = folderBefore; // the update goes on finding its files
-        return refuse(
-            *download,
-            {Kind::UnusableName,
-             QStringLiteral("\"%1\" is no name for a package").arg(m_state->suggestedFilename)});
+        m_state->curDirName = previousFolder; // where the update still finds its files
+        download->refusal = {Kind::UnusableName, 0, m_state->suggestedFilename};
+        return Disposition::Cancel;
     }
     if (m_library.allFileArray() && isStoredDate(m_state->lastModifiedString)) {
         download->isUpToDate = true;
-        m_observer.showText(
-            QStringLiteral("Prompt:Currently it is the latest firmware,no need to download"));
         return Disposition::Cancel;
     }
-    if (m_state->totalNum > m_limits.packageBytes)
-        return refuse(
-            *download,
-            {Kind::TooLarge, QStringLiteral("the package has %1 bytes").arg(m_state->totalNum)});
+    if (m_state->totalNum > m_limits.packageBytes) {
+        download->refusal = {Kind::TooLarge, 0, m_state->suggestedFilename};
+        return Disposition::Cancel;
+    }
     m_state->mIsCancel = 0;
-    m_observer.packageProgress(Phase::Receiving, 0, m_state->totalNum);
     return Disposition::Allow;
-}
-
-UrlSessionDelegate::Disposition PackageDownload::refuse(Download &download,
-                                                        const PackageProblem &reason)
-{
-    download.refusal = reason;
-    m_observer.showText(kFailed);
-    return Disposition::Cancel;
 }
 
 void PackageDownload::URLSessionDataTaskDidReceiveData(UrlSession &session, const QByteArray &piece)
 {
-    qCDebug(packagesLog, "receive data.");
+    qCDebug(logFirmware, "receive data.");
     const DownloadPtr download = downloadOf(session);
     PackageState &state = *download->state;
     if (piece.size() > m_limits.packageBytes - state.data.size()) {
-        state.data = {};
-        refuse(*download, {Kind::TooLarge, QStringLiteral("the package does not end")});
+        download->refusal = {Kind::TooLarge, 0, state.suggestedFilename};
         session.cancel();
         return;
     }
     state.data.append(piece);
-    updateProgress(state);
-}
-
-void PackageDownload::updateProgress(const PackageState &state)
-{
-    const float percentage =
-        100.0F * static_cast<float>(state.data.size()) / static_cast<float>(state.totalNum);
-    // Of an unknown length there is no percentage.
-    const QString figure =
-        state.totalNum > 0 ? QString::asprintf("%.0f", double{percentage}) : QStringLiteral("--");
-    m_observer.showText(QStringLiteral("Prompt:Progress%1%").arg(figure));
-    m_observer.packageProgress(Phase::Receiving, state.data.size(), state.totalNum);
+    m_observer.packageDidProgress(state.data.size(), state.totalNum);
 }
 
 void PackageDownload::URLSessionTaskDidCompleteWithError(UrlSession &session,
@@ -143,30 +111,23 @@ void PackageDownload::URLSessionTaskDidCompleteWithError(UrlSession &session,
 {
     const DownloadPtr download = downloadOf(session);
     download->session.release()->deleteLater(); // it is the caller
-    // Without a response of its own, a download judges by what the last one left.
-    PackageState &state = download->state ? *download->state : *m_state;
-    const bool isInstalled = isStoredDate(state.lastModifiedString);
-    if (error)
-        qCInfo(packagesLog).noquote() << "download ended:" << error.text;
-
-    if (state.mIsCancel == 1 && error && !isInstalled)
-        m_observer.showText(kFailed);
-    if (download->refusal)
-        return end(download, Outcome::Failed, download->refusal);
-    if (error || (state.mIsCancel != 0 && isInstalled)) {
-        // An error after the package was accepted leaves the last progress figure standing.
-        if (download->state)
-            download->state->data = {};
-        if (download->isUpToDate)
-            return end(download, Outcome::UpToDate);
-        return end(download, Outcome::Failed, error);
+    if (download->isUpToDate) {
+        remove(download);
+        return m_observer.packageIsUpToDate();
     }
-    savePackage(download, state);
+    if (download->refusal)
+        return fail(download, download->refusal, true);
+    if (!error)
+        return savePackage(download);
+    // Without a response of its own, a download is judged by the latest response.
+    const PackageState &state = download->state ? *download->state : *m_state;
+    fail(download, error, state.mIsCancel == 1 && !isStoredDate(state.lastModifiedString));
 }
 
-void PackageDownload::savePackage(const DownloadPtr &download, PackageState &state)
+void PackageDownload::savePackage(const DownloadPtr &download)
 {
-    m_observer.packageProgress(Phase::Unpacking, 0, 0);
+    PackageState &state = *download->state;
+    m_observer.packageWillUnpack();
     download->store = std::make_unique<PackageStore>(state.suggestedFilename, state.curDirName);
     inBackground(
         [download, data = std::exchange(state.data, {})] { return download->store->save(data); },
@@ -186,30 +147,32 @@ void PackageDownload::unpackLater(const DownloadPtr &download, const PackageProb
 
 void PackageDownload::finishUnpacking(const DownloadPtr &download, const PackageProblem &problem)
 {
-    if (!problem) {
-        m_observer.showText(QStringLiteral("Prompt:Successfully downloaded the latest firmware"));
-        UserDefaults::setStringForKey(download->state->lastModifiedString.value_or(QString()),
-                                      KEY_LAST_MODIFIED);
-        UserDefaults::synchronize();
-        m_library.readFirmWare(m_targetVersion());
-        return end(download, Outcome::Installed);
+    if (problem) {
+        const bool isErrorPage = download->statusCode >= 400 && problem.kind == Kind::NotAnArchive;
+        const PackageProblem errorPage = {Kind::HttpStatus, download->statusCode,
+                                          m_location.url().host()};
+        return fail(download, isErrorPage ? errorPage : problem, true);
     }
-    qCWarning(packagesLog).noquote() << "package not installed:" << problem.text;
-    m_observer.showText(kFailed);
-    const bool isErrorPage = download->statusCode >= 400 && problem.kind == Kind::NotAnArchive;
-    end(download, Outcome::Failed,
-        isErrorPage ? PackageProblem{Kind::HttpStatus,
-                                     QStringLiteral("the server answered with HTTP status %1")
-                                         .arg(download->statusCode),
-                                     download->statusCode}
-                    : problem);
+    remove(download);
+    m_observer.packageWasInstalled();
+    UserDefaults::setStringForKey(download->state->lastModifiedString.value_or(QString()),
+                                  KEY_LAST_MODIFIED);
+    UserDefaults::synchronize();
+    m_observer.firmwareFolderDidChange();
 }
 
-void PackageDownload::end(const DownloadPtr &download, Outcome outcome,
-                          const PackageProblem &problem)
+void PackageDownload::fail(const DownloadPtr &download, const PackageProblem &problem,
+                           bool showsInStatus)
 {
+    remove(download);
+    m_observer.packageDidFail(problem, showsInStatus);
+}
+
+void PackageDownload::remove(const DownloadPtr &download)
+{
+    if (download->state)
+        download->state->data = {}; // the latest download's state lives on
     m_downloads.erase(std::find(m_downloads.begin(), m_downloads.end(), download));
-    m_observer.packageEnded(outcome, problem);
 }
 
 PackageDownload::DownloadPtr PackageDownload::downloadOf(const UrlSession &session) const
@@ -223,14 +186,9 @@ PackageDownload::DownloadPtr PackageDownload::downloadOf(const UrlSession &sessi
 void PackageDownload::inBackground(std::function<PackageProblem()> work,
                                    std::function<void(const PackageProblem &)> then)
 {
-    m_queue.post(
-        [work = std::move(work), then = std::move(then), alive = std::weak_ptr<char>(m_alive)] {
-            const PackageProblem problem = work();
-            MainQueue::instance().post([problem, then, alive] {
-                if (!alive.expired())
-                    then(problem);
-            });
-        });
+    m_queue.post([work = std::move(work), then = std::move(then), token = m_lifetime.token()] {
+        MainQueue::instance().post(token, [problem = work(), then] { then(problem); });
+    });
 }
 
 } // namespace vorn

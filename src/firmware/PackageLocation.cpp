@@ -7,7 +7,7 @@ namespace vorn {
 
 std::optional<PackageLocation> PackageLocation::onHost(const QString &host)
 {
-    // What else an address may hold would move into its other parts.
+    // Characters that would begin another part of the URL.
     static const QRegularExpression otherParts(QStringLiteral("[/?#@\\s]|:$"));
     QUrl url(QStringLiteral("https://") + host, QUrl::StrictMode);
     if (host.contains(otherParts) || !url.isValid() || url.host().isEmpty() || url.port() == 0)
@@ -18,20 +18,17 @@ std::optional<PackageLocation> PackageLocation::onHost(const QString &host)
     return location;
 }
 
-bool PackageLocation::addCertificates(const QString &pemFile, QString &error)
+PackageProblem PackageLocation::addCertificates(const QString &pemFile)
 {
     QFile file(pemFile);
-    if (!file.open(QIODevice::ReadOnly)) {
-        error = QStringLiteral("%1: %2").arg(pemFile, file.errorString());
-        return false;
-    }
+    errno = EISDIR; // Qt rejects a folder without a system call that fails
+    if (!file.open(QIODevice::ReadOnly))
+        return fileProblem(errno, pemFile);
     const QList<QSslCertificate> found = QSslCertificate::fromDevice(&file, QSsl::Pem);
-    if (found.isEmpty()) {
-        error = QStringLiteral("%1: no certificate in PEM format").arg(pemFile);
-        return false;
-    }
+    if (found.isEmpty())
+        return {PackageProblemKind::NoCertificates, 0, pemFile};
     m_certificates += found;
-    return true;
+    return {};
 }
 
 } // namespace vorn

@@ -1,28 +1,29 @@
 #pragma once
 
+#include "firmware/PackageProblem.h"
+
 #include <QList>
 #include <QSslCertificate>
-#include <QString>
 #include <QUrl>
 
 #include <optional>
 
 namespace vorn {
 
-// Where the latest package is to be had, and whom to believe that it is the package server.
+// URL of the latest package and the extra CAs trusted for it.
 class PackageLocation
 {
 public:
     // No package server is configured.
     PackageLocation() = default;
 
-    // The package on `host`, "HOST[:PORT]" (an IPv6 address in brackets), over HTTPS. Nothing when
-    // `host` is no such text.
+    // The package on `host`, over HTTPS. Nothing when `host` is not "HOST[:PORT]" (an IPv6 address
+    // in brackets).
     static std::optional<PackageLocation> onHost(const QString &host);
 
-    // Adds the certificates of a PEM file to the system's for this server. False when it holds none
-    // or cannot be read; `error` then says which.
-    bool addCertificates(const QString &pemFile, QString &error);
+    // Trusts the certificates in a PEM file for this server, besides the system's. Fails with
+    // NoCertificates or FileSystem.
+    PackageProblem addCertificates(const QString &pemFile);
 
     bool isConfigured() const { return !m_url.isEmpty(); }
     const QUrl &url() const { return m_url; }

@@ -1,43 +1,43 @@
 #pragma once
 
-#include <QString>
+#include "platform/Failure.h"
+
+#include <cerrno>
 
 namespace vorn {
 
-// Why a package was not installed: a fact for a log or a details line, beside the status text.
-struct PackageProblem
-{
-    // What `code` holds stands behind each kind; where nothing stands, it is 0.
-    enum class Kind {
-        None,
-        NotConfigured,    // no package server is known
-        NameNotFound,     // QNetworkReply::NetworkError
-        Unreachable,      // QNetworkReply::NetworkError: refused, no network, proxy trouble
-        ConnectionLost,   // QNetworkReply::NetworkError: ended before the whole body was there
-        TimedOut,         // no byte for the length of the transfer's time-out
-        Certificate,      // QSslError::SslError: the server could not prove who it is
-        Encryption,       // QNetworkReply::NetworkError: no encrypted connection came about
-        InsecureRedirect, // QNetworkReply::NetworkError: sent on to a place without encryption
-        Protocol,     // QNetworkReply::NetworkError: anything else that is wrong with the answer
-        HttpStatus,   // the HTTP status of an answer whose body was no package
-        Cancelled,    // QNetworkReply::NetworkError: ended from this side
-        UnusableName, // the suggested file name gives no folder name
-        TooLarge,     // more bytes than a package may have
-        NotAnArchive, // no zip archive, or an empty one
-        BadArchive,   // an archive that could not be unpacked whole
-        Conflict,     // a file stands where the package has a folder, or the other way round
-        NoSpace,      // errno: ENOSPC or EDQUOT
-        FileSystem,   // errno
-    };
-
-    Kind kind = Kind::None;
-    QString text; // one line, for people
-    int code = 0;
-
-    explicit operator bool() const { return kind != Kind::None; }
-
-    // What `error` (an errno) says about an operation on `path`.
-    static PackageProblem fromErrno(int error, const QString &path);
+// Why a package was not installed. After each kind: what its code is; 0 where nothing is said.
+enum class PackageProblemKind {
+    None,
+    NotConfigured,    // no package server is known
+    NameNotFound,     // QNetworkReply::NetworkError
+    Unreachable,      // QNetworkReply::NetworkError: refused, no network, proxy trouble
+    ConnectionLost,   // QNetworkReply::NetworkError: ended before the whole body had arrived
+    TimedOut,         // the limit that was exceeded, in seconds
+    Certificate,      // QSslError::SslError
+    Encryption,       // QNetworkReply::NetworkError: the TLS handshake failed
+    InsecureRedirect, // QNetworkReply::NetworkError: redirected away from HTTPS
+    Protocol,         // QNetworkReply::NetworkError: any other fault of the response
+    HttpStatus,       // the HTTP status of a response whose body was no package
+    Cancelled,        // QNetworkReply::NetworkError: aborted by this side
+    UnusableName,     // the suggested file name gives no folder name
+    TooLarge,         // more bytes than a package may have
+    NotAnArchive,     // no zip archive, or an empty one
+    BadArchive,       // an archive that could not be unpacked whole
+    Conflict,         // something that is not this program's is in the package's place
+    NoSpace,          // errno: ENOSPC or EDQUOT
+    FileSystem,       // errno
+    NoCertificates,   // a certificate file without a certificate in PEM format
 };
+
+// `text` is the subject: a host, a suggested file name, a path, an archive entry's name.
+using PackageProblem = Failure<PackageProblemKind>;
+
+// What `error`, an errno, of an operation on `subject` means.
+inline PackageProblem fileProblem(int error, const QString &subject)
+{
+    const bool isFull = error == ENOSPC || error == EDQUOT;
+    return {isFull ? PackageProblemKind::NoSpace : PackageProblemKind::FileSystem, error, subject};
+}
 
 } // namespace vorn

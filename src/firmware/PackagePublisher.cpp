@@ -1,21 +1,20 @@
 #include "firmware/PackagePublisher.h"
 
-#include "firmware/FirmwareLibrary.h"
-#include "firmware/PackageLog.h"
+#include "firmware/FirmwareFolder.h"
 #include "firmware/StagingFolder.h"
 #include "platform/FileDescriptor.h"
 
 #include <QFile>
+#include <QLoggingCategory>
 
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <system_error>
-#include <vector>
 
 // Inside this file the file system's errors travel as exceptions; none leaves it.
 
@@ -24,6 +23,12 @@ namespace vorn {
 namespace fs = std::filesystem;
 
 namespace {
+
+Q_LOGGING_CATEGORY(logFirmware, "vorn.firmware")
+
+// In every folder published under a package's own name: it comes and goes with the folder, and no
+// package can bring it into a folder that is not published.
+constexpr const char *kMarker = ".published-by-vornupdater";
 
 [[noreturn]] void throwErrno(int error, const fs::path &path)
 {
@@ -35,7 +40,12 @@ namespace {
     throwErrno(EEXIST, path);
 }
 
-// What stands at the path itself, not where a link there leads.
+QString toText(const fs::path &path)
+{
+    return QFile::decodeName(path.c_str());
+}
+
+// The type of the item itself; a symbolic link is not followed.
 fs::file_type typeAt(const fs::path &path)
 {
     return fs::symlink_status(path).type();
@@ -46,22 +56,9 @@ bool isNothingAt(const fs::path &path)
     return typeAt(path) == fs::file_type::not_found;
 }
 
-std::vector<fs::path> namesIn(const fs::path &folder)
+bool isFolderAt(const fs::path &path)
 {
-    std::vector<fs::path> names;
-    for (const fs::directory_entry &entry : fs::directory_iterator(folder))
-        names.push_back(entry.path().filename());
-    return names;
-}
-
-// Whether two things of the same name are folders to be merged; one of them can otherwise only take
-// the place of the other when both are files.
-bool areFolders(const fs::path &fresh, const fs::path &old)
-{
-    const fs::file_type type = typeAt(fresh);
-    if (type != typeAt(old) || (type != fs::file_type::directory && type != fs::file_type::regular))
-        throwConflict(old);
-    return type == fs::file_type::directory;
+    return typeAt(path) == fs::file_type::directory;
 }
 
 void linkOrCopy(const fs::path &from, const fs::path &to)
@@ -72,40 +69,25 @@ void linkOrCopy(const fs::path &from, const fs::path &to)
         fs::copy(from, to, fs::copy_options::copy_symlinks);
 }
 
-// Adds to `fresh` whatever `old` has and `fresh` has not.
+// Adds to `fresh` whatever only `old` has. Where both have a name, both must have a folder or both
+// a file.
 void keepOldFiles(const fs::path &fresh, const fs::path &old)
 {
-    for (const fs::path &name : namesIn(old)) {
-        const fs::path target = fresh / name;
-        const fs::path source = old / name;
-        const bool isMissing = isNothingAt(target);
-        if (isMissing && typeAt(source) != fs::file_type::directory) {
+    for (const fs::directory_entry &entry : fs::directory_iterator(old)) {
+        const fs::path &source = entry.path();
+        const fs::path target = fresh / source.filename();
+        if (isNothingAt(target) && !isFolderAt(source)) {
             linkOrCopy(source, target);
             continue;
         }
-        if (isMissing)
+        if (isNothingAt(target))
             fs::create_directory(target, source);
-        if (areFolders(target, source))
+        if (typeAt(target) != typeAt(source) ||
+            (!isFolderAt(target) && typeAt(target) != fs::file_type::regular))
+            throwConflict(source);
+        if (isFolderAt(target))
             keepOldFiles(target, source);
     }
-}
-
-void checkMove(const fs::path &from, const fs::path &to)
-{
-    if (isNothingAt(to) || !areFolders(from, to))
-        return;
-    for (const fs::path &name : namesIn(from))
-        checkMove(from / name, to / name);
-}
-
-void moveInto(const fs::path &from, const fs::path &to)
-{
-    if (isNothingAt(to) || !areFolders(from, to)) {
-        fs::rename(from, to);
-        return;
-    }
-    for (const fs::path &name : namesIn(from))
-        moveInto(from / name, to / name);
 }
 
 class Publisher
@@ -118,87 +100,94 @@ public:
 
     void run() const
     {
-        const std::vector<fs::path> names = namesIn(m_staging.content());
-        for (const fs::path &name : names)
-            checkPlace(name);
-        const bool mergesFirmware = m_packageFolder != m_firmwareFolder &&
-                                    !isNothingAt(fresh(m_firmwareFolder)) &&
-                                    fs::exists(place(m_firmwareFolder));
-        if (mergesFirmware)
-            keepOldFiles(fresh(m_firmwareFolder), place(m_firmwareFolder));
+        const bool isNamedAfterFirmware = m_packageFolder == m_firmwareFolder;
+        checkTarget(m_packageFolder);
+        checkTarget(m_firmwareFolder);
+        for (const fs::directory_entry &entry : fs::directory_iterator(m_staging.content()))
+            if (const fs::path name = entry.path().filename();
+                name != m_packageFolder && name != m_firmwareFolder)
+                qCWarning(logFirmware) << "Not published:" << toText(name);
+        if (!isNamedAfterFirmware && has(m_firmwareFolder) && fs::exists(target(m_firmwareFolder)))
+            keepOldFiles(fresh(m_firmwareFolder), target(m_firmwareFolder));
+        if (!isNamedAfterFirmware && has(m_packageFolder))
+            mark(fresh(m_packageFolder));
         if (const int error = m_staging.syncAll())
             throwErrno(error, m_staging.content());
 
-        for (const fs::path &name : names)
-            if (!isFirmware(name))
-                moveInto(fresh(name), place(name));
-        for (const fs::path &name : names)
-            if (isFirmware(name))
-                replaceFolder(name);
-        // Named after a folder that it does not hold: the old one goes without a successor.
-        if (std::find(names.begin(), names.end(), m_packageFolder) == names.end() &&
-            fs::is_directory(place(m_packageFolder)))
+        if (has(m_packageFolder))
+            replaceFolder(m_packageFolder);
+        else if (isFolderAt(target(m_packageFolder)))
             removeOldFolder();
+        if (!isNamedAfterFirmware && has(m_firmwareFolder))
+            replaceFolder(m_firmwareFolder);
         syncDestination();
     }
 
 private:
     fs::path fresh(const fs::path &name) const { return m_staging.content() / name; }
-    fs::path place(const fs::path &name) const { return m_staging.destination() / name; }
-    bool isFirmware(const fs::path &name) const
+    fs::path target(const fs::path &name) const { return m_staging.destination() / name; }
+    bool has(const fs::path &name) const { return !isNothingAt(fresh(name)); }
+
+    void checkTarget(const fs::path &name) const
     {
-        return name == m_packageFolder || name == m_firmwareFolder;
+        const fs::path path = target(name);
+        const bool isReplaceable = name == m_firmwareFolder
+                                       ? fs::is_directory(path)
+                                       : isFolderAt(path) && !isNothingAt(path / kMarker);
+        if (has(name) && !isFolderAt(fresh(name)))
+            throwConflict(path);
+        // A mere file is in the way only of a folder.
+        if (!isNothingAt(path) && !isReplaceable && (has(name) || fs::is_directory(path)))
+            throwConflict(path);
     }
 
-    void checkPlace(const fs::path &name) const
+    static void mark(const fs::path &folder)
     {
-        if (!isFirmware(name))
-            checkMove(fresh(name), place(name));
-        else if (typeAt(fresh(name)) != fs::file_type::directory ||
-                 (!isNothingAt(place(name)) && !fs::is_directory(place(name))))
-            throwConflict(place(name));
+        const fs::path marker = folder / kMarker;
+        if (isNothingAt(marker) && !std::ofstream(marker).is_open())
+            throwErrno(errno, marker);
     }
 
     void replaceFolder(const fs::path &name) const
     {
-        if (isNothingAt(place(name))) {
-            fs::rename(fresh(name), place(name));
+        if (isNothingAt(target(name))) {
+            fs::rename(fresh(name), target(name));
             return;
         }
-        if (::renameat2(AT_FDCWD, fresh(name).c_str(), AT_FDCWD, place(name).c_str(),
+        if (::renameat2(AT_FDCWD, fresh(name).c_str(), AT_FDCWD, target(name).c_str(),
                         RENAME_EXCHANGE) == 0)
             return;
         if (errno != EINVAL && errno != ENOSYS && errno != EOPNOTSUPP)
-            throwErrno(errno, place(name));
-        // A file system that cannot exchange. Between these two steps the staging folder knows what
-        // to bring back.
-        fs::rename(place(name), m_staging.setAside() / name);
-        fs::rename(fresh(name), place(name));
+            throwErrno(errno, target(name));
+        // The file system cannot exchange. If the program dies between these two steps, the folder
+        // that was set aside is restored.
+        fs::rename(target(name), m_staging.setAside() / name);
+        fs::rename(fresh(name), target(name));
     }
 
-    // The package is in place by now: an old folder that stays fails nothing.
+    // Failing to remove it does not fail the package, whose other files have their places.
     void removeOldFolder() const
     {
         std::error_code error;
-        fs::rename(place(m_packageFolder), m_staging.file("old-folder"), error);
+        fs::rename(target(m_packageFolder), m_staging.file("old-folder"), error);
         if (error)
-            qCWarning(packagesLog, "cannot remove %s: %s", place(m_packageFolder).c_str(),
+            qCWarning(logFirmware, "Cannot remove %s: %s", target(m_packageFolder).c_str(),
                       error.message().c_str());
     }
 
-    // Puts the renames on the disk before what they replaced is removed. They are done: a file
-    // system that cannot do this fails nothing.
+    // Flushes the renames before what they replaced is removed. They are done by now: a file system
+    // that cannot do this does not fail the package.
     void syncDestination() const
     {
         const FileDescriptor folder(
             ::open(m_staging.destination().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         if (!folder.isValid() || ::fsync(folder.get()) != 0)
-            qCWarning(packagesLog, "%s: %s", m_staging.destination().c_str(), std::strerror(errno));
+            qCWarning(logFirmware, "%s: %s", m_staging.destination().c_str(), std::strerror(errno));
     }
 
     const StagingFolder &m_staging;
     const fs::path m_packageFolder;
-    const fs::path m_firmwareFolder = firmwareFolderName.latin1();
+    const fs::path m_firmwareFolder = kFirmwareFolderName.toStdString();
 };
 
 } // namespace
@@ -209,11 +198,10 @@ PackageProblem publishPackage(const StagingFolder &staging, const fs::path &pack
         Publisher(staging, packageFolder).run();
         return {};
     } catch (const fs::filesystem_error &error) {
-        const QString path = QFile::decodeName(error.path1().c_str());
+        const QString path = toText(error.path1());
         if (error.code() == std::errc::file_exists)
-            return {PackageProblem::Kind::Conflict,
-                    QStringLiteral("%1 is in the package's way").arg(path)};
-        return PackageProblem::fromErrno(error.code().value(), path);
+            return {PackageProblemKind::Conflict, 0, path};
+        return fileProblem(error.code().value(), path);
     }
 }
 

@@ -8,18 +8,17 @@ namespace vorn {
 
 class StagingFolder;
 
-// Gives what was unpacked into a staging folder its place in the caches directory:
+// Moves what was unpacked into a staging folder to its place in the caches directory:
 //
-// - The folder that the package is named after replaces the one that stands there; when the package
-//   holds no such folder, the one that stands there goes all the same.
-// - "VornUpdate2", where the package has another name, replaces the one that stands there and keeps
-//   those of its files that the package does not have.
-// - Whatever else the package holds is put beside them and replaces files of the same name.
+// - The folder that the package is named after, `packageFolder`, replaces the existing one. When
+//   the package has no such folder, the existing one is removed all the same.
+// - "VornUpdate2" in a package of another name replaces the existing one, and takes over those of
+//   its files that the package does not have.
+// - Anything else in the package is dropped.
 //
-// A folder changes in one step, by a rename, once all of it is on the disk. When anything cannot
-// get its place because a file stands where a folder belongs, or the other way round, nothing
-// changes. May be called on any thread. `packageFolder` is the name of the folder that the package
-// is named after.
+// Besides "VornUpdate2", only a folder that was published by this function is replaced or removed;
+// when any other thing is in the way, nothing changes and the package fails with Conflict. A folder
+// is exchanged in one step, by a rename, once all of it is on the disk. Any thread.
 PackageProblem publishPackage(const StagingFolder &staging,
                               const std::filesystem::path &packageFolder);
 

@@ -1,10 +1,11 @@
 #include "firmware/PackageStore.h"
 
-#include "firmware/PackageExtraction.h"
+#include "firmware/FirmwareFolder.h"
 #include "firmware/PackagePublisher.h"
 #include "firmware/StagingFolder.h"
 #include "platform/Directories.h"
 #include "platform/FileDescriptor.h"
+#include "ziparchive/ZipArchive.h"
 
 #include <QFile>
 
@@ -49,10 +50,39 @@ int writeAll(const fs::path &path, const QByteArray &data)
     return 0;
 }
 
+PackageProblem archiveProblem(const ArchiveFailure &failure)
+{
+    switch (failure.kind) {
+    case ArchiveFailureKind::None:
+        return {};
+    case ArchiveFailureKind::NoArchive:
+        return {PackageProblemKind::NotAnArchive, 0, failure.text};
+    case ArchiveFailureKind::TooLarge:
+        return {PackageProblemKind::TooLarge, 0, failure.text};
+    case ArchiveFailureKind::NotWritten:
+        return fileProblem(failure.code, failure.text);
+    default:
+        return {PackageProblemKind::BadArchive, 0, failure.text};
+    }
+}
+
+// Unpacks the archive `filePath` into the folder `path` when it has an entry for its own top
+// folder, `curDirName`, else into "VornUpdate2" in there. Any error fails it, also one that leaves
+// the archive's own result a success.
+PackageProblem decompressionFileToPath(const QString &path, const QString &filePath,
+                                       const QString &curDirName)
+{
+    ZipArchive archive;
+    archive.UnzipOpenFile(filePath);
+    const bool hasTopFolder = archive.getZipFileContents().contains(curDirName + u'/');
+    archive.UnzipFileTo(hasTopFolder ? path : path + u'/' + kFirmwareFolderName, true);
+    return archiveProblem(archive.firstFailure());
+}
+
 } // namespace
 
-PackageStore::PackageStore(const QString &suggestedFilename, QString curDirName)
-    : m_suggestedFilename(suggestedFilename), m_curDirName(std::move(curDirName))
+PackageStore::PackageStore(const QString &suggestedFilename, const QString &curDirName)
+    : m_suggestedFilename(suggestedFilename), m_curDirName(curDirName)
 {
 }
 
@@ -61,33 +91,35 @@ PackageStore::~PackageStore() = default;
 PackageProblem PackageStore::save(const QByteArray &data)
 {
     m_staging = StagingFolder::create();
+    int error = errno;
     if (!m_staging)
-        return PackageProblem::fromErrno(errno, cachesDirectory());
+        return fileProblem(error, cachesDirectory());
     m_archive = m_staging->file("package.zip");
-    if (const int error = writeAll(m_archive, data))
-        return PackageProblem::fromErrno(error, toText(m_archive));
+    error = writeAll(m_archive, data);
+    if (error != 0)
+        return fileProblem(error, toText(m_archive));
 
-    // A second name for the saved file, so that what is unpacked is this package even when another
-    // one is saved under the name meanwhile. Where a file cannot have two names, it is moved.
-    const fs::path place = m_staging->destination() / toPath(m_suggestedFilename);
+    // A hard link to the saved file, so that this package is unpacked even when another one is
+    // saved under its name meanwhile. A file system without links gets the file moved.
+    const fs::path target = m_staging->destination() / toPath(m_suggestedFilename);
     const fs::path second = m_staging->file("second-name.zip");
     const bool isLinked = ::link(m_archive.c_str(), second.c_str()) == 0;
-    if (::rename((isLinked ? second : m_archive).c_str(), place.c_str()) != 0)
-        return PackageProblem::fromErrno(errno, toText(place));
+    if (::rename((isLinked ? second : m_archive).c_str(), target.c_str()) != 0) {
+        error = errno;
+        return fileProblem(error, toText(target));
+    }
     if (!isLinked)
-        m_archive = place;
+        m_archive = target;
     return {};
 }
 
 PackageProblem PackageStore::install()
 {
-    // It is removed when this is done, whatever came of it.
+    // Removed at the end in any case.
     const auto staging = std::exchange(m_staging, nullptr);
-    if (!staging)
-        return PackageProblem::fromErrno(ENOENT, m_suggestedFilename);
-    PackageExtraction extraction(m_curDirName);
-    if (!extraction.decompressionFileToPath(toText(staging->content()), toText(m_archive)))
-        return extraction.problem();
+    if (PackageProblem problem =
+            decompressionFileToPath(toText(staging->content()), toText(m_archive), m_curDirName))
+        return problem;
     return publishPackage(*staging, toPath(m_curDirName));
 }
 

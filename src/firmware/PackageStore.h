@@ -3,7 +3,6 @@
 #include "firmware/PackageProblem.h"
 
 #include <QByteArray>
-#include <QString>
 
 #include <filesystem>
 #include <memory>
@@ -12,24 +11,23 @@ namespace vorn {
 
 class StagingFolder;
 
-// The way of one downloaded package into the caches directory: save, then install. Whatever happens
-// on the way, the firmware folder holds either what it held before or all of the package. Stores
-// may be at work side by side, each on a package of its own. One is used from one thread at a time,
-// any.
+// Takes one downloaded package into the caches directory: save(), then install(). Whatever happens
+// on the way, the firmware folder holds either what it held before or the complete package. Stores
+// of several packages may be used at the same time; one object is used from one thread at a time.
 class PackageStore
 {
 public:
     // `suggestedFilename` is the archive's name, `curDirName` that of the folder it belongs to.
-    PackageStore(const QString &suggestedFilename, QString curDirName);
+    PackageStore(const QString &suggestedFilename, const QString &curDirName);
     ~PackageStore();
     PackageStore(const PackageStore &) = delete;
     PackageStore &operator=(const PackageStore &) = delete;
 
-    // Writes the archive to the disk under its name, at once and whole. Something there that is not
-    // a folder is replaced.
+    // Writes the archive atomically to the caches directory under its name, replacing anything
+    // there but a folder.
     PackageProblem save(const QByteArray &data);
 
-    // Unpacks what was saved and puts it in the place of the folder "curDirName".
+    // Unpacks the archive and publishes its folders. Once, after a successful save().
     PackageProblem install();
 
 private:

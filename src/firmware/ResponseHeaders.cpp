@@ -1,8 +1,8 @@
 #include "firmware/ResponseHeaders.h"
 
-#include "firmware/FirmwareLibrary.h"
+#include "firmware/FirmwareFolder.h"
 
-#include <QStringDecoder>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -10,67 +10,11 @@ namespace vorn {
 
 namespace {
 
-// Takes a "Content-Disposition" value apart, from front to back.
-class DispositionReader
-{
-public:
-    explicit DispositionReader(QByteArrayView value) : m_rest(value) {}
-
-    bool atEnd() const { return m_rest.isEmpty(); }
-
-    // What comes before the next ";", "=" or end, without white space around it.
-    QByteArray word()
-    {
-        return take([](char c) { return c == ';' || c == '='; }).trimmed();
-    }
-
-    bool skip(char wanted)
-    {
-        if (m_rest.isEmpty() || m_rest.front() != wanted)
-            return false;
-        m_rest = m_rest.sliced(1);
-        return true;
-    }
-
-    // A parameter's value: a quoted string, without its quotes and escapes, or a word.
-    QByteArray value()
-    {
-        while (skip(' ') || skip('\t')) {
-        }
-        if (!skip('"'))
-            return take([](char c) { return c == ';'; }).trimmed();
-        QByteArray unquoted;
-        while (!m_rest.isEmpty() && !skip('"')) {
-            skip('\\');
-            if (m_rest.isEmpty())
-                break;
-            unquoted.append(m_rest.front());
-            m_rest = m_rest.sliced(1);
-        }
-        take([](char c) { return c == ';'; });
-        return unquoted;
-    }
-
-private:
-    template <typename IsEnd>
-    QByteArray take(IsEnd isEnd)
-    {
-        const auto end = std::find_if(m_rest.begin(), m_rest.end(), isEnd);
-        const QByteArrayView taken(m_rest.begin(), end);
-        m_rest = m_rest.sliced(taken.size());
-        return taken.toByteArray();
-    }
-
-    QByteArrayView m_rest;
-};
-
 std::optional<QString> validUtf8(const QByteArray &bytes)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    QString text = decoder(bytes);
-    if (decoder.hasError())
+    if (!bytes.isValidUtf8())
         return std::nullopt;
-    return text;
+    return QString::fromUtf8(bytes);
 }
 
 // An extended value, charset'language'percent-encoded (RFC 8187); empty when it cannot be decoded.
@@ -114,19 +58,24 @@ std::optional<QString> lastModifiedValue(const QByteArray &lastModified)
 
 QString dispositionFilename(QByteArrayView contentDisposition)
 {
+    // A name, "=", and a quoted string, which may lack its end, or a token.
+    static const QRegularExpression parameter(
+        QStringLiteral(R"((?:^|;)\s*+([^;=\s]++)\s*+=\s*+(?:"((?:[^"\\]|\\.)*+)|([^;]*+)))"),
+        QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression escape(QStringLiteral(R"(\\(.))"),
+                                           QRegularExpression::DotMatchesEverythingOption);
     QString plain;
     QString extended;
-    DispositionReader reader(contentDisposition);
-    while (!reader.atEnd()) {
-        const QByteArray name = reader.word().toLower();
-        if (reader.skip('=')) {
-            const QByteArray value = reader.value();
-            if (name == "filename" && plain.isEmpty())
-                plain = validUtf8(value).value_or(QString::fromLatin1(value));
-            else if (name == "filename*" && extended.isEmpty())
-                extended = extendedValue(value);
-        }
-        reader.skip(';');
+    for (const auto &match : parameter.globalMatch(QString::fromLatin1(contentDisposition))) {
+        const QString name = match.captured(1).toLower();
+        const QByteArray value =
+            match.hasCaptured(2)
+                ? match.captured(2).replace(escape, QStringLiteral("\\1")).toLatin1()
+                : match.captured(3).trimmed().toLatin1();
+        if (name == u"filename" && plain.isEmpty())
+            plain = validUtf8(value).value_or(QString::fromLatin1(value));
+        else if (name == u"filename*" && extended.isEmpty())
+            extended = extendedValue(value);
     }
     return extended.isEmpty() ? plain : extended;
 }
@@ -143,9 +92,9 @@ QString suggestedFilename(const UrlResponse &response)
 QString folderNameFor(const QString &filename)
 {
     const QString folder = filename.section(u'.', 0, 0);
-    // An archive of the firmware folder's very name would stand in that folder's place.
+    // An archive saved under the firmware folder's own name would take that folder's place.
     const bool isName = !folder.trimmed().isEmpty() && !folder.contains(u'/') &&
-                        filename != firmwareFolderName &&
+                        filename != kFirmwareFolderName &&
                         std::none_of(filename.begin(), filename.end(), isControl);
     return isName ? folder : QString();
 }

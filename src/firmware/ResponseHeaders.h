@@ -9,34 +9,33 @@
 
 namespace vorn {
 
-// The part of an HTTP response that comes before its body, as it was received. A header that was
-// absent is null.
+// What the download needs of an HTTP response's head. A missing header is null.
 struct UrlResponse
 {
     int statusCode = 0;
-    QUrl url; // where the body comes from, after any redirects
+    QUrl url; // of the body, after any redirects
     QByteArray contentLength;
     QByteArray lastModified;
     QByteArray contentDisposition;
 };
 
-// The value of "Content-Length": 0 when it is absent, no plain decimal number, or above 2^63 - 1.
+// The value of "Content-Length"; 0 when it is missing, not a decimal number, or above 2^63 - 1.
 qint64 expectedLength(QByteArrayView contentLength);
 
-// The value of "Last-Modified" as it stands; no value when it is absent.
+// The value of "Last-Modified", unchanged; no value when it is missing.
 std::optional<QString> lastModifiedValue(const QByteArray &lastModified);
 
-// The file name that "Content-Disposition" gives (RFC 6266: "filename*" in UTF-8 or ISO-8859-1
-// before "filename"), as it stands there; empty when it gives none.
+// The file name in "Content-Disposition" (RFC 6266; "filename*" in UTF-8 or ISO-8859-1 takes
+// precedence over "filename"), unchanged; empty without one.
 QString dispositionFilename(QByteArrayView contentDisposition);
 
-// The name under which to save the body: the one of "Content-Disposition", else the last part of
-// the address; in either case only what follows the last "/" or "\", since a server names files,
-// not places. May be empty.
+// The file name to save the body under: that of "Content-Disposition", else the URL's last path
+// component; of either only what follows the last "/" or "\", since a server names files, not
+// places. May be empty.
 QString suggestedFilename(const UrlResponse &response);
 
-// The name of the folder that a package of this name belongs to: the name up to its first ".", or
-// all of it. Empty when that is no name a visible folder can have.
+// The name of the folder that a package of this file name belongs to: the name up to its first ".".
+// Empty when that is no name for a visible folder.
 QString folderNameFor(const QString &filename);
 
 } // namespace vorn

@@ -1,13 +1,13 @@
 #include "firmware/StagingFolder.h"
 
-#include "firmware/PackageLog.h"
 #include "platform/Directories.h"
 
-#include <QDir>
 #include <QFile>
+#include <QLoggingCategory>
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -21,7 +21,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
+Q_LOGGING_CATEGORY(logFirmware, "vorn.firmware")
+
 constexpr std::string_view kPrefix = ".VornUpdate2-staging-";
+// How many new folders in a row may be lost to other instances that are just starting.
+constexpr int kAttempts = 100;
 
 fs::path cachesPath()
 {
@@ -42,12 +46,27 @@ FileDescriptor openFolder(const fs::path &path)
     return FileDescriptor(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
-} // namespace
-
-StagingFolder::StagingFolder(fs::path path, FileDescriptor lock)
-    : m_path(std::move(path)), m_lock(std::move(lock))
+// Creates and locks a new folder. Null, with errno set, when that fails: with ENOENT when another
+// instance that starts at this moment took the folder for a leftover, and removed it before it was
+// locked.
+FileDescriptor createLocked(std::string &path)
 {
+    if (!::mkdtemp(path.data()))
+        return {};
+    FileDescriptor lock = openFolder(path);
+    // A file system without locks leaves the folder unmarked, which matters only to another
+    // instance that starts at this moment.
+    const bool isTaken =
+        lock.isValid() && ::flock(lock.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    struct stat status = {};
+    if (lock.isValid() && (isTaken || ::fstat(lock.get(), &status) != 0 || status.st_nlink == 0)) {
+        lock.reset();
+        errno = ENOENT;
+    }
+    return lock;
 }
+
+} // namespace
 
 std::unique_ptr<StagingFolder> StagingFolder::create()
 {
@@ -58,18 +77,19 @@ std::unique_ptr<StagingFolder> StagingFolder::create()
         errno = error.value();
         return nullptr;
     }
-    std::string path = (caches / kPrefix).string() + "XXXXXX";
-    if (!::mkdtemp(path.data()))
-        return nullptr;
-    FileDescriptor lock = openFolder(path);
+    std::string path;
+    FileDescriptor lock;
+    for (int i = 0; i < kAttempts && !lock.isValid(); ++i) {
+        path = (caches / kPrefix).string() + "XXXXXX";
+        lock = createLocked(path);
+        if (!lock.isValid() && errno != ENOENT)
+            return nullptr;
+    }
     if (!lock.isValid())
         return nullptr;
-    // A file system without locks leaves the folder unmarked, which matters only to a second
-    // instance of the program that starts at this moment.
-    ::flock(lock.get(), LOCK_EX | LOCK_NB);
     std::unique_ptr<StagingFolder> folder(new StagingFolder(path, std::move(lock)));
-    for (const fs::path &part : {folder->content(), folder->setAside()}) {
-        if (!fs::create_directory(part, error)) {
+    for (const fs::path &child : {folder->content(), folder->setAside()}) {
+        if (!fs::create_directory(child, error)) {
             folder.reset();
             errno = error.value();
             return nullptr;
@@ -83,20 +103,20 @@ StagingFolder::~StagingFolder()
     std::error_code error;
     const std::vector<fs::path> kept = entriesOf(setAside(), error);
     if (error == std::errc::no_such_file_or_directory)
-        error.clear(); // nothing was ever set aside
+        error.clear(); // nothing was set aside
     for (const fs::path &path : kept) {
-        const fs::path place = destination() / path.filename();
-        if (!error && !fs::exists(fs::symlink_status(place, error)))
-            fs::rename(path, place, error);
+        const fs::path target = destination() / path.filename();
+        if (!error && !fs::exists(fs::symlink_status(target, error)))
+            fs::rename(path, target, error);
     }
     if (error) {
-        qCWarning(packagesLog, "cannot bring back what is in %s: %s", setAside().c_str(),
+        qCWarning(logFirmware, "Cannot restore the content of %s: %s", setAside().c_str(),
                   error.message().c_str());
         return; // the next start tries again
     }
     fs::remove_all(m_path, error);
     if (error)
-        qCWarning(packagesLog, "cannot remove %s: %s", m_path.c_str(), error.message().c_str());
+        qCWarning(logFirmware, "Cannot remove %s: %s", m_path.c_str(), error.message().c_str());
 }
 
 int StagingFolder::syncAll() const
@@ -113,8 +133,8 @@ void StagingFolder::recoverInterruptedPublish()
         FileDescriptor lock = openFolder(path);
         if (!lock.isValid() ||
             (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK))
-            continue; // another instance is at work in it
-        qCInfo(packagesLog, "ending the work that was left in %s", path.c_str());
+            continue; // in use by another instance
+        qCInfo(logFirmware, "Cleaning up the abandoned %s", path.c_str());
         const StagingFolder leftover(path, std::move(lock));
     }
 }

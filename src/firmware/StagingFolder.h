@@ -7,40 +7,43 @@
 
 namespace vorn {
 
-// A hidden folder in the caches directory in which a package is made ready, on the file system of
-// the firmware folder, so that ready things get their place by a rename. A lock marks it as in use;
-// the kernel takes the lock away from a program that dies. May be used on any thread.
+// A hidden folder in the caches directory where a package is prepared, on the firmware folder's
+// file system, so that what is ready can be renamed into place. A lock marks it as in use; the
+// kernel releases the lock of a program that dies. Any thread.
 //
-//   new/         what is to be published; after an exchange, what was there before
-//   set-aside/   what had to leave its place before the new could take it
+//   new/         what is to be published; after an exchange, what it replaced
+//   set-aside/   what was moved out of the way before the new folder could take its place
 class StagingFolder
 {
 public:
-    // Null, with errno set, when it cannot be made.
+    // Null, with errno set, when it cannot be created.
     static std::unique_ptr<StagingFolder> create();
 
     StagingFolder(const StagingFolder &) = delete;
     StagingFolder &operator=(const StagingFolder &) = delete;
-    // Brings back what is set aside and still has no successor, and removes the rest.
+    // Restores what was set aside and not replaced, and removes the rest.
     ~StagingFolder();
 
-    // The caches directory, in which things are published.
+    // The caches directory, where the folders are published.
     std::filesystem::path destination() const { return m_path.parent_path(); }
     std::filesystem::path content() const { return m_path / "new"; }
     std::filesystem::path setAside() const { return m_path / "set-aside"; }
-    // A name for a file that is being made.
+    // The path of a work file.
     std::filesystem::path file(const char *name) const { return m_path / name; }
 
-    // Writes everything on this file system to the disk; 0 or an errno.
+    // Flushes this whole file system to the disk; 0 or an errno.
     int syncAll() const;
 
-    // Ends the publishing that a program left undone when it died: afterwards each folder of its
-    // package is either all there or not there at all. Called at start-up, before the first look at
-    // the firmware.
+    // Completes or undoes what a program that died while publishing left behind: afterwards each
+    // of the package's folders is either complete or absent. Called at start-up, before the first
+    // scan of the firmware folder.
     static void recoverInterruptedPublish();
 
 private:
-    StagingFolder(std::filesystem::path path, FileDescriptor lock);
+    StagingFolder(std::filesystem::path path, FileDescriptor lock)
+        : m_path(std::move(path)), m_lock(std::move(lock))
+    {
+    }
 
     const std::filesystem::path m_path;
     const FileDescriptor m_lock;

@@ -1,5 +1,6 @@
 #include "firmware/UrlSession.h"
 
+#include <QLoggingCategory>
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
 #include <QSslConfiguration>
@@ -9,7 +10,9 @@ namespace vorn {
 
 namespace {
 
-using Kind = PackageProblem::Kind;
+Q_LOGGING_CATEGORY(logFirmware, "vorn.firmware")
+
+using Kind = PackageProblemKind;
 
 Kind kindOf(QNetworkReply::NetworkError error)
 {
@@ -18,8 +21,6 @@ Kind kindOf(QNetworkReply::NetworkError error)
         return Kind::NameNotFound;
     case QNetworkReply::RemoteHostClosedError:
         return Kind::ConnectionLost;
-    case QNetworkReply::TimeoutError:
-        return Kind::TimedOut;
     case QNetworkReply::OperationCanceledError:
         return Kind::Cancelled;
     case QNetworkReply::SslHandshakeFailedError:
@@ -39,14 +40,14 @@ int statusOf(const QNetworkReply &reply)
     return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
-// Qt reports a status of 400 and above as an error of the transfer, although the whole body came.
+// Qt reports a status of 400 and above as an error, even when the whole body has arrived.
 bool isHttpStatusOnly(const QNetworkReply &reply)
 {
     return statusOf(reply) >= 400 && reply.error() >= QNetworkReply::ContentAccessDenied &&
            reply.error() != QNetworkReply::ProtocolFailure;
 }
 
-// A response that only says where to go, which Qt does, or fails.
+// A redirect, which Qt follows or rejects by itself.
 bool isRedirect(const QNetworkReply &reply)
 {
     switch (statusOf(reply)) {
@@ -66,13 +67,13 @@ QNetworkRequest requestFor(const PackageLocation &location)
     QNetworkRequest request(location.url());
     request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
                          QNetworkRequest::NoLessSafeRedirectPolicy);
-    // One connection carries one body: there is nothing for HTTP/2 to multiplex.
+    // One connection carries one body; HTTP/2 would have nothing to multiplex.
     request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
-    // An archive does not shrink, and the length announced is to be that of the bytes kept.
+    // An archive does not compress, and Content-Length must be the length of the bytes received.
     request.setRawHeader("Accept-Encoding", "identity");
     if (!location.certificates().isEmpty()) {
         QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-        // Naming certificates ends the loading of the system's on demand, so they are named too.
+        // Setting certificates turns off loading the system's on demand, so they are added.
         configuration.setCaCertificates(QSslConfiguration::systemCaCertificates() +
                                         location.certificates());
         request.setSslConfiguration(configuration);
@@ -82,18 +83,13 @@ QNetworkRequest requestFor(const PackageLocation &location)
 
 } // namespace
 
-UrlSession::UrlSession(UrlSessionDelegate &delegate, std::chrono::milliseconds timeout)
-    : m_delegate(delegate)
+UrlSession::UrlSession(UrlSessionDelegate &delegate, const Timeouts &timeouts)
+    : m_delegate(delegate), m_timeouts(timeouts)
 {
-    m_timeout.setSingleShot(true);
-    m_timeout.setInterval(timeout);
-    m_timeout.callOnTimeout(this, [this] {
-        m_ownProblem = {
-            Kind::TimedOut,
-            tr("the server sent nothing for %1 s")
-                .arg(std::chrono::duration<double>(m_timeout.intervalAsDuration()).count())};
-        m_reply->abort();
-    });
+    for (QTimer *timer : {&m_stepTimer, &m_totalTimer}) {
+        timer->setSingleShot(true);
+        timer->callOnTimeout(this, [this, timer] { expire(*timer); });
+    }
 }
 
 UrlSession::~UrlSession()
@@ -104,24 +100,30 @@ UrlSession::~UrlSession()
 void UrlSession::resume(QNetworkAccessManager &network, const PackageLocation &location)
 {
     if (!location.isConfigured()) {
-        QMetaObject::invokeMethod(
-            this,
-            [this] {
-                complete({Kind::NotConfigured, tr("no package server is configured")});
-            },
-            Qt::QueuedConnection);
+        const auto fail = [this] { complete({Kind::NotConfigured, 0, {}}); };
+        QMetaObject::invokeMethod(this, fail, Qt::QueuedConnection);
         return;
     }
     m_reply = network.get(requestFor(location));
     connect(m_reply, &QNetworkReply::sslErrors, this, [this](const QList<QSslError> &errors) {
         if (!errors.isEmpty())
-            m_certificate = {Kind::Certificate, errors.front().errorString(),
-                             static_cast<int>(errors.front().error())};
+            m_certificate = {Kind::Certificate, static_cast<int>(errors.front().error()),
+                             m_reply->url().host()};
     });
+    connect(m_reply, &QNetworkReply::requestSent, this,
+            [this] { m_stepTimer.start(m_timeouts.response); });
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &UrlSession::receiveResponse);
     connect(m_reply, &QNetworkReply::readyRead, this, &UrlSession::receiveData);
     connect(m_reply, &QNetworkReply::finished, this, &UrlSession::finish);
-    m_timeout.start();
+    m_stepTimer.start(m_timeouts.idle);
+    m_totalTimer.start(m_timeouts.total);
+}
+
+void UrlSession::expire(const QTimer &timer)
+{
+    const auto seconds = std::chrono::ceil<std::chrono::seconds>(timer.intervalAsDuration());
+    m_timeout = {Kind::TimedOut, static_cast<int>(seconds.count()), m_reply->url().host()};
+    m_reply->abort();
 }
 
 void UrlSession::cancel()
@@ -132,7 +134,7 @@ void UrlSession::cancel()
 
 void UrlSession::receiveResponse()
 {
-    m_timeout.start();
+    m_stepTimer.start(m_timeouts.idle);
     if (m_hasResponse || statusOf(*m_reply) == 0 || isRedirect(*m_reply))
         return;
     m_hasResponse = true;
@@ -149,7 +151,7 @@ void UrlSession::receiveData()
 {
     if (!m_hasResponse)
         return;
-    m_timeout.start();
+    m_stepTimer.start(m_timeouts.idle);
     const QByteArray piece = m_reply->readAll();
     m_received += piece.size();
     if (!piece.isEmpty())
@@ -168,25 +170,27 @@ void UrlSession::complete(const PackageProblem &error)
 {
     if (std::exchange(m_isComplete, true))
         return;
-    m_timeout.stop();
+    m_stepTimer.stop();
+    m_totalTimer.stop();
     m_delegate.URLSessionTaskDidCompleteWithError(*this, error);
 }
 
 PackageProblem UrlSession::replyProblem() const
 {
-    if (m_ownProblem)
-        return m_ownProblem;
+    if (m_timeout)
+        return m_timeout;
+    const QString host = m_reply->url().host();
     const QNetworkReply::NetworkError error = m_reply->error();
     if (error != QNetworkReply::NoError && !isHttpStatusOnly(*m_reply)) {
+        qCInfo(logFirmware) << "Transfer ended:" << error << m_reply->errorString();
         if (error == QNetworkReply::SslHandshakeFailedError && m_certificate)
             return m_certificate;
-        return {kindOf(error), m_reply->errorString(), static_cast<int>(error)};
+        return {kindOf(error), static_cast<int>(error), host};
     }
     if (!m_hasResponse)
-        return {Kind::Protocol, tr("the server's answer makes no sense"), static_cast<int>(error)};
+        return {Kind::Protocol, static_cast<int>(error), host};
     if (m_received + m_reply->bytesAvailable() < m_expected)
-        return {Kind::ConnectionLost, tr("the connection ended before the whole package was there"),
-                static_cast<int>(QNetworkReply::RemoteHostClosedError)};
+        return {Kind::ConnectionLost, static_cast<int>(QNetworkReply::RemoteHostClosedError), host};
     return {};
 }
 

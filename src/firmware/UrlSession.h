@@ -17,19 +17,19 @@ namespace vorn {
 
 class UrlSession;
 
-// What becomes of one transfer. Called on the main thread; always ends with
+// Follows one transfer. Called on the main thread; the last call is
 // URLSessionTaskDidCompleteWithError, in which the session may not be destroyed.
 class UrlSessionDelegate
 {
 public:
     enum class Disposition { Allow, Cancel };
 
-    // The headers are there; the answer says whether the body is wanted.
+    // The headers are here; the answer says whether the body is wanted.
     virtual Disposition URLSessionDataTaskDidReceiveResponse(UrlSession &session,
                                                              const UrlResponse &response) = 0;
     // One piece of the body.
     virtual void URLSessionDataTaskDidReceiveData(UrlSession &session, const QByteArray &piece) = 0;
-    // The end, with an error or none. An HTTP status is no error.
+    // The transfer has ended, with or without an error. An HTTP status is no error.
     virtual void URLSessionTaskDidCompleteWithError(UrlSession &session,
                                                     const PackageProblem &error) = 0;
 
@@ -38,20 +38,32 @@ protected:
 };
 
 // One transfer from the package server over HTTPS: certificates are always checked, redirects are
-// followed unless they lead away from HTTPS, and a transfer that stands still is given up.
+// followed unless they lead away from HTTPS.
 class UrlSession : public QObject
 {
     Q_OBJECT
 
 public:
-    // `timeout`: how long the transfer may go without a byte, the way to the server included.
-    UrlSession(UrlSessionDelegate &delegate, std::chrono::milliseconds timeout);
-    // Ends the transfer without a word.
+    // Exceeding any of them ends the transfer with TimedOut.
+    struct Timeouts
+    {
+        // While connecting, and between two pieces of the body: the usual limit of HTTP clients.
+        std::chrono::milliseconds idle{60'000};
+        // From the request to the end of the response's headers. Short, because Qt collects the
+        // headers in memory without a limit, and gives no sign of them before they are complete: a
+        // server that never ends them was measured to fill 70 MB per second.
+        std::chrono::milliseconds response{5'000};
+        // From start to end. The largest known package (60 MB) takes this long at 17 kB/s.
+        std::chrono::milliseconds total{3'600'000};
+    };
+
+    UrlSession(UrlSessionDelegate &delegate, const Timeouts &timeouts);
+    // Aborts the transfer without calling the delegate.
     ~UrlSession() override;
 
-    // Starts the transfer. A location that is not configured fails, from the event loop.
+    // Starts the transfer. With a location that is not configured it fails, from the event loop.
     void resume(QNetworkAccessManager &network, const PackageLocation &location);
-    // Ends the transfer now, with the error Cancelled.
+    // Aborts the transfer, with the error Cancelled.
     void cancel();
 
 private:
@@ -60,12 +72,15 @@ private:
     void finish();
     void complete(const PackageProblem &error);
     PackageProblem replyProblem() const;
+    void expire(const QTimer &timer);
 
     UrlSessionDelegate &m_delegate;
-    QPointer<QNetworkReply> m_reply; // belongs to the network
-    QTimer m_timeout;
-    PackageProblem m_ownProblem;  // why this side ended the transfer
-    PackageProblem m_certificate; // what was wrong with the server's certificate
+    const Timeouts m_timeouts;
+    QPointer<QNetworkReply> m_reply; // owned by the network
+    QTimer m_stepTimer;
+    QTimer m_totalTimer;
+    PackageProblem m_timeout;
+    PackageProblem m_certificate; // what is wrong with the server's certificate
     qint64 m_expected = 0;
     qint64 m_received = 0;
     bool m_hasResponse = false;

@@ -25,18 +25,14 @@ ArchiveFile &fileOf(voidpf self)
 
 std::unique_ptr<ArchiveFile> ArchiveFile::open(const QString &path)
 {
-    // Non-blocking, so that a pipe of that name cannot hold the caller up.
+    // Non-blocking, so that opening a named pipe returns at once.
     FileDescriptor fd(
         ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!fd.isValid())
         return nullptr;
     struct stat status = {};
-    if (::fstat(fd.get(), &status) != 0)
+    if (::fstat(fd.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return nullptr;
-    if (!S_ISREG(status.st_mode)) {
-        errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
-        return nullptr;
-    }
     return std::unique_ptr<ArchiveFile>(
         new ArchiveFile(std::move(fd), static_cast<quint64>(status.st_size)));
 }
@@ -91,59 +87,25 @@ std::size_t ArchiveFile::read(std::span<char> target)
 
 zlib_filefunc64_def ArchiveFile::minizipFunctions()
 {
-    return {.zopen64_file = openStream,
-            .zread_file = readStream,
-            .zwrite_file = writeStream,
-            .ztell64_file = tellStream,
-            .zseek64_file = seekStream,
-            .zclose_file = closeStream,
-            .zerror_file = streamError,
+    return {.zopen64_file = [](voidpf self, const void *, int) { return self; },
+            .zread_file = [](voidpf self, voidpf, void *buffer, uLong size) -> uLong {
+                return fileOf(self).read({static_cast<char *>(buffer), size});
+            },
+            .zwrite_file = [](voidpf, voidpf, const void *, uLong) { return uLong{0}; },
+            .ztell64_file = [](voidpf self, voidpf) -> ZPOS64_T { return fileOf(self).m_position; },
+            .zseek64_file =
+                [](voidpf self, voidpf, ZPOS64_T offset, int origin) {
+                    ArchiveFile &file = fileOf(self);
+                    if (origin == ZLIB_FILEFUNC_SEEK_CUR)
+                        offset += file.m_position;
+                    else if (origin == ZLIB_FILEFUNC_SEEK_END)
+                        offset += file.m_size;
+                    file.m_position = offset;
+                    return 0L;
+                },
+            .zclose_file = [](voidpf, voidpf) { return 0; },
+            .zerror_file = [](voidpf self, voidpf) { return fileOf(self).m_failed ? 1 : 0; },
             .opaque = this};
-}
-
-voidpf ArchiveFile::openStream(voidpf self, const void * /*path*/, int /*mode*/)
-{
-    return self;
-}
-
-uLong ArchiveFile::readStream(voidpf self, voidpf /*stream*/, void *buffer, uLong size)
-{
-    return fileOf(self).read({static_cast<char *>(buffer), size});
-}
-
-uLong ArchiveFile::writeStream(voidpf /*self*/, voidpf /*stream*/, const void * /*buffer*/,
-                               uLong /*size*/)
-{
-    return 0;
-}
-
-ZPOS64_T ArchiveFile::tellStream(voidpf self, voidpf /*stream*/)
-{
-    return fileOf(self).m_position;
-}
-
-long ArchiveFile::seekStream(voidpf self, voidpf /*stream*/, ZPOS64_T offset, int origin)
-{
-    ArchiveFile &file = fileOf(self);
-    quint64 base = 0;
-    if (origin == ZLIB_FILEFUNC_SEEK_CUR)
-        base = file.m_position;
-    else if (origin == ZLIB_FILEFUNC_SEEK_END)
-        base = file.m_size;
-    else if (origin != ZLIB_FILEFUNC_SEEK_SET)
-        return -1;
-    file.m_position = base + offset;
-    return 0;
-}
-
-int ArchiveFile::closeStream(voidpf /*self*/, voidpf /*stream*/)
-{
-    return 0;
-}
-
-int ArchiveFile::streamError(voidpf self, voidpf /*stream*/)
-{
-    return fileOf(self).m_failed ? 1 : 0;
 }
 
 } // namespace vorn

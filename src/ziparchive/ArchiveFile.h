@@ -13,22 +13,22 @@
 
 namespace vorn {
 
-// An archive opened for reading, with a position, for minizip and for the check of the archive's
-// directory. minizip reads headers byte by byte and jumps between directory and data for every
-// entry; a few cached windows of the file turn that into one read of the file from front to back.
+// An archive file open for reading, for minizip and CentralDirectory. minizip reads headers byte by
+// byte and seeks between directory and data for each entry; a few cached windows turn that into one
+// sequential read.
 class ArchiveFile
 {
 public:
-    // Null (with errno set) when `path` cannot be opened or is not a regular file.
+    // Null when `path` cannot be opened or is not a regular file.
     static std::unique_ptr<ArchiveFile> open(const QString &path);
 
     quint64 size() const { return m_size; }
     void seek(quint64 position) { m_position = position; }
-    // Reads into `target` and moves on; the number of bytes read, less than asked at the end of the
-    // file or after an error.
+    // Reads at the position and advances it; the number of bytes read, fewer than asked at the end
+    // of the file or after an error.
     std::size_t read(std::span<char> target);
 
-    // What minizip needs to read this file through this object, which must outlive its handle.
+    // Lets minizip read through this object, which must outlive minizip's handle.
     zlib_filefunc64_def minizipFunctions();
 
 private:
@@ -43,20 +43,12 @@ private:
     ArchiveFile(FileDescriptor fd, quint64 size) : m_fd(std::move(fd)), m_size(size) {}
     const Window *windowAt(quint64 position);
 
-    static voidpf openStream(voidpf self, const void *path, int mode);
-    static uLong readStream(voidpf self, voidpf stream, void *buffer, uLong size);
-    static uLong writeStream(voidpf self, voidpf stream, const void *buffer, uLong size);
-    static ZPOS64_T tellStream(voidpf self, voidpf stream);
-    static long seekStream(voidpf self, voidpf stream, ZPOS64_T offset, int origin);
-    static int closeStream(voidpf self, voidpf stream);
-    static int streamError(voidpf self, voidpf stream);
-
     FileDescriptor m_fd;
     quint64 m_size = 0;
     quint64 m_position = 0;
     quint64 m_uses = 0;
     bool m_failed = false;
-    // Directory, data, and the data's next stretch while an entry crosses from one to the other.
+    // One for the directory, two for data, since an entry may cross from one window to the next.
     std::array<Window, 3> m_windows;
 };
 

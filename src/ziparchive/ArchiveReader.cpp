@@ -1,23 +1,25 @@
 #include "ziparchive/ArchiveReader.h"
 
-#include "ziparchive/ZipArchiveLog.h"
+#include <QLoggingCategory>
 
 namespace vorn {
 
 namespace {
+
+Q_LOGGING_CATEGORY(logArchive, "vorn.ziparchive")
 
 constexpr uLong kEncryptedFlag = 1U << 0;
 constexpr uLong kPatchFlag = 1U << 5;
 constexpr uLong kStrongEncryptionFlag = 1U << 6;
 constexpr uLong kUtf8Flag = 1U << 11;
 constexpr uLong kMaskedDirectoryFlag = 1U << 13;
-// Stands for a size that a zip64 field would tell.
+// In place of a size that is in a zip64 field.
 constexpr ZPOS64_T kUnknownSize = 0xFFFFFFFF;
 
 ArchiveReader::Opened refuse(ArchiveReader::Opened result, const QByteArray &name,
                              const char *reason)
 {
-    qCWarning(zipArchiveLog, "Entry \"%s\": %s", name.toPercentEncoding("/ ").constData(), reason);
+    qCWarning(logArchive) << "Entry" << name << "rejected:" << reason;
     return result;
 }
 
@@ -53,7 +55,7 @@ int ArchiveReader::goToFirstEntry(quint64 maxEntries)
     QString reason;
     m_directory = CentralDirectory::read(*m_file, maxEntries, reason);
     if (!m_directory)
-        qCWarning(zipArchiveLog, "Archive refused: %ls", qUtf16Printable(reason));
+        qCWarning(logArchive, "Archive rejected: %ls", qUtf16Printable(reason));
     m_index = 0;
     return unzGoToFirstFile(m_handle.get());
 }
@@ -64,69 +66,74 @@ int ArchiveReader::goToNextEntry()
     return unzGoToNextFile(m_handle.get());
 }
 
-ArchiveReader::Opened ArchiveReader::openEntry(const std::optional<QByteArray> &password)
+bool ArchiveReader::isEncrypted() const
+{
+    return (m_info.flag & kEncryptedFlag) != 0;
+}
+
+ArchiveReader::Opened ArchiveReader::openEntry()
 {
     closeEntry();
-    unz_file_info64 info = {};
-    if (const Opened result = examineEntry(password, info); result != Opened::Yes)
+    if (const Opened result = examineEntry(); result != Opened::Yes)
         return result;
 
-    const bool isEncrypted = (info.flag & kEncryptedFlag) != 0;
     int method = 0;
-    const int result = isEncrypted ? unzOpenCurrentFile2(m_handle.get(), &method, nullptr, 1)
-                                   : unzOpenCurrentFile(m_handle.get());
+    const int result = isEncrypted() ? unzOpenCurrentFile2(m_handle.get(), &method, nullptr, 1)
+                                     : unzOpenCurrentFile(m_handle.get());
     if (result != UNZ_OK)
-        return refuse(Opened::No, m_entry.name, "its header is damaged");
-    if (!isWithinBounds(info)) {
+        return refuse(Opened::No, m_entry.name, "damaged header");
+    if (unzGetCurrentFileZStreamPos64(m_handle.get()) + m_info.compressed_size >
+        m_directory->dataEnd(m_index)) {
         closeEntry();
         return refuse(Opened::No, m_entry.name, "its data overlap another entry's");
-    }
-    if (isEncrypted) {
-        m_encrypted = EncryptedEntry::open(m_handle.get(), info, *password);
-        if (!m_encrypted) {
-            closeEntry();
-            return refuse(Opened::No, m_entry.name, "the password is wrong, or its data damaged");
-        }
     }
     m_sizeRead = 0;
     return Opened::Yes;
 }
 
-ArchiveReader::Opened ArchiveReader::examineEntry(const std::optional<QByteArray> &password,
-                                                  unz_file_info64 &info)
+ArchiveReader::Opened ArchiveReader::examineEntry()
 {
-    if (unzGetCurrentFileInfo64(m_handle.get(), &info, m_nameBuffer.data(), m_nameBuffer.size(),
+    m_entry = {};
+    if (unzGetCurrentFileInfo64(m_handle.get(), &m_info, m_nameBuffer.data(), m_nameBuffer.size(),
                                 nullptr, 0, nullptr, 0) != UNZ_OK)
         return Opened::No;
-    m_entry = {.name = QByteArray(m_nameBuffer.data(), static_cast<qsizetype>(info.size_filename)),
-               .isUtf8 = (info.flag & kUtf8Flag) != 0,
-               .size = info.uncompressed_size,
-               .date = info.tmu_date};
+    m_entry = {.name =
+                   QByteArray(m_nameBuffer.data(), static_cast<qsizetype>(m_info.size_filename)),
+               .isUtf8 = (m_info.flag & kUtf8Flag) != 0,
+               .size = m_info.uncompressed_size,
+               .date = m_info.tmu_date};
 
     if (!m_directory || m_index >= m_directory->count() ||
-        m_directory->size(m_index) != info.uncompressed_size)
+        m_directory->size(m_index) != m_info.uncompressed_size)
         return Opened::BadInformation;
     if (m_entry.name.contains('\0'))
-        return refuse(Opened::BadInformation, m_entry.name, "its name holds a NUL");
-    if (info.compressed_size >= kUnknownSize || info.uncompressed_size >= kUnknownSize)
-        return refuse(Opened::BadInformation, m_entry.name, "its size needs zip64");
-    if (info.compression_method != 0 && info.compression_method != Z_DEFLATED)
-        return refuse(Opened::No, m_entry.name, "unknown compression method");
-    if ((info.flag & (kPatchFlag | kStrongEncryptionFlag | kMaskedDirectoryFlag)) != 0)
-        return refuse(Opened::No, m_entry.name, "unknown kind of encryption or patch");
-    const bool isEncrypted = (info.flag & kEncryptedFlag) != 0;
-    if (isEncrypted && !password)
-        return refuse(Opened::No, m_entry.name, "it is encrypted");
-    const quint64 header = isEncrypted ? TraditionalCipher::kHeaderSize : 0;
-    if (info.compression_method == 0 && info.compressed_size != info.uncompressed_size + header)
-        return refuse(Opened::BadInformation, m_entry.name, "its two sizes disagree");
+        return refuse(Opened::BadInformation, m_entry.name, "NUL in its name");
+    if (m_info.compressed_size >= kUnknownSize || m_info.uncompressed_size >= kUnknownSize)
+        return refuse(Opened::BadInformation, m_entry.name, "zip64 size");
+    const quint64 header = isEncrypted() ? TraditionalCipher::kHeaderSize : 0;
+    if (m_info.compression_method == 0 &&
+        m_info.compressed_size != m_info.uncompressed_size + header)
+        return refuse(Opened::BadInformation, m_entry.name, "its sizes do not match");
+    if (m_info.compression_method != 0 && m_info.compression_method != Z_DEFLATED)
+        return refuse(Opened::No, m_entry.name, "unsupported compression method");
+    if ((m_info.flag & kMaskedDirectoryFlag) != 0)
+        return refuse(Opened::No, m_entry.name, "encrypted directory");
     return Opened::Yes;
 }
 
-bool ArchiveReader::isWithinBounds(const unz_file_info64 &info) const
+bool ArchiveReader::unlock(const std::optional<QByteArray> &password)
 {
-    return unzGetCurrentFileZStreamPos64(m_handle.get()) + info.compressed_size <=
-           m_directory->dataEnd(m_index);
+    if ((m_info.flag & (kPatchFlag | kStrongEncryptionFlag)) != 0) {
+        refuse(Opened::No, m_entry.name, "unsupported encryption or patch data");
+        return false;
+    }
+    if (!isEncrypted())
+        return true;
+    if (password)
+        m_encrypted = EncryptedEntry::open(m_handle.get(), m_info, *password);
+    if (!m_encrypted)
+        refuse(Opened::No, m_entry.name, "password missing or wrong, or data damaged");
+    return m_encrypted != nullptr;
 }
 
 int ArchiveReader::readEntry(std::span<char> target)

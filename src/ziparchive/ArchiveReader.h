@@ -16,17 +16,17 @@
 
 namespace vorn {
 
-// An archive open for reading: minizip's cursor over the entries, and the checks that minizip
-// leaves out. What it would pass off as success fails here: data shorter than the entry claims,
-// compression methods it cannot undo, encrypted entries read without a password, names with a NUL
-// inside, sizes that only a zip64 field would tell, entries whose data overlap, an end record that
-// counts other entries than there are. Result codes are minizip's: 0 is success, below 0 an error.
+// An archive open for reading: minizip's cursor over the entries, with the checks that minizip
+// leaves out. It rejects data shorter than the entry's size, compression methods other than stored
+// and deflated, encrypted entries without the right password, names that contain a NUL, sizes that
+// only a zip64 field could hold, entries whose data overlap, and an end record with a wrong entry
+// count. Result codes are minizip's: 0 is success, a negative number an error.
 class ArchiveReader
 {
 public:
     enum class Opened { Yes, No, BadInformation };
 
-    struct Entry
+    struct EntryInfo
     {
         QByteArray name;
         bool isUtf8 = false;
@@ -34,29 +34,32 @@ public:
         tm_unz date = {};
     };
 
-    // Null when `path` is no archive or cannot be read; an archive without entries counts as none.
+    // Null when `path` cannot be read, is no archive, or has no entries.
     static std::unique_ptr<ArchiveReader> open(const QString &path);
 
-    // The number of entries that the archive's end record gives.
+    // The number of entries according to the archive's end record.
     std::optional<quint64> entryCount() const;
-    // The sum of the sizes that the entries claim; known once an entry has been opened.
+    // The sum of all entries' uncompressed sizes; 0 before the first entry was opened.
     quint64 totalSize() const { return m_directory ? m_directory->totalSize() : 0; }
 
-    // Places the cursor. The first call checks the directory as a whole; when that fails, no entry
-    // opens.
+    // Moves the cursor. The first call checks the whole directory; when the check fails, no entry
+    // can be opened.
     int goToFirstEntry(quint64 maxEntries);
     int goToNextEntry();
 
-    // Opens the entry under the cursor. Without a password an encrypted entry does not open; plain
-    // ones do with any.
-    Opened openEntry(const std::optional<QByteArray> &password);
-    const Entry &entry() const { return m_entry; }
+    // Opens the entry under the cursor by its headers, which needs no password.
+    Opened openEntry();
+    // Makes the open entry's data readable; false when it is encrypted and the password is missing
+    // or wrong, or its encryption not supported.
+    bool unlock(const std::optional<QByteArray> &password);
+    // The entry opened last; its name is empty when that failed before the name was read.
+    const EntryInfo &entry() const { return m_entry; }
     // The number of bytes read, 0 at the entry's end.
     int readEntry(std::span<char> target);
-    // Fails when the entry was read to its end and its CRC is not the stored one.
+    // An error when the entry was read to its end and its CRC is wrong.
     int closeEntry();
 
-    // Closes the archive; false when that failed. Everything else fails afterwards.
+    // Closes the archive; false when that failed. Every later call fails.
     bool close();
 
 private:
@@ -67,17 +70,18 @@ private:
     using Handle = std::unique_ptr<std::remove_pointer_t<unzFile>, CloseHandle>;
 
     ArchiveReader(std::unique_ptr<ArchiveFile> file, Handle handle);
-    Opened examineEntry(const std::optional<QByteArray> &password, unz_file_info64 &info);
-    bool isWithinBounds(const unz_file_info64 &info) const;
+    Opened examineEntry();
+    bool isEncrypted() const;
 
     std::unique_ptr<ArchiveFile> m_file;
     Handle m_handle;
     std::optional<CentralDirectory> m_directory;
     std::size_t m_index = 0;
-    Entry m_entry;
+    EntryInfo m_entry;
+    unz_file_info64 m_info = {};
     quint64 m_sizeRead = 0;
     std::unique_ptr<EncryptedEntry> m_encrypted;
-    // The longest name that a 16-bit length allows, and its end.
+    // The longest name that a 16-bit length allows, and its terminator.
     std::array<char, 65536> m_nameBuffer = {};
 };
 

@@ -16,7 +16,7 @@ namespace {
 constexpr uLong kEncryptedFlag = 1U << 0;
 constexpr uLong kUtf8Flag = 1U << 11;
 constexpr qsizetype kMaxNameLength = 0xFFFF;
-// Just below 4 GiB: what does not compress grows a little when deflated, and must still fit.
+// Just below 4 GiB: incompressible data grow a little when deflated, and must still fit.
 constexpr qsizetype kMaxSize = 0xFFF00000;
 constexpr int kMemoryLevel = 8;
 
@@ -70,7 +70,7 @@ uLong ArchiveWriter::writeStream(voidpf self, voidpf stream, const void *buffer,
     return writer.m_stdio.zwrite_file(writer.m_stdio.opaque, stream, buffer, size);
 }
 
-bool ArchiveWriter::add(const Entry &entry, QByteArrayView data)
+bool ArchiveWriter::add(const NewEntry &entry, QByteArrayView data)
 {
     const QByteArray &name = entry.name.bytes;
     if (name.isEmpty() || name.size() > kMaxNameLength || name.contains('\0') ||
@@ -87,7 +87,7 @@ bool ArchiveWriter::add(const Entry &entry, QByteArrayView data)
            zipCloseFileInZipRaw64(m_handle, size, crc) == ZIP_OK;
 }
 
-bool ArchiveWriter::openEntry(const Entry &entry, bool isEncrypted)
+bool ArchiveWriter::openEntry(const NewEntry &entry, bool isEncrypted)
 {
     zip_fileinfo info = {};
     info.tmz_date = entry.date;
@@ -98,7 +98,7 @@ bool ArchiveWriter::openEntry(const Entry &entry, bool isEncrypted)
                                    Z_DEFAULT_STRATEGY, nullptr, 0, 0, flags, 0) == ZIP_OK;
 }
 
-bool ArchiveWriter::writeEncrypted(const Entry &entry, QByteArrayView data, uLong crc)
+bool ArchiveWriter::writeEncrypted(const NewEntry &entry, QByteArrayView data, uLong crc)
 {
     TraditionalCipher cipher(entry.password);
     const auto put = [&](std::span<char> bytes) {

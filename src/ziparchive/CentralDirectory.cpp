@@ -21,9 +21,9 @@ constexpr std::size_t kEntrySize = 46;
 constexpr std::size_t kEndSize = 22;
 constexpr std::size_t kEnd64Size = 56;
 constexpr std::size_t kLocator64Size = 20;
-// How far from the end of the file the end record is looked for; the same as minizip does.
+// How far from the end of the file minizip looks for the end record.
 constexpr quint64 kEndSearch = 0xFFFF;
-// Stands for a size that a zip64 field tells; such entries do not open.
+// In place of a size that is in a zip64 field; such entries cannot be opened.
 constexpr quint32 kUnknownSize = 0xFFFFFFFF;
 
 struct EndRecord
@@ -51,9 +51,9 @@ std::optional<std::array<char, Size>> recordAt(ArchiveFile &file, quint64 positi
     return record;
 }
 
-// Archives written to a pipe carry a 64-bit end record however small they are; where there is one,
-// it counts and the ordinary one does not. Its locator is taken wherever minizip takes it, also
-// from a comment: what is checked must be what is unpacked.
+// Archives written to a pipe have a 64-bit end record, however small they are; it takes precedence
+// over the ordinary one. Its locator is looked for wherever minizip finds it, even in a comment:
+// the directory that is checked must be the one that is unpacked.
 std::optional<EndRecord> findEnd64(ArchiveFile &file, QByteArrayView tail, quint64 tailPosition)
 {
     const qsizetype found = tail.lastIndexOf(kLocator64Signature);
@@ -118,7 +118,7 @@ std::optional<CentralDirectory> CentralDirectory::read(ArchiveFile &file, quint6
     const auto end = findEnd(file);
     if (!end || end->directoryOffset > end->position ||
         end->directorySize > end->position - end->directoryOffset) {
-        reason = QStringLiteral("no sound end record");
+        reason = QStringLiteral("no valid end record");
         return std::nullopt;
     }
     if (end->count > maxEntries) {
@@ -126,7 +126,7 @@ std::optional<CentralDirectory> CentralDirectory::read(ArchiveFile &file, quint6
             QStringLiteral("%1 entries, more than the %2 allowed").arg(end->count).arg(maxEntries);
         return std::nullopt;
     }
-    // Something may stand before the archive in its file; the offsets do not count it.
+    // Offsets do not count what may precede the archive in its file.
     const quint64 before = end->position - end->directorySize - end->directoryOffset;
     const quint64 directoryStart = before + end->directoryOffset;
 

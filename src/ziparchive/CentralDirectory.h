@@ -9,25 +9,23 @@ namespace vorn {
 
 class ArchiveFile;
 
-// An archive's directory as a whole, for the checks that minizip, which sees one entry at a time,
-// cannot make: that the end record counts the entries there are, what they claim together, and
-// where the data of each must end. Reads nothing but the directory.
+// An archive's whole directory, for the checks that minizip, which sees one entry at a time, cannot
+// make: the end record's entry count, the total of the claimed sizes, and where each entry's data
+// must end.
 class CentralDirectory
 {
 public:
-    // Nothing when the directory is damaged, disagrees with its end record or has more than
-    // `maxEntries` entries; `reason` then says which (for the log).
+    // Nothing when the directory is damaged, contradicts its end record or has more than
+    // `maxEntries` entries; `reason` then says which, for the log.
     static std::optional<CentralDirectory> read(ArchiveFile &file, quint64 maxEntries,
                                                 QString &reason);
 
     std::size_t count() const { return m_sizes.size(); }
-    // The uncompressed size that entry `index` (in the directory's order) claims, and the sum of
-    // all.
+    // The uncompressed size that entry `index` (in directory order) claims, and the sum of all.
     quint64 size(std::size_t index) const { return m_sizes[index]; }
     quint64 totalSize() const { return m_totalSize; }
-    // The file position that the data of entry `index` may reach but not pass: where the next entry
-    // or the directory begins. Entries that share their beginning get that beginning, so that none
-    // of them fits.
+    // The file position where the data of entry `index` must end at the latest: the start of the
+    // next entry or of the directory. Of entries with the same start, only one gets any room.
     quint64 dataEnd(std::size_t index) const { return m_dataEnds[index]; }
 
 private:

@@ -28,7 +28,8 @@ std::unique_ptr<EncryptedEntry> EncryptedEntry::open(unzFile handle, const unz_f
     std::array<char, TraditionalCipher::kHeaderSize> header = {};
     if (entry->readDecrypted(header) != static_cast<int>(header.size()))
         return nullptr;
-    // The CRC is not known before the data when sizes follow it; the time's high byte stands in.
+    // The last header byte is a check byte: of the CRC, or of the time when the CRC follows the
+    // data.
     const uLong check =
         (info.flag & kSizesFollowData) != 0 ? (info.dosDate >> 8) & 0xFF : (info.crc >> 24) & 0xFF;
     return static_cast<std::uint8_t>(header.back()) == check ? std::move(entry) : nullptr;

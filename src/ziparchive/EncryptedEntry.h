@@ -12,13 +12,13 @@
 
 namespace vorn {
 
-// Reads one encrypted entry: takes the encrypted bytes from minizip, decrypts and inflates them and
-// verifies their CRC, as minizip does for plain entries.
+// Reads one encrypted entry: takes the raw bytes from minizip, decrypts and inflates them, and
+// computes their CRC, as minizip does for plain entries.
 class EncryptedEntry
 {
 public:
-    // Null when the password is wrong, as far as its check byte can tell, or the entry is too
-    // short. `handle` has the entry open in raw mode and outlives this object.
+    // Null when the entry is too short or the password wrong (its check byte misses one wrong
+    // password in 256). `handle` has the entry open in raw mode and outlives this object.
     static std::unique_ptr<EncryptedEntry> open(unzFile handle, const unz_file_info64 &info,
                                                 QByteArrayView password);
     EncryptedEntry(const EncryptedEntry &) = delete;
@@ -27,8 +27,7 @@ public:
 
     // The number of bytes read, 0 at the end, or a negative minizip or zlib code.
     int read(std::span<char> target);
-    // Whether what was read so far can be what was packed: false when all was read and its CRC is
-    // another.
+    // False when all of it was read and its CRC is wrong.
     bool isIntact() const { return m_sizeLeft > 0 || m_crc == m_expectedCrc; }
 
 private:

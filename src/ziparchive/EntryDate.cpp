@@ -9,7 +9,7 @@ namespace {
 
 using std::chrono::system_clock;
 
-// The local time that `date` names; -1 when there is none. The fields as in an entry.
+// -1 when `date` is not a valid local time.
 std::time_t toTime(const tm_unz &date)
 {
     std::tm local = {};

@@ -26,7 +26,7 @@ EntryNameCodec::Converter EntryNameCodec::open(const char *from, const char *to)
     return Converter(reinterpret_cast<std::intptr_t>(converter) == -1 ? nullptr : converter);
 }
 
-// Nothing when a single character is not valid in the one encoding or missing in the other.
+// Nothing when a character is invalid in the one encoding or missing in the other.
 std::optional<QByteArray> EntryNameCodec::convert(const Converter &converter, QByteArray input)
 {
     if (!converter)
@@ -36,7 +36,7 @@ std::optional<QByteArray> EntryNameCodec::convert(const Converter &converter, QB
     std::array<char, 256> buffer = {};
     char *in = input.data();
     auto inLeft = static_cast<std::size_t>(input.size());
-    // The last round, without input, ends the output of encodings that shift between states.
+    // The last call, without input, writes the final shift sequence of stateful encodings.
     for (bool isEnding = false;;) {
         char *out = buffer.data();
         std::size_t outLeft = buffer.size();

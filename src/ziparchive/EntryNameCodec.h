@@ -17,19 +17,18 @@ struct EncodedEntryName
     bool isUtf8 = false;
 };
 
-// Entry names between the bytes in an archive and text.
+// Converts entry names between text and the bytes in an archive.
 class EntryNameCodec
 {
 public:
-    // `encoding` as iconv(3) names it. In one that it does not know, no name is valid.
+    // `encoding` as iconv(3) calls it. In an unknown encoding no name is valid.
     explicit EntryNameCodec(QByteArray encoding) : m_encoding(std::move(encoding)) {}
 
-    // The text of a name. One that says it is UTF-8 (general purpose flag bit 11) is read so,
-    // others in the encoding. What is not valid there is read as the other of the two when it is
-    // valid in that, else byte by byte (each byte the character of its number): no name is ever
-    // lost.
+    // Reads a name that is flagged as UTF-8 (general purpose flag bit 11) as UTF-8, any other in
+    // the encoding. A name that is not valid there is read as the other of the two, or else as
+    // ISO 8859-1, so that no name is lost.
     QString decode(const QByteArray &name, bool isUtf8);
-    // The bytes of a name: in the encoding, or in UTF-8 (to be flagged so) when it cannot say it.
+    // In the encoding, or in UTF-8 (to be flagged so) when the encoding cannot represent the name.
     EncodedEntryName encode(const QString &name);
 
 private:
@@ -44,7 +43,7 @@ private:
     std::optional<QString> decodeInEncoding(const QByteArray &name);
 
     QByteArray m_encoding;
-    // Opened when first needed, which takes longer than to convert a name.
+    // Opened on first use: opening takes longer than converting a name.
     Converter m_decoder;
     Converter m_encoder;
 };

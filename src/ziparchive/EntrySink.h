@@ -1,25 +1,27 @@
 #pragma once
 
-#include <QByteArray>
+#include "ziparchive/ArchiveFailure.h"
+
 #include <QByteArrayView>
 #include <QString>
 
 #include <chrono>
 #include <optional>
+#include <utility>
 
 namespace vorn {
 
-// One entry as a sink meets it.
+// What a sink is told of an entry.
 struct EntryHead
 {
-    // With "/" between its parts, and at its end when it is a folder.
+    // Components separated by "/"; a folder's name ends in "/".
     QString name;
     bool isFolder = false;
     std::optional<std::chrono::system_clock::time_point> date;
 };
 
-// Where the entries of an archive go when it is unpacked. For each entry: begin(), then write() for
-// each piece until it says no, then end().
+// Destination of an archive's entries. For each entry: begin(), then write() for each piece until
+// it returns false, then end().
 class EntrySink
 {
 public:
@@ -28,15 +30,21 @@ public:
     EntrySink &operator=(const EntrySink &) = delete;
     virtual ~EntrySink() = default;
 
-    // Asked once, before the first entry: what speaks against taking `bytes` in all, as the text to
-    // report; nothing when nothing does.
-    virtual std::optional<QString> objectionTo(quint64 bytes) = 0;
-    // False: the entry is not wanted, and not even read.
+    // Called once, before the first entry, with the size of all entries together. A failure ends
+    // the walk.
+    virtual ArchiveFailure prepare(quint64 bytes) = 0;
+    // False: skip the entry without reading it.
     virtual bool begin(const EntryHead &entry) = 0;
     // Takes a piece, which is empty at the entry's end. False: no more of this entry.
     virtual bool write(QByteArrayView bytes) = 0;
-    // The entry is over. `isIntact`: all of it was written, and it is what was packed.
+    // `isIntact`: every piece was written and the data passed its CRC check.
     virtual void end(bool isIntact) = 0;
+
+    // Why the current entry was not written, once; asked after each of the three calls above.
+    ArchiveFailure takeFailure() { return std::exchange(m_failure, {}); }
+
+protected:
+    ArchiveFailure m_failure;
 };
 
 } // namespace vorn

@@ -1,108 +1,86 @@
 #include "ziparchive/FolderSink.h"
 
-#include "ziparchive/ZipArchiveLog.h"
 #include "ziparchive/ZipFileManager.h"
 
+#include <QDir>
 #include <QFile>
 
 #include <cerrno>
-#include <cstring>
 
 namespace vorn {
 
 namespace {
 
-constexpr auto kNotWritten = "Failed to open output file for writing";
+using Kind = ArchiveFailureKind;
 
-QString joined(const QString &path, const SafeDestination::Parts &parts)
+QString joined(const QString &path, const SafeDestination::Components &components)
 {
     QString result = path;
-    for (const QByteArray &part : parts) {
+    for (const QByteArray &component : components) {
         if (!result.isEmpty() && !result.endsWith(u'/'))
             result += u'/';
-        result += QFile::decodeName(part);
+        result += QFile::decodeName(component);
     }
     return result;
 }
 
 } // namespace
 
-FolderSink::FolderSink(const ZipFileManager &fileManager, Options options)
-    : m_fileManager(fileManager), m_options(std::move(options)), m_destination(m_options.path)
+FolderSink::FolderSink(const ZipFileManager &fileManager, Options options, QStringList &written)
+    : m_fileManager(fileManager), m_options(std::move(options)), m_written(written),
+      m_destination(m_options.path)
 {
 }
 
-std::optional<QString> FolderSink::objectionTo(quint64 bytes)
+ArchiveFailure FolderSink::prepare(quint64 bytes)
 {
-    if (bytes > m_options.maxBytes) {
-        qCWarning(zipArchiveLog, "The archive claims %llu bytes, more than the %llu allowed", bytes,
-                  m_options.maxBytes);
-        return QStringLiteral("Error occurs");
-    }
+    if (bytes > m_options.maxBytes)
+        return {.kind = Kind::TooLarge};
     const QString folder = m_options.path.isEmpty() ? QStringLiteral(".") : m_options.path;
-    // A destination that cannot be made or opened shows when files are to be written in it.
-    if (!m_fileManager.createDirectoryAtPath(folder) || !m_destination.open())
-        return std::nullopt;
+    // A destination that cannot be created or opened shows when its first file is opened.
+    if (!QDir().mkpath(folder) || !m_destination.open())
+        return {};
     const auto available = m_fileManager.availableBytesAtPath(folder);
-    if (available && bytes > *available) {
-        qCWarning(zipArchiveLog, "The archive needs %llu bytes, and %llu are free", bytes,
-                  *available);
-        return QString::fromLatin1(kNotWritten);
-    }
-    return std::nullopt;
+    if (available && bytes > *available)
+        return {.kind = Kind::NotWritten, .code = ENOSPC, .text = folder};
+    return {};
 }
 
 bool FolderSink::begin(const EntryHead &entry)
 {
     m_output.reset();
-    m_isFolder = entry.isFolder;
-    m_date = entry.date;
-    auto parts = SafeDestination::partsOf(entry.name);
-    if (!parts) {
-        m_fullPath = entry.name;
-        reportNotWritten(Place::Outside);
-        return false;
-    }
-    m_fullPath = joined(m_options.path, *parts);
-    m_name = entry.isFolder || parts->isEmpty() ? QByteArray() : parts->takeLast();
-    m_folderPlace = m_destination.enter(*parts);
-    m_errno = errno;
-    if (m_folderPlace == Place::Outside) {
-        reportNotWritten(Place::Outside);
-        return false;
-    }
-    return true;
+    m_entry = entry;
+    auto components = SafeDestination::componentsOf(entry.name);
+    if (!components)
+        return fail({.kind = Kind::Outside});
+    m_fullPath = joined(m_options.path, *components);
+    m_fileName = entry.isFolder || components->isEmpty() ? QByteArray() : components->takeLast();
+    m_folderFailure = m_destination.enter(*components);
+    return m_folderFailure.kind == Kind::Outside ? fail(m_folderFailure) : true;
 }
 
 bool FolderSink::write(QByteArrayView bytes)
 {
-    if (m_isFolder)
+    if (m_entry.isFolder)
         return true;
     if (!m_output && !openOutput())
         return false;
-    if (m_output->write(bytes))
-        return true;
-    reportNotWritten(Place::Unreachable);
-    return false;
+    return m_output->write(bytes) || fail({.kind = Kind::NotWritten, .code = errno});
 }
 
 bool FolderSink::openOutput()
 {
-    // The entry's name is the destination's own, or a folder on its way could not be made.
-    Place place = m_name.isEmpty() ? Place::Occupied : m_folderPlace;
-    errno = m_errno;
-    if (place == Place::Free) {
-        auto output = m_destination.file(m_name);
-        if (m_options.mayReplace && output->exists() && !m_options.mayReplace(m_fullPath))
-            return false;
-        place = output->open();
-        if (place == Place::Free) {
-            m_output = std::move(output);
-            return true;
-        }
-    }
-    reportNotWritten(place);
-    return false;
+    if (m_fileName.isEmpty())
+        return fail({.kind = Kind::NameTaken}); // by the destination itself
+    if (m_folderFailure)
+        return fail(m_folderFailure);
+    auto output = m_destination.file(m_fileName);
+    if (m_options.mayReplace && output->exists() && !m_options.mayReplace(m_fullPath))
+        return false;
+    if (const ArchiveFailure failure = output->open())
+        return fail(failure);
+    m_output = std::move(output);
+    return true;
 }
 
 void FolderSink::end(bool isIntact)
@@ -110,22 +88,18 @@ void FolderSink::end(bool isIntact)
     const auto output = std::move(m_output);
     if (!output || !isIntact)
         return;
-    if (output->commit(m_date))
-        m_options.written(m_fullPath);
+    if (output->commit(m_entry.date))
+        m_written.append(m_fullPath);
     else
-        reportNotWritten(Place::Unreachable);
+        fail({.kind = Kind::NotWritten, .code = errno});
 }
 
-void FolderSink::reportNotWritten(Place place)
+// Always false: the entry is not written.
+bool FolderSink::fail(ArchiveFailure failure)
 {
-    const char *const reason = place == Place::Outside    ? "its path leads out of the destination"
-                               : place == Place::Occupied ? "something of another kind is there"
-                                                          : std::strerror(errno);
-    // Quoted and escaped: the name is the archive's.
-    qCWarning(zipArchiveLog) << "Not written:" << m_fullPath << reason;
-    // A name taken by a folder (or, for a folder, by a file) leaves the result as it is.
-    m_hasFailed = m_hasFailed || place != Place::Occupied;
-    m_options.report(QString::fromLatin1(kNotWritten));
+    failure.text = m_entry.name;
+    m_failure = std::move(failure);
+    return false;
 }
 
 } // namespace vorn

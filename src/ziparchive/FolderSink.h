@@ -3,6 +3,8 @@
 #include "ziparchive/EntrySink.h"
 #include "ziparchive/SafeDestination.h"
 
+#include <QStringList>
+
 #include <functional>
 #include <memory>
 
@@ -10,8 +12,8 @@ namespace vorn {
 
 class ZipFileManager;
 
-// Unpacks entries as files below a folder, which is made when it is not there. What it cannot write
-// is reported and left out, and the entries after it go on.
+// Unpacks entries as files below a folder, which is created when missing. An entry that cannot be
+// written is skipped.
 class FolderSink : public EntrySink
 {
 public:
@@ -19,43 +21,33 @@ public:
     {
         QString path;
         quint64 maxBytes = 0;
-        // Asked before an existing file is replaced, with its full path; when empty, it is
-        // replaced.
+        // Asked with the full path before an existing file is replaced; empty means yes.
         std::function<bool(const QString &)> mayReplace;
-        std::function<void(const QString &)> report;
-        // Told the full path of each file written.
-        std::function<void(const QString &)> written;
     };
 
-    // `fileManager` outlives the sink.
-    FolderSink(const ZipFileManager &fileManager, Options options);
+    // `fileManager` and `written`, to which the full path of each new file is added, outlive the
+    // sink.
+    FolderSink(const ZipFileManager &fileManager, Options options, QStringList &written);
 
-    std::optional<QString> objectionTo(quint64 bytes) override;
+    ArchiveFailure prepare(quint64 bytes) override;
     bool begin(const EntryHead &entry) override;
     bool write(QByteArrayView bytes) override;
     void end(bool isIntact) override;
 
-    // Whether a file was not written for another reason than that its name is taken by something of
-    // another kind.
-    bool hasFailed() const { return m_hasFailed; }
-
 private:
     bool openOutput();
-    void reportNotWritten(Place place);
+    bool fail(ArchiveFailure failure);
 
     const ZipFileManager &m_fileManager;
     Options m_options;
+    QStringList &m_written;
     SafeDestination m_destination;
-    // The entry at hand.
+    // The current entry.
+    EntryHead m_entry;
     QString m_fullPath;
-    QByteArray m_name;
-    bool m_isFolder = false;
-    std::optional<std::chrono::system_clock::time_point> m_date;
-    Place m_folderPlace = Place::Free;
-    int m_errno = 0;
+    QByteArray m_fileName; // empty for a folder and for the destination itself
+    ArchiveFailure m_folderFailure;
     std::unique_ptr<OutputFile> m_output;
-
-    bool m_hasFailed = false;
 };
 
 } // namespace vorn

@@ -2,21 +2,22 @@
 
 #include "ziparchive/EntrySink.h"
 
+#include <QByteArray>
 #include <QHash>
 
 namespace vorn {
 
-// Collects the bytes of the file entries that have any, under their names.
+// Keeps the bytes of every non-empty file entry under the entry's name.
 class MemorySink : public EntrySink
 {
 public:
     explicit MemorySink(quint64 maxBytes) : m_maxBytes(maxBytes) {}
 
-    std::optional<QString> objectionTo(quint64 bytes) override
+    ArchiveFailure prepare(quint64 bytes) override
     {
         if (bytes <= m_maxBytes)
-            return std::nullopt;
-        return QStringLiteral("Error occurs");
+            return {};
+        return {.kind = ArchiveFailureKind::TooLarge};
     }
     bool begin(const EntryHead &entry) override
     {

@@ -1,21 +1,23 @@
 #include "ziparchive/OutputFile.h"
 
-#include "ziparchive/ZipArchiveLog.h"
+#include <QLoggingCategory>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
+#include <tuple>
 #include <utility>
 
 namespace vorn {
 
 namespace {
 
+Q_LOGGING_CATEGORY(logArchive, "vorn.ziparchive")
+
 constexpr qsizetype kBufferSize = 65536;
-// How many files left over by killed runs are stepped past.
+// How many temporary files left behind by killed processes are stepped over.
 constexpr int kTemporaryNames = 1000;
 
 std::optional<struct stat> statusOf(int folder, const QByteArray &name)
@@ -24,6 +26,11 @@ std::optional<struct stat> statusOf(int folder, const QByteArray &name)
     if (::fstatat(folder, name.constData(), &status, AT_SYMLINK_NOFOLLOW) != 0)
         return std::nullopt;
     return status;
+}
+
+ArchiveFailure notWritten()
+{
+    return {.kind = ArchiveFailureKind::NotWritten, .code = errno};
 }
 
 timespec timespecOf(std::chrono::system_clock::time_point moment)
@@ -38,29 +45,27 @@ bool OutputFile::exists() const
     return statusOf(m_folder, m_name).has_value();
 }
 
-Place OutputFile::open()
+ArchiveFailure OutputFile::open()
 {
     const auto existing = statusOf(m_folder, m_name);
     if (!existing && errno != ENOENT)
-        return Place::Unreachable;
+        return notWritten();
     if (existing && S_ISLNK(existing->st_mode))
-        return Place::Outside;
+        return {.kind = ArchiveFailureKind::Outside};
     if (existing && S_ISDIR(existing->st_mode))
-        return Place::Occupied;
-    if (existing && !S_ISREG(existing->st_mode)) {
-        errno = EEXIST;
-        return Place::Unreachable;
-    }
-    // A rename asks no leave of the file that it replaces; its write protection still counts.
+        return {.kind = ArchiveFailureKind::NameTaken};
+    if (existing && !S_ISREG(existing->st_mode))
+        return {.kind = ArchiveFailureKind::NotWritten, .code = EEXIST};
+    // rename() ignores the write protection of the file that it replaces; this does not.
     if (existing && ::faccessat(m_folder, m_name.constData(), W_OK, AT_EACCESS) != 0)
-        return Place::Unreachable;
+        return notWritten();
 
     if (!openTemporary())
-        return Place::Unreachable;
+        return notWritten();
     if (existing)
         std::ignore = ::fchmod(m_fd.get(), existing->st_mode & 0777);
     m_buffer.reserve(kBufferSize);
-    return Place::Free;
+    return {};
 }
 
 bool OutputFile::openTemporary()
@@ -110,7 +115,7 @@ bool OutputFile::commit(const std::optional<std::chrono::system_clock::time_poin
     if (date) {
         const timespec times[2] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, timespecOf(*date)};
         if (::futimens(m_fd.get(), times) != 0)
-            qCWarning(zipArchiveLog, "Failed to set attributes");
+            qCWarning(logArchive, "Failed to set attributes");
     }
     if (m_fd.reset() != 0 ||
         ::renameat(m_folder, m_temporaryName.constData(), m_folder, m_name.constData()) != 0)

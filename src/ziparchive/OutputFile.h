@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/FileDescriptor.h"
+#include "ziparchive/ArchiveFailure.h"
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -10,32 +11,26 @@
 
 namespace vorn {
 
-// Where a name in a folder stands in the way of a file of that name, or does not.
-enum class Place {
-    Free,        // nothing, or a file that may be replaced
-    Outside,     // a symbolic link: the way leads out of the folder
-    Occupied,    // something of another kind: a folder for a file, a file for a folder
-    Unreachable, // no permission, no space, name too long, a device...; errno says which
-};
-
-// One file being written. It appears under its name only when commit() succeeds, at once and whole;
-// until then its bytes are under a hidden name in the same folder, which is removed when the object
-// goes. What stood under the name before stays untouched until the commit replaces it.
+// One file being written. It appears under its name, complete, only when commit() succeeds; until
+// then its bytes are in a hidden temporary file in the same folder, which the destructor removes. A
+// file already under the name is left alone until commit() replaces it.
 class OutputFile
 {
 public:
-    // Takes `name` in the folder `folder`, a descriptor that stays open while this object writes.
+    // `folder` is the descriptor of the file's folder; it stays open while this object is used.
     OutputFile(int folder, QByteArray name) : m_folder(folder), m_name(std::move(name)) {}
     OutputFile(const OutputFile &) = delete;
     OutputFile &operator=(const OutputFile &) = delete;
     ~OutputFile() { discard(); }
 
-    // Whether something stands under the name.
+    // True when the name is in use, by whatever.
     bool exists() const;
-    Place open();
-    // False when the bytes cannot be written (no space, say).
+    // Opens the temporary file, or tells why a file may not be written under the name.
+    ArchiveFailure open();
+    // False, with errno set, when the bytes cannot be written.
     bool write(QByteArrayView bytes);
-    // Ends the file and gives it its name. A date that cannot be set is only logged.
+    // Closes the file and gives it its name; false, with errno set, when that fails. A date that
+    // cannot be set is only logged.
     bool commit(const std::optional<std::chrono::system_clock::time_point> &date);
 
 private:

@@ -14,8 +14,8 @@ namespace vorn {
 
 namespace {
 
-// Every part of a path can cost a folder, and an archive can have thousands of paths; firmware
-// packages have three or four.
+// Each component may create a folder, and an archive may hold thousands of paths. Firmware packages
+// are three or four deep.
 constexpr qsizetype kMaxDepth = 64;
 
 constexpr int kFolderFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
@@ -26,16 +26,18 @@ bool isDriveLetter(const QString &name)
            name.at(0).isLetter();
 }
 
-Place reasonAgainst(int folder, const char *name)
+// Why the folder `name` could not be opened; to be called while errno says so.
+ArchiveFailure folderFailure(int parent, const char *name)
 {
     const int error = errno;
     struct stat status = {};
     if (error == ELOOP ||
-        (error == ENOTDIR && ::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+        (error == ENOTDIR && ::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
          S_ISLNK(status.st_mode)))
-        return Place::Outside;
-    errno = error;
-    return error == ENOTDIR ? Place::Occupied : Place::Unreachable;
+        return {.kind = ArchiveFailureKind::Outside};
+    if (error == ENOTDIR)
+        return {.kind = ArchiveFailureKind::NameTaken};
+    return {.kind = ArchiveFailureKind::NotWritten, .code = error};
 }
 
 FileDescriptor openFolder(int parent, const char *name)
@@ -45,23 +47,23 @@ FileDescriptor openFolder(int parent, const char *name)
 
 } // namespace
 
-std::optional<SafeDestination::Parts> SafeDestination::partsOf(const QString &name)
+std::optional<SafeDestination::Components> SafeDestination::componentsOf(const QString &name)
 {
-    if (name.startsWith(u'/') || isDriveLetter(name))
+    if (name.startsWith(u'/') || name.contains(QChar::Null) || isDriveLetter(name))
         return std::nullopt;
-    Parts parts;
-    for (const QString &part : name.split(u'/', Qt::SkipEmptyParts)) {
-        if (part == u".")
+    Components components;
+    for (const QString &component : name.split(u'/', Qt::SkipEmptyParts)) {
+        if (component == u".")
             continue;
-        if (part != u"..") {
-            parts.append(QFile::encodeName(part));
+        if (component != u"..") {
+            components.append(QFile::encodeName(component));
             continue;
         }
-        if (parts.isEmpty())
+        if (components.isEmpty())
             return std::nullopt;
-        parts.removeLast();
+        components.removeLast();
     }
-    return parts;
+    return components;
 }
 
 SafeDestination::SafeDestination(const QString &path)
@@ -75,35 +77,34 @@ bool SafeDestination::open()
     return m_root.isValid();
 }
 
-Place SafeDestination::enter(const Parts &folder)
+ArchiveFailure SafeDestination::enter(const Components &folder)
 {
-    // Longer paths could not be named as a whole afterwards, by this program or any other.
+    // No program could open a longer path by its name afterwards.
     qsizetype length = m_path.size();
-    for (const QByteArray &part : folder)
-        length += part.size() + 1;
-    if (length >= PATH_MAX || folder.size() > kMaxDepth) {
-        errno = ENAMETOOLONG;
-        return Place::Unreachable;
-    }
+    for (const QByteArray &component : folder)
+        length += component.size() + 1;
+    if (length >= PATH_MAX || folder.size() > kMaxDepth)
+        return {.kind = ArchiveFailureKind::NotWritten, .code = ENAMETOOLONG};
 
-    const bool isBelowCurrent = m_parts.size() <= folder.size() &&
-                                std::equal(m_parts.begin(), m_parts.end(), folder.begin());
+    const bool isBelowCurrent =
+        m_components.size() <= folder.size() &&
+        std::equal(m_components.begin(), m_components.end(), folder.begin());
     if (!isBelowCurrent) {
         m_folder.reset();
-        m_parts.clear();
+        m_components.clear();
     }
-    for (qsizetype i = m_parts.size(); i < folder.size(); ++i) {
+    for (qsizetype i = m_components.size(); i < folder.size(); ++i) {
         const char *name = folder.at(i).constData();
         FileDescriptor next = openFolder(current(), name);
         if (!next.isValid() && errno == ENOENT &&
             (::mkdirat(current(), name, 0777) == 0 || errno == EEXIST))
             next = openFolder(current(), name);
         if (!next.isValid())
-            return reasonAgainst(current(), name);
+            return folderFailure(current(), name);
         m_folder = std::move(next);
-        m_parts.append(folder.at(i));
+        m_components.append(folder.at(i));
     }
-    return Place::Free;
+    return {};
 }
 
 std::unique_ptr<OutputFile> SafeDestination::file(const QByteArray &name) const

@@ -12,28 +12,28 @@
 
 namespace vorn {
 
-// A folder to unpack into. Whatever an entry is called, and whatever stands in the folder (also
-// when others change it meanwhile), nothing outside of it is touched: every part of a path is taken
-// from the folder before it by descriptor, and a symbolic link on the way is not followed. The way
-// to the folder itself may lead through links.
+// A folder to unpack into. Nothing outside it is ever touched, whatever an entry's name and
+// whatever is in the folder, even when other processes change it meanwhile: each path component is
+// opened relative to its parent's descriptor, without following symbolic links. The path of the
+// folder itself may contain links.
 class SafeDestination
 {
 public:
-    // The parts of an entry's path below the destination, without "." and empty ones.
-    using Parts = QList<QByteArray>;
+    // The components of an entry's path below the destination, without "." and empty ones.
+    using Components = QList<QByteArray>;
 
-    // Nothing when `name` leads out of the folder it counts from: "..", absolute, a drive letter.
-    // A ".." that stays inside is resolved.
-    static std::optional<Parts> partsOf(const QString &name);
+    // Nothing when `name` leaves the destination: by "..", as an absolute path, by a drive letter,
+    // or by a U+0000, at which the system's calls would end the name. A ".." that stays inside is
+    // resolved.
+    static std::optional<Components> componentsOf(const QString &name);
 
     explicit SafeDestination(const QString &path);
 
-    // Opens the destination, which must exist by now; false (with errno set) when that fails.
+    // Opens the destination, which must exist; false, with errno set, when that fails.
     bool open();
-    // Makes the folder below the destination and those on the way to it, and goes there.
-    Place enter(const Parts &folder);
-    // A file in the folder last entered with success. The object is to be gone before the next
-    // enter().
+    // Makes `folder` the current folder, creating it and its parents when missing.
+    ArchiveFailure enter(const Components &folder);
+    // A file in the current folder. It must be destroyed before the next enter().
     std::unique_ptr<OutputFile> file(const QByteArray &name) const;
 
 private:
@@ -41,9 +41,9 @@ private:
 
     QByteArray m_path;
     FileDescriptor m_root;
-    // The folder last entered, and its path; none when that is the destination itself.
+    // The current folder and its path; not valid while that is the destination itself.
     FileDescriptor m_folder;
-    Parts m_parts;
+    Components m_components;
 };
 
 } // namespace vorn

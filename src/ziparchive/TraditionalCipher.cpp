@@ -6,7 +6,8 @@ namespace vorn {
 
 namespace {
 
-// One step of the CRC-32 register, without the inversions that zlib's crc32() makes around it.
+// One step of the CRC-32 register. zlib's crc32() inverts it before and after, which the cipher
+// does not.
 std::uint32_t crcStep(std::uint32_t crc, std::uint32_t byte)
 {
     static const z_crc_t *const table = get_crc_table();

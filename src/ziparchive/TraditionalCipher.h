@@ -8,13 +8,16 @@
 
 namespace vorn {
 
-// The traditional cipher of zip archives (APPNOTE.TXT 6.1), which every zip tool knows. It is weak
-// by today's measure and protects nothing against a determined reader; it is here because archives
-// use it. One object takes one entry, from its 12-byte header to its end, in order.
+// The traditional cipher of zip archives (APPNOTE.TXT 6.1), which every zip tool supports. It keeps
+// nothing from a determined reader; it is here because archives use it, and because Debian builds
+// minizip without it: there, opening an entry with a password fails (UNZ_PARAMERROR), and adding
+// one with a password succeeds, but flags the entry as encrypted and writes it in plain text.
+//
+// One object processes one entry in order, from its 12-byte header to its end.
 class TraditionalCipher
 {
 public:
-    // The encrypted bytes that stand before an entry's data.
+    // Length of the encryption header before an entry's data.
     static constexpr std::size_t kHeaderSize = 12;
 
     explicit TraditionalCipher(QByteArrayView password);

@@ -4,15 +4,30 @@
 #include "ziparchive/ArchiveWriter.h"
 #include "ziparchive/EntryDate.h"
 #include "ziparchive/EntryNameCodec.h"
-#include "ziparchive/ZipArchiveLog.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QLoggingCategory>
 
 #include <algorithm>
 
-namespace vorn {
+namespace {
 
-Q_LOGGING_CATEGORY(zipArchiveLog, "vorn.ziparchive")
+Q_LOGGING_CATEGORY(logArchive, "vorn.ziparchive")
 
-} // namespace vorn
+// The bytes of a regular file; nothing for anything else and for a file that cannot be read.
+std::optional<QByteArray> contentsOf(const QString &path)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    QByteArray contents = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return std::nullopt;
+    return contents;
+}
+
+} // namespace
 
 ZipArchive::ZipArchive() : ZipArchive(std::make_shared<vorn::ZipFileManager>()) {}
 
@@ -38,7 +53,7 @@ bool ZipArchive::UnzipOpenFile(const QString &path)
         return false;
     if (const auto count = m_unzFile->entryCount()) {
         m_numFiles = *count;
-        qCInfo(vorn::zipArchiveLog, "%llu entries in the zip file", m_numFiles);
+        qCInfo(logArchive, "%llu entries in the zip file", m_numFiles);
     }
     return true;
 }
@@ -82,7 +97,7 @@ bool ZipArchive::CreateZipFile2(const QString &path, const QString &Password, bo
 
 bool ZipArchive::addFileToZip(const QString &file, const QString &newname)
 {
-    const auto contents = m_fileManager->contentsAtPath(file);
+    const auto contents = contentsOf(file);
     if (!contents)
         return false;
     return addDataToZip(*contents, m_fileManager->_attributesOfItemAtPath(file, true, nullptr),

@@ -2,8 +2,8 @@
 
 #include <QString>
 
-// What a ZipArchive tells and asks while it works, on the thread that runs the work. Both
-// operations may be left out: then errors are dropped and files are replaced.
+// Receives a ZipArchive's errors and questions, on the thread that uses the archive. Both
+// operations are optional: by default errors are ignored and files replaced.
 class ZipArchiveDelegate
 {
 public:
@@ -12,7 +12,7 @@ public:
     ZipArchiveDelegate &operator=(const ZipArchiveDelegate &) = delete;
     virtual ~ZipArchiveDelegate() = default;
 
-    // Each error, as one of the fixed texts that ZipArchive.h lists.
+    // Called for each error with one of the fixed texts listed in ZipArchive.h.
     virtual void ErrorMessage(const QString & /*msg*/) {}
     // Whether the existing file at the full path `file` may be replaced.
     virtual bool OverWriteOperation(const QString & /*file*/) { return true; }

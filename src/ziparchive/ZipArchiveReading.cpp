@@ -5,33 +5,42 @@
 #include "ziparchive/MemorySink.h"
 #include "ziparchive/ZipArchive.h"
 
-#include <array>
+#include <QLoggingCategory>
 
+#include <array>
+#include <cstring>
+
+using vorn::ArchiveFailure;
 using vorn::ArchiveReader;
+using Kind = vorn::ArchiveFailureKind;
 
 namespace {
 
+Q_LOGGING_CATEGORY(logArchive, "vorn.ziparchive")
+
 constexpr std::size_t kReadSize = 4096;
+
+const QString kNotOpened = QStringLiteral("Error occurs");
+const QString kBadInformation = QStringLiteral("Error occurs while getting file info");
 
 } // namespace
 
 QStringList ZipArchive::getZipFileContents()
 {
-    const auto reader = m_unzFile;
+    const auto reader = startWalk();
     QStringList names;
-    constexpr qsizetype kUsualCount = 40;
-    names.reserve(kUsualCount);
-    goToFirstEntry(reader.get());
-    while (openEntry(reader.get(), "Error occured")) {
+    while (openEntry(reader.get(), QStringLiteral("Error occured"))) {
         names.append(entryName(*reader));
         const int closing = reader->closeEntry();
         if (closing != UNZ_OK) {
-            OutputErrorMessage(QStringLiteral("Error while closing current file %1").arg(closing));
+            reportBadEntry(reader.get(),
+                           QStringLiteral("Error while closing current file %1").arg(closing));
             break;
         }
         const int moving = reader->goToNextEntry();
         if (moving != UNZ_OK && moving != UNZ_END_OF_LIST_OF_FILE)
-            OutputErrorMessage(QStringLiteral("Error while going to next file %1").arg(moving));
+            reportBadEntry(reader.get(),
+                           QStringLiteral("Error while going to next file %1").arg(moving));
         if (moving != UNZ_OK)
             break;
     }
@@ -45,10 +54,8 @@ bool ZipArchive::UnzipFileTo(const QString &path, bool overWrite)
     options.maxBytes = m_limits.bytesOnDisk;
     if (!overWrite)
         options.mayReplace = [this](const QString &file) { return OverWrite(file); };
-    options.report = [this](const QString &message) { OutputErrorMessage(message); };
-    options.written = [this](const QString &file) { m_unzippedFiles.append(file); };
-    vorn::FolderSink sink(*m_fileManager, std::move(options));
-    return unpack(sink) && !sink.hasFailed();
+    vorn::FolderSink sink(*m_fileManager, std::move(options), m_unzippedFiles);
+    return unpack(sink);
 }
 
 QHash<QString, QByteArray> ZipArchive::UnzipFileToMemory()
@@ -60,14 +67,17 @@ QHash<QString, QByteArray> ZipArchive::UnzipFileToMemory()
 
 bool ZipArchive::unpack(vorn::EntrySink &sink)
 {
-    const auto reader = m_unzFile;
+    const auto reader = startWalk();
     quint32 counter = 0;
-    goToFirstEntry(reader.get());
-    while (openEntry(reader.get(), "Error occurs")) {
+    while (openEntry(reader.get(), kNotOpened)) {
+        if (!reader->unlock(passwordBytes())) {
+            reportBadEntry(reader.get(), kNotOpened);
+            return false;
+        }
         if (counter == 0) {
-            if (const auto objection = sink.objectionTo(reader->totalSize())) {
+            if (const ArchiveFailure failure = sink.prepare(reader->totalSize())) {
                 reader->closeEntry();
-                OutputErrorMessage(*objection);
+                reportSinkFailure(failure);
                 return false;
             }
         }
@@ -77,7 +87,7 @@ bool ZipArchive::unpack(vorn::EntrySink &sink)
             m_progressBlock(static_cast<qint32>(quint64{counter} * 100 / m_numFiles), counter,
                             m_numFiles);
         if (result != UNZ_OK)
-            return result == UNZ_END_OF_LIST_OF_FILE;
+            return !m_hasWalkFailed && result == UNZ_END_OF_LIST_OF_FILE;
     }
     return false;
 }
@@ -97,42 +107,71 @@ int ZipArchive::unpackEntry(ArchiveReader &reader, vorn::EntrySink &sink)
                 isWanted = sink.write({buffer.data(), count});
         } while (isWanted && count > 0);
     }
+    reportSinkFailure(sink.takeFailure());
     const int closing = reader.closeEntry();
     if (count < 0)
-        OutputErrorMessage(QStringLiteral("Failed to read zip file"));
+        reportBadEntry(&reader, QStringLiteral("Failed to read zip file"));
     else if (closing != UNZ_OK)
-        OutputErrorMessage(QStringLiteral("file was unzipped but failed crc check"));
+        reportBadEntry(&reader, QStringLiteral("file was unzipped but failed crc check"));
     int result = count < 0 ? count : closing;
     sink.end(isWanted && result == UNZ_OK);
+    reportSinkFailure(sink.takeFailure());
     if (result != UNZ_OK)
         return result;
 
     result = reader.goToNextEntry();
     if (result != UNZ_OK && result != UNZ_END_OF_LIST_OF_FILE)
-        OutputErrorMessage(QStringLiteral("Error occurs while getting file info"));
+        reportBadEntry(&reader, kBadInformation);
     return result;
 }
 
-void ZipArchive::goToFirstEntry(ArchiveReader *reader)
+std::shared_ptr<ArchiveReader> ZipArchive::startWalk()
 {
-    if (!reader || reader->goToFirstEntry(m_limits.entries) != UNZ_OK)
-        OutputErrorMessage(QStringLiteral("Failed"));
+    m_firstFailure = {};
+    m_hasWalkFailed = false;
+    if (!m_unzFile || m_unzFile->goToFirstEntry(m_limits.entries) != UNZ_OK)
+        report({.kind = Kind::NoArchive}, QStringLiteral("Failed"));
+    return m_unzFile;
 }
 
-bool ZipArchive::openEntry(ArchiveReader *reader, const char *failureText)
+bool ZipArchive::openEntry(ArchiveReader *reader, const QString &failureText)
 {
-    const auto opened = reader ? reader->openEntry(passwordBytes()) : ArchiveReader::Opened::No;
+    const auto opened = reader ? reader->openEntry() : ArchiveReader::Opened::No;
     if (opened == ArchiveReader::Opened::No)
-        OutputErrorMessage(QString::fromLatin1(failureText));
+        reportBadEntry(reader, failureText);
     if (opened == ArchiveReader::Opened::BadInformation)
-        OutputErrorMessage(QStringLiteral("Error occurs while getting file info"));
+        reportBadEntry(reader, kBadInformation);
     return opened == ArchiveReader::Opened::Yes;
 }
 
 QString ZipArchive::entryName(const ArchiveReader &reader) const
 {
-    const ArchiveReader::Entry &entry = reader.entry();
+    const ArchiveReader::EntryInfo &entry = reader.entry();
     QString name = m_nameCodec->decode(entry.name, entry.isUtf8);
-    // Separators are looked for in the text: in GBK, "\" is also the second byte of letters.
+    // Separators are looked for in the decoded text: in GBK, 0x5C is also a trail byte.
     return name.replace(u'\\', u'/');
+}
+
+void ZipArchive::reportBadEntry(const ArchiveReader *reader, const QString &text)
+{
+    report({.kind = Kind::BadEntry, .text = reader ? entryName(*reader) : QString()}, text);
+}
+
+void ZipArchive::reportSinkFailure(const ArchiveFailure &failure)
+{
+    if (failure)
+        report(failure, failure.kind == Kind::TooLarge
+                            ? kNotOpened
+                            : QStringLiteral("Failed to open output file for writing"));
+}
+
+void ZipArchive::report(const ArchiveFailure &failure, const QString &text)
+{
+    if (!m_firstFailure)
+        m_firstFailure = failure;
+    // A name taken by something of another kind is reported, but leaves the result as it is.
+    m_hasWalkFailed = m_hasWalkFailed || failure.kind != Kind::NameTaken;
+    qCWarning(logArchive) << qUtf8Printable(text) << failure.text
+                          << (failure.code != 0 ? std::strerror(failure.code) : "");
+    OutputErrorMessage(text);
 }

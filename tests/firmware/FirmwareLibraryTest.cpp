@@ -1,14 +1,11 @@
 #include "firmware/FirmwareLibrary.h"
 
 #include "platform/Directories.h"
-#include "platform/GlobalQueue.h"
 #include "platform/MainQueue.h"
-
-#include <QTest>
+#include "tests/support/Eventually.h"
 
 #include <gmock/gmock.h>
 
-#include <atomic>
 #include <filesystem>
 #include <fstream>
 
@@ -19,7 +16,7 @@ using testing::UnorderedElementsAreArray;
 
 namespace {
 
-class FirmwareLibraryTest : public testing::Test
+class FirmwareLibraryTest : public testing::Test, protected FirmwareLibraryObserver
 {
 protected:
     FirmwareLibraryTest() { MainQueue::instance(); }
@@ -32,13 +29,13 @@ protected:
             ASSERT_TRUE(std::ofstream(folder / name).is_open()) << name;
     }
 
-    // Not through QDir: a name may be no text.
+    void firmwareListDidChange(const QStringList &files) override { told.append(files); }
+
+    // Not a QDir: a name may be no valid text.
     const std::filesystem::path folder =
-        QString(cachesDirectory() + u'/' + firmwareFolderName).toStdString();
-    QList<QPair<qint32, QStringList>> refills;
-    FirmwareLibrary library{[this](qint32 modelCode, const QStringList &titles) {
-        refills.append({modelCode, titles});
-    }};
+        QString(cachesDirectory() + u'/' + kFirmwareFolderName).toStdString();
+    QList<QStringList> told;
+    FirmwareLibrary library{*this};
 };
 
 TEST_F(FirmwareLibraryTest, EachModelCodeShowsItsOwnFilesInFolderOrder)
@@ -52,15 +49,14 @@ TEST_F(FirmwareLibraryTest, EachModelCodeShowsItsOwnFilesInFolderOrder)
     const QStringList modelI = {"VORN_I-1.bin", "VORN_I-5.bin"};
     const QList<QPair<qint32, QStringList>> expected = {
         {-1, all}, {0, all}, {1, modelI}, {2, modelI}, {8, {"VORN_PLATINA-x.bin"}}, {5, {}}};
-    for (const auto &[modelCode, titles] : expected) {
+    for (const auto &[modelCode, files] : expected) {
         EXPECT_TRUE(library.readFirmWare(modelCode));
-        EXPECT_THAT(refills, IsEmpty()) << "the refill is queued, not called at once";
+        EXPECT_THAT(told, IsEmpty()) << "told from the event loop, not at once";
         MainQueue::instance().drain();
-        ASSERT_EQ(refills.size(), 1);
-        const auto [refilled, shown] = refills.takeFirst();
-        EXPECT_EQ(refilled, modelCode);
-        EXPECT_THAT(shown, UnorderedElementsAreArray(titles)) << modelCode;
+        ASSERT_EQ(told.size(), 1);
+        EXPECT_THAT(told.takeFirst(), UnorderedElementsAreArray(files)) << modelCode;
     }
+    ASSERT_TRUE(library.allFileArray().has_value());
     const QStringList inFolderOrder = library.allFileArray().value();
     QStringList picked = inFolderOrder;
     picked.removeIf([&](const QString &name) { return !modelI.contains(name); });
@@ -89,33 +85,30 @@ TEST_F(FirmwareLibraryTest, AFolderThatYieldsNothingLeavesTheListsByModelAlone)
     EXPECT_TRUE(library.readFirmWare(1)) << "an entry was found, although no firmware";
     EXPECT_THAT(library.vorn_I_fileArray(), IsEmpty());
     MainQueue::instance().drain();
-    EXPECT_EQ(refills, (QList<QPair<qint32, QStringList>>{{1, {"VORN_I-1.bin"}}, {1, {}}}));
+    EXPECT_EQ(told, (QList<QStringList>{{"VORN_I-1.bin"}, {}}));
 }
 
-TEST_F(FirmwareLibraryTest, ScansOnSeveralThreadsRefillOncePerScanAndNeverAfterTheLibraryIsGone)
+TEST_F(FirmwareLibraryTest, OfScansInTheBackgroundTheOneStartedLastCountsWhileTheLibraryLives)
 {
-    addFiles({"VORN_I-1.bin", "VORN-1.bin"});
-    constexpr qsizetype jobs = 8;
-    constexpr qsizetype scans = 20;
-    std::atomic<qsizetype> done = 0;
-    for (qsizetype job = 0; job < jobs; ++job) {
-        GlobalQueue::instance().post([&] {
-            for (qsizetype scan = 0; scan < scans; ++scan)
-                library.readFirmWare(2);
-            ++done;
-        });
-    }
-    ASSERT_TRUE(QTest::qWaitFor([&] { return done == jobs; }, 30000));
-    MainQueue::instance().drain();
-    EXPECT_EQ(refills, (QList<QPair<qint32, QStringList>>(jobs * scans, {2, {"VORN_I-1.bin"}})));
-    EXPECT_EQ(library.vorn_fileArray().size(), jobs * scans);
+    addFiles({"VORN_I-1.bin", "VORN_PLATINA-1.bin"});
+    library.readFirmWareInBackground(-1);
+    library.readFirmWareInBackground(1);
+    EXPECT_TRUE(library.readFirmWare(8)); // done before the results of the other two arrive
+    ASSERT_TRUE(eventually([&] { return !told.isEmpty(); }));
+    runEventLoopFor(std::chrono::milliseconds(50)); // for those that are to be dropped
+    EXPECT_EQ(told, QList<QStringList>{{"VORN_PLATINA-1.bin"}});
 
-    bool called = false;
-    std::make_unique<FirmwareLibrary>([&](qint32, const QStringList &) {
-        called = true;
-    })->readFirmWare(-1);
-    MainQueue::instance().drain();
-    EXPECT_FALSE(called);
+    library.readFirmWareInBackground(1);
+    ASSERT_TRUE(eventually([&] { return told.size() == 2; }));
+    EXPECT_EQ(told.back(), QStringList{"VORN_I-1.bin"});
+
+    {
+        FirmwareLibrary shortLived(*this);
+        shortLived.readFirmWare(-1);
+        shortLived.readFirmWareInBackground(-1);
+    }
+    runEventLoopFor(std::chrono::milliseconds(50));
+    EXPECT_EQ(told.size(), 2);
 }
 
 } // namespace

@@ -61,6 +61,6 @@ int main(int argc, char **argv)
         if (!problem)
             problem = store.install();
     }
-    std::fprintf(stderr, "%s\n", qUtf8Printable(problem.text));
+    std::fprintf(stderr, "%s: %d\n", qUtf8Printable(problem.text), problem.code);
     ::_exit(static_cast<int>(problem.kind)); // a leak check cannot run in a traced process
 }

@@ -45,13 +45,15 @@ public:
     TracedInstall &operator=(const TracedInstall &) = delete;
     ~TracedInstall() { kill(); }
 
-    // Goes on to before the next system call that changes files; false when the program has ended
-    // instead.
-    bool goToNextChange()
+    // Goes on to before the next system call that changes or locks files, `count` times; false when
+    // the program has ended instead.
+    bool goToNextChange(int count = 1)
     {
-        do {
+        while (count > 0 && isRunning()) {
             resume(PTRACE_SYSCALL);
-        } while (isRunning() && !isBeforeChange());
+            if (isRunning() && isBeforeChange())
+                --count;
+        }
         return isRunning();
     }
 
@@ -69,10 +71,11 @@ public:
 private:
     bool isBeforeChange() const
     {
-        static constexpr std::array<long, 18> changes = {
-            SYS_mkdir,  SYS_mkdirat,   SYS_write,    SYS_ftruncate, SYS_fallocate, SYS_fchmod,
-            SYS_fsync,  SYS_fdatasync, SYS_syncfs,   SYS_link,      SYS_linkat,    SYS_rename,
-            SYS_unlink, SYS_unlinkat,  SYS_renameat, SYS_renameat2, SYS_rmdir,     SYS_utimensat};
+        static constexpr std::array<long, 19> changes = {
+            SYS_flock,     SYS_mkdir,     SYS_mkdirat, SYS_write,     SYS_ftruncate,
+            SYS_fallocate, SYS_fchmod,    SYS_fsync,   SYS_fdatasync, SYS_syncfs,
+            SYS_link,      SYS_linkat,    SYS_rename,  SYS_unlink,    SYS_unlinkat,
+            SYS_renameat,  SYS_renameat2, SYS_rmdir,   SYS_utimensat};
         if (WSTOPSIG(m_status) != (SIGTRAP | 0x80))
             return false;
         __ptrace_syscall_info info = {};
@@ -98,47 +101,65 @@ private:
 
 class PackageKillTest : public testing::TestWithParam<const char *>
 {
+protected:
+    PackageKillTest()
+    {
+        qputenv("XDG_CACHE_HOME", cache.toUtf8());
+        qputenv("QT_LOGGING_RULES", "*=false");
+        writeFile(archive, makeArchive({{"VornUpdate2/", {}},
+                                        {"VornUpdate2/a.bin", "A"},
+                                        {"VornUpdate2/sub/same.bin", "new"}}));
+    }
+
+    Tree tree() const { return treeAt(cache, "VornUpdate2.zip"); }
+
+    // In memory where there is such a place: each of the many runs brings everything to the disk.
+    const QTemporaryDir home{QDir("/dev/shm").exists() ? "/dev/shm/vorn-XXXXXX" : QString()};
+    const QString cache = home.filePath("cache");
+    const QString archive = home.filePath("archive.zip");
+    const Tree oldTree = {{"VornUpdate2/old.bin", "old"}, {"VornUpdate2/sub/same.bin", "old"}};
+    const Tree newTree = {{"VornUpdate2/a.bin", "A"}, {"VornUpdate2/sub/same.bin", "new"}};
+    const int limit = 1000;
 };
 
 TEST_P(PackageKillTest, AProgramKilledBeforeAnyChangeOfItsFilesLeavesTheOldFirmwareOrTheNew)
 {
-    // In memory where there is such a place: each of the many runs brings everything to the disk.
-    QTemporaryDir home(QDir("/dev/shm").exists() ? "/dev/shm/vorn-XXXXXX" : QString());
-    const QString cache = home.filePath("cache");
-    qputenv("XDG_CACHE_HOME", cache.toUtf8());
-    qputenv("QT_LOGGING_RULES", "*=false");
-    const QString archive = home.filePath("archive.zip");
-    writeFile(archive, makeArchive({{"VornUpdate2/", {}},
-                                    {"VornUpdate2/a.bin", "A"},
-                                    {"VornUpdate2/sub/same.bin", "new"}}));
-    const Tree oldTree = {{"VornUpdate2/old.bin", "old"}, {"VornUpdate2/sub/same.bin", "old"}};
-    const Tree newTree = {{"VornUpdate2/a.bin", "A"}, {"VornUpdate2/sub/same.bin", "new"}};
-
     int oldSets = 0;
     int newSets = 0;
-    constexpr int limit = 1000;
     for (int changes = 1; changes < limit; ++changes) {
         writeTree(cache, oldTree);
         TracedInstall install(archive, GetParam());
         ASSERT_TRUE(install.isRunning());
-        for (int change = 0; change < changes && install.goToNextChange(); ++change) {
-        }
-        const bool wasKilled = install.isRunning();
+        const bool wasKilled = install.goToNextChange(changes);
         install.kill();
         StagingFolder::recoverInterruptedPublish();
 
-        const Tree tree = treeAt(cache, "VornUpdate2.zip");
-        ASSERT_TRUE(tree == oldTree || tree == newTree)
-            << "killed before change " << changes << ": " << tree.keys().join(' ').toStdString();
-        ++(tree == oldTree ? oldSets : newSets);
+        const Tree left = tree();
+        ASSERT_TRUE(left == oldTree || left == newTree)
+            << "killed before change " << changes << ": " << left.keys().join(' ').toStdString();
+        ++(left == oldTree ? oldSets : newSets);
         if (!wasKilled) {
             EXPECT_TRUE(install.hasSucceeded());
-            EXPECT_EQ(tree, newTree);
+            EXPECT_EQ(left, newTree);
             break;
         }
     }
     EXPECT_GT(oldSets, 20);
     EXPECT_GT(newSets, 2);
+}
+
+TEST_P(PackageKillTest, AnInstanceThatStartsAtAnyMomentDisturbsNothing)
+{
+    bool isRunning = true;
+    for (int changes = 1; isRunning && changes < limit; ++changes) {
+        writeTree(cache, oldTree);
+        TracedInstall install(archive, GetParam());
+        isRunning = install.goToNextChange(changes);
+        StagingFolder::recoverInterruptedPublish(); // as the other instance does
+        install.goToNextChange(limit);
+        EXPECT_TRUE(install.hasSucceeded()) << "before change " << changes;
+        EXPECT_EQ(tree(), newTree) << "before change " << changes;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutAnExchangeOfNames, PackageKillTest,
@@ -174,7 +195,7 @@ XDG_CACHE_HOME="$2/cache" "$3" VornUpdate2.zip "$2/archive.zip")");
         } else {
             ++oldSets;
             EXPECT_EQ(tree, (Tree{{"old.bin", "old"}})) << size;
-            EXPECT_EQ(process.exitCode(), static_cast<int>(PackageProblem::Kind::NoSpace))
+            EXPECT_EQ(process.exitCode(), static_cast<int>(PackageProblemKind::NoSpace))
                 << size << process.readAllStandardError().constData();
         }
     }

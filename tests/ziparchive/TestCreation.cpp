@@ -72,6 +72,7 @@ TEST_F(Creation, IsReadByUnzipSevenZipPythonBsdtarAndItself)
 TEST_F(Creation, StoresDatesAMonthLateWithinWhatTheFormatCanSay)
 {
     for (const auto &[given, stored] : {std::pair("2023-01-15T12:30:20", "2023 2 15 12 30 20"),
+                                        {"2023-07-15T12:30:20", "2023 8 15 12 30 20"},
                                         {"1970-06-01T08:00:00", "1980 2 1 0 0 0"},
                                         {"2150-01-01T00:00:00", "2107 13 31 23 59 58"},
                                         {"2023-12-10T01:02:04", "2023 13 10 1 2 4"}}) {

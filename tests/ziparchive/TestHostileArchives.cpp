@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+
 namespace {
 
 const QStringList kNotWritten = {"Failed to open output file for writing"};
@@ -22,12 +24,14 @@ TEST_F(HostileArchive, FailsWithItsTextAndLeavesNothingOutsideAndNothingBroken)
         QStringList errors;
         QStringList written = {"first.bin"};
         const char *password = "";
+        const char *encoding = "GBK";
     };
     const Case cases[] = {
         {"dotdot dotdot-deep dotdot-backslash dotdot-folder absolute absolute-backslash drive "
          "drive-relative through-link through-link-folder onto-link onto-pipe long-name long-path",
          kNotWritten,
          {"first.bin", "last.bin"}},
+        {"nul-in-utf7", kNotWritten, {"first.bin", "last.bin"}, "", "UTF-7"},
         {"nul stored-sizes-differ zip64-size", kBadInformation},
         {"wrong-crc wrong-crc-stored claims-less", kBadCrc},
         {"claims-more packed-less damaged-data", kNotRead},
@@ -56,9 +60,11 @@ TEST_F(HostileArchive, FailsWithItsTextAndLeavesNothingOutsideAndNothingBroken)
                 expected["out/" + file] = "data of an entry";
 
             m_listener->errors.clear();
+            m_archive.setStringEncoding(c.encoding);
             open(name, c.password);
             EXPECT_FALSE(m_archive.UnzipFileTo(out(), true));
             EXPECT_EQ(m_listener->errors, c.errors);
+            EXPECT_TRUE(m_archive.firstFailure());
             EXPECT_EQ(treeAt(m_folder.path()), expected);
             EXPECT_EQ(m_archive.unzippedFiles().size(), c.written.size());
             EXPECT_TRUE(treeAt(made() + "/../outside").isEmpty());
@@ -77,7 +83,7 @@ TEST_F(HostileArchive, FailsWithItsTextAndLeavesNothingOutsideAndNothingBroken)
 long peakKilobytes()
 {
     const QByteArray status = readFile("/proc/self/status");
-    return status.mid(status.indexOf("VmHWM:")).simplified().split(' ').at(1).toLong();
+    return status.mid(status.indexOf("VmHWM:")).simplified().split(' ').value(1).toLong();
 }
 
 TEST_F(HostileArchive, UnpacksALargeFileInFlatMemory)
@@ -124,6 +130,7 @@ TEST_F(HostileArchive, WritesNothingWhenTheDiskHasNoSpaceForAll)
     ASSERT_TRUE(archive.UnzipOpenFile(made() + "/large.zip"));
     EXPECT_FALSE(archive.UnzipFileTo(out(), true));
     EXPECT_EQ(m_listener->errors, kNotWritten);
+    EXPECT_EQ(archive.firstFailure().code, ENOSPC);
     EXPECT_TRUE(treeAt(out()).isEmpty());
 }
 

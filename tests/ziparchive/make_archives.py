@@ -68,6 +68,7 @@ write("long-path", archive(around(entry("d/" * 2500 + "evil.bin"))))
 
 # Entries that are not what they say.
 long = bytes(range(256)) * 800
+write("nul-in-utf7", archive(around(entry("..+AAA-/outside/evil.bin"))))
 write("nul", archive(around(entry(b"evil.bin\0.txt"))))
 write("wrong-crc", archive(around(entry("evil.bin", long, crc=1))))
 write("wrong-crc-stored", archive(around(entry("evil.bin", b"short", 0, crc=1))))

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "firmware/PackageProblem.h"
 #include "update/UpdateResult.h"
 
 #include <QString>
 #include <QStringList>
 
-// The status texts of the connection and of updates, made from facts.
+// Facts in words. The status texts are shown whole, as they stand.
 namespace vorn::texts {
 
 inline const QString kNoDeviceSelected = QStringLiteral("Prompt:No device selected");
@@ -16,7 +17,7 @@ inline const QString kFirmwareSelected = QStringLiteral("Prompt:Firmware selecte
 enum class Connection { NotOpened, Opened, OpenFailed, CloseFailed, Closed };
 QString ofConnection(Connection state, const QString &portName);
 
-// None for a step that shows none.
+// Null for a step that has no text.
 QString ofProgress(const UpdateProgress &progress);
 // What the end of an update or a version query shows, in order; a refusal may show nothing.
 QStringList ofUpdateEnd(const UpdateResult &result);
@@ -24,8 +25,20 @@ QStringList ofVersionQueryEnd(const UpdateResult &result);
 // What is shown for an image that cannot be used.
 QString ofImageFailure(const UpdateFailure &failure);
 
-// One line for the log.
-QString logLineOf(const UpdateResult &result);
-QString logLineOf(const UpdateFailure &failure);
+inline const QString kPackageResponse = QStringLiteral("0");
+inline const QString kPackageIsUpToDate =
+    QStringLiteral("Prompt:Currently it is the latest firmware,no need to download");
+inline const QString kPackageFailed =
+    QStringLiteral("Prompt:Failed to download the latest firmware");
+inline const QString kPackageInstalled =
+    QStringLiteral("Prompt:Successfully downloaded the latest firmware");
+// `total` is 0 when unknown; then the text has no figure.
+QString ofPackageProgress(qint64 received, qint64 total);
+
+// One line in English for the log and for complaints. Control characters of a name that a server
+// may have chosen are escaped.
+QString description(const UpdateResult &result);
+QString description(const UpdateFailure &failure);
+QString description(const PackageProblem &problem);
 
 } // namespace vorn::texts

@@ -1,4 +1,4 @@
-#include "app/UpdateTexts.h"
+#include "app/StatusTexts.h"
 
 #include "tests/support/QtPrinting.h"
 
@@ -14,7 +14,7 @@ const QString kNoResponse = "Prompt:Device does not respond during firmware upda
 const QString kEraseFailed =
     "Prompt:Failed to erase the fixed phone of the device ,please try again";
 
-TEST(UpdateTexts, AnUpdateThatFailsShowsTheTextsOfItsStep)
+TEST(StatusTexts, AnUpdateThatFailsShowsTheTextsOfItsStep)
 {
     struct Row
     {
@@ -51,7 +51,7 @@ TEST(UpdateTexts, AnUpdateThatFailsShowsTheTextsOfItsStep)
     EXPECT_EQ(texts::ofUpdateEnd(image), QStringList{kFailed});
 }
 
-TEST(UpdateTexts, AQueryThatIsNotAnsweredSaysSoAndOneThatIsRefusedDoesNot)
+TEST(StatusTexts, AQueryThatIsNotAnsweredSaysSoAndOneThatIsRefusedDoesNot)
 {
     UpdateResult result;
     EXPECT_EQ(texts::ofVersionQueryEnd(result), QStringList());
@@ -59,6 +59,21 @@ TEST(UpdateTexts, AQueryThatIsNotAnsweredSaysSoAndOneThatIsRefusedDoesNot)
     EXPECT_EQ(texts::ofVersionQueryEnd(result), QStringList());
     result.failure.kind = Kind::TimedOut;
     EXPECT_EQ(texts::ofVersionQueryEnd(result), QStringList{kFailed});
+}
+
+TEST(StatusTexts, PackageProgressIsAFigureInPercentWhereTheLengthIsKnown)
+{
+    EXPECT_EQ(texts::ofPackageProgress(42, 100), "Prompt:Progress42%");
+    EXPECT_EQ(texts::ofPackageProgress(2, 3), "Prompt:Progress67%");
+    EXPECT_EQ(texts::ofPackageProgress(42, 0), "Prompt:Progress--%");
+}
+
+TEST(StatusTexts, ADescriptionEscapesTheControlCharactersOfAServersName)
+{
+    EXPECT_EQ(texts::description({PackageProblemKind::BadArchive, 0, "a\x1b[31m\n.bin"}),
+              R"("a\u001B[31m\n.bin": the package is damaged)");
+    EXPECT_EQ(texts::description({PackageProblemKind::HttpStatus, 404, {}}),
+              "the server responded with HTTP status 404");
 }
 
 } // namespace

@@ -1,4 +1,7 @@
-#include "app/UpdateTexts.h"
+#include "app/StatusTexts.h"
+
+#include <QDebug>
+#include <QSslError>
 
 #include <cstring>
 
@@ -37,6 +40,52 @@ QString nameOf(UpdateStep step)
         return QStringLiteral("the last frame");
     case UpdateStep::ReadImage:
         break;
+    }
+    return {};
+}
+
+QString reason(const PackageProblem &problem)
+{
+    switch (problem.kind) {
+    case PackageProblemKind::None:
+        break;
+    case PackageProblemKind::NotConfigured:
+        return QStringLiteral("no package server is configured");
+    case PackageProblemKind::NameNotFound:
+        return QStringLiteral("the host name cannot be resolved");
+    case PackageProblemKind::Unreachable:
+        return QStringLiteral("the server cannot be reached (network error %1)").arg(problem.code);
+    case PackageProblemKind::ConnectionLost:
+        return QStringLiteral("the connection was lost");
+    case PackageProblemKind::TimedOut:
+        return QStringLiteral("no response within %1 s").arg(problem.code);
+    case PackageProblemKind::Certificate:
+        return QSslError(static_cast<QSslError::SslError>(problem.code)).errorString();
+    case PackageProblemKind::Encryption:
+        return QStringLiteral("the TLS handshake failed");
+    case PackageProblemKind::InsecureRedirect:
+        return QStringLiteral("the server redirects to an unencrypted address");
+    case PackageProblemKind::Protocol:
+        return QStringLiteral("invalid response (network error %1)").arg(problem.code);
+    case PackageProblemKind::HttpStatus:
+        return QStringLiteral("the server responded with HTTP status %1").arg(problem.code);
+    case PackageProblemKind::Cancelled:
+        return QStringLiteral("cancelled");
+    case PackageProblemKind::UnusableName:
+        return QStringLiteral("unusable package name");
+    case PackageProblemKind::TooLarge:
+        return QStringLiteral("the package is too large");
+    case PackageProblemKind::NotAnArchive:
+        return QStringLiteral("the package is not a zip archive");
+    case PackageProblemKind::BadArchive:
+        return QStringLiteral("the package is damaged");
+    case PackageProblemKind::Conflict:
+        return QStringLiteral("a file or folder of another program is in the way");
+    case PackageProblemKind::NoSpace:
+    case PackageProblemKind::FileSystem:
+        return QString::fromLocal8Bit(std::strerror(problem.code));
+    case PackageProblemKind::NoCertificates:
+        return QStringLiteral("no certificate in PEM format");
     }
     return {};
 }
@@ -96,19 +145,27 @@ QString ofImageFailure(const UpdateFailure &failure)
     return failure.kind == UpdateFailureKind::NoImageChosen ? kNoFirmwareSelected : kFailed;
 }
 
-QString logLineOf(const UpdateResult &result)
+QString ofPackageProgress(qint64 received, qint64 total)
+{
+    const float percentage = 100.0F * static_cast<float>(received) / static_cast<float>(total);
+    const QString figure =
+        total > 0 ? QString::asprintf("%.0f", double{percentage}) : QStringLiteral("--");
+    return QStringLiteral("Prompt:Progress%1%").arg(figure);
+}
+
+QString description(const UpdateResult &result)
 {
     if (result.succeeded())
         return QStringLiteral("The device holds the image");
     if (result.step == UpdateStep::ReadImage)
-        return logLineOf(result.failure);
-    QString line = logLineOf(result.failure) + u' ' + nameOf(result.step);
+        return description(result.failure);
+    QString line = description(result.failure) + u' ' + nameOf(result.step);
     if (result.step == UpdateStep::Data)
         line += QStringLiteral(" %1 of %2").arg(result.frame + 1).arg(result.frames);
     return line;
 }
 
-QString logLineOf(const UpdateFailure &failure)
+QString description(const UpdateFailure &failure)
 {
     switch (failure.kind) {
     case UpdateFailureKind::None:
@@ -131,6 +188,15 @@ QString logLineOf(const UpdateFailure &failure)
         return QStringLiteral("The port closed before the answer to");
     }
     return {};
+}
+
+QString description(const PackageProblem &problem)
+{
+    if (problem.text.isEmpty())
+        return reason(problem);
+    QString quoted;
+    QDebug(&quoted).nospace() << problem.text << ": " << qUtf8Printable(reason(problem));
+    return quoted;
 }
 
 } // namespace vorn::texts

@@ -1,3 +1,0 @@
-#include "firmware/PackageLog.h"
-
-Q_LOGGING_CATEGORY(packagesLog, "vorn.packages")
