@@ -14,6 +14,7 @@
 #include <libserialport.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <ctime>
 #include <functional>
@@ -25,7 +26,8 @@ namespace {
 
 using Microseconds = double;
 
-constexpr int kEchoes = 4000;
+constexpr int kTurns = 8;            // beside the first one, which warms up
+constexpr std::size_t kEchoes = 500; // in a turn
 constexpr qsizetype kFrame = 252;
 constexpr qint64 kStream = qint64{64} << 20;
 constexpr int kStreams = 21;
@@ -101,13 +103,13 @@ public:
     std::function<void()> answered;
 };
 
-Spread echoBare()
+std::vector<Microseconds> echoBare()
 {
     FarSide far;
     far.echo(kFrame);
     const FileDescriptor fd = openPlainTerminal(far.path());
     std::vector<Microseconds> times;
-    for (int i = 0; i < kEchoes; ++i) {
+    for (std::size_t i = 0; i < kEchoes; ++i) {
         QElapsedTimer clock;
         clock.start();
         char byte = 0;
@@ -116,10 +118,10 @@ Spread echoBare()
             break;
         times.push_back(since(clock));
     }
-    return spreadOf(times);
+    return times;
 }
 
-Spread echoOurs()
+std::vector<Microseconds> echoOurs()
 {
     FarSide far;
     far.echo(kFrame);
@@ -139,10 +141,10 @@ Spread echoOurs()
     };
     send();
     loopFor(60000);
-    return spreadOf(times);
+    return times;
 }
 
-Spread echoQt()
+std::vector<Microseconds> echoQt()
 {
     FarSide far;
     far.echo(kFrame);
@@ -164,10 +166,10 @@ Spread echoQt()
     });
     send();
     loopFor(60000);
-    return spreadOf(times);
+    return times;
 }
 
-Spread echoLibserialport()
+std::vector<Microseconds> echoLibserialport()
 {
     FarSide far;
     far.echo(kFrame);
@@ -182,7 +184,7 @@ Spread echoLibserialport()
             break;
         times.push_back(since(clock));
     }
-    return spreadOf(times);
+    return times;
 }
 
 // Megabytes a second.
@@ -310,15 +312,31 @@ int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
 
+    struct Candidate
+    {
+        const char *name;
+        std::vector<Microseconds> (*echo)();
+        std::vector<Microseconds> times{};
+    };
+    std::array candidates{Candidate{"bare write/read loop", echoBare},
+                          Candidate{"ORSSerialPort delegate", echoOurs},
+                          Candidate{"Qt SerialPort", echoQt},
+                          Candidate{"libserialport (blocking)", echoLibserialport}};
+    // In turns, so that neither warm-up nor what else the machine does favours one.
+    for (int turn = 0; turn <= kTurns; ++turn) {
+        for (Candidate &candidate : candidates) {
+            const std::vector<Microseconds> times = candidate.echo();
+            if (turn > 0)
+                candidate.times.insert(candidate.times.end(), times.begin(), times.end());
+        }
+    }
     std::printf(
         "252 bytes out, 1 byte back, %d times      median         99 %%   ratio to the bare "
         "loop\n",
-        kEchoes);
-    const Spread bare = echoBare();
-    row("bare write/read loop", bare, bare);
-    row("ORSSerialPort delegate", echoOurs(), bare);
-    row("Qt SerialPort", echoQt(), bare);
-    row("libserialport (blocking)", echoLibserialport(), bare);
+        kTurns * static_cast<int>(kEchoes));
+    const Spread bare = spreadOf(candidates.front().times);
+    for (const Candidate &candidate : candidates)
+        row(candidate.name, spreadOf(candidate.times), bare);
 
     std::printf("\nreceiving 64 MiB, medians of %d\n", kStreams);
     std::vector<double> ourRates;

@@ -129,7 +129,7 @@ public:
         m_controller.openHandleBtn();
         waitUntil([] { return false; }, kSettled);
         files->setCurrentIndex(files->findText(kFile));
-        m_controller.fileHandlePopBtn();
+        emit files->activated(files->currentIndex());
 
         return files->currentText() == kFile;
     }

@@ -35,8 +35,9 @@ std::optional<FirmwareScan> scanFirmwareFolder()
 {
     const QString path = cachesDirectory() + u'/' + kFirmwareFolderName;
     const std::unique_ptr<DIR, DirCloser> folder(::opendir(QFile::encodeName(path).constData()));
+    int error = errno;
     if (!folder) {
-        qCDebug(logFirmware) << path << std::strerror(errno);
+        qCDebug(logFirmware) << path << std::strerror(error);
         return std::nullopt;
     }
     FirmwareScan scan;
@@ -58,8 +59,9 @@ std::optional<FirmwareScan> scanFirmwareFolder()
         else
             qCWarning(logFirmware) << "Not listed, its name is not valid text:" << bytes;
     }
-    if (errno != 0) {
-        qCWarning(logFirmware) << path << std::strerror(errno);
+    error = errno;
+    if (error != 0) {
+        qCWarning(logFirmware) << path << std::strerror(error);
         return std::nullopt;
     }
     return scan;

@@ -171,8 +171,8 @@ private:
         std::error_code error;
         fs::rename(target(m_packageFolder), m_staging.file("old-folder"), error);
         if (error)
-            qCWarning(logFirmware, "Cannot remove %s: %s", target(m_packageFolder).c_str(),
-                      error.message().c_str());
+            qCWarning(logFirmware)
+                << "Cannot remove" << toText(target(m_packageFolder)) << error.message().c_str();
     }
 
     // Flushes the renames before what they replaced is removed. They are done by now: a file system

@@ -25,7 +25,7 @@ public:
     quint64 size(std::size_t index) const { return m_sizes[index]; }
     quint64 totalSize() const { return m_totalSize; }
     // The file position where the data of entry `index` must end at the latest: the start of the
-    // next entry or of the directory. Of entries with the same start, only one gets any room.
+    // next entry or of the directory. Entries with the same start get no room at all.
     quint64 dataEnd(std::size_t index) const { return m_dataEnds[index]; }
 
 private:

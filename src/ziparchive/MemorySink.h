@@ -34,7 +34,7 @@ public:
     void end(bool isIntact) override
     {
         if (isIntact && !m_isFolder && !m_bytes.isEmpty())
-            m_contents.insert(m_name, std::move(m_bytes));
+            m_contents.insert(m_name, m_bytes);
     }
 
     const QHash<QString, QByteArray> &contents() const { return m_contents; }
