@@ -76,14 +76,15 @@ ORSSerialPacketDescriptor::packetMatchingAtEndOfBuffer(QByteArrayView buffer) co
     return length > 0 ? std::optional(buffer.last(length).toByteArray()) : std::nullopt;
 }
 
-// The number of bytes in the shortest packet of at least the given length at the buffer's end, 0
-// when there is none. What the evaluator would say of each tail is found without asking it where
-// the kind of packet allows.
+// The number of bytes in the shortest packet at the buffer's end, 0 when there is none. Only
+// lengths from leastLength on are looked at; with an expression, whose least length is 1, all are.
+// What the evaluator would say of each tail is found without asking it where the kind of packet
+// allows.
 qsizetype ORSSerialPacketDescriptor::lengthOfPacketAtEnd(QByteArrayView buffer,
                                                          qsizetype leastLength) const
 {
     if (m_expression)
-        return m_expression->lengthOfPacketAtEnd(buffer, leastLength);
+        return m_expression->lengthOfPacketAtEnd(buffer);
     if (m_packetData)
         return m_packetData->size() >= leastLength && buffer.endsWith(*m_packetData)
                    ? m_packetData->size()
