@@ -71,18 +71,20 @@ private:
 
 // Whether nothing in the pattern can depend on what stands before a match: no look-behind, \b, \B,
 // \A, \G, \K, \X or [[:<:]], and a '^' at the start only. What might hide one of these (\Q, \c,
-// verbs, options, references to the whole pattern) is refused, too.
+// verbs, options, references to the whole pattern) is refused, too. So is a positive look-ahead
+// unless the pattern begins with a plain character: when the engine (PCRE2 10.42) takes the first
+// character from a look-ahead, it may overlook a match.
 bool looksOnlyAhead(const QRegularExpression &expression)
 {
+    constexpr QRegularExpression::PatternOptions kRefused =
+        QRegularExpression::MultilineOption | QRegularExpression::ExtendedPatternSyntaxOption;
     static const QRegularExpression harmless(
         QStringLiteral(R"(\A\^?(?![*+?{]))" // a repeated '^' cannot be left out
-                       R"((?:[^\\([^]|\\[^bBAGKXQcg]|\[\^?(?!:[<>]))"
+                       R"((?:(?=[^\\([.$|][^*+?{])|(?!.*\(\?=)))"
+                       R"((?:[^\\([^]|\\[^bBAGKXQEcg]|\[\^?(?!:[<>]))"
                        R"(|\((?!\*|\?(?:<[=!]|[\^0a-zA-Z-])))*+\z)"),
         QRegularExpression::DotMatchesEverythingOption);
-    const auto options = expression.patternOptions();
-    return !options.testFlag(QRegularExpression::MultilineOption) &&
-           !(options.testFlag(QRegularExpression::ExtendedPatternSyntaxOption) &&
-             expression.pattern().startsWith(u'^')) &&
+    return !(expression.patternOptions() & kRefused) &&
            harmless.match(expression.pattern()).hasMatch();
 }
 
