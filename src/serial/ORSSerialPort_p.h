@@ -62,7 +62,7 @@ public:
     void terminalWasClosed(int error);
 
     // vorn::RequestQueueHost
-    std::weak_ptr<const void> lifetime() override { return weak_from_this(); }
+    vorn::Lifetime::Token lifetime() override { return weak_from_this(); }
     bool writeRequest(QByteArrayView data) override { return sendData(data); }
     void requestWasAnswered(const ORSSerialRequestPtr &request,
                             const QByteArray &response) override;
@@ -91,8 +91,6 @@ public:
     std::atomic<bool> cts = false;
     std::atomic<bool> dsr = false;
     std::atomic<bool> dcd = false;
-    // The input lines (TIOCM_*) as the port's thread, which alone uses this, saw them last.
-    int polledLines = 0;
 
     // Held while the port turns from closed to open or back, so that nobody acts on half of it;
     // recursive, since a delegate that hears of a failure may try again at once.
