@@ -105,20 +105,9 @@ SerialDeviceRegistry::Devices DirectoryDeviceRegistry::devices() const
     return m_gone ? Devices() : devicesOf(scan(m_entries));
 }
 
-bool DirectoryDeviceRegistry::watchPublished(Handler handler)
+bool DirectoryDeviceRegistry::watch(Observer &observer)
 {
-    m_events.setPublished(std::move(handler));
-    return listen();
-}
-
-bool DirectoryDeviceRegistry::watchTerminated(Handler handler)
-{
-    m_events.setTerminated(std::move(handler));
-    return listen();
-}
-
-bool DirectoryDeviceRegistry::listen()
-{
+    m_events.setObserver(observer);
     return m_events.listen(m_inotify.get(), [this] { receive(); });
 }
 

@@ -23,8 +23,7 @@ public:
     ~DirectoryDeviceRegistry() override;
 
     Devices devices() const override;
-    bool watchPublished(Handler handler) override;
-    bool watchTerminated(Handler handler) override;
+    bool watch(Observer &observer) override;
 
 private:
     struct Entry
@@ -38,7 +37,6 @@ private:
 
     static Devices devicesOf(const Entries &entries);
     Entries scan(const Entries &known) const;
-    bool listen();
     void receive();
 
     const QString m_directory;

@@ -90,20 +90,9 @@ SerialDeviceRegistry::Devices UdevDeviceRegistry::devices() const
     return devicesOf(nameUdevPorts(m_ports, present));
 }
 
-bool UdevDeviceRegistry::watchPublished(Handler handler)
+bool UdevDeviceRegistry::watch(Observer &observer)
 {
-    m_events.setPublished(std::move(handler));
-    return listen();
-}
-
-bool UdevDeviceRegistry::watchTerminated(Handler handler)
-{
-    m_events.setTerminated(std::move(handler));
-    return listen();
-}
-
-bool UdevDeviceRegistry::listen()
-{
+    m_events.setObserver(observer);
     return m_monitor &&
            m_events.listen(udev_monitor_get_fd(m_monitor.get()), [this] { receive(); });
 }

@@ -35,7 +35,7 @@ struct UdevTty
     QStringList stableLinks; // links below /dev/serial: by-id before by-path
     Family family = Family::Other;
     QString adapter;      // the same for all ports of one USB adapter; else empty
-    QString place;        // where on the USB the adapter is, such as "1-2.3"; else empty
+    QString usbPath;      // the adapter's position on the bus, such as "1-2.3"; else empty
     QString serialNumber; // the adapter's, fit for a name; empty when it has none
     int number = 0;       // tells the adapter's ports apart
     bool oneOfSeveral = false;
