@@ -21,8 +21,8 @@ struct SerialDevice
 // A reference to a device; null means no device. It stays valid after the device is gone.
 using SerialDeviceHandle = std::shared_ptr<const SerialDevice>;
 
-// The serial devices that the system has, and word of those that come and go. Main thread only, but
-// for devices().
+// The system's serial devices, and events when they come and go. Main thread only, except
+// devices().
 class SerialDeviceRegistry
 {
 public:

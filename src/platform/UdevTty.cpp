@@ -138,8 +138,8 @@ void readUsbFacts(udev_device *device, UdevTty &tty)
         tty.usbPath = tty.adapter;
     }
 
-    // udev leaves serial numbers out that it finds unfit; where its rules have not run, the
-    // device's own word is taken.
+    // udev omits serial numbers that it finds unusable; where its rules have not run, the device's
+    // own string is used.
     const bool rulesRan = !property(device, "ID_SERIAL").isEmpty();
     QString serialNumber = property(device, "ID_SERIAL_SHORT");
     if (serialNumber.isEmpty() && !rulesRan)

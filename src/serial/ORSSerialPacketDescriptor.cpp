@@ -102,11 +102,11 @@ qsizetype ORSSerialPacketDescriptor::lengthByPrefixAndSuffix(QByteArrayView buff
     const qsizetype least = std::max({leastLength, prefix.size(), suffix.size()});
     if (buffer.size() < least || !buffer.endsWith(suffix))
         return 0;
-    // The shortest packet begins at the last place that still leaves it the least length.
-    const QByteArrayView places = buffer.chopped(least - prefix.size());
-    const auto found = std::find_end(places.begin(), places.end(), prefix.begin(), prefix.end());
-    const bool isMissing = found == places.end() && !prefix.isEmpty();
-    return isMissing ? 0 : buffer.size() - (found - places.begin());
+    // The shortest packet begins at the last prefix that leaves it the least length.
+    const QByteArrayView range = buffer.chopped(least - prefix.size());
+    const auto found = std::find_end(range.begin(), range.end(), prefix.begin(), prefix.end());
+    const bool isMissing = found == range.end() && !prefix.isEmpty();
+    return isMissing ? 0 : buffer.size() - (found - range.begin());
 }
 
 qsizetype ORSSerialPacketDescriptor::lengthByEvaluator(QByteArrayView buffer,

@@ -8,8 +8,8 @@ using vorn::SerialDeviceHandle;
 
 namespace {
 
-// The methods below that may call the delegate or tell observers hold on to `d` and do not touch
-// the port afterwards: whoever hears of the event may let go of the port.
+// The methods below that may call the delegate or emit signals keep a copy of `d` and do not touch
+// the port afterwards: the receiver may release the port.
 
 // The last owner of a port may be a background job, but a port dies on the main thread.
 struct MainThreadDeleter

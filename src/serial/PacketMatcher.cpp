@@ -14,7 +14,7 @@ std::optional<QByteArray> PacketMatcher::append(char byte)
     m_buffer.appendData({&byte, 1});
     const QByteArrayView buffer = m_buffer.data();
     const qint64 least = leastLength();
-    // One that is longer than the buffer began with bytes that are gone.
+    // A packet longer than the buffer has lost its first bytes.
     if (least == 0 || least > buffer.size())
         return std::nullopt;
     const qsizetype length = m_descriptor->lengthOfPacketAtEnd(buffer, least);

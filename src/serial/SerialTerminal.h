@@ -15,7 +15,7 @@
 
 namespace vorn {
 
-// True for the errors by which a terminal says that its device is gone.
+// True for the errors of a terminal whose device is gone.
 bool meansDeviceGone(int error);
 // True for the errors of a terminal that has no modem lines.
 bool meansNoModemLines(int error);
