@@ -52,8 +52,10 @@ public:
     void serialPortDidEncounterError(ORSSerialPort &, const ORSSerialPortError &error) override
     {
         std::fprintf(stderr, "%s: %s\n", qPrintable(error.path), qPrintable(error.description));
+        // Posted, since an error of open() comes before there is an event loop to leave.
         if (!m_port->isOpen())
-            QCoreApplication::exit(1);
+            QMetaObject::invokeMethod(
+                qApp, [] { QCoreApplication::exit(1); }, Qt::QueuedConnection);
     }
 
     void serialPortWasRemovedFromSystem(ORSSerialPort &) override { std::puts("unplugged"); }

@@ -3,6 +3,7 @@
 #include "app/ViewController.h"
 #include "platform/CombinedDeviceRegistry.h"
 #include "platform/DirectoryDeviceRegistry.h"
+#include "platform/MessageBus.h"
 #include "platform/PowerEvents.h"
 #include "platform/QuitSignals.h"
 #include "platform/UdevDeviceRegistry.h"
@@ -87,6 +88,7 @@ int main(int argc, char **argv)
     if (isAskedForText(arguments) || !hasDisplay(arguments))
         return runWithoutDisplay(argc, argv);
 
+    vorn::disableSilentBuses();
     QApplication application(argc, argv);
     int exitCode = 0;
     const auto wishes = vorn::readCommandLine(QCoreApplication::arguments(), exitCode);

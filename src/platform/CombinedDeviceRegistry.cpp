@@ -10,19 +10,11 @@ SerialDeviceRegistry::Devices CombinedDeviceRegistry::devices() const
     return devices;
 }
 
-bool CombinedDeviceRegistry::watchPublished(Handler handler)
+bool CombinedDeviceRegistry::watch(Observer &observer)
 {
     bool watching = false;
     for (const auto &part : m_parts)
-        watching = part->watchPublished(handler) || watching;
-    return watching;
-}
-
-bool CombinedDeviceRegistry::watchTerminated(Handler handler)
-{
-    bool watching = false;
-    for (const auto &part : m_parts)
-        watching = part->watchTerminated(handler) || watching;
+        watching = part->watch(observer) || watching;
     return watching;
 }
 

@@ -16,8 +16,7 @@ public:
 
     Devices devices() const override;
     // True when at least one of the registries can be watched.
-    bool watchPublished(Handler handler) override;
-    bool watchTerminated(Handler handler) override;
+    bool watch(Observer &observer) override;
 
 private:
     Parts m_parts;

@@ -14,8 +14,8 @@ class DesktopNotifications
 public:
     explicit DesktopNotifications(const QDBusConnection &bus = QDBusConnection::sessionBus());
 
-    // Whether the desktop has a notification centre at all. Always true: a Linux desktop may start
-    // one on demand, so that its absence shows in nothing but a message that is not seen.
+    // Whether the desktop has a notification centre. Always true: a Linux desktop may start one on
+    // demand, so it cannot be known to be missing.
     static bool exists() { return true; }
 
     // Shows a message, without sound.

@@ -35,15 +35,12 @@ void DeviceEvents::tell(const Devices &before, const Devices &now) const
         devices.removeIf([&](const SerialDeviceHandle &device) { return others.contains(device); });
         return devices;
     };
-    // Copies, since a handler may install another one.
-    const Handler terminated = m_terminated;
-    const Handler published = m_published;
     const Devices gone = without(before, now);
     const Devices added = without(now, before);
-    if (terminated && !gone.isEmpty())
-        terminated(gone);
-    if (published && !added.isEmpty())
-        published(added);
+    if (m_observer && !gone.isEmpty())
+        m_observer->serialPortsWereTerminated(gone);
+    if (m_observer && !added.isEmpty())
+        m_observer->serialPortsWerePublished(added);
 }
 
 } // namespace vorn

@@ -9,13 +9,12 @@ class QSocketNotifier;
 
 namespace vorn {
 
-// The watching side of a device registry: a descriptor that wakes the main thread's event loop,
-// and the two handlers that are told what changed. Main thread only.
+// The watching side of a device registry: a descriptor that wakes the main thread's event loop, and
+// the observer that is told what changed. Main thread only.
 class DeviceEvents
 {
 public:
     using Devices = SerialDeviceRegistry::Devices;
-    using Handler = SerialDeviceRegistry::Handler;
 
     DeviceEvents();
     ~DeviceEvents();
@@ -27,17 +26,15 @@ public:
     bool listen(int descriptor, std::function<void()> onReady);
     void stop();
 
-    void setPublished(Handler handler) { m_published = std::move(handler); }
-    void setTerminated(Handler handler) { m_terminated = std::move(handler); }
+    void setObserver(SerialDeviceRegistry::Observer &observer) { m_observer = &observer; }
 
-    // Tells the difference: first what is gone, so that a device that came back under the same
-    // path is there in the end, then what is new.
+    // Tells the observer the difference: first what is gone, so that a device that came back under
+    // the same path is there in the end, then what is new.
     void tell(const Devices &before, const Devices &now) const;
 
 private:
     std::unique_ptr<QSocketNotifier> m_notifier;
-    Handler m_published;
-    Handler m_terminated;
+    SerialDeviceRegistry::Observer *m_observer = nullptr;
 };
 
 } // namespace vorn

@@ -40,7 +40,7 @@ DirectoryDeviceRegistry::DirectoryDeviceRegistry(const QString &directory)
                   std::strerror(errno));
         m_inotify.reset();
     }
-    // Only now, so that no entry slips through between the listing and the watching.
+    // After the watch began, so that no entry is missed in between.
     m_entries = scan({});
 }
 
@@ -105,20 +105,9 @@ SerialDeviceRegistry::Devices DirectoryDeviceRegistry::devices() const
     return m_gone ? Devices() : devicesOf(scan(m_entries));
 }
 
-bool DirectoryDeviceRegistry::watchPublished(Handler handler)
+bool DirectoryDeviceRegistry::watch(Observer &observer)
 {
-    m_events.setPublished(std::move(handler));
-    return listen();
-}
-
-bool DirectoryDeviceRegistry::watchTerminated(Handler handler)
-{
-    m_events.setTerminated(std::move(handler));
-    return listen();
-}
-
-bool DirectoryDeviceRegistry::listen()
-{
+    m_events.setObserver(observer);
     return m_events.listen(m_inotify.get(), [this] { receive(); });
 }
 
@@ -127,7 +116,7 @@ void DirectoryDeviceRegistry::receive()
     Entries known = m_entries;
     bool gone = m_gone;
     alignas(inotify_event) std::array<char, 16384> buffer{};
-    // Bounded, so that a storm of events leaves the window its turn; the rest wakes us again.
+    // Bounded, so that many events at once do not block the event loop; the rest wakes it again.
     for (int left = 64; left > 0; --left) {
         const ssize_t count = ::read(m_inotify.get(), buffer.data(), buffer.size());
         if (count <= 0)

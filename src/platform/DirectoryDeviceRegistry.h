@@ -13,9 +13,8 @@ namespace vorn {
 
 // Serial devices that are the entries of a directory: links to terminals, or terminal nodes. A
 // device's name is its entry's file name, its path is the entry's. Adding, removing or replacing an
-// entry is plugging in or out. Hidden entries and those that lead to no character device are no
-// devices. When the directory itself goes away or is moved,
-// all of its devices are gone for good.
+// entry is plugging in or out. Hidden entries and those that lead to no character device are
+// ignored. When the directory itself is removed or moved, all of its devices are gone for good.
 class DirectoryDeviceRegistry final : public SerialDeviceRegistry
 {
 public:
@@ -23,8 +22,7 @@ public:
     ~DirectoryDeviceRegistry() override;
 
     Devices devices() const override;
-    bool watchPublished(Handler handler) override;
-    bool watchTerminated(Handler handler) override;
+    bool watch(Observer &observer) override;
 
 private:
     struct Entry
@@ -38,7 +36,6 @@ private:
 
     static Devices devicesOf(const Entries &entries);
     Entries scan(const Entries &known) const;
-    bool listen();
     void receive();
 
     const QString m_directory;

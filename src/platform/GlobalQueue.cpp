@@ -1,6 +1,16 @@
 #include "platform/GlobalQueue.h"
 
+#include "platform/ThreadName.h"
+
+#include <system_error>
+
 namespace vorn {
+namespace {
+
+// When no thread could be started for a scheduled job, it is tried again after this.
+constexpr std::chrono::milliseconds kRetryInterval{10};
+
+} // namespace
 
 GlobalQueue &GlobalQueue::instance()
 {
@@ -17,23 +27,34 @@ GlobalQueue::~GlobalQueue()
 
 bool GlobalQueue::post(Job job)
 {
+    return start(job);
+}
+
+bool GlobalQueue::start(Job &job)
+{
     const std::lock_guard lock(m_mutex);
     if (m_stopping)
         return false;
-    if (m_idle.empty()) {
-        Worker &worker = *m_workers.emplace_back(std::make_unique<Worker>());
-        worker.job = std::move(job);
-        worker.thread = std::thread([this, &worker] { work(worker); });
-    } else {
+    if (!m_idle.empty()) {
         m_idle.back()->job = std::move(job);
         m_idle.back()->jobGiven.notify_one();
         m_idle.pop_back();
+        return true;
     }
+    auto worker = std::make_unique<Worker>();
+    try {
+        worker->thread = std::thread([this, self = worker.get()] { work(*self); });
+    } catch (const std::system_error &) {
+        return false;
+    }
+    worker->job = std::move(job);
+    m_workers.push_back(std::move(worker));
     return true;
 }
 
 void GlobalQueue::work(Worker &self)
 {
+    const ThreadName name("worker");
     std::unique_lock lock(m_mutex);
     for (;;) {
         self.jobGiven.wait(lock, [&] { return m_stopping || self.job; });
@@ -72,6 +93,7 @@ void GlobalQueue::cancel(const Ticket &ticket)
 
 void GlobalQueue::runScheduler()
 {
+    const ThreadName name("scheduler");
     std::unique_lock lock(m_mutex);
     while (!m_stopping) {
         if (m_scheduled.empty()) {
@@ -84,11 +106,15 @@ void GlobalQueue::runScheduler()
             m_scheduleChanged.wait_until(lock, due);
             continue;
         }
+        const Ticket ticket = next->first;
         Job job = std::move(next->second);
         m_scheduled.erase(next);
         lock.unlock();
-        post(std::move(job));
+        const bool isStarted = start(job);
         lock.lock();
+        if (!isStarted && !m_stopping)
+            m_scheduled.emplace(Ticket(Clock::now() + kRetryInterval, ticket.second),
+                                std::move(job));
     }
 }
 

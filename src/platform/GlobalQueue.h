@@ -25,7 +25,8 @@ public:
 
     static GlobalQueue &instance();
 
-    // Runs the job in the background. False after shutdown(), when the job is dropped.
+    // Runs the job in the background. False, with the job dropped, after shutdown() and when the
+    // system refuses another thread.
     bool post(Job job);
 
     // Posts the job at the given time, or after the given delay.
@@ -56,6 +57,8 @@ private:
 
     GlobalQueue();
     ~GlobalQueue();
+    // Gives the job to a thread, or leaves it and returns false.
+    bool start(Job &job);
     void work(Worker &self);
     void runScheduler();
 

@@ -9,7 +9,7 @@
 #include <condition_variable>
 
 namespace vorn {
-struct MainQueue::Entry
+struct MainQueue::QueuedJob
 {
     enum class State { Queued, Done, Dropped };
 
@@ -60,28 +60,28 @@ bool MainQueue::isCurrent() const
     return std::this_thread::get_id() == m_thread;
 }
 
-void MainQueue::enqueue(const std::shared_ptr<Entry> &entry)
+void MainQueue::enqueue(const std::shared_ptr<QueuedJob> &queued)
 {
     bool isClosed = false;
     bool wasEmpty = false;
     {
         const std::lock_guard lock(m_mutex);
         isClosed = m_closed;
-        wasEmpty = m_entries.empty();
+        wasEmpty = m_jobs.empty();
         if (!isClosed)
-            m_entries.push_back(entry);
+            m_jobs.push_back(queued);
     }
     if (isClosed)
-        entry->finish(Entry::State::Dropped);
+        queued->finish(QueuedJob::State::Dropped);
     else if (wasEmpty)
         m_wake.set();
 }
 
 void MainQueue::post(Job job)
 {
-    auto entry = std::make_shared<Entry>();
-    entry->job = std::move(job);
-    enqueue(entry);
+    auto queued = std::make_shared<QueuedJob>();
+    queued->job = std::move(job);
+    enqueue(queued);
 }
 
 void MainQueue::post(const Lifetime::Token &object, Job job)
@@ -98,12 +98,12 @@ bool MainQueue::postAndWait(const Job &job)
         job();
         return true;
     }
-    auto entry = std::make_shared<Entry>();
-    entry->job = job;
-    enqueue(entry);
-    std::unique_lock lock(entry->mutex);
-    entry->changed.wait(lock, [&] { return entry->state != Entry::State::Queued; });
-    return entry->state == Entry::State::Done;
+    auto queued = std::make_shared<QueuedJob>();
+    queued->job = job;
+    enqueue(queued);
+    std::unique_lock lock(queued->mutex);
+    queued->changed.wait(lock, [&] { return queued->state != QueuedJob::State::Queued; });
+    return queued->state == QueuedJob::State::Done;
 }
 
 void MainQueue::drain()
@@ -113,37 +113,37 @@ void MainQueue::drain()
     std::size_t limit = 0;
     {
         const std::lock_guard lock(m_mutex);
-        limit = m_entries.size();
+        limit = m_jobs.size();
     }
     for (; limit > 0; --limit) {
-        std::shared_ptr<Entry> entry;
+        std::shared_ptr<QueuedJob> queued;
         {
             const std::lock_guard lock(m_mutex);
-            if (m_entries.empty())
+            if (m_jobs.empty())
                 return;
-            entry = std::move(m_entries.front());
-            m_entries.pop_front();
+            queued = std::move(m_jobs.front());
+            m_jobs.pop_front();
             // Before the job runs: it may enter a nested event loop that waits for the rest.
-            if (!m_entries.empty())
+            if (!m_jobs.empty())
                 m_wake.set();
         }
-        entry->job();
-        entry->job = nullptr;
-        entry->finish(Entry::State::Done);
+        queued->job();
+        queued->job = nullptr;
+        queued->finish(QueuedJob::State::Done);
     }
 }
 
 void MainQueue::close()
 {
-    std::deque<std::shared_ptr<Entry>> dropped;
+    std::deque<std::shared_ptr<QueuedJob>> dropped;
     {
         const std::lock_guard lock(m_mutex);
         m_closed = true;
-        dropped.swap(m_entries);
+        dropped.swap(m_jobs);
     }
     m_notifier.reset();
-    for (const auto &entry : dropped)
-        entry->finish(Entry::State::Dropped);
+    for (const auto &queued : dropped)
+        queued->finish(QueuedJob::State::Dropped);
 }
 
 } // namespace vorn

@@ -51,17 +51,17 @@ public:
     MainQueue &operator=(const MainQueue &) = delete;
 
 private:
-    struct Entry;
+    struct QueuedJob;
 
     MainQueue();
     ~MainQueue();
-    void enqueue(const std::shared_ptr<Entry> &entry);
+    void enqueue(const std::shared_ptr<QueuedJob> &queued);
 
     const std::thread::id m_thread;
     WakeEvent m_wake;
     std::unique_ptr<QSocketNotifier> m_notifier;
     std::mutex m_mutex;
-    std::deque<std::shared_ptr<Entry>> m_entries;
+    std::deque<std::shared_ptr<QueuedJob>> m_jobs;
     bool m_closed = false;
 };
 

@@ -38,7 +38,7 @@ PowerEvents::PowerEvents(std::function<void()> willSleep, std::function<void()> 
 {
     if (!m_bus.connect(service(), path(), interface(), QStringLiteral("PrepareForSleep"), this,
                        SLOT(prepareForSleep(bool)))) {
-        qCInfo(logPlatform) << "Sleep and wake stay unseen:" << m_bus.lastError();
+        qCInfo(logPlatform) << "Sleep and wake cannot be followed:" << m_bus.lastError();
         return;
     }
     takeLock();

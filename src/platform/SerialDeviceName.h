@@ -18,8 +18,8 @@ struct SerialDeviceName
 SerialDeviceName splitSerialDeviceName(const QString &name);
 
 // A serial number as part of a name: letters, digits and "#+-.:=@_" stay, every other character
-// (slashes, spaces, control characters, invalid UTF-8) becomes '_'. Empty when nothing stays:
-// such a serial number tells nobody apart.
+// (slashes, spaces, control characters, invalid UTF-8) becomes '_'. Empty when nothing stays, since
+// such a serial number distinguishes nothing.
 QString cleanSerialNumber(const QString &serialNumber);
 
 // A file name as a display name: every character that cannot be shown on one line (control and

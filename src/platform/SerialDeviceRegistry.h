@@ -3,7 +3,6 @@
 #include <QList>
 #include <QString>
 
-#include <functional>
 #include <memory>
 
 namespace vorn {
@@ -22,13 +21,24 @@ struct SerialDevice
 // A reference to a device; null means no device. It stays valid after the device is gone.
 using SerialDeviceHandle = std::shared_ptr<const SerialDevice>;
 
-// The serial devices that the system has, and word of those that come and go. Main thread only, but
-// for devices().
+// The system's serial devices, and events when they come and go. Main thread only, except
+// devices().
 class SerialDeviceRegistry
 {
 public:
     using Devices = QList<SerialDeviceHandle>;
-    using Handler = std::function<void(const Devices &)>;
+
+    // Told, on the main thread's event loop, of each batch of devices that appeared (that were
+    // removed). A batch may name a device that devices() told already.
+    class Observer
+    {
+    public:
+        virtual void serialPortsWerePublished(const Devices &devices) = 0;
+        virtual void serialPortsWereTerminated(const Devices &devices) = 0;
+
+    protected:
+        ~Observer() = default;
+    };
 
     SerialDeviceRegistry() = default;
     virtual ~SerialDeviceRegistry() = default;
@@ -38,11 +48,9 @@ public:
     // The devices that are present now, never opening one. Any thread.
     virtual Devices devices() const = 0;
 
-    // From now on calls the handler, on the main thread's event loop, with each batch of devices
-    // that appeared (that were removed). A batch may name a device that devices() told already.
-    // False when such events cannot be had on this system.
-    virtual bool watchPublished(Handler handler) = 0;
-    virtual bool watchTerminated(Handler handler) = 0;
+    // From now on tells the observer, which replaces an earlier one and must outlive the registry's
+    // events. False when such events cannot be had on this system.
+    virtual bool watch(Observer &observer) = 0;
 
     // The registry that the process uses: udev's, unless another was installed before first use.
     static SerialDeviceRegistry &system();

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/GlobalQueue.h"
+
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -7,7 +10,8 @@
 namespace vorn {
 
 // Runs jobs one at a time, in posting order, on the global queue's threads. Jobs posted before the
-// queue's destruction still run. All methods may be called from any thread.
+// queue's destruction still run. When no thread can be had (at the process's end, say), the poster
+// runs the jobs itself. All methods may be called from any thread.
 class SerialQueue
 {
 public:
@@ -15,9 +19,6 @@ public:
 
     SerialQueue();
     ~SerialQueue();
-
-    // True inside a job of this queue.
-    bool isCurrent() const;
 
     void post(Job job);
     // Returns when the job has run. Not to be called from a job of this queue.
@@ -32,13 +33,12 @@ private:
     std::shared_ptr<State> m_state;
 };
 
-// Calls a handler on a serial queue, first after an interval and then again and again in the same
-// interval, until cancel() or destruction. A queue that is busy for longer gets one call for all of
-// the ticks that it missed. After a cancel() on the queue itself no call follows.
+// Calls a handler once on a serial queue after a delay (at once when that is zero), unless it is
+// cancelled or destroyed first. After a cancel() on the queue itself no call follows.
 class QueueTimer
 {
 public:
-    QueueTimer(const SerialQueue &queue, std::chrono::nanoseconds interval,
+    QueueTimer(const SerialQueue &queue, std::chrono::nanoseconds delay,
                std::function<void()> handler);
     ~QueueTimer();
     void cancel();
@@ -47,8 +47,8 @@ public:
     QueueTimer &operator=(const QueueTimer &) = delete;
 
 private:
-    struct Shot;
-    std::shared_ptr<Shot> m_shot;
+    GlobalQueue::Ticket m_ticket;
+    std::shared_ptr<std::atomic<bool>> m_isCancelled = std::make_shared<std::atomic<bool>>(false);
 };
 
 } // namespace vorn

@@ -76,8 +76,8 @@ UdevDeviceRegistry::UdevDeviceRegistry() : m_udev(udev_new())
         m_monitor.reset();
     if (!m_monitor)
         qCWarning(logPlatform,
-                  "udev cannot be watched: serial devices that come or go stay unseen");
-    // Only now, so that no device slips through between the listing and the watching.
+                  "udev cannot be watched: serial devices that come or go are not noticed");
+    // After the watch began, so that no device is missed in between.
     m_ports = nameUdevPorts({}, scanTtys());
 }
 
@@ -90,20 +90,9 @@ SerialDeviceRegistry::Devices UdevDeviceRegistry::devices() const
     return devicesOf(nameUdevPorts(m_ports, present));
 }
 
-bool UdevDeviceRegistry::watchPublished(Handler handler)
+bool UdevDeviceRegistry::watch(Observer &observer)
 {
-    m_events.setPublished(std::move(handler));
-    return listen();
-}
-
-bool UdevDeviceRegistry::watchTerminated(Handler handler)
-{
-    m_events.setTerminated(std::move(handler));
-    return listen();
-}
-
-bool UdevDeviceRegistry::listen()
-{
+    m_events.setObserver(observer);
     return m_monitor &&
            m_events.listen(udev_monitor_get_fd(m_monitor.get()), [this] { receive(); });
 }
@@ -113,7 +102,7 @@ void UdevDeviceRegistry::receive()
     std::vector<UdevPort> known = m_ports;
     std::vector<UdevTty> added;
     bool lostEvents = false;
-    // Bounded, so that a storm of events leaves the window its turn; the rest wakes us again.
+    // Bounded, so that many events at once do not block the event loop; the rest wakes it again.
     for (int left = 1000; left > 0; --left) {
         errno = 0;
         const UdevPointer<udev_device> device(udev_monitor_receive_device(m_monitor.get()));

@@ -19,11 +19,9 @@ public:
     ~UdevDeviceRegistry() override;
 
     Devices devices() const override;
-    bool watchPublished(Handler handler) override;
-    bool watchTerminated(Handler handler) override;
+    bool watch(Observer &observer) override;
 
 private:
-    bool listen();
     void receive();
 
     UdevPointer<udev> m_udev;

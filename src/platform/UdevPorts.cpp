@@ -33,7 +33,7 @@ QString nameFor(const UdevTty &tty, const std::vector<UdevPort> &all)
 
     const QString prefix = tty.family == UdevTty::Family::UsbSerial ? QStringLiteral("usbserial-")
                                                                     : QStringLiteral("usbmodem-");
-    for (const QString &id : {goesBySerialNumber ? tty.serialNumber : QString(), tty.place}) {
+    for (const QString &id : {goesBySerialNumber ? tty.serialNumber : QString(), tty.usbPath}) {
         QString name = prefix + id + behind;
         if (!id.isEmpty() && !isTaken(name, all))
             return name;

@@ -129,17 +129,17 @@ void readUsbFacts(udev_device *device, UdevTty &tty)
     const QRegularExpressionMatch inPath = adapterInPath.match(tty.sysPath);
     if (inPath.hasMatch()) {
         tty.adapter = inPath.captured(1);
-        tty.place = inPath.captured(2);
+        tty.usbPath = inPath.captured(2);
     } else if (usbDevice) {
         tty.adapter = QFile::decodeName(udev_device_get_syspath(usbDevice));
-        tty.place = QFile::decodeName(udev_device_get_sysname(usbDevice));
+        tty.usbPath = QFile::decodeName(udev_device_get_sysname(usbDevice));
     } else if (const QString path = property(device, "ID_PATH"); !path.isEmpty()) {
         tty.adapter = path.left(path.lastIndexOf(u':')); // behind it is the interface
-        tty.place = tty.adapter;
+        tty.usbPath = tty.adapter;
     }
 
-    // udev leaves serial numbers out that it finds unfit; where its rules have not run, the
-    // device's own word is taken.
+    // udev omits serial numbers that it finds unusable; where its rules have not run, the device's
+    // own string is used.
     const bool rulesRan = !property(device, "ID_SERIAL").isEmpty();
     QString serialNumber = property(device, "ID_SERIAL_SHORT");
     if (serialNumber.isEmpty() && !rulesRan)

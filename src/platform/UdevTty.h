@@ -30,12 +30,12 @@ struct UdevTty
     enum class Family { UsbSerial, CdcAcm, Other };
 
     QString kernelName;      // "ttyUSB0"; one port at a time has it
-    QString sysPath;         // the port's place in /sys
+    QString sysPath;         // the port's path in /sys
     QString node;            // "/dev/ttyUSB0"
     QStringList stableLinks; // links below /dev/serial: by-id before by-path
     Family family = Family::Other;
     QString adapter;      // the same for all ports of one USB adapter; else empty
-    QString place;        // where on the USB the adapter is, such as "1-2.3"; else empty
+    QString usbPath;      // the adapter's position on the bus, such as "1-2.3"; else empty
     QString serialNumber; // the adapter's, fit for a name; empty when it has none
     int number = 0;       // tells the adapter's ports apart
     bool oneOfSeveral = false;
@@ -49,7 +49,7 @@ struct UdevTty
 };
 
 // Reads a tty device; nothing for one that is no serial port with hardware behind it: consoles,
-// pseudo-terminals, and ports of the legacy driver that it never found (sysfs `type` 0).
+// pseudo-terminals, and ports of the legacy driver without a chip (sysfs `type` 0).
 std::optional<UdevTty> readUdevTty(udev_device *device);
 
 } // namespace vorn

@@ -7,8 +7,7 @@
 namespace vorn {
 namespace {
 
-// UARTs cope with about two per cent between the two ends; drivers round to what their divisor
-// makes.
+// UARTs tolerate about two per cent between the two ends, and drivers round to the nearest divisor.
 bool isCloseTo(std::uint32_t actual, std::uint32_t wanted)
 {
     const std::uint32_t difference = actual > wanted ? actual - wanted : wanted - actual;
@@ -28,8 +27,8 @@ void setFlag(tcflag_t &flags, tcflag_t flag, bool on)
 termios withLineSettings(termios attributes, const LineSettings &settings)
 {
     cfmakeraw(&attributes);
-    // What raw mode leaves as it was, but binary traffic cannot bear: the kernel's own XOFF bytes
-    // among the data, and changed or dropped characters.
+    // Flags that cfmakeraw() leaves alone but that corrupt binary data: XOFF bytes that the kernel
+    // inserts, and characters that it changes or drops.
     attributes.c_iflag &= ~static_cast<tcflag_t>(IXOFF | IXANY | INPCK | IGNPAR | IUCLC);
     attributes.c_cc[VMIN] = 1;
     attributes.c_cc[VTIME] = 2;
@@ -40,7 +39,7 @@ termios withLineSettings(termios attributes, const LineSettings &settings)
     else if (settings.dataBits == 8)
         attributes.c_cflag |= CS8;
 
-    // Mark and space parity, which would take the place of odd and even.
+    // Mark and space parity, which would override odd and even.
     attributes.c_cflag &= ~static_cast<tcflag_t>(CMSPAR);
     if (settings.parity <= 2)
         setFlag(attributes.c_cflag, PARENB, settings.parity != 0);

@@ -6,7 +6,7 @@
 
 namespace vorn {
 
-// How a serial line is to be set up. Plain data; ranges are not checked here.
+// The settings of a serial line. Plain data; ranges are not checked here.
 struct LineSettings
 {
     std::uint32_t baudRate = 19200; // bits per second
@@ -15,7 +15,7 @@ struct LineSettings
     unsigned parity = 0; // 0 none, 1 odd, 2 even
     bool echo = false;
     bool rtsCts = false;
-    // Linux terminals have no such handshakes; the wishes are kept and change nothing on the line.
+    // Linux terminals have no such handshakes: these are stored and do not change the line.
     bool dtrDsr = false;
     bool dcd = false;
     bool allowsNonStandardBaudRates = true;

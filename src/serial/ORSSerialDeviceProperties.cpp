@@ -18,19 +18,19 @@ QString ORSSerialPort::stringPropertyOf(const SerialDeviceHandle &device, const 
 {
     struct Property
     {
-        const char *key;
+        QStringView key;
         QString SerialDevice::*value;
     };
     static constexpr Property kProperties[] = {
-        {"IOCalloutDevice", &SerialDevice::calloutDevice},
-        {"IODialinDevice", &SerialDevice::dialinDevice},
-        {"IOTTYDevice", &SerialDevice::ttyDevice},
-        {"IOTTYBaseName", &SerialDevice::ttyBaseName},
-        {"IOTTYSuffix", &SerialDevice::ttySuffix},
-        {"IOSerialBSDClientType", &SerialDevice::clientType},
+        {u"IOCalloutDevice", &SerialDevice::calloutDevice},
+        {u"IODialinDevice", &SerialDevice::dialinDevice},
+        {u"IOTTYDevice", &SerialDevice::ttyDevice},
+        {u"IOTTYBaseName", &SerialDevice::ttyBaseName},
+        {u"IOTTYSuffix", &SerialDevice::ttySuffix},
+        {u"IOSerialBSDClientType", &SerialDevice::clientType},
     };
     for (const Property &property : kProperties)
-        if (device && key == QLatin1String(property.key))
+        if (device && key == property.key)
             return (*device).*property.value;
     return {};
 }

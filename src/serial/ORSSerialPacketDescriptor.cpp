@@ -76,14 +76,15 @@ ORSSerialPacketDescriptor::packetMatchingAtEndOfBuffer(QByteArrayView buffer) co
     return length > 0 ? std::optional(buffer.last(length).toByteArray()) : std::nullopt;
 }
 
-// The number of bytes in the shortest packet of at least the given length at the buffer's end, 0
-// when there is none. What the evaluator would say of each tail is found without asking it where
-// the kind of packet allows.
+// The number of bytes in the shortest packet at the buffer's end, 0 when there is none. Only
+// lengths from leastLength on are looked at; with an expression, whose least length is 1, all are.
+// What the evaluator would say of each tail is found without asking it where the kind of packet
+// allows.
 qsizetype ORSSerialPacketDescriptor::lengthOfPacketAtEnd(QByteArrayView buffer,
                                                          qsizetype leastLength) const
 {
     if (m_expression)
-        return m_expression->lengthOfPacketAtEnd(buffer, leastLength);
+        return m_expression->lengthOfPacketAtEnd(buffer);
     if (m_packetData)
         return m_packetData->size() >= leastLength && buffer.endsWith(*m_packetData)
                    ? m_packetData->size()
@@ -101,11 +102,11 @@ qsizetype ORSSerialPacketDescriptor::lengthByPrefixAndSuffix(QByteArrayView buff
     const qsizetype least = std::max({leastLength, prefix.size(), suffix.size()});
     if (buffer.size() < least || !buffer.endsWith(suffix))
         return 0;
-    // The shortest packet begins at the last place that still leaves it the least length.
-    const QByteArrayView places = buffer.chopped(least - prefix.size());
-    const auto found = std::find_end(places.begin(), places.end(), prefix.begin(), prefix.end());
-    const bool isMissing = found == places.end() && !prefix.isEmpty();
-    return isMissing ? 0 : buffer.size() - (found - places.begin());
+    // The shortest packet begins at the last prefix that leaves it the least length.
+    const QByteArrayView range = buffer.chopped(least - prefix.size());
+    const auto found = std::find_end(range.begin(), range.end(), prefix.begin(), prefix.end());
+    const bool isMissing = found == range.end() && !prefix.isEmpty();
+    return isMissing ? 0 : buffer.size() - (found - range.begin());
 }
 
 qsizetype ORSSerialPacketDescriptor::lengthByEvaluator(QByteArrayView buffer,

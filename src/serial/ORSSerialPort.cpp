@@ -2,17 +2,14 @@
 
 #include "serial/LivePorts.h"
 #include "serial/ORSSerialPort_p.h"
-
-#include <QLoggingCategory>
+#include "serial/SerialLog.h"
 
 using vorn::SerialDeviceHandle;
 
 namespace {
 
-Q_LOGGING_CATEGORY(logSerial, "vorn.serial")
-
-// The methods below that may call the delegate or tell observers hold on to `d` and do not touch
-// the port afterwards: whoever hears of the event may let go of the port.
+// The methods below that may call the delegate or emit signals keep a copy of `d` and do not touch
+// the port afterwards: the receiver may release the port.
 
 // The last owner of a port may be a background job, but a port dies on the main thread.
 struct MainThreadDeleter
@@ -80,8 +77,9 @@ void ORSSerialPort::cleanupAfterSystemRemoval()
 
 void ORSSerialPort::cleanup()
 {
-    qCWarning(logSerial, "WARNING: Cleanup is deprecated and was never intended to be called "
-                         "publicly. You should update your code to avoid calling this method.");
+    qCWarning(vorn::logSerial,
+              "WARNING: Cleanup is deprecated and was never intended to be called "
+              "publicly. You should update your code to avoid calling this method.");
     cleanupAfterSystemRemoval();
 }
 

@@ -112,10 +112,11 @@ public:
     void stopListeningForPacketsMatchingDescriptor(const ORSSerialPacketDescriptorPtr &descriptor);
     QList<ORSSerialPacketDescriptorPtr> packetDescriptors() const;
 
-    // Sets the receiver of all events, held weakly; null for none. To be destroyed on the main
+    // Sets the receiver of all events, held weakly; null for none. To be given by a pointer to its
+    // own class, which tells the methods that it implements, and to be destroyed on the main
     // thread.
     template <std::derived_from<ORSSerialPortDelegate> Delegate>
-    void setDelegate(Delegate *delegate)
+    requires(!std::is_abstract_v<Delegate>) void setDelegate(Delegate *delegate)
     {
         setDelegate(delegate, ORSSerialPortDelegate::implementedBy<Delegate>());
     }

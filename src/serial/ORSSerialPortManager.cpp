@@ -3,8 +3,7 @@
 #include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
 #include "serial/LivePorts.h"
-
-#include <QLoggingCategory>
+#include "serial/SerialLog.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -14,8 +13,6 @@ using vorn::NotificationCenter;
 using vorn::SerialDeviceRegistry;
 
 namespace {
-
-Q_LOGGING_CATEGORY(logManager, "vorn.serial")
 
 bool containsEqual(const ORSSerialPortList &ports, const ORSSerialPort &port)
 {
@@ -54,15 +51,13 @@ ORSSerialPortManager::ORSSerialPortManager()
 void ORSSerialPortManager::retrieveAvailablePortsAndRegisterForChangeNotifications()
 {
     SerialDeviceRegistry &registry = SerialDeviceRegistry::system();
-    if (!registry.watchPublished(
-            [this](const auto &devices) { serialPortsWerePublished(devices); }))
+    if (!registry.watch(*this))
         return;
     ORSSerialPortList ports;
     for (const vorn::SerialDeviceHandle &device : registry.devices())
         if (const ORSSerialPortPtr port = ORSSerialPort::serialPortWithDevice(device))
             ports.append(port);
     setAvailablePorts(ports);
-    registry.watchTerminated([this](const auto &devices) { serialPortsWereTerminated(devices); });
 }
 
 void ORSSerialPortManager::registerForNotifications()
@@ -74,7 +69,7 @@ void ORSSerialPortManager::registerForNotifications()
         manager.setAvailablePorts({});
     });
     if (result != 0) {
-        qCWarning(logManager,
+        qCWarning(vorn::logSerial,
                   "ORSSerialPort was unable to register its termination handler for serial port "
                   "cleanup: %i",
                   errno);

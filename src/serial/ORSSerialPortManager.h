@@ -22,7 +22,7 @@ inline const QString ORSDisconnectedSerialPortsKey =
 
 // The process's list of the serial devices that are present, kept current as they come and go. Main
 // thread only. At the process's end, open ports are closed and their lines put back.
-class ORSSerialPortManager : public QObject
+class ORSSerialPortManager : public QObject, private vorn::SerialDeviceRegistry::Observer
 {
     Q_OBJECT
     Q_PROPERTY(ORSSerialPortList availablePorts READ availablePorts WRITE setAvailablePorts NOTIFY
@@ -37,10 +37,6 @@ public:
     void setAvailablePorts(const ORSSerialPortList &ports);
     ORSSerialPortList portsToReopenAfterSleep() const { return m_portsToReopenAfterSleep; }
 
-    // Event handlers of the device registry.
-    void serialPortsWerePublished(const vorn::SerialDeviceRegistry::Devices &devices);
-    void serialPortsWereTerminated(const vorn::SerialDeviceRegistry::Devices &devices);
-
     // To be called when the system goes to sleep and after it woke: open ports are closed and
     // opened again, in the order in which they were closed.
     void systemWillSleep();
@@ -51,6 +47,8 @@ signals:
 
 private:
     ORSSerialPortManager();
+    void serialPortsWerePublished(const vorn::SerialDeviceRegistry::Devices &devices) override;
+    void serialPortsWereTerminated(const vorn::SerialDeviceRegistry::Devices &devices) override;
     void retrieveAvailablePortsAndRegisterForChangeNotifications();
     void registerForNotifications();
 

@@ -47,6 +47,16 @@ int ORSSerialPortPrivate::openTerminalAtPath()
     auto opened = std::make_shared<SerialTerminal>();
     if (const int error = opened->open(path); error != 0)
         return error;
+    // First of all, since nobody is to hear of a port that then has no thread.
+    const bool isServed = vorn::GlobalQueue::instance().post([self = shared_from_this(), opened] {
+        // Held by the opener until the line is set and all is told that comes before its data.
+        std::unique_lock(self->opening).unlock();
+        vorn::PortLoop(self, opened).run();
+    });
+    if (!isServed) {
+        opened->close(false);
+        return EAGAIN;
+    }
     {
         const std::lock_guard lock(terminalMutex);
         terminal = opened;
@@ -58,11 +68,6 @@ int ORSSerialPortPrivate::openTerminalAtPath()
     postToDelegate([](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
         receiver.serialPortWasOpened(itsPort);
     });
-    const bool isServed = vorn::GlobalQueue::instance().post(
-        [self = shared_from_this(), opened] { vorn::PortLoop(self, opened).run(); });
-    // At the process's end, when no background thread is left to read and close.
-    if (!isServed)
-        terminalWasClosed(opened->close(false));
     return 0;
 }
 
@@ -177,7 +182,7 @@ void ORSSerialPortPrivate::receiveData(const QByteArray &bytes)
 {
     MainQueue::instance().post([self = shared_from_this(), bytes] { self->deliverData(bytes); });
     // With nobody to match for, no byte needs the walk.
-    if (packetListeners.isEmpty() && !requests.isInUse())
+    if (packetListeners.isEmpty() && requests.isEmpty())
         return;
     requestHandlingQueue.post(
         [self = shared_from_this(), bytes] { self->matchReceivedData(bytes); });
@@ -222,17 +227,24 @@ void ORSSerialPortPrivate::terminalWasClosed(int error)
         notifyDelegateOfPosixError(error);
         return;
     }
+    quint64 newestRequest = 0;
     {
         const std::scoped_lock lock(opening, terminalMutex);
+        newestRequest = requests.newestNumber();
         terminal.reset();
         fileDescriptor = 0;
     }
     emitOnMain(&ORSSerialPort::fileDescriptorChanged);
-    if (implemented().wasClosed) {
+    // Only a delegate that hears of the close loses its requests by it, and only those that were
+    // there by then.
+    if (!implemented().wasClosed)
+        return;
+    MainQueue::instance().postAndWait([&] {
         callDelegateAndWait([](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
             receiver.serialPortWasClosed(itsPort);
         });
-        // Only a delegate that hears of the close loses its requests by it.
-        requestHandlingQueue.post([self = shared_from_this()] { self->requests.reset(); });
-    }
+        requestHandlingQueue.post([self = shared_from_this(), newestRequest] {
+            self->requests.forgetUpTo(newestRequest);
+        });
+    });
 }

@@ -18,7 +18,7 @@ bool store(ORSSerialPortPrivate &d, Value vorn::LineSettings::*field, Value valu
     return std::exchange(d.settings.*field, value) != value;
 }
 
-// Those below hold on to what they work on: whoever hears of the event may let go of the port.
+// The functions below keep what they work on alive: the receiver of an event may release the port.
 
 template <typename Value>
 void storeAndApply(const std::shared_ptr<ORSSerialPortPrivate> &of,

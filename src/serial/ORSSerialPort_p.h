@@ -14,8 +14,8 @@
 #include <mutex>
 #include <vector>
 
-// What a port's background jobs work on. They share its ownership, so it outlives them also when
-// the port object is gone by then.
+// The state of a port that its background jobs share. They own it too, so it outlives the port
+// object while one of them runs.
 class ORSSerialPortPrivate final : public std::enable_shared_from_this<ORSSerialPortPrivate>,
                                    public vorn::RequestQueueHost
 {
@@ -62,7 +62,7 @@ public:
     void terminalWasClosed(int error);
 
     // vorn::RequestQueueHost
-    std::weak_ptr<const void> lifetime() override { return weak_from_this(); }
+    vorn::Lifetime::Token lifetime() override { return weak_from_this(); }
     bool writeRequest(QByteArrayView data) override { return sendData(data); }
     void requestWasAnswered(const ORSSerialRequestPtr &request,
                             const QByteArray &response) override;
@@ -85,17 +85,15 @@ public:
     vorn::LineSettings settings;
     bool rts = false;
     bool dtr = false;
-    // Held while the line or the output lines are set, so that the latest wish is the last one set.
+    // Held while the line or the output lines are set, so that the latest values are set last.
     std::mutex lineMutex;
     std::mutex modemLinesMutex;
     std::atomic<bool> cts = false;
     std::atomic<bool> dsr = false;
     std::atomic<bool> dcd = false;
-    // The input lines (TIOCM_*) as the port's thread, which alone uses this, saw them last.
-    int polledLines = 0;
 
-    // Held while the port turns from closed to open or back, so that nobody acts on half of it;
-    // recursive, since a delegate that hears of a failure may try again at once.
+    // Held while the port opens or turns closed, so that nobody sees a half-opened port; recursive,
+    // since a delegate that is told of a failure may try again at once.
     std::recursive_mutex opening;
     mutable std::mutex terminalMutex;
     std::shared_ptr<vorn::SerialTerminal> terminal;

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr quint64 NoLimit = std::numeric_limits<qint64>::max();
+constexpr quint64 kNoLimit = std::numeric_limits<qint64>::max();
 
 // Bytes as hexadecimal words: "<f401af00 07>".
 QString dataDescription(const QByteArray &data)
@@ -46,7 +46,7 @@ ORSSerialRequest::ORSSerialRequest(QByteArray dataToSend, QVariant userInfo,
                                    ORSSerialPacketDescriptor::Evaluator responseEvaluator)
     : ORSSerialRequest(std::move(dataToSend), std::move(userInfo), timeoutInterval,
                        std::make_shared<const ORSSerialPacketDescriptor>(
-                           NoLimit, QVariant(), std::move(responseEvaluator)))
+                           kNoLimit, QVariant(), std::move(responseEvaluator)))
 {
 }
 

@@ -11,7 +11,7 @@
 #include <memory>
 
 class ORSSerialRequest;
-// A request is one object for all who handle it: shared, and the same only when identical.
+// Shared by the caller, the port and its delegate; compared by identity.
 using ORSSerialRequestPtr = std::shared_ptr<ORSSerialRequest>;
 
 // Bytes to send and what the answer to them looks like. Not to be changed while a port handles it.

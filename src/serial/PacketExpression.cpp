@@ -1,8 +1,5 @@
 #include "serial/PacketExpression.h"
 
-#include "serial/PatternAutomaton.h"
-#include "serial/PatternReader.h"
-
 #include <QChar>
 #include <QVarLengthArray>
 
@@ -12,16 +9,14 @@ namespace vorn {
 
 namespace {
 
-constexpr qsizetype LongestCharacter = 4; // bytes, in UTF-8
-constexpr std::size_t AsciiEnd = 0x80;
-constexpr std::size_t ContinuationEnd = 0xC0;
+constexpr qsizetype kLongestCharacter = 4; // bytes, in UTF-8
 
 bool isContinuation(char byte)
 {
     return (static_cast<uchar>(byte) & 0xC0) == 0x80;
 }
 
-// The text of a buffer's tails, decoded from the end on, no further than is asked for.
+// The text at a buffer's end, decoded backwards.
 class TailText
 {
 public:
@@ -30,7 +25,8 @@ public:
     {
     }
 
-    // Decodes what lies between the given place and what is decoded. False when that is not text.
+    // Decodes back to the given index. False when the bytes from there on are not UTF-8; decoded()
+    // is then the longest tail that is.
     bool decodeFrom(qsizetype start)
     {
         while (m_rest.size() > start)
@@ -43,16 +39,19 @@ public:
 private:
     bool decodeCharacter()
     {
-        const qsizetype most = std::min(m_rest.size(), LongestCharacter);
+        if (const auto last = static_cast<uchar>(m_rest.back()); last < 0x80) {
+            *--m_begin = last;
+            m_rest.chop(1);
+            return true;
+        }
+        const qsizetype most = std::min(m_rest.size(), kLongestCharacter);
         qsizetype length = 1;
         while (length < most && isContinuation(m_rest[m_rest.size() - length]))
             ++length;
         const QByteArrayView bytes = m_rest.last(length);
-        const auto lead = static_cast<uchar>(bytes.front());
-        const bool isAscii = length == 1 && lead < AsciiEnd;
-        if (!isAscii && !bytes.isValidUtf8())
+        if (!bytes.isValidUtf8())
             return false;
-        char32_t code = isAscii ? lead : lead & (0x7FU >> length);
+        char32_t code = static_cast<uchar>(bytes.front()) & (0x7FU >> length);
         for (const char byte : bytes.sliced(1))
             code = code << 6 | (static_cast<uchar>(byte) & 0x3FU);
         if (QChar::requiresSurrogates(code)) {
@@ -70,55 +69,70 @@ private:
     char16_t *m_begin;
 };
 
-// Of all constructs, a line's start behind a line's end is the only one of which a partial match
-// does not tell that more text may bring it.
-bool hasLineStarts(const QRegularExpression &expression)
+// Whether nothing in the pattern can depend on what stands before a match: no look-behind, \b, \B,
+// \A, \G, \K, \X or [[:<:]], and a '^' at the start only. What might hide one of these (\Q, \c,
+// verbs, options, references to the whole pattern) is refused, too. So is a positive look-ahead
+// unless the pattern begins with a plain character: when the engine (PCRE2 10.42) takes the first
+// character from a look-ahead, it may overlook a match.
+bool looksOnlyAhead(const QRegularExpression &expression)
 {
-    static const QRegularExpression inlineOption(QStringLiteral("\\(\\?[\\^a-zA-Z-]*m"));
-    return expression.patternOptions().testFlag(QRegularExpression::MultilineOption) ||
-           expression.pattern().contains(inlineOption);
+    constexpr QRegularExpression::PatternOptions kRefused =
+        QRegularExpression::MultilineOption | QRegularExpression::ExtendedPatternSyntaxOption;
+    static const QRegularExpression harmless(
+        QStringLiteral(R"(\A\^?(?![*+?{]))" // a repeated '^' cannot be left out
+                       R"((?:(?=[^\\([.$|][^*+?{])|(?!.*\(\?=)))"
+                       R"((?:[^\\([^]|\\[^bBAGKXQEcg]|\[\^?(?!:[<>]))"
+                       R"(|\((?!\*|\?(?:<[=!]|[\^0a-zA-Z-])))*+\z)"),
+        QRegularExpression::DotMatchesEverythingOption);
+    return !(expression.patternOptions() & kRefused) &&
+           harmless.match(expression.pattern()).hasMatch();
 }
 
-bool mayBeginWith(const QRegularExpression &expression, char character)
+// The expression for searching a whole text. A leading '^' holds at the start of every tail, so it
+// is left out. Without the engine's JIT compiler, which overlooks some matches (PCRE2 10.42).
+QRegularExpression searchFor(const QRegularExpression &expression)
 {
-    const auto match = expression.match(QString(QLatin1Char(character)), 0,
-                                        QRegularExpression::PartialPreferCompleteMatch,
-                                        QRegularExpression::AnchorAtOffsetMatchOption);
-    // No partial match: nothing that could follow the character makes it a match.
-    return match.hasMatch() || match.hasPartialMatch() || !match.isValid();
+    const QString pattern = expression.pattern();
+    return QRegularExpression(QStringLiteral("(*NO_JIT)") + pattern.mid(pattern.startsWith(u'^')),
+                              expression.patternOptions());
 }
 
 } // namespace
 
 PacketExpression::PacketExpression(const QRegularExpression &expression)
     : m_expression(expression), m_isValid(expression.isValid()),
-      m_automaton(m_isValid ? PatternReader::read(expression) : nullptr)
+      m_isSearchable(m_isValid && looksOnlyAhead(expression)), m_search(searchFor(expression))
 {
-    if (!m_isValid)
-        return;
-    const bool mayBeginAnyhow = hasLineStarts(m_expression);
-    for (std::size_t byte = 0; byte < AsciiEnd; ++byte)
-        m_firstBytes[byte] = mayBeginAnyhow || mayBeginWith(m_expression, static_cast<char>(byte));
-    // A tail that begins inside a character is not text; of other characters little is known.
-    for (std::size_t byte = ContinuationEnd; byte < m_firstBytes.size(); ++byte)
-        m_firstBytes.set(byte);
 }
 
 bool PacketExpression::accepts(QByteArrayView packet) const
 {
-    return packet.isEmpty() ? matchesAtStart(u"") : lengthOfPacketAtEnd(packet, packet.size()) > 0;
+    TailText text(packet);
+    return text.decodeFrom(0) && matchesAtStart(text.decoded());
 }
 
-qsizetype PacketExpression::lengthOfPacketAtEnd(QByteArrayView buffer, qsizetype leastLength) const
+// An expression that only looks ahead matches at the start of some tail if and only if it matches
+// anywhere in the longest tail. So most bytes cost one search, and the tails are tried only when
+// there is a packet.
+qsizetype PacketExpression::lengthOfPacketAtEnd(QByteArrayView buffer) const
 {
-    TailText text(buffer);
-    for (qsizetype start = buffer.size() - leastLength; start >= 0; --start) {
-        if (!m_firstBytes[static_cast<uchar>(buffer[start])])
+    if (m_isSearchable) {
+        TailText longest(buffer);
+        longest.decodeFrom(0);
+        const auto match = m_search.match(longest.decoded(), 0, QRegularExpression::NormalMatch,
+                                          QRegularExpression::DontCheckSubjectStringMatchOption);
+        // A match that is not valid ran into one of the engine's limits and tells nothing.
+        if (match.isValid() && !match.hasMatch())
+            return 0;
+    }
+    TailText tail(buffer);
+    for (qsizetype start = buffer.size() - 1; start >= 0; --start) {
+        if (isContinuation(buffer[start]))
             continue;
         // A longer tail than one that holds a wrong byte holds it, too.
-        if (!text.decodeFrom(start))
+        if (!tail.decodeFrom(start))
             return 0;
-        if (matchesAtStart(text.decoded()))
+        if (matchesAtStart(tail.decoded()))
             return buffer.size() - start;
     }
     return 0;

@@ -1,7 +1,5 @@
 #include "serial/PacketMatcher.h"
 
-#include "serial/PacketExpression.h"
-
 #include <utility>
 
 namespace vorn {
@@ -9,19 +7,17 @@ namespace vorn {
 PacketMatcher::PacketMatcher(ORSSerialPacketDescriptorPtr descriptor)
     : m_descriptor(std::move(descriptor)), m_buffer(m_descriptor->maximumPacketLength())
 {
-    if (m_descriptor->m_expression && m_descriptor->m_expression->automaton())
-        m_run.emplace(m_descriptor->m_expression->automaton());
 }
 
 std::optional<QByteArray> PacketMatcher::append(char byte)
 {
     m_buffer.appendData({&byte, 1});
     const QByteArrayView buffer = m_buffer.data();
-    const qint64 leastLength = leastLengthWith(byte);
-    // One that is longer than the buffer began with bytes that are gone.
-    if (leastLength == 0 || leastLength > buffer.size())
+    const qint64 least = leastLength();
+    // A packet longer than the buffer has lost its first bytes.
+    if (least == 0 || least > buffer.size())
         return std::nullopt;
-    const qsizetype length = m_descriptor->lengthOfPacketAtEnd(buffer, leastLength);
+    const qsizetype length = m_descriptor->lengthOfPacketAtEnd(buffer, least);
     if (length == 0)
         return std::nullopt;
     QByteArray packet = buffer.last(length).toByteArray();
@@ -29,10 +25,8 @@ std::optional<QByteArray> PacketMatcher::append(char byte)
     return packet;
 }
 
-qint64 PacketMatcher::leastLengthWith(char byte)
+qint64 PacketMatcher::leastLength()
 {
-    if (m_run)
-        return m_run->append(byte);
     const auto &prefix = m_descriptor->prefix();
     if (!prefix || prefix->isEmpty())
         return 1;
@@ -46,8 +40,6 @@ qint64 PacketMatcher::leastLengthWith(char byte)
 void PacketMatcher::clear()
 {
     m_buffer.clearBuffer();
-    if (m_run)
-        m_run->reset();
     m_sincePrefix = 0;
 }
 

@@ -2,7 +2,6 @@
 
 #include "serial/ORSSerialBuffer.h"
 #include "serial/ORSSerialPacketDescriptor.h"
-#include "serial/PatternRun.h"
 
 #include <QByteArray>
 
@@ -10,11 +9,8 @@
 
 namespace vorn {
 
-// Finds a descriptor's packets in a stream of bytes. The answers are those of the descriptor's
-// packetMatchingAtEndOfBuffer() on the newest bytes, in a time that does not grow with their
-// number: what came before tells whether a packet can end with a byte at all. Two kinds are tried
-// at every length instead: evaluators, and expressions with constructs that PatternReader does not
-// know.
+// Finds a descriptor's packets in a stream of bytes: after each byte what the descriptor's
+// packetMatchingAtEndOfBuffer() finds in the newest bytes.
 //
 // One owner, one thread at a time.
 class PacketMatcher
@@ -31,12 +27,11 @@ public:
     const ORSSerialBuffer &buffer() const { return m_buffer; }
 
 private:
-    // The least length of a packet that ends with the newest byte, 0 when there is none.
-    qint64 leastLengthWith(char byte);
+    // No packet that ends with the newest byte is shorter; 0 when none ends there.
+    qint64 leastLength();
 
     ORSSerialPacketDescriptorPtr m_descriptor;
     ORSSerialBuffer m_buffer;
-    std::optional<PatternRun> m_run;
     // Bytes since the newest prefix began, 0 when there was none.
     qint64 m_sincePrefix = 0;
 };

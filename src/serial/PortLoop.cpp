@@ -1,5 +1,8 @@
 #include "serial/PortLoop.h"
 
+#include "platform/ThreadName.h"
+#include "serial/PinPoll.h"
+
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -7,11 +10,13 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 
 namespace vorn {
 namespace {
 
-constexpr std::chrono::milliseconds kPinPollInterval{10};
+using Clock = std::chrono::steady_clock;
+
 // A read of at least this much means a flood: more is on its way.
 constexpr ssize_t kFlood = 1024;
 // What is read in a flood before the main thread hears of it, since waking it costs more than the
@@ -19,19 +24,6 @@ constexpr ssize_t kFlood = 1024;
 constexpr std::size_t kReadSize = 98304;
 // The kernel mostly refills its 4 KiB in less.
 constexpr std::chrono::microseconds kRefillTime{50};
-
-struct InputPin
-{
-    int mask;
-    std::atomic<bool> ORSSerialPortPrivate::*state;
-    void (ORSSerialPort::*changed)();
-};
-// In the order in which their changes are told.
-constexpr std::array kInputPins{
-    InputPin{TIOCM_CTS, &ORSSerialPortPrivate::cts, &ORSSerialPort::CTSChanged},
-    InputPin{TIOCM_DSR, &ORSSerialPortPrivate::dsr, &ORSSerialPort::DSRChanged},
-    InputPin{TIOCM_CAR, &ORSSerialPortPrivate::dcd, &ORSSerialPort::DCDChanged},
-};
 
 } // namespace
 
@@ -43,34 +35,26 @@ PortLoop::PortLoop(std::shared_ptr<ORSSerialPortPrivate> port,
 
 void PortLoop::run()
 {
-    while (!m_terminal->isCloseRequested()) {
-        if (const int error = waitAndHandle(); error != 0) {
-            deviceIsGone(error);
-            return;
-        }
-    }
-    m_port->terminalWasClosed(m_terminal->close(false));
+    const ThreadName name("port " + m_port->path.section(u'/', -1).toStdString());
+    std::make_shared<PinPoll>(m_port, m_terminal)->start();
+    int error = 0;
+    while (error == 0 && !m_terminal->isCloseRequested())
+        error = waitAndRead();
+    if (error == 0)
+        error = m_terminal->goneError();
+    if (error != 0)
+        deviceIsGone(error);
+    else
+        m_port->terminalWasClosed(m_terminal->close(false));
 }
 
-int PortLoop::millisecondsToPinPoll() const
-{
-    if (!m_pollsPins)
-        return -1;
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_nextPinPoll - Clock::now());
-    return static_cast<int>(std::max<std::int64_t>(left.count(), 0));
-}
-
-int PortLoop::waitAndHandle()
+int PortLoop::waitAndRead()
 {
     std::array<pollfd, 2> waiting{
         {{m_terminal->descriptor(), POLLIN, 0}, {m_terminal->closeEvent(), POLLIN, 0}}};
-    ::poll(waiting.data(), waiting.size(), millisecondsToPinPoll());
-    if (waiting[1].revents != 0)
-        return 0;
-    int error = waiting[0].revents != 0 ? readWhatIsThere() : 0;
-    if (error == 0 && m_pollsPins && Clock::now() >= m_nextPinPoll)
-        error = pollPins();
-    return error;
+    ::poll(waiting.data(), waiting.size(), -1);
+    const bool hasNews = waiting[1].revents == 0 && waiting[0].revents != 0;
+    return hasNews ? readWhatIsThere() : 0;
 }
 
 int PortLoop::readWhatIsThere()
@@ -105,37 +89,6 @@ bool PortLoop::isRefilled() const
         if (Clock::now() >= deadline)
             return false;
     return waiting >= kFlood;
-}
-
-int PortLoop::pollPins()
-{
-    m_nextPinPoll = Clock::now() + kPinPollInterval;
-    int error = 0;
-    const std::optional<int> lines = m_terminal->modemLines(error);
-    if (lines) {
-        updatePins(*lines);
-        return 0;
-    }
-    if (meansDeviceGone(error))
-        return error;
-    m_pollsPins = !meansNoModemLines(error);
-    m_port->notifyOfModemLineError(*m_terminal, error);
-    return 0;
-}
-
-// Not waited for, though the change happens on the main thread: while that one is busy, the bytes
-// that arrive here must still be read before the kernel's buffer is full.
-void PortLoop::updatePins(int lines)
-{
-    const int changedLines = std::exchange(m_port->polledLines, lines) ^ lines;
-    for (const InputPin &pin : kInputPins) {
-        if (!(changedLines & pin.mask))
-            continue;
-        MainQueue::instance().post([port = m_port, pin, isOn = (lines & pin.mask) != 0] {
-            (*port).*pin.state = isOn;
-            port->emitOnMain(pin.changed);
-        });
-    }
 }
 
 void PortLoop::deviceIsGone(int error)

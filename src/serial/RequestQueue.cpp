@@ -5,7 +5,7 @@
 namespace vorn {
 namespace {
 
-// Longer than any device is waited for, and far below what a clock's count can hold.
+// Far below what a clock's count can hold.
 constexpr ORSSerialRequest::TimeInterval kLongestTimeout{365.0 * 24 * 3600};
 
 } // namespace
@@ -13,94 +13,89 @@ constexpr ORSSerialRequest::TimeInterval kLongestTimeout{365.0 * 24 * 3600};
 ORSSerialRequestPtr RequestQueue::pendingRequest() const
 {
     const std::lock_guard lock(m_mutex);
-    return m_pendingRequest;
+    return m_pendingRequest.request;
 }
 
 QList<ORSSerialRequestPtr> RequestQueue::queuedRequests() const
 {
     const std::lock_guard lock(m_mutex);
-    return m_requestsQueue;
+    QList<ORSSerialRequestPtr> requests;
+    for (const Numbered &queued : m_requestsQueue)
+        requests.append(queued.request);
+    return requests;
 }
 
-bool RequestQueue::isInUse() const
+bool RequestQueue::isEmpty() const
 {
     const std::lock_guard lock(m_mutex);
-    return m_isInUse;
+    return !m_pendingRequest.request && m_requestsQueue.isEmpty();
+}
+
+quint64 RequestQueue::newestNumber() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_newestNumber;
 }
 
 bool RequestQueue::reallySendRequest(const ORSSerialRequestPtr &request)
 {
-    if (m_pendingRequest) {
-        insertObjectInRequestsQueueAtIndex(request, m_requestsQueue.size());
+    const Numbered numbered = [&] {
+        const std::lock_guard lock(m_mutex);
+        return Numbered{request, ++m_newestNumber};
+    }();
+    if (m_pendingRequest.request) {
+        insertObjectInRequestsQueueAtIndex(numbered, m_requestsQueue.size());
         return true;
     }
-    const bool written = startRequest(request);
-    finishUnanswerable(written);
+    setPendingRequest(numbered);
+    const bool written = startPendingRequest();
+    if (written && !request->responseDescriptor())
+        sendNextRequest();
     return written;
 }
 
-bool RequestQueue::startRequest(const ORSSerialRequestPtr &request)
+bool RequestQueue::startPendingRequest()
 {
+    const ORSSerialRequest &request = *m_pendingRequest.request;
     m_requestResponseReceiveBuffer.reset();
-    if (request->responseDescriptor())
-        m_requestResponseReceiveBuffer.emplace(request->responseDescriptor());
-    setPendingRequest(request, true);
-    if (request->timeoutInterval() > ORSSerialRequest::TimeInterval::zero())
-        startTimer(request->timeoutInterval());
-    return m_host.writeRequest(request->dataToSend());
-}
-
-// A written request that expects no answer is done with, and so are those like it behind it. In a
-// loop, since there may be any number of them.
-void RequestQueue::finishUnanswerable(bool written)
-{
-    while (written && m_pendingRequest && !m_pendingRequest->responseDescriptor()) {
-        if (m_requestsQueue.isEmpty()) {
-            setPendingRequest(nullptr, false);
-            return;
-        }
-        written = startRequest(takeNextRequest());
+    if (request.responseDescriptor())
+        m_requestResponseReceiveBuffer.emplace(request.responseDescriptor());
+    if (request.timeoutInterval() > ORSSerialRequest::TimeInterval::zero()) {
+        const auto delay = std::chrono::duration_cast<std::chrono::nanoseconds>(
+            std::min(request.timeoutInterval(), kLongestTimeout));
+        m_pendingRequestTimeoutTimer =
+            std::make_unique<QueueTimer>(m_queue, delay, [this, life = m_host.lifetime()] {
+                if (const auto alive = life.lock())
+                    pendingRequestDidTimeout();
+            });
     }
+    return m_host.writeRequest(request.dataToSend());
 }
 
 void RequestQueue::checkResponseToPendingRequestAndContinueIfValidWithReceivedByte(char byte)
 {
-    if (!m_pendingRequest || !m_requestResponseReceiveBuffer)
+    if (!m_pendingRequest.request || !m_requestResponseReceiveBuffer)
         return;
     const std::optional<QByteArray> response = m_requestResponseReceiveBuffer->append(byte);
     if (!response)
         return;
     m_pendingRequestTimeoutTimer.reset();
     if (!response->isEmpty())
-        m_host.requestWasAnswered(m_pendingRequest, *response);
+        m_host.requestWasAnswered(m_pendingRequest.request, *response);
     sendNextRequest();
 }
 
+// In a loop, since any number of the next ones may expect no answer: these are finished once they
+// are written.
 void RequestQueue::sendNextRequest()
 {
-    if (m_requestsQueue.isEmpty())
-        setPendingRequest(nullptr, false);
-    else
-        finishUnanswerable(startRequest(takeNextRequest()));
-}
-
-ORSSerialRequestPtr RequestQueue::takeNextRequest()
-{
-    ORSSerialRequestPtr next = m_requestsQueue.constFirst();
-    setPendingRequest(nullptr, true);
-    removeObjectFromRequestsQueueAtIndex(0);
-    return next;
-}
-
-void RequestQueue::startTimer(ORSSerialRequest::TimeInterval interval)
-{
-    const auto nanoseconds =
-        std::chrono::duration_cast<std::chrono::nanoseconds>(std::min(interval, kLongestTimeout));
-    m_pendingRequestTimeoutTimer =
-        std::make_unique<QueueTimer>(m_queue, nanoseconds, [this, life = m_host.lifetime()] {
-            if (const auto alive = life.lock())
-                pendingRequestDidTimeout();
-        });
+    while (!m_requestsQueue.isEmpty()) {
+        setPendingRequest(m_requestsQueue.constFirst());
+        removeObjectFromRequestsQueueAtIndex(0);
+        if (!startPendingRequest() || m_pendingRequest.request->responseDescriptor())
+            return;
+    }
+    setPendingRequest({});
 }
 
 void RequestQueue::pendingRequestDidTimeout()
@@ -110,7 +105,7 @@ void RequestQueue::pendingRequestDidTimeout()
         sendNextRequest();
         return;
     }
-    m_host.requestTimedOut(m_pendingRequest, [this, life = m_host.lifetime()] {
+    m_host.requestTimedOut(m_pendingRequest.request, [this, life = m_host.lifetime()] {
         const auto alive = life.lock();
         if (!alive)
             return;
@@ -123,11 +118,13 @@ void RequestQueue::pendingRequestDidTimeout()
 
 void RequestQueue::cancelQueuedRequest(const ORSSerialRequestPtr &request)
 {
-    if (request == m_pendingRequest)
+    if (request == m_pendingRequest.request)
         return;
-    const qsizetype index = m_requestsQueue.indexOf(request);
-    if (index >= 0)
-        removeObjectFromRequestsQueueAtIndex(index);
+    const auto found =
+        std::find_if(m_requestsQueue.cbegin(), m_requestsQueue.cend(),
+                     [&](const Numbered &queued) { return queued.request == request; });
+    if (found != m_requestsQueue.cend())
+        removeObjectFromRequestsQueueAtIndex(found - m_requestsQueue.cbegin());
 }
 
 void RequestQueue::cancelAllQueuedRequests()
@@ -135,24 +132,25 @@ void RequestQueue::cancelAllQueuedRequests()
     setRequestsQueue({});
 }
 
-void RequestQueue::reset()
+void RequestQueue::forgetUpTo(quint64 number)
 {
-    setRequestsQueue({});
-    setPendingRequest(nullptr, false);
+    QList<Numbered> left = m_requestsQueue;
+    left.removeIf([&](const Numbered &queued) { return queued.number <= number; });
+    setRequestsQueue(left);
+    if (m_pendingRequest.number <= number)
+        sendNextRequest();
 }
 
-void RequestQueue::setPendingRequest(const ORSSerialRequestPtr &request, bool isInUse)
+void RequestQueue::setPendingRequest(const Numbered &request)
 {
     {
         const std::lock_guard lock(m_mutex);
         m_pendingRequest = request;
-        m_isInUse = isInUse;
     }
     m_host.pendingRequestDidChange();
 }
 
-void RequestQueue::insertObjectInRequestsQueueAtIndex(const ORSSerialRequestPtr &request,
-                                                      qsizetype index)
+void RequestQueue::insertObjectInRequestsQueueAtIndex(const Numbered &request, qsizetype index)
 {
     {
         const std::lock_guard lock(m_mutex);
@@ -170,7 +168,7 @@ void RequestQueue::removeObjectFromRequestsQueueAtIndex(qsizetype index)
     m_host.requestsQueueDidChange();
 }
 
-void RequestQueue::setRequestsQueue(const QList<ORSSerialRequestPtr> &requests)
+void RequestQueue::setRequestsQueue(const QList<Numbered> &requests)
 {
     {
         const std::lock_guard lock(m_mutex);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Lifetime.h"
 #include "platform/SerialQueue.h"
 #include "serial/ORSSerialRequest.h"
 #include "serial/PacketMatcher.h"
@@ -18,8 +19,8 @@ namespace vorn {
 class RequestQueueHost
 {
 public:
-    // Gone when the host, and its queue, are.
-    virtual std::weak_ptr<const void> lifetime() = 0;
+    // Expires with the host and its queue.
+    virtual Lifetime::Token lifetime() = 0;
     // Writes the bytes; false when that failed.
     virtual bool writeRequest(QByteArrayView data) = 0;
     virtual void requestWasAnswered(const ORSSerialRequestPtr &request,
@@ -37,7 +38,7 @@ protected:
 };
 
 // A port's requests: at most one in flight, the pending one, and those that wait behind it, oldest
-// first. Everything but the three questions below happens on the port's request handling queue.
+// first. Everything but the questions below happens on the port's request handling queue.
 //
 // Only an answer stops the time-out's timer. A request that expects no answer leaves its timer
 // running: unless a later request replaces it, it ends whatever is pending when it fires. And a
@@ -52,9 +53,9 @@ public:
     // Any thread.
     ORSSerialRequestPtr pendingRequest() const;
     QList<ORSSerialRequestPtr> queuedRequests() const;
-    // From the start of a request until none is left, also between two of them: received bytes may
-    // count.
-    bool isInUse() const;
+    bool isEmpty() const;
+    // How many requests were accepted so far: the number of the newest.
+    quint64 newestNumber() const;
 
     // Sends the request when nothing is pending, else queues it. False when the write failed; the
     // request then stays pending until its time-out.
@@ -63,29 +64,33 @@ public:
     void cancelQueuedRequest(const ORSSerialRequestPtr &request);
     // Empties the queue; the pending request stays.
     void cancelAllQueuedRequests();
-    // Forgets the queued requests and the pending one, as at the end of a close.
-    void reset();
+    // Forgets the requests up to that number, pending or not; those behind them take their turn.
+    void forgetUpTo(quint64 number);
     // Gives one received byte to the pending request.
     void checkResponseToPendingRequestAndContinueIfValidWithReceivedByte(char byte);
 
 private:
-    bool startRequest(const ORSSerialRequestPtr &request);
-    void finishUnanswerable(bool written);
+    // A request may be sent again while it waits: its number tells one time from the other.
+    struct Numbered
+    {
+        ORSSerialRequestPtr request;
+        quint64 number = 0;
+    };
+
+    bool startPendingRequest();
     void sendNextRequest();
-    ORSSerialRequestPtr takeNextRequest();
     void pendingRequestDidTimeout();
-    void startTimer(ORSSerialRequest::TimeInterval interval);
-    void setPendingRequest(const ORSSerialRequestPtr &request, bool isInUse);
-    void insertObjectInRequestsQueueAtIndex(const ORSSerialRequestPtr &request, qsizetype index);
+    void setPendingRequest(const Numbered &request);
+    void insertObjectInRequestsQueueAtIndex(const Numbered &request, qsizetype index);
     void removeObjectFromRequestsQueueAtIndex(qsizetype index);
-    void setRequestsQueue(const QList<ORSSerialRequestPtr> &requests);
+    void setRequestsQueue(const QList<Numbered> &requests);
 
     SerialQueue &m_queue;
     RequestQueueHost &m_host;
-    mutable std::mutex m_mutex; // guards the three below against those who ask on other threads
-    ORSSerialRequestPtr m_pendingRequest;
-    QList<ORSSerialRequestPtr> m_requestsQueue;
-    bool m_isInUse = false;
+    mutable std::mutex m_mutex; // guards the three below against other threads' questions
+    Numbered m_pendingRequest;
+    QList<Numbered> m_requestsQueue;
+    quint64 m_newestNumber = 0;
     std::optional<PacketMatcher> m_requestResponseReceiveBuffer;
     std::unique_ptr<QueueTimer> m_pendingRequestTimeoutTimer;
 };

@@ -12,13 +12,15 @@
 
 #include <array>
 #include <cerrno>
+#include <limits>
 
 namespace vorn {
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// An adapter that takes nothing would hold the closing up for ever.
+// How long output may stand still: an adapter that takes nothing would hold the closing up for
+// ever.
 constexpr std::chrono::milliseconds kDrainLimit{1000};
 // There is no event for "all output has left"; this is how often it is asked for.
 constexpr int kDrainStepMs = 5;
@@ -146,11 +148,18 @@ void SerialTerminal::requestClose()
     m_closeEvent.set();
 }
 
-bool SerialTerminal::holdsOutput() const
+void SerialTerminal::requestCloseOfGoneDevice(int error)
+{
+    m_goneError = error;
+    requestClose();
+}
+
+// The bytes in the driver; 1 while only the adapter still sends.
+int SerialTerminal::outputLeft() const
 {
     int waiting = 0;
     if (::ioctl(m_fd.get(), TIOCOUTQ, &waiting) == 0 && waiting > 0)
-        return true;
+        return waiting;
     // The line gets another speed next, so the last byte must have left the adapter too; not every
     // driver can tell.
     unsigned transmitter = 0;
@@ -159,9 +168,14 @@ bool SerialTerminal::holdsOutput() const
 
 void SerialTerminal::waitForOutput()
 {
-    const auto deadline = Clock::now() + kDrainLimit;
-    while (holdsOutput()) {
-        if (Clock::now() >= deadline) {
+    int least = std::numeric_limits<int>::max();
+    Clock::time_point deadline;
+    while (const int left = outputLeft()) {
+        const auto now = Clock::now();
+        if (left < least) {
+            least = left;
+            deadline = now + kDrainLimit;
+        } else if (now >= deadline) {
             ::tcflush(m_fd.get(), TCOFLUSH);
             return;
         }

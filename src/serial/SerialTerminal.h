@@ -15,7 +15,7 @@
 
 namespace vorn {
 
-// True for the errors by which a terminal says that its device is gone.
+// True for the errors of a terminal whose device is gone.
 bool meansDeviceGone(int error);
 // True for the errors of a terminal that has no modem lines.
 bool meansNoModemLines(int error);
@@ -47,17 +47,21 @@ public:
     // Asks the thread that reads to close; wakes it and everybody who waits in writeAll().
     void requestClose();
     bool isCloseRequested() const { return m_closeRequested.load(); }
+    // The same because the device is gone, as a call said with this errno.
+    void requestCloseOfGoneDevice(int error);
+    // That errno; 0 as long as the device is there.
+    int goneError() const { return m_goneError.load(); }
     // Readable once closing was requested.
     int closeEvent() const { return m_closeEvent.descriptor(); }
 
-    // Puts the line back and closes the descriptor. Output gets at most a second to leave, and none
-    // when the device is gone. For the one thread that reads.
+    // Puts the line back and closes the descriptor. Output may leave as long as it moves, and for a
+    // second more; none is waited for when the device is gone. For the one thread that reads.
     int close(bool deviceIsGone);
 
 private:
     void lowerLatency();
     void waitForOutput();
-    bool holdsOutput() const;
+    int outputLeft() const;
     void restoreLine();
 
     // To be held while the descriptor is used; owns nothing once the terminal closes.
@@ -67,9 +71,10 @@ private:
     FileDescriptor m_fd;
     WakeEvent m_closeEvent;
     std::atomic<bool> m_closeRequested = false;
+    std::atomic<int> m_goneError = 0;
     std::atomic<bool> m_modemLinesMissing = false;
     // Held shared by everybody who uses the descriptor, and alone by the one who closes it. Users
-    // only ever try for it: closing may take a second, which nobody is to wait.
+    // only ever try for it: closing may take long, and nobody is to wait for that.
     std::shared_mutex m_use;
     // From the start of the closing on.
     std::atomic<bool> m_closing = false;

@@ -1,4 +1,5 @@
 #include "platform/DesktopNotifications.h"
+#include "platform/MessageBus.h"
 #include "platform/PowerEvents.h"
 #include "tests/support/Eventually.h"
 
@@ -7,6 +8,7 @@
 #include <QDBusPendingReply>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QLocalServer>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -180,6 +182,23 @@ TEST_F(DesktopTest, WithoutABusOrServiceNothingHappensAndNobodyWaits)
         notifications.deliver("c", "d"); // unanswered when its sender ends
     }
     EXPECT_FALSE(told);
+}
+
+TEST_F(DesktopTest, ABusThatAcceptsAndNeverAnswersIsLeftOut)
+{
+    const QByteArrayList variables{"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"};
+    const QByteArrayList before{qgetenv(variables[0]), qgetenv(variables[1])};
+    QLocalServer silent;
+    ASSERT_TRUE(silent.listen(m_directory.filePath("silent")));
+    qputenv(variables[0], "unix:path=" + silent.fullServerName().toUtf8() + ",guid=0a");
+    qputenv(variables[1], m_address.toUtf8());
+    disableSilentBuses(std::chrono::seconds(1));
+    EXPECT_EQ(qgetenv(variables[0]), "disabled:");
+    EXPECT_EQ(qgetenv(variables[1]), m_address.toUtf8());
+    EXPECT_FALSE(
+        QDBusConnection::connectToBus(QDBusConnection::SessionBus, "left out").isConnected());
+    for (qsizetype i = 0; i < variables.size(); ++i)
+        before[i].isNull() ? qunsetenv(variables[i]) : qputenv(variables[i], before[i]);
 }
 
 } // namespace

@@ -88,6 +88,10 @@ TEST_F(DirectoryDeviceRegistryTest, AReplacedEntryIsRemovedAndAdded)
     link(m_other, ".new");
     rename(".new", "dev"); // its terminal may be another one of the same number
     EXPECT_EQ(watcher.take(2), Batches({{"-dev"}, {"+dev"}}));
+    EXPECT_TRUE(QDir(m_directory.path()).mkdir(".elsewhere"));
+    rename("dev", ".elsewhere/dev"); // the same entry, out and in again
+    rename(".elsewhere/dev", "dev");
+    EXPECT_EQ(watcher.take(2), Batches({{"-dev"}, {"+dev"}}));
 }
 
 TEST_F(DirectoryDeviceRegistryTest, AllDevicesGoWithTheDirectory)
@@ -125,7 +129,12 @@ TEST_F(DirectoryDeviceRegistryTest, SeveralRegistriesAreOne)
     CombinedDeviceRegistry::Parts parts;
     for (const QString &part : {path("a"), path("missing"), path("b")})
         parts.push_back(std::make_unique<DirectoryDeviceRegistry>(part));
-    EXPECT_FALSE(parts.at(1)->watchPublished({}));
+    struct : SerialDeviceRegistry::Observer
+    {
+        void serialPortsWerePublished(const SerialDeviceRegistry::Devices &) override {}
+        void serialPortsWereTerminated(const SerialDeviceRegistry::Devices &) override {}
+    } nobody;
+    EXPECT_FALSE(parts.at(1)->watch(nobody));
     CombinedDeviceRegistry registry(std::move(parts));
     RegistryWatcher watcher(registry);
     link(m_terminal, "b/two");

@@ -111,36 +111,5 @@ TEST(SerialQueueTest, WhatWasPostedRunsAlsoWhenTheQueueIsGone)
     EXPECT_TRUE(ranAfterTheEnd.comes());
 }
 
-TEST(QueueTimerTest, ABusyQueueGetsOneCallForTheTicksThatItMissed)
-{
-    SerialQueue queue;
-    const Event release;
-    const Event recorded;
-    int calls = 0;
-    int callsWhileBusy = 0;
-    queue.post([=] { release.comes(); });
-    QueueTimer timer(queue, 1ms, [&] { ++calls; });
-    GlobalQueue::instance().postAfter(50ms, [&, release, recorded] {
-        queue.post([&, recorded] {
-            callsWhileBusy = calls;
-            recorded.set();
-        });
-        release.set();
-    });
-    EXPECT_TRUE(recorded.comes());
-    EXPECT_LE(callsWhileBusy, 1);
-    EXPECT_TRUE(eventually([&] {
-        bool goesOn = false;
-        queue.postAndWait([&] { goesOn = calls > callsWhileBusy + 2; });
-        return goesOn;
-    }));
-    queue.postAndWait([&] {
-        timer.cancel();
-        calls = 0;
-    });
-    runEventLoopFor(40ms);
-    queue.postAndWait([&] { EXPECT_EQ(calls, 0); });
-}
-
 } // namespace
 } // namespace vorn

@@ -21,14 +21,10 @@ inline QStringList namesOf(const SerialDeviceRegistry::Devices &devices)
 
 // Keeps what a registry told, batch by batch: "+name" for a device that appeared, "-name" for one
 // that was removed.
-class RegistryWatcher
+class RegistryWatcher : private SerialDeviceRegistry::Observer
 {
 public:
-    explicit RegistryWatcher(SerialDeviceRegistry &registry)
-    {
-        EXPECT_TRUE(registry.watchPublished([this](const auto &batch) { keep(u'+', batch); }));
-        EXPECT_TRUE(registry.watchTerminated([this](const auto &batch) { keep(u'-', batch); }));
-    }
+    explicit RegistryWatcher(SerialDeviceRegistry &registry) { EXPECT_TRUE(registry.watch(*this)); }
 
     // The batches that arrived once there are so many of them; all that came when there are not.
     std::vector<QStringList> take(std::size_t count)
@@ -40,6 +36,14 @@ public:
     const SerialDeviceRegistry::Devices &last() const { return m_last; }
 
 private:
+    void serialPortsWerePublished(const SerialDeviceRegistry::Devices &batch) override
+    {
+        keep(u'+', batch);
+    }
+    void serialPortsWereTerminated(const SerialDeviceRegistry::Devices &batch) override
+    {
+        keep(u'-', batch);
+    }
     void keep(QChar sign, const SerialDeviceRegistry::Devices &batch)
     {
         m_last = batch;

@@ -39,9 +39,9 @@ int main(int argc, char **argv)
     vorn::SerialDevice device;
     device.calloutDevice = arguments.value(1);
     const QString way = arguments.value(2);
-    EndingDelegate delegate(way == QLatin1String("exit"));
+    EndingDelegate delegate(way == u"exit");
 
-    if (way == QLatin1String("without-manager")) {
+    if (way == u"without-manager") {
         openPort =
             ORSSerialPort::serialPortWithDevice(std::make_shared<vorn::SerialDevice>(device));
     } else {
@@ -53,7 +53,7 @@ int main(int argc, char **argv)
     openPort->setNumberOfStopBits(2);
     openPort->open();
     openPort->sendData("open");
-    if (way != QLatin1String("without-manager"))
+    if (way != u"without-manager")
         openPort.reset(); // the manager holds it
     return QCoreApplication::exec();
 }

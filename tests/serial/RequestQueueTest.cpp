@@ -1,8 +1,10 @@
 // Requests through a port on a pseudo-terminal, and the queue against a plain model of it.
 #include "serial/RequestQueue.h"
 
+#include "platform/ThreadName.h"
 #include "serial/ORSSerialRequest.h"
 #include "tests/serial/SerialPortFixture.h"
+#include "tests/support/ThreadWatch.h"
 
 #include <deque>
 #include <random>
@@ -46,7 +48,13 @@ public:
 class ClosingDelegate : public RequestDelegate
 {
 public:
-    void serialPortWasClosed(ORSSerialPort &) override { events += "closed"; }
+    void serialPortWasClosed(ORSSerialPort &) override
+    {
+        events += "closed";
+        if (onClosed)
+            onClosed();
+    }
+    std::function<void()> onClosed;
 };
 
 ORSSerialRequestPtr request(const QByteArray &name, const QByteArray &answer,
@@ -112,20 +120,25 @@ TEST_F(RequestQueueOnAPort, MovesOnAfterATimeoutWithAndWithoutSomebodyWhoHears)
 {
     TimeoutDelegate hears;
     open(hears);
-    port->sendRequest(request("a", "ok", 50ms));
-    port->sendRequest(request("b", "ok"));
-    expect(hears, {"timeout a"});
-    EXPECT_EQ(terminal.take(2), "ab");
+    const auto first = request("a", "ok", ORSSerialRequest::TimeInterval(1e-10)); // below 1 ns
+    const auto second = request("b", "ok");
+    hears.onTimeout = [&] {
+        EXPECT_EQ(port->pendingRequest(), first);
+        port->cancelQueuedRequest(second); // not too late: the next one is sent after this
+    };
+    for (const auto &sent : {first, second, request("c", "ok")})
+        port->sendRequest(sent);
+    EXPECT_EQ(terminal.take(2), "ac");
     terminal.send("ok");
-    expect(hears, {"timeout a", "b=ok"});
+    expect(hears, {"timeout a", "c=ok"});
 
     RequestDelegate doesNot;
     port->setDelegate(&doesNot);
-    port->sendRequest(request("c", "ok", 50ms));
-    port->sendRequest(request("d", "ok"));
-    EXPECT_EQ(terminal.take(2), "cd");
+    port->sendRequest(request("d", "ok", 50ms));
+    port->sendRequest(request("e", "ok"));
+    EXPECT_EQ(terminal.take(2), "de");
     terminal.send("ok");
-    expect(doesNot, {"d=ok"});
+    expect(doesNot, {"e=ok"});
     EXPECT_TRUE(isIdle());
 }
 
@@ -192,11 +205,43 @@ TEST_F(RequestQueueOnAPort, RequestsSurviveACloseUnlessTheDelegateHearsOfIt)
     EXPECT_TRUE(isIdle());
 }
 
-// The queue's world without a line: writes succeed or fail as told.
+TEST_F(RequestQueueOnAPort, WhatIsSentOnceThePortIsClosedIsNotForgotten)
+{
+    const auto again = request("a", "ok"); // the same request twice, before and after
+    bool byCallback = false;
+    const auto reopen = [&](bool isMeant) {
+        if (port->isOpen() || !isMeant)
+            return;
+        port->open();
+        port->sendRequest(again);
+        port->sendRequest(request("b", {}));
+    };
+    ClosingDelegate delegate;
+    delegate.onClosed = [&] { reopen(byCallback); };
+    QObject::connect(port.get(), &ORSSerialPort::fileDescriptorChanged, port.get(),
+                     [&] { reopen(!byCallback); });
+    open(delegate);
+    byCallback = true;
+    for (const bool isLast : {false, true}) {
+        port->sendRequest(again);
+        port->sendRequest(request("forgotten", "ok"));
+        EXPECT_EQ(terminal.take(1), "a");
+        delegate.events.clear();
+        port->close();
+        EXPECT_EQ(terminal.take(1), "a");
+        terminal.send("ok");
+        EXPECT_EQ(terminal.take(1), "b");
+        expect(delegate, {"closed", "a=ok"});
+        EXPECT_TRUE(isIdle());
+        byCallback = isLast;
+    }
+}
+
+// The queue's world without a line: every write succeeds and nobody hears of time-outs.
 class ModelHost : public RequestQueueHost
 {
 public:
-    std::weak_ptr<const void> lifetime() override { return m_life; }
+    Lifetime::Token lifetime() override { return m_life.token(); }
     bool writeRequest(QByteArrayView) override { return true; }
     void requestWasAnswered(const ORSSerialRequestPtr &answered, const QByteArray &) override
     {
@@ -210,8 +255,24 @@ public:
     std::vector<ORSSerialRequestPtr> answers;
 
 private:
-    const std::shared_ptr<const char> m_life = std::make_shared<char>();
+    const Lifetime m_life;
 };
+
+TEST(RequestQueueModel, AnAnswerStopsTheTimerSoThatTheNextRequestIsNotEnded)
+{
+    SerialQueue queue;
+    ModelHost host;
+    RequestQueue requests(queue, host);
+    const auto next = request("b", "!");
+    // In one job, which the timer has to wait for.
+    queue.postAndWait([&] {
+        requests.reallySendRequest(request("a", "!", 1ns));
+        requests.checkResponseToPendingRequestAndContinueIfValidWithReceivedByte('!');
+        requests.reallySendRequest(next);
+        std::this_thread::sleep_for(50ms);
+    });
+    queue.postAndWait([&] { EXPECT_EQ(requests.pendingRequest(), next); });
+}
 
 TEST(RequestQueueModel, AnswersEachOf100000RequestsOnceOrNotAtAllAsAPlainQueueDoes)
 {
@@ -266,6 +327,7 @@ TEST(RequestQueueModel, AnswersEachOf100000RequestsOnceOrNotAtAllAsAPlainQueueDo
     EXPECT_EQ(host.answers, expected);
 }
 
+// Every operation from several threads at once, while the port closes and opens.
 TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
 {
     class CountingDelegate : public ORSSerialPortDelegate
@@ -285,40 +347,52 @@ TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
     };
     CountingDelegate delegate;
     open(delegate);
+    const ThreadWatch watch(120s);
     std::atomic<bool> done = false;
     const auto answer = std::make_shared<ORSSerialPacketDescriptor>(QByteArray("\xAF"));
     std::mutex lastMutex;
     ORSSerialRequestPtr last;
 
-    std::vector<std::thread> threads;
-    const auto repeat = [&](int threadCount, const std::function<void(int)> &job) {
-        for (int i = 0; i < threadCount; ++i) {
-            threads.emplace_back([&done, job] {
-                for (int turn = 0; !done; ++turn)
-                    job(turn);
-            });
-        }
+    std::vector<std::jthread> threads;
+    const auto repeat = [&](const char *name, const std::function<void(int)> &job) {
+        threads.emplace_back([&done, name, job] {
+            const ThreadName itsName(name);
+            for (int turn = 0; !done; ++turn)
+                job(turn);
+        });
     };
-    repeat(4, [&](int) {
-        const auto next = ORSSerialRequest::requestWithDataToSend("x", false, 5ms, answer);
-        {
-            const std::lock_guard lock(lastMutex);
-            last = next;
-        }
-        port->sendRequest(next);
+    for (const char *name : {"sender 1", "sender 2", "sender 3", "sender 4"})
+        repeat(name, [&](int) {
+            const auto next = ORSSerialRequest::requestWithDataToSend("x", false, 5ms, answer);
+            {
+                const std::lock_guard lock(lastMutex);
+                last = next;
+            }
+            port->sendRequest(next);
+        });
+    for (const char *name : {"canceller 1", "canceller 2"})
+        repeat(name, [&](int turn) {
+            ORSSerialRequestPtr victim;
+            {
+                const std::lock_guard lock(lastMutex);
+                victim = last;
+            }
+            port->cancelQueuedRequest(victim);
+            if (turn % 200 == 0)
+                port->cancelAllQueuedRequests();
+            std::this_thread::sleep_for(100us);
+        });
+    repeat("setter", [&](int turn) {
+        port->setRTS(turn % 2 == 0);
+        port->setBaudRate(turn % 3 ? 9600 : 2000000);
+        port->setParity(turn % 2 ? 1 : 2);
+        port->sendData("y");
+        if (turn % 64 == 0)
+            port->setUsesRTSCTSFlowControl(turn % 128 == 0);
+        port->open();
+        std::this_thread::sleep_for(1ms);
     });
-    repeat(2, [&](int turn) {
-        ORSSerialRequestPtr victim;
-        {
-            const std::lock_guard lock(lastMutex);
-            victim = last;
-        }
-        port->cancelQueuedRequest(victim);
-        if (turn % 200 == 0)
-            port->cancelAllQueuedRequests();
-        std::this_thread::sleep_for(100us);
-    });
-    repeat(1, [&](int) { // the device, which answers every byte
+    repeat("device", [&](int) { // which answers every byte
         std::array<char, 256> bytes{};
         pollfd waiting{terminal.master(), POLLIN, 0};
         if (::poll(&waiting, 1, 10) <= 0)
@@ -329,18 +403,24 @@ TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
         if (got <= 0) // nobody has the terminal open
             std::this_thread::sleep_for(1ms);
     });
-    const auto end = std::chrono::steady_clock::now() + 10s;
-    while (std::chrono::steady_clock::now() < end) {
-        runEventLoopFor(50ms);
+    // Each turn ends with the port open, or closed by the setter's change of the flow control.
+    for (int turn = 0; turn < 60 || (delegate.count < 100 && !watch.isOver()); ++turn) {
+        runEventLoopFor(20ms);
         port->close();
-        EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
         port->open();
-        EXPECT_TRUE(port->isOpen());
     }
     done = true;
-    for (std::thread &thread : threads)
-        thread.join();
-    EXPECT_GT(delegate.count, 100);
+    threads.clear();
+    EXPECT_GE(delegate.count, 100);
+
+    // And in the end it works as ever.
+    port->close();
+    EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
+    port->cancelAllQueuedRequests();
+    terminal.take();
+    port->open();
+    EXPECT_TRUE(port->sendData("z"));
+    EXPECT_TRUE(eventually([&] { return terminal.take().contains('z'); }));
 }
 
 } // namespace

@@ -34,7 +34,7 @@ protected:
         for (const auto &descriptor : fs::directory_iterator("/proc/self/fd")) {
             const auto target =
                 QString::fromStdString(fs::read_symlink(descriptor, ended).string());
-            if (target == path || target == path + QLatin1String(" (deleted)"))
+            if (target == path || target == path + QStringLiteral(" (deleted)"))
                 return true;
         }
         return false;

@@ -1,11 +1,14 @@
+#include "platform/GlobalQueue.h"
 #include "serial/LineSpeed.h"
 #include "serial/ORSSerialPacketDescriptor.h"
 #include "tests/serial/SerialPortFixture.h"
 
 #include <QTemporaryDir>
 
+#include <pthread.h>
 #include <sys/ioctl.h>
 
+#include <latch>
 #include <numeric>
 #include <thread>
 
@@ -27,6 +30,9 @@ TEST_F(SerialPortTest, EverySpeedReachesTheLineUnlessANonStandardOneIsNotAllowed
         port->setBaudRate(rate);
         EXPECT_EQ(outputSpeed(terminal.master()), rate);
     }
+    EXPECT_EQ(setArbitrarySpeed(terminal.master(), 50), 0);
+    port->setBaudRate(115200); // as before, but not so the line
+    EXPECT_EQ(outputSpeed(terminal.master()), 115200U);
     EXPECT_TRUE(delegate.take().isEmpty());
     port->setAllowsNonStandardBaudRates(false);
     port->setBaudRate(12345);
@@ -100,6 +106,26 @@ TEST_F(SerialPortTest, WhatCannotBeOpenedIsToldWithItsReason)
     }
 }
 
+TEST_F(SerialPortTest, WithoutAThreadTheOpeningFails)
+{
+    pthread_attr_t usual;
+    pthread_attr_t tooLarge;
+    ASSERT_EQ(::pthread_getattr_default_np(&usual), 0);
+    ASSERT_EQ(::pthread_getattr_default_np(&tooLarge), 0);
+    ASSERT_EQ(::pthread_attr_setstacksize(&tooLarge, std::size_t{1} << 46), 0);
+    ASSERT_EQ(::pthread_setattr_default_np(&tooLarge), 0);
+    // So that no idle thread is left.
+    const auto end = std::make_shared<std::latch>(1);
+    while (GlobalQueue::instance().post([end] { end->wait(); }))
+        ;
+    port->open();
+    EXPECT_FALSE(port->isOpen());
+    delegate.expect({"error EAGAIN"});
+    ASSERT_EQ(::pthread_setattr_default_np(&usual), 0);
+    openPort();
+    end->count_down();
+}
+
 TEST_F(SerialPortTest, NothingIsToldTwiceNeitherOfOpeningNorOfClosingNorOfMissingModemLines)
 {
     EXPECT_TRUE(port->close());
@@ -128,6 +154,14 @@ TEST_F(SerialPortTest, BytesArriveInOrderInBothDirections)
     EXPECT_TRUE(eventually([&] { return delegate.contains("data " + bytes); }));
     device.join();
     EXPECT_TRUE(port->sendData({}));
+
+    // More than the line takes at once, from two senders: each block stays in one piece.
+    const QByteArray a(100000, 'a');
+    const QByteArray b(100000, 'b');
+    std::jthread one([&] { EXPECT_TRUE(port->sendData(a)); });
+    std::jthread other([&] { EXPECT_TRUE(port->sendData(b)); });
+    const QByteArray both = terminal.take(a.size() + b.size());
+    EXPECT_TRUE(both == a + b || both == b + a);
 }
 
 TEST_F(SerialPortTest, PacketsFollowTheBytesThatTheyCameIn)

@@ -9,14 +9,9 @@ class TestRegistry : public SerialDeviceRegistry
 {
 public:
     Devices devices() const override { return m_devices; }
-    bool watchPublished(Handler handler) override
+    bool watch(Observer &observer) override
     {
-        m_published = std::move(handler);
-        return true;
-    }
-    bool watchTerminated(Handler handler) override
-    {
-        m_terminated = std::move(handler);
+        m_observer = &observer;
         return true;
     }
 
@@ -27,21 +22,20 @@ public:
     void plug(const Devices &batch)
     {
         m_devices += batch;
-        if (m_published)
-            m_published(batch);
+        if (m_observer)
+            m_observer->serialPortsWerePublished(batch);
     }
     void unplug(const Devices &batch)
     {
         m_devices.removeIf(
             [&](const SerialDeviceHandle &device) { return batch.contains(device); });
-        if (m_terminated)
-            m_terminated(batch);
+        if (m_observer)
+            m_observer->serialPortsWereTerminated(batch);
     }
 
 private:
     Devices m_devices;
-    Handler m_published;
-    Handler m_terminated;
+    Observer *m_observer = nullptr;
 };
 
 } // namespace vorn

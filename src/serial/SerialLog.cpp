@@ -1,0 +1,7 @@
+#include "serial/SerialLog.h"
+
+namespace vorn {
+
+Q_LOGGING_CATEGORY(logSerial, "vorn.serial")
+
+} // namespace vorn
