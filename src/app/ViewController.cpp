@@ -234,8 +234,9 @@ void ViewController::serialPortsWereDisconnected(const QVariantMap &userInfo)
     const bool isCurrentGone = std::any_of(ports.begin(), ports.end(), [&](const auto &port) {
         return m_session && port->isEqual(*m_session->port());
     });
+    // Nobody asked for this closing, so not by the session.
     if (isCurrentGone && isUpdating())
-        m_session->close();
+        m_session->port()->close();
     postUserNotificationForDisconnectedPorts(ports);
 }
 
