@@ -80,8 +80,8 @@ std::optional<CommandLine> readCommandLine(const QStringList &arguments, int &ex
         return std::nullopt;
     }
     if (parsed && parser.isSet(version)) {
-        print(stdout, QCoreApplication::applicationName() + QLatin1Char(' ') +
-                          QCoreApplication::applicationVersion() + QLatin1Char('\n'));
+        print(stdout, QCoreApplication::applicationName() + u' ' +
+                          QCoreApplication::applicationVersion() + u'\n');
         return std::nullopt;
     }
 

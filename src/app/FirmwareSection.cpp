@@ -22,7 +22,7 @@ constexpr auto kRefillDelay = 500ms;
 
 } // namespace
 
-FirmwareSection::FirmwareSection(MainWindow &window, const Controls &controls,
+FirmwareSection::FirmwareSection(MainWindow &window, const TaggedControls &controls,
                                  PackageLocation packages)
     : m_window(window), m_controls(controls), m_download(std::move(packages), m_library, *this)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/Controls.h"
+#include "app/TaggedControls.h"
 #include "firmware/FirmwareLibrary.h"
 #include "firmware/PackageDownload.h"
 #include "window/MainWindow.h"
@@ -21,7 +21,7 @@ class FirmwareSection final : public QObject,
 
 public:
     // Window and controls outlive the object.
-    FirmwareSection(MainWindow &window, const Controls &controls, PackageLocation packages);
+    FirmwareSection(MainWindow &window, const TaggedControls &controls, PackageLocation packages);
 
     // Fills the list for the first time.
     void begin();
@@ -62,7 +62,7 @@ private:
     void endDownload(StatusTone tone);
 
     MainWindow &m_window;
-    const Controls &m_controls;
+    const TaggedControls &m_controls;
     FirmwareLibrary m_library{*this};
     PackageDownload m_download;
     qint32 m_targetVersion = -1;

@@ -13,6 +13,14 @@ const QString kNoResponse = QStringLiteral("Prompt:Device does not respond durin
 const QString kEraseFailed =
     QStringLiteral("Prompt:Failed to erase the fixed phone of the device ,please try again");
 
+// In quotes, with control characters escaped: devices, packages and servers choose names.
+QString quoted(const QString &name)
+{
+    QString text;
+    QDebug(&text).nospace() << name;
+    return text;
+}
+
 bool isUnanswered(const UpdateFailure &failure)
 {
     return failure.kind == UpdateFailureKind::TimedOut ||
@@ -175,11 +183,12 @@ QString description(const UpdateFailure &failure)
         return QStringLiteral("No firmware file is chosen");
     case UpdateFailureKind::ImageUnreadable:
         return QStringLiteral("Cannot read the firmware file %1: %2")
-            .arg(failure.text, QString::fromLocal8Bit(std::strerror(failure.code)));
+            .arg(quoted(failure.text), QString::fromLocal8Bit(std::strerror(failure.code)));
     case UpdateFailureKind::ImageEmpty:
-        return QStringLiteral("The firmware file %1 is empty").arg(failure.text);
+        return QStringLiteral("The firmware file %1 is empty").arg(quoted(failure.text));
     case UpdateFailureKind::ImageTooLong:
-        return QStringLiteral("The firmware file %1 is too large for a device").arg(failure.text);
+        return QStringLiteral("The firmware file %1 is too large for a device")
+            .arg(quoted(failure.text));
     case UpdateFailureKind::Refused:
         return QStringLiteral("The device refused");
     case UpdateFailureKind::TimedOut:
@@ -194,9 +203,7 @@ QString description(const PackageProblem &problem)
 {
     if (problem.text.isEmpty())
         return reason(problem);
-    QString quoted;
-    QDebug(&quoted).nospace() << problem.text << ": " << qUtf8Printable(reason(problem));
-    return quoted;
+    return quoted(problem.text) + QStringLiteral(": ") + reason(problem);
 }
 
 } // namespace vorn::texts

@@ -44,7 +44,7 @@ QStringList namesOf(const ORSSerialPortList &ports)
 
 ViewController::ViewController(MainWindow &window, const vorn::PackageLocation &packages,
                                const vorn::BootParameters &parameters)
-    : m_window(window), m_controls(vorn::Controls::below(window.centralWidget())),
+    : m_window(window), m_controls(vorn::TaggedControls::below(window.centralWidget())),
       m_hasPackageServer(packages.isConfigured()), m_firmware(window, m_controls, packages),
       m_parameters(parameters)
 {
@@ -134,8 +134,7 @@ void ViewController::getDeviceConnected()
 void ViewController::devHandlePopBtn()
 {
     const QString title = currentTitle(m_controls.devPopUpBtn);
-    qCInfo(logController).noquote()
-        << "Device list:" << m_controls.devPopUpBtn->currentIndex() << title;
+    qCInfo(logController) << "Device list:" << m_controls.devPopUpBtn->currentIndex() << title;
     if (isUpdating())
         return;
     // The whole title against a name's first ten characters: only a title of ten can match.
@@ -266,9 +265,9 @@ void ViewController::announce(const QString &title, const QString &text,
 
 void ViewController::deviceDidReportError(const ORSSerialPortError &error)
 {
-    qCWarning(logController).noquote()
-        << "Serial port" << m_session->port()->description()
-        << "encountered an error:" << error.description << '(' << error.code << ')' << error.path;
+    qCWarning(logController) << "Serial port" << m_session->port()->description()
+                             << "encountered an error:" << error.description << error.code
+                             << error.path;
 }
 
 void ViewController::targetVersionDidArrive(qint32 targetVersion)

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/Controls.h"
 #include "app/FirmwareSection.h"
 #include "app/StatusTexts.h"
+#include "app/TaggedControls.h"
 #include "platform/DesktopNotifications.h"
 #include "serial/ORSSerialPort.h"
 #include "serial/ORSSerialPortManager.h"
@@ -73,7 +73,7 @@ private:
                         vorn::StatusTone tone = vorn::StatusTone::Neutral);
 
     vorn::MainWindow &m_window;
-    const vorn::Controls m_controls;
+    const vorn::TaggedControls m_controls;
     vorn::DesktopNotifications m_notifications;
     const bool m_hasPackageServer;
     vorn::FirmwareSection m_firmware;

@@ -34,9 +34,8 @@ bool blocksSignals(qint64 process)
            (text.mid(at + 7, 17).trimmed().toULongLong(nullptr, 16) >> (SIGTERM - 1) & 1U);
 }
 
-class ProgramTest : public testing::Test
+struct ProgramTest : testing::Test
 {
-protected:
     void start(const QStringList &arguments, const QString &platform = "offscreen")
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

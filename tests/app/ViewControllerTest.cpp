@@ -55,13 +55,12 @@ const QString kImage = "VORN_PLATINA-1.bin";
 const QString kOtherModelsImage = "VORN_I-1.bin";
 const QStringList kTitles{"No firmware selected", kImage}; // once the device has told its model
 
-class WindowTest : public ::testing::Test
+struct WindowTest : testing::Test
 {
-protected:
     static void SetUpTestSuite()
     {
         SerialDeviceRegistry::setSystem(
-            std::make_unique<DirectoryDeviceRegistry>(deviceDirectory.path()));
+            std::make_unique<DirectoryDeviceRegistry>(kDeviceDirectory.path()));
         // Before any device is there, so that each one's coming is told of.
         ORSSerialPortManager::sharedSerialPortManager();
     }
@@ -93,7 +92,7 @@ protected:
     static DeviceOptions deviceNamed(const QString &name)
     {
         DeviceOptions options;
-        options.directory = deviceDirectory.path();
+        options.directory = kDeviceDirectory.path();
         options.name = name;
         return options;
     }
@@ -151,7 +150,7 @@ protected:
         return all;
     }
 
-    static inline const QTemporaryDir deviceDirectory;
+    static inline const QTemporaryDir kDeviceDirectory;
     PackageLocation packages;
     MainWindow window;
     std::unique_ptr<ViewController> controller;
@@ -466,6 +465,8 @@ TEST_F(WindowTest, TheFirstControlWithATagIsFoundParentsBeforeTheirChildren)
 } // namespace
 } // namespace vorn
 
+// Names that the linker's --wrap gives.
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 extern "C" {
 int __real_tcsetattr(int fd, int actions, const termios *settings);
 int __wrap_tcsetattr(int fd, int actions, const termios *settings)
@@ -474,3 +475,4 @@ int __wrap_tcsetattr(int fd, int actions, const termios *settings)
     return __real_tcsetattr(fd, actions, settings);
 }
 }
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)

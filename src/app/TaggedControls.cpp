@@ -1,4 +1,4 @@
-#include "app/Controls.h"
+#include "app/TaggedControls.h"
 
 namespace vorn {
 namespace {
@@ -22,7 +22,7 @@ Control *find(const QWidget *view, Tag tag)
 
 } // namespace
 
-Controls Controls::below(const QWidget *view)
+TaggedControls TaggedControls::below(const QWidget *view)
 {
     return {.connectText = find<StatusLine>(view, Tag::ConnectText),
             .perText = find<StatusLine>(view, Tag::PerText),

@@ -10,7 +10,7 @@ namespace vorn {
 
 // The controls that the controller works with, owned by the window. One that was not found is null,
 // and every operation on it does nothing.
-struct Controls
+struct TaggedControls
 {
     QPointer<StatusLine> connectText;
     QPointer<StatusLine> perText;
@@ -22,7 +22,7 @@ struct Controls
     QPointer<QPushButton> downloadBtn;
 
     // Finds them below the view, by their tags.
-    static Controls below(const QWidget *view);
+    static TaggedControls below(const QWidget *view);
 };
 
 // The first control with this tag (the dynamic property "tag") below the view, depth first, a
