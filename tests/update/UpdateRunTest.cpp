@@ -47,6 +47,7 @@ struct ScriptedUpdate final : UpdateObserver
     void targetVersionDidArrive(qint32 version) override { targetVersion = version; }
     void updateDidProgress(const UpdateProgress &progress) override
     {
+        waitsForErase = waitsForErase || progress.step == UpdateStep::Erase;
         if (progress.step == UpdateStep::Data)
             percents.push_back(progress.percent);
     }
@@ -58,6 +59,7 @@ struct ScriptedUpdate final : UpdateObserver
     UpdateResult result;
     qint32 targetVersion = -1;
     std::vector<int> percents;
+    bool waitsForErase = false;
     int ends = 0;
 };
 
@@ -236,6 +238,8 @@ TEST(UpdateRun, PutsImagesOfEveryLengthIntoTheDeviceOnlyErasingModelsAreWaitedFo
             EXPECT_TRUE(run.deviceHoldsImage());
             EXPECT_EQ(run.line.violations, QStringList());
             EXPECT_EQ(run.targetVersion, modelCode);
+            EXPECT_EQ(run.waitsForErase, modelCode >= 2);
+            EXPECT_EQ(run.line.elapsed(), 30ms) << "two pulses, and the boot loader's start";
             EXPECT_TRUE(std::is_sorted(run.percents.begin(), run.percents.end()));
             EXPECT_EQ(run.percents.size(),
                       static_cast<std::size_t>(std::min<qsizetype>(length / 250, 100)));
