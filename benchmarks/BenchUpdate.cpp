@@ -59,9 +59,9 @@ QByteArray imageOf(qsizetype length)
 std::vector<QByteArray> framesOf(const QByteArray &image)
 {
     std::vector<QByteArray> frames{
-        DownloadHeader(kVornBoot.loadAddress, static_cast<quint32>(image.size()))};
+        DownloadHeader(kDeviceFamilies.front().loadAddress, static_cast<quint32>(image.size()))};
     const QByteArrayView bytes(image);
-    const qsizetype perFrame = kVornBoot.imageBytesPerFrame;
+    const qsizetype perFrame = kDeviceFamilies.front().imageBytesPerFrame;
     qsizetype at = 0;
     for (; bytes.size() - at >= perFrame; at += perFrame)
         frames.push_back(DataFrame(bytes.sliced(at, perFrame)));
@@ -255,7 +255,7 @@ std::optional<Medians> compare(const Stage &stage, const DeviceOptions &options,
 
 bool compareOnInstantDevice(const Stage &stage, int rounds)
 {
-    const QByteArray image = imageOf(kFramesPerRun * kVornBoot.imageBytesPerFrame);
+    const QByteArray image = imageOf(kFramesPerRun * kDeviceFamilies.front().imageBytesPerFrame);
     const auto times = compare(stage, {}, image, rounds);
     if (!times)
         return false;

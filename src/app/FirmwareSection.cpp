@@ -63,8 +63,7 @@ void FirmwareSection::firmwareListDidChange(const QStringList &files)
 void FirmwareSection::fileHandlePopBtn()
 {
     const QString title = currentTitle(m_controls.filePopUpBtn);
-    qCInfo(logFirmwareSection) << "Firmware list:" << m_controls.filePopUpBtn->currentIndex()
-                               << title;
+    qCInfo(logFirmwareSection) << "Firmware list:" << title;
     m_fileName = title;
     show(title == kNoFirmware ? texts::kNoFirmwareSelected : texts::kFirmwareSelected);
 }

@@ -26,7 +26,7 @@ public:
     // Fills the list for the first time.
     void begin();
 
-    // The device's model code, -1 until it told.
+    // The model code that a device reported last, -1 before the first did.
     qint32 targetVersion() const { return m_targetVersion; }
     void setTargetVersion(qint32 targetVersion) { m_targetVersion = targetVersion; }
     // The list follows the device half a second after its opening, and at the end of a query that

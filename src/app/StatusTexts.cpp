@@ -98,6 +98,33 @@ QString reason(const PackageProblem &problem)
     return {};
 }
 
+// Of a failure at a step of the exchange, the step follows.
+QString causeOf(const UpdateFailure &failure)
+{
+    switch (failure.kind) {
+    case UpdateFailureKind::None:
+    case UpdateFailureKind::Abandoned:
+        break;
+    case UpdateFailureKind::NoImageChosen:
+        return QStringLiteral("No firmware file is chosen");
+    case UpdateFailureKind::ImageUnreadable:
+        return QStringLiteral("Cannot read the firmware file %1: %2")
+            .arg(quoted(failure.text), QString::fromLocal8Bit(std::strerror(failure.code)));
+    case UpdateFailureKind::ImageEmpty:
+        return QStringLiteral("The firmware file %1 is empty").arg(quoted(failure.text));
+    case UpdateFailureKind::ImageTooLong:
+        return QStringLiteral("The firmware file %1 is too large for a device")
+            .arg(quoted(failure.text));
+    case UpdateFailureKind::Refused:
+        return QStringLiteral("The device refused");
+    case UpdateFailureKind::TimedOut:
+        return QStringLiteral("No answer in time to");
+    case UpdateFailureKind::PortClosed:
+        return QStringLiteral("The port closed before the answer to");
+    }
+    return {};
+}
+
 } // namespace
 
 QString ofConnection(Connection state, const QString &portName)
@@ -130,7 +157,8 @@ QStringList ofUpdateEnd(const UpdateResult &result)
     if (result.succeeded())
         return {QStringLiteral("Prompt:100% progress,successfully update")};
     if (result.step == UpdateStep::ReadImage)
-        return {ofImageFailure(result.failure)};
+        return {(result.failure.kind == UpdateFailureKind::NoImageChosen ? kNoFirmwareSelected
+                                                                         : kFailed)};
     if (result.step == UpdateStep::Erase)
         return isUnanswered(result.failure) ? QStringList{kEraseFailed} : QStringList();
     QStringList texts;
@@ -148,11 +176,6 @@ QStringList ofVersionQueryEnd(const UpdateResult &result)
     return isUnanswered(result.failure) ? QStringList{kFailed} : QStringList();
 }
 
-QString ofImageFailure(const UpdateFailure &failure)
-{
-    return failure.kind == UpdateFailureKind::NoImageChosen ? kNoFirmwareSelected : kFailed;
-}
-
 QString ofPackageProgress(qint64 received, qint64 total)
 {
     const float percentage = 100.0F * static_cast<float>(received) / static_cast<float>(total);
@@ -166,37 +189,11 @@ QString description(const UpdateResult &result)
     if (result.succeeded())
         return QStringLiteral("The device holds the image");
     if (result.step == UpdateStep::ReadImage)
-        return description(result.failure);
-    QString line = description(result.failure) + u' ' + nameOf(result.step);
+        return causeOf(result.failure);
+    QString line = causeOf(result.failure) + u' ' + nameOf(result.step);
     if (result.step == UpdateStep::Data)
         line += QStringLiteral(" %1 of %2").arg(result.frame + 1).arg(result.frames);
     return line;
-}
-
-QString description(const UpdateFailure &failure)
-{
-    switch (failure.kind) {
-    case UpdateFailureKind::None:
-    case UpdateFailureKind::Abandoned:
-        break;
-    case UpdateFailureKind::NoImageChosen:
-        return QStringLiteral("No firmware file is chosen");
-    case UpdateFailureKind::ImageUnreadable:
-        return QStringLiteral("Cannot read the firmware file %1: %2")
-            .arg(quoted(failure.text), QString::fromLocal8Bit(std::strerror(failure.code)));
-    case UpdateFailureKind::ImageEmpty:
-        return QStringLiteral("The firmware file %1 is empty").arg(quoted(failure.text));
-    case UpdateFailureKind::ImageTooLong:
-        return QStringLiteral("The firmware file %1 is too large for a device")
-            .arg(quoted(failure.text));
-    case UpdateFailureKind::Refused:
-        return QStringLiteral("The device refused");
-    case UpdateFailureKind::TimedOut:
-        return QStringLiteral("No answer in time to");
-    case UpdateFailureKind::PortClosed:
-        return QStringLiteral("The port closed before the answer to");
-    }
-    return {};
 }
 
 QString description(const PackageProblem &problem)

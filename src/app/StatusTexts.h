@@ -22,8 +22,6 @@ QString ofProgress(const UpdateProgress &progress);
 // What the end of an update or a version query shows, in order; a refusal may show nothing.
 QStringList ofUpdateEnd(const UpdateResult &result);
 QStringList ofVersionQueryEnd(const UpdateResult &result);
-// What is shown for an image that cannot be used.
-QString ofImageFailure(const UpdateFailure &failure);
 
 inline const QString kPackageResponse = QStringLiteral("0");
 inline const QString kPackageIsUpToDate =
@@ -38,7 +36,6 @@ QString ofPackageProgress(qint64 received, qint64 total);
 // One line in English for the log and for complaints. Control characters of a name that a server
 // may have chosen are escaped.
 QString description(const UpdateResult &result);
-QString description(const UpdateFailure &failure);
 QString description(const PackageProblem &problem);
 
 } // namespace vorn::texts

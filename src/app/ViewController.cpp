@@ -7,7 +7,6 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
-#include <utility>
 
 using vorn::currentTitle;
 using vorn::FirmwareSection;
@@ -38,6 +37,14 @@ QStringList namesOf(const ORSSerialPortList &ports)
     for (const ORSSerialPortPtr &port : ports)
         names.append(port->name());
     return names;
+}
+
+void logResult(const vorn::UpdateResult &result)
+{
+    if (result.succeeded())
+        qCInfo(logController).noquote() << vorn::texts::description(result);
+    else
+        qCWarning(logController).noquote() << vorn::texts::description(result);
 }
 
 } // namespace
@@ -106,6 +113,7 @@ void ViewController::setSerialPort(const ORSSerialPortPtr &port)
 
 void ViewController::getDeviceConnected()
 {
+    m_rebuildAfterUpdate = false;
     setSerialPort(nullptr);
     QComboBox *list = m_controls.devPopUpBtn;
     if (list) {
@@ -134,7 +142,7 @@ void ViewController::getDeviceConnected()
 void ViewController::devHandlePopBtn()
 {
     const QString title = currentTitle(m_controls.devPopUpBtn);
-    qCInfo(logController) << "Device list:" << m_controls.devPopUpBtn->currentIndex() << title;
+    qCInfo(logController) << "Device list:" << title;
     if (isUpdating())
         return;
     // The whole title against a name's first ten characters: only a title of ten can match.
@@ -148,7 +156,7 @@ void ViewController::openHandleBtn()
 {
     if (!m_session)
         return;
-    const QString title = m_controls.openBtn->text();
+    const QString title = m_controls.openBtn ? m_controls.openBtn->text() : QString();
     if (!m_session->isOpen() && title == kOpen)
         openSerialPort();
     else if (m_session->isOpen() && title == kClose && isUpdating())
@@ -199,11 +207,13 @@ void ViewController::send()
 
     const QString imagePath = m_firmware.imagePath();
     // A list that shows a file which nobody chose is told only when the device is ready for it.
-    const vorn::UpdateFailure failure =
-        imagePath.isNull() ? vorn::UpdateFailure() : vorn::checkFirmwareImage(imagePath);
-    if (failure) {
-        qCWarning(logController).noquote() << vorn::texts::description(failure);
-        return refuseUpdate(vorn::texts::ofImageFailure(failure));
+    vorn::UpdateResult check;
+    check.step = vorn::UpdateStep::ReadImage;
+    if (!imagePath.isNull())
+        check.failure = vorn::checkFirmwareImage(imagePath);
+    if (!check.succeeded()) {
+        logResult(check);
+        return refuseUpdate(vorn::texts::ofUpdateEnd(check).constFirst());
     }
     m_percent = 0;
     m_window.resetUpdateProgress();
@@ -277,6 +287,8 @@ void ViewController::targetVersionDidArrive(qint32 targetVersion)
 
 void ViewController::versionQueryDidEnd(const vorn::UpdateResult &result)
 {
+    if (!result.succeeded())
+        logResult(result);
     for (const QString &text : vorn::texts::ofVersionQueryEnd(result))
         showStatus(m_controls.updateText, text, StatusTone::Bad);
     m_firmware.versionQueryDidEnd();
@@ -299,7 +311,7 @@ void ViewController::updateDidEnd(const vorn::UpdateResult &result)
     setStatusTone(m_controls.updateText, tone);
     for (const QString &text : vorn::texts::ofUpdateEnd(result))
         showStatus(m_controls.updateText, text, tone);
-    qCInfo(logController).noquote() << vorn::texts::description(result);
+    logResult(result);
     // Otherwise a failure during the erase leaves the bar indeterminate.
     m_window.showUpdateProgress(result.succeeded() ? 100 : m_percent);
     m_window.setUpdateRuns(false);
@@ -307,7 +319,7 @@ void ViewController::updateDidEnd(const vorn::UpdateResult &result)
 
 void ViewController::deviceDidBecomeIdle()
 {
-    if (std::exchange(m_rebuildAfterUpdate, false))
+    if (m_rebuildAfterUpdate)
         getDeviceConnected();
 }
 

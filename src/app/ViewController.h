@@ -34,7 +34,7 @@ public:
     ORSSerialPortPtr serialPort() const { return m_session ? m_session->port() : nullptr; }
     void setSerialPort(const ORSSerialPortPtr &port);
 
-    // The device's model code, -1 until it told.
+    // The model code that a device reported last, -1 before the first did.
     qint32 targetVersion() const { return m_firmware.targetVersion(); }
 
     // Rebuilds the device list and chooses the first device whose name begins "usbserial-".

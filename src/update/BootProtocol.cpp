@@ -46,7 +46,7 @@ UpdateFailureKind BootProtocol::waitForAnswer()
     clearReceiveByte();
     const auto deadline = m_line.now() + m_answerLimit;
     for (;;) {
-        switch (nextChunk(deadline, m_chunk)) {
+        switch (nextChunk(deadline)) {
         case LineEvent::Chunk:
             break;
         case LineEvent::Silence:
@@ -80,11 +80,11 @@ void BootProtocol::lowerRtsAfterPulse()
     m_line.setRts(false);
 }
 
-LineEvent BootProtocol::nextChunk(DeviceLine::Clock::time_point deadline, QByteArray &chunk)
+LineEvent BootProtocol::nextChunk(DeviceLine::Clock::time_point deadline)
 {
     if (!m_secondAnswer)
-        return m_line.waitForChunk(deadline, chunk);
-    chunk = *std::exchange(m_secondAnswer, std::nullopt);
+        return m_line.waitForChunk(deadline, m_chunk);
+    m_chunk = *std::exchange(m_secondAnswer, std::nullopt);
     return LineEvent::Chunk;
 }
 

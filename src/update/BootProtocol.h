@@ -37,8 +37,6 @@ public:
     // Lets a second answer in the chunk that was judged last count as one of its own, also when it
     // is a refusal: a device may refuse so soon that both are read at once.
     void keepSecondAnswer();
-    // Forgets the chunk that was judged last.
-    void clearReceiveByte() { m_chunk.clear(); }
 
     // While the device may be erasing, answers take longer.
     void allowForErasing(bool erasing);
@@ -48,7 +46,9 @@ public:
     void lowerRtsAfterPulse();
 
 private:
-    LineEvent nextChunk(DeviceLine::Clock::time_point deadline, QByteArray &chunk);
+    // Forgets the chunk that was judged last.
+    void clearReceiveByte() { m_chunk.clear(); }
+    LineEvent nextChunk(DeviceLine::Clock::time_point deadline);
     quint8 byteAt(std::size_t index) const;
     void completeChunk(qsizetype length);
 

@@ -16,7 +16,8 @@ constexpr std::chrono::seconds kCloseLimit{2};
 } // namespace
 
 // Carries what a sequence tells from its thread to the session on the main thread, unless the
-// sequence was abandoned meanwhile, as it is when the session goes.
+// sequence was abandoned meanwhile. A session that goes abandons its sequence, so the buffer tells
+// whether the session is still there, too.
 class DeviceSession::Relay final : public UpdateObserver
 {
 public:
@@ -55,11 +56,10 @@ public:
         });
     }
 
-    void sequenceDidFinish() const
+    void lineIsFree() const
     {
         MainQueue::instance().post([*this] {
-            DeviceSession *session = current();
-            if (session && session->m_running == Running::Nothing)
+            if (DeviceSession *session = current())
                 session->m_observer.deviceDidBecomeIdle();
         });
     }
@@ -90,11 +90,16 @@ DeviceSession::~DeviceSession()
 bool DeviceSession::open()
 {
     // A port that still closes would look like one that has opened.
-    if (m_port->isOpen())
+    if (m_isOpen || m_port->isOpen())
         return false;
-    m_port->setBaudRate(m_parameters.baudRate);
-    m_port->open();
-    if (!m_port->isOpen())
+    const Lifetime::Token alive = lifetime();
+    endSequence();
+    if (alive.expired())
+        return false;
+    const ORSSerialPortPtr port = m_port;
+    port->setBaudRate(m_parameters.baudRate);
+    port->open();
+    if (alive.expired() || !port->isOpen())
         return false;
     m_isOpen = true;
     getTargetVersion();
@@ -114,6 +119,12 @@ void DeviceSession::close()
 void DeviceSession::end()
 {
     letGoOfPort();
+    endSequence();
+}
+
+void DeviceSession::endSequence()
+{
+    m_buffer->abandon();
     if (m_running == Running::Nothing)
         return;
     UpdateResult result;
@@ -128,8 +139,12 @@ void DeviceSession::letGoOfPort()
 {
     m_buffer->abandon();
     m_closeLimit.stop();
-    m_port->setDelegate(nullptr);
-    m_port->close();
+    m_isOpen = false;
+    // Unless another session has the port by now.
+    if (m_port->delegate() == this) {
+        m_port->setDelegate(nullptr);
+        m_port->close();
+    }
 }
 
 void DeviceSession::getTargetVersion()
@@ -154,7 +169,7 @@ void DeviceSession::runSequence(Running which, Sequence sequence)
 {
     m_buffer->abandon();
     m_buffer = std::make_shared<ReceiveBuffer>();
-    if (!m_port->isOpen())
+    if (!m_isOpen)
         m_buffer->portDidClose();
     m_running = which;
     m_progress = {};
@@ -164,7 +179,7 @@ void DeviceSession::runSequence(Running which, Sequence sequence)
             return;
         PortLine line(port, buffer);
         sequence(line, relay);
-        relay.sequenceDidFinish();
+        relay.lineIsFree();
     });
 }
 
@@ -199,7 +214,8 @@ void DeviceSession::serialPortWasOpened(ORSSerialPort &)
 
 void DeviceSession::serialPortWasClosed(ORSSerialPort &)
 {
-    if (!m_isOpen)
+    // The closing that an earlier session began, or one that was followed by an opening.
+    if (!m_isOpen || m_port->isOpen())
         return;
     m_buffer->portDidClose();
     m_closeLimit.stop();

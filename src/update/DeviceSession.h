@@ -15,7 +15,8 @@ namespace vorn {
 
 class ReceiveBuffer;
 
-// Hears of a device on the main thread. Optional methods do nothing here.
+// Hears of a device on the main thread. Every method is optional, and the session may be destroyed
+// or opened again in each.
 class DeviceSessionObserver
 {
 public:
@@ -42,8 +43,9 @@ protected:
     ~DeviceSessionObserver() = default;
 };
 
-// One device on one serial port: opens and closes it, asks it for its version, updates it, and
-// notices when it goes away. Sessions share nothing; several may be at work side by side.
+// One device on one serial port object, which no other session uses at the time: opens and closes
+// it, asks it for its version, updates it, and notices when it goes away. Sessions share nothing;
+// several may be at work side by side.
 //
 // Main thread only. Sequences (a version query or an update) run one at a time on a background
 // thread, and none delays the main thread.
@@ -59,16 +61,18 @@ public:
     DeviceSession &operator=(const DeviceSession &) = delete;
 
     const ORSSerialPortPtr &port() const { return m_port; }
-    // As the observer knows it. A port that another session closes counts as closed.
+    // From a successful open() or deviceDidReopen() to deviceDidClose().
     bool isOpen() const { return m_isOpen; }
 
     // Opens the port at the family's speed, resets the device into its boot loader and asks for its
-    // version. False when the port cannot be opened; the observer has heard of the error then.
+    // version. False when the port cannot be opened, and the observer has heard of the error then,
+    // or when the session is open already or its closing was not told yet. A sequence that the
+    // closing of the port is about to end is told as ended first.
     bool open();
     // Begins to close the port; a running sequence ends as soon as it is closed.
     void close();
     // Closes the port for good. What still runs is told to the observer as ended by that before
-    // this returns, and nothing is told afterwards.
+    // this returns (its frame is the one told last), and nothing is told afterwards.
     void end();
 
     // Updates the device with the file, taking over from a version query that still waits. Does
@@ -92,6 +96,7 @@ private:
     void getTargetVersion();
     void runSequence(Running which, Sequence sequence);
     void sequenceDidEnd(const UpdateResult &result);
+    void endSequence();
     void letGoOfPort();
 
     const ORSSerialPortPtr m_port;

@@ -25,7 +25,7 @@ QByteArray CmdQueryVersion();
 QByteArray CmdDownload();
 // Announces an image of that many bytes for that address in the device's flash.
 QByteArray DownloadHeader(quint32 loadAddress, quint32 imageLength);
-// As many bytes of the image as every data frame of the family carries, at most 253.
+// As many bytes of the image as every data frame of the family carries, at most 254.
 QByteArray DataFrame(QByteArrayView imageBytes);
 // What is left of the image behind the data frames, possibly nothing.
 QByteArray LastDataFrame(QByteArrayView imageBytes);

@@ -31,9 +31,8 @@ LineEvent PortLine::waitForChunk(Clock::time_point deadline, QByteArray &chunk)
     const LineEvent event = m_buffer->waitForChunk(deadline, chunk);
     if (event != LineEvent::Silence)
         return event;
-    // Silence says nothing about the device while the main thread, which delivers its answers, is
-    // busy. Behind an empty job on the queue that the port uses too, all that the port has read by
-    // now is in the buffer.
+    // The main thread delivers what the port has read, and may be busy: wait until it has run
+    // everything that was queued before, then look once more.
     MainQueue::instance().postAndWait([] {});
     return m_buffer->waitForChunk(deadline, chunk);
 }

@@ -36,7 +36,7 @@ using UpdateFailure = Failure<UpdateFailureKind>;
 struct UpdateResult
 {
     UpdateFailure failure;
-    // Where it ended. A refusal or a missing answer is the one to what this step had sent.
+    // Where it ended: the step whose answer was a refusal or did not come.
     UpdateStep step = UpdateStep::Synchronize;
     // In UpdateStep::Data: which data frame, from 0. The last frame counts as one of `frames`.
     qint64 frame = 0;

@@ -33,6 +33,7 @@ private:
     bool send(const QByteArray &frame);
     bool goesOn(UpdateFailureKind failure);
     void showProgress(qint64 frame);
+    const DeviceFamily &family() const { return m_parameters.familyOf(m_targetVersion); }
 
     BootProtocol m_boot;
     const ImageReader &m_readImage;
@@ -53,7 +54,8 @@ UpdateResult UpdateRun::run()
     if (succeeded)
         m_boot.raiseRts();
     m_observer.updateDidEnd(m_result);
-    // A device that did not confirm the last frame is let go of once more too.
+    // RTS is low already when the last frame was not confirmed; that the device is not held in
+    // reset must be sure then.
     if (m_result.step == UpdateStep::Finish && m_result.failure.kind != UpdateFailureKind::Refused)
         m_boot.lowerRtsAfterPulse();
     return m_result;
@@ -82,7 +84,7 @@ bool UpdateRun::readImage()
         return false;
     }
     m_image = std::move(image.bytes);
-    m_result.frames = m_progress.frames = m_image.size() / m_parameters.imageBytesPerFrame + 1;
+    m_result.frames = m_progress.frames = m_image.size() / family().imageBytesPerFrame + 1;
     return true;
 }
 
@@ -91,7 +93,7 @@ bool UpdateRun::startDownload()
     if (!send(CmdDownload()))
         return false;
     reach(UpdateStep::Download);
-    return send(DownloadHeader(m_parameters.loadAddress, static_cast<quint32>(m_image.size())));
+    return send(DownloadHeader(family().loadAddress, static_cast<quint32>(m_image.size())));
 }
 
 bool UpdateRun::waitForErase()
@@ -109,7 +111,7 @@ bool UpdateRun::waitForErase()
 
 bool UpdateRun::sendImage()
 {
-    const qsizetype perFrame = m_parameters.imageBytesPerFrame;
+    const qsizetype perFrame = family().imageBytesPerFrame;
     const qint64 fullFrames = m_result.frames - 1;
     const QByteArrayView image(m_image);
     for (qint64 i = 0; i < fullFrames; ++i) {

@@ -16,7 +16,7 @@ class UpdateObserver
 public:
     // The device told its version, which is its model code.
     virtual void targetVersionDidArrive(qint32 targetVersion) = 0;
-    // A step was reached, or another percent of the image sent.
+    // The device's answer to another step is awaited, or another percent of the image was sent.
     virtual void updateDidProgress(const UpdateProgress &progress) = 0;
     // It has ended; after an update's success the pulse that restarts the device begins with it.
     // Not told of an abandoned one.

@@ -1,6 +1,8 @@
 // Sessions with simulated devices on real terminals.
 #include "serial/ORSSerialPortManager.h"
 #include "tests/update/SessionRig.h"
+#include "update/Frames.h"
+#include "update/PortLine.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -57,8 +59,28 @@ TEST(DeviceSession, TheSyncByteDoesNotWaitForTheMainThread)
 {
     SessionRig rig;
     rig.update(1);
+    rig.session->startUpdate(rig.imagePath); // does nothing more
     EXPECT_TRUE(rig.device.waitForExchanges(2, 10s)) << "no event loop runs meanwhile";
     rig.expectUpdated();
+    EXPECT_EQ(rig.device.report().exchanges, 2);
+}
+
+TEST(PortLine, DropsWhatArrivedBeforeItSendsAndSendsNothingOnceAbandoned)
+{
+    SessionRig rig;
+    const auto buffer = std::make_shared<ReceiveBuffer>();
+    PortLine line(rig.session->port(), buffer);
+    const QByteArray sync(1, static_cast<char>(SyncByte));
+    buffer->receive("\xaf");
+    line.send(sync);
+    QByteArray chunk;
+    EXPECT_EQ(line.waitForChunk(line.now(), chunk), LineEvent::Silence);
+    EXPECT_TRUE(rig.device.waitForExchanges(2, 10s));
+    buffer->abandon();
+    line.send(sync);
+    runEventLoopFor(50ms);
+    EXPECT_EQ(rig.device.report().exchanges, 2);
+    EXPECT_EQ(line.waitForChunk(line.now() + 10s, chunk), LineEvent::Abandoned);
 }
 
 TEST(DeviceSession, CountsAnswersThatCameInTimeHoweverLateTheyAreDelivered)
@@ -127,6 +149,47 @@ TEST(DeviceSession, ClosingIsToldWhenItIsTrueAndEndsWhatRuns)
     rig.update(250); // on the closed port
     ASSERT_TRUE(eventually([&] { return rig.results.size() == 2; }, 10s));
     EXPECT_EQ(rig.result(2).failure.kind, Kind::PortClosed);
+}
+
+TEST(DeviceSession, OpeningAgainWhenTheClosingIsToldLosesNoEnd)
+{
+    SessionRig rig(with(&DeviceOptions::eraseTime, 300ms));
+    rig.onProgress = [&](const UpdateProgress &progress) {
+        if (progress.step == UpdateStep::Erase)
+            rig.session->close();
+    };
+    rig.onClose = [&] { EXPECT_TRUE(rig.session->open()); };
+    rig.update(250);
+    EXPECT_TRUE(eventually([&] { return rig.queries == 2; }));
+    EXPECT_EQ(rig.result().failure.kind, Kind::PortClosed);
+    EXPECT_TRUE(rig.session->isOpen());
+    rig.onClose = [] {};
+}
+
+TEST(DeviceSession, OneMayBeDestroyedWhenTheErrorOfItsOpeningIsTold)
+{
+    SessionRig rig;
+    rig.session.reset();
+    SerialDevice record;
+    record.calloutDevice = "/dev/null";
+    rig.session = std::make_unique<DeviceSession>(
+        ORSSerialPort::serialPortWithDevice(std::make_shared<SerialDevice>(record)), rig);
+    rig.onError = [&] { rig.session.reset(); };
+    EXPECT_FALSE(rig.session->open());
+    EXPECT_FALSE(rig.session);
+}
+
+TEST(DeviceSession, OneThatGoesLeavesThePortToItsSuccessor)
+{
+    SessionRig rig;
+    rig.session->close();
+    ASSERT_TRUE(eventually([&] { return !rig.closings.empty(); }));
+    const auto first =
+        std::exchange(rig.session, std::make_unique<DeviceSession>(rig.session->port(), rig));
+    ASSERT_TRUE(rig.session->open());
+    first->end();
+    rig.update(500);
+    rig.expectUpdated();
 }
 
 TEST(DeviceSession, APortThatIsOpenedAgainByOthersIsOpen)

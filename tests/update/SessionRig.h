@@ -93,7 +93,12 @@ public:
 
     // DeviceSessionObserver
     void deviceDidReopen() override { ++reopenings; }
-    void deviceDidClose(bool onRequest) override { closings.push_back(onRequest); }
+    void deviceDidClose(bool onRequest) override
+    {
+        closings.push_back(onRequest);
+        onClose();
+    }
+    void deviceDidReportError(const ORSSerialPortError &) override { onError(); }
     void targetVersionDidArrive(qint32 version) override { targetVersion = version; }
     void versionQueryDidEnd(const UpdateResult &result) override
     {
@@ -118,6 +123,8 @@ public:
     qint32 targetVersion = -1;
     int queries = 0;
     int reopenings = 0;
+    std::function<void()> onClose = [] {};
+    std::function<void()> onError = [] {};
     std::function<void(const UpdateProgress &)> onProgress = [](const auto &) {};
     std::unique_ptr<DeviceSession> session;
 

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <random>
 
 namespace vorn {
@@ -268,6 +269,23 @@ TEST(UpdateRun, AnnouncesAddressAndLengthAndEndsWithTheRest)
     ScriptedUpdate whole(1, 500);
     whole.update();
     EXPECT_EQ(whole.line.lastSent.toHex(), "0101");
+}
+
+TEST(UpdateRun, ADeviceIsSentItsImageAsItsFamilyTakesIt)
+{
+    const std::array families{
+        kDeviceFamilies.front(),
+        DeviceFamily{.firstModel = 20, .loadAddress = 0x08004000, .imageBytesPerFrame = 100}};
+    BootParameters parameters = kVornBoot;
+    parameters.families = families;
+    for (const auto &[model, header, frames] : {std::tuple(19, "090800180000000190", 2),
+                                                {20, "090800400000000190", 5},
+                                                {255, "090800400000000190", 5}}) {
+        ScriptedUpdate run(model, 400);
+        run.line.faults[{BootStep::Erase, 0}] = silence({});
+        EXPECT_EQ(run.update(parameters).frames, frames);
+        EXPECT_EQ(run.line.lastSent.toHex().left(18), header);
+    }
 }
 
 TEST(UpdateRun, AQueryTellsTheVersionAndLeavesTheDeviceRunning)
