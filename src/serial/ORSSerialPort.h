@@ -14,8 +14,6 @@ class ORSSerialPort;
 class ORSSerialPortPrivate;
 
 using ORSSerialPortPtr = std::shared_ptr<ORSSerialPort>;
-using ORSSerialPacketDescriptorPtr = std::shared_ptr<const ORSSerialPacketDescriptor>;
-using ORSSerialRequestPtr = std::shared_ptr<ORSSerialRequest>;
 
 // One serial device: opens it, sets the line, reads and writes, drives and polls the modem lines,
 // matches packets, and tells a delegate of every event.
@@ -73,12 +71,30 @@ public:
     // A string property of a device ("IOCalloutDevice", "IODialinDevice", "IOTTYDevice",
     // "IOTTYBaseName", "IOTTYSuffix", "IOSerialBSDClientType"); null when it has none of that key.
     static QString stringPropertyOf(const vorn::SerialDeviceHandle &device, const QString &key);
-    static QString bsdCalloutPathFromDevice(const vorn::SerialDeviceHandle &device);
-    static QString bsdDialinPathFromDevice(const vorn::SerialDeviceHandle &device);
-    static QString baseNameFromDevice(const vorn::SerialDeviceHandle &device);
-    static QString serviceTypeFromDevice(const vorn::SerialDeviceHandle &device);
-    static QString modemNameFromDevice(const vorn::SerialDeviceHandle &device);
-    static QString suffixFromDevice(const vorn::SerialDeviceHandle &device);
+    static QString bsdCalloutPathFromDevice(const vorn::SerialDeviceHandle &device)
+    {
+        return stringPropertyOf(device, QStringLiteral("IOCalloutDevice"));
+    }
+    static QString bsdDialinPathFromDevice(const vorn::SerialDeviceHandle &device)
+    {
+        return stringPropertyOf(device, QStringLiteral("IODialinDevice"));
+    }
+    static QString baseNameFromDevice(const vorn::SerialDeviceHandle &device)
+    {
+        return stringPropertyOf(device, QStringLiteral("IOTTYBaseName"));
+    }
+    static QString serviceTypeFromDevice(const vorn::SerialDeviceHandle &device)
+    {
+        return stringPropertyOf(device, QStringLiteral("IOSerialBSDClientType"));
+    }
+    static QString modemNameFromDevice(const vorn::SerialDeviceHandle &device)
+    {
+        return stringPropertyOf(device, QStringLiteral("IOTTYDevice"));
+    }
+    static QString suffixFromDevice(const vorn::SerialDeviceHandle &device)
+    {
+        return stringPropertyOf(device, QStringLiteral("IOTTYSuffix"));
+    }
 
     // Opens the device for this process alone and sets the line; EBUSY when another has it, ENOTTY
     // when the path leads to no terminal. Does nothing on an open port, also on one that closes.

@@ -51,7 +51,7 @@ int ORSSerialPortPrivate::openTerminalAtPath()
     const bool isServed = vorn::GlobalQueue::instance().post([self = shared_from_this(), opened] {
         // Held by the opener until the line is set and all is told that comes before its data.
         std::unique_lock(self->opening).unlock();
-        vorn::PortLoop(self, opened).run();
+        vorn::runPortLoop(*self, opened);
     });
     if (!isServed) {
         opened->close(false);
@@ -181,8 +181,7 @@ bool ORSSerialPortPrivate::sendData(QByteArrayView data)
 void ORSSerialPortPrivate::receiveData(const QByteArray &bytes)
 {
     MainQueue::instance().post([self = shared_from_this(), bytes] { self->deliverData(bytes); });
-    // With nobody to match for, no byte needs the walk.
-    if (packetListeners.isEmpty() && requests.isEmpty())
+    if (packetDescriptors().isEmpty() && requests.isEmpty())
         return;
     requestHandlingQueue.post(
         [self = shared_from_this(), bytes] { self->matchReceivedData(bytes); });
@@ -201,20 +200,46 @@ void ORSSerialPortPrivate::deliverData(const QByteArray &bytes)
 
 void ORSSerialPortPrivate::matchReceivedData(const QByteArray &data)
 {
-    const auto report = [this](const ORSSerialPacketDescriptorPtr &descriptor,
-                               const QByteArray &packet) {
-        postToDelegate(
-            [descriptor, packet](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
-                receiver.serialPortDidReceivePacketMatchingDescriptor(itsPort, packet, descriptor);
-            });
-    };
-    for (qsizetype i = 0; i < data.size(); ++i) {
-        packetListeners.receive(data[i], report);
-        requests.checkResponseToPendingRequestAndContinueIfValidWithReceivedByte(data[i]);
+    for (const char byte : data) {
+        // Without the lock, since an evaluator may call packetDescriptors().
+        for (vorn::PacketMatcher &listener : listeners)
+            if (const auto packet = listener.append(byte))
+                postToDelegate([descriptor = listener.descriptor(), packet = *packet](
+                                   ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
+                    receiver.serialPortDidReceivePacketMatchingDescriptor(itsPort, packet,
+                                                                          descriptor);
+                });
+        requests.checkResponseToPendingRequestAndContinueIfValidWithReceivedByte(byte);
     }
 }
 
-void ORSSerialPortPrivate::tellOfRemoval()
+QList<ORSSerialPacketDescriptorPtr> ORSSerialPortPrivate::packetDescriptors() const
+{
+    const std::lock_guard lock(listenersMutex);
+    QList<ORSSerialPacketDescriptorPtr> all;
+    for (const vorn::PacketMatcher &listener : listeners)
+        all.append(listener.descriptor());
+    return all;
+}
+
+void ORSSerialPortPrivate::startListening(const ORSSerialPacketDescriptorPtr &descriptor)
+{
+    // Another thread may have been faster.
+    if (packetDescriptors().contains(descriptor))
+        return;
+    const std::lock_guard lock(listenersMutex);
+    listeners.emplace_back(descriptor);
+}
+
+void ORSSerialPortPrivate::stopListening(const ORSSerialPacketDescriptorPtr &descriptor)
+{
+    const std::lock_guard lock(listenersMutex);
+    std::erase_if(listeners, [&](const vorn::PacketMatcher &listener) {
+        return listener.descriptor() == descriptor;
+    });
+}
+
+void ORSSerialPortPrivate::notifyOfRemoval()
 {
     callDelegateAndWait([](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
         receiver.serialPortWasRemovedFromSystem(itsPort);

@@ -5,7 +5,7 @@
 #include "serial/LineSettings.h"
 #include "serial/LivePorts.h"
 #include "serial/ORSSerialPort.h"
-#include "serial/PacketListeners.h"
+#include "serial/PacketMatcher.h"
 #include "serial/RequestQueue.h"
 #include "serial/SerialTerminal.h"
 
@@ -50,14 +50,19 @@ public:
     void notifyOfModemLineError(vorn::SerialTerminal &terminal, int error);
 
     bool sendData(QByteArrayView data);
-    // Takes the bytes that were read.
+    // Passes on the bytes that were read.
     void receiveData(const QByteArray &bytes);
-    // Gives them to the delegate in pieces; runs on the main thread.
+    // Hands them to the delegate in pieces; main thread only.
     void deliverData(const QByteArray &bytes);
-    // Takes the bytes one at a time; runs on the request handling queue.
+    // Looks for packets and responses byte by byte; request handling queue only.
     void matchReceivedData(const QByteArray &data);
 
-    void tellOfRemoval();
+    QList<ORSSerialPacketDescriptorPtr> packetDescriptors() const;
+    // Request handling queue only.
+    void startListening(const ORSSerialPacketDescriptorPtr &descriptor);
+    void stopListening(const ORSSerialPacketDescriptorPtr &descriptor);
+
+    void notifyOfRemoval();
     // The terminal was closed with this result.
     void terminalWasClosed(int error);
 
@@ -66,8 +71,8 @@ public:
     bool writeRequest(QByteArrayView data) override { return sendData(data); }
     void requestWasAnswered(const ORSSerialRequestPtr &request,
                             const QByteArray &response) override;
-    bool hearsOfTimeouts() override { return implemented().requestDidTimeout; }
-    void requestTimedOut(const ORSSerialRequestPtr &request, std::function<void()> moveOn) override;
+    bool reportsTimeouts() override { return implemented().requestDidTimeout; }
+    void requestTimedOut(const ORSSerialRequestPtr &request) override;
     void pendingRequestDidChange() override;
     void requestsQueueDidChange() override;
 
@@ -102,6 +107,8 @@ public:
     const std::shared_ptr<vorn::LivePorts> livePorts = vorn::LivePorts::instance();
 
     vorn::SerialQueue requestHandlingQueue;
-    vorn::PacketListeners packetListeners;
+    mutable std::mutex listenersMutex;
+    // Changed and matched on requestHandlingQueue only.
+    std::vector<vorn::PacketMatcher> listeners;
     vorn::RequestQueue requests{requestHandlingQueue, *this};
 };

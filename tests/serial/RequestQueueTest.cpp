@@ -247,8 +247,8 @@ public:
     {
         answers.push_back(answered);
     }
-    bool hearsOfTimeouts() override { return false; }
-    void requestTimedOut(const ORSSerialRequestPtr &, std::function<void()>) override {}
+    bool reportsTimeouts() override { return false; }
+    void requestTimedOut(const ORSSerialRequestPtr &) override {}
     void pendingRequestDidChange() override {}
     void requestsQueueDidChange() override {}
 
