@@ -3,23 +3,20 @@
 #include <QString>
 #include <QStringList>
 
+#include <libudev.h>
+
 #include <memory>
 #include <optional>
-
-struct udev;
-struct udev_device;
-struct udev_enumerate;
-struct udev_monitor;
 
 namespace vorn {
 
 // Drops the reference that a libudev call returned.
 struct UdevUnref
 {
-    void operator()(udev *object) const;
-    void operator()(udev_device *object) const;
-    void operator()(udev_enumerate *object) const;
-    void operator()(udev_monitor *object) const;
+    void operator()(udev *object) const { udev_unref(object); }
+    void operator()(udev_device *object) const { udev_device_unref(object); }
+    void operator()(udev_enumerate *object) const { udev_enumerate_unref(object); }
+    void operator()(udev_monitor *object) const { udev_monitor_unref(object); }
 };
 template <typename Object>
 using UdevPointer = std::unique_ptr<Object, UdevUnref>;
