@@ -17,8 +17,8 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 using testing::ElementsAre;
 
-// A serial adapter with modem lines: a mocked device node whose ioctls this object answers, on a
-// thread of the test bed's own.
+// A serial adapter with modem lines: a mocked device node whose ioctls this object answers on a
+// thread of the test bed.
 class MockedAdapter : MockedUdev
 {
 public:
@@ -39,19 +39,17 @@ public:
         return std::make_shared<SerialDevice>(device);
     }
 
-    // The modem lines (TIOCM_*), which the system raises when it opens a terminal.
+    // TIOCM_*; the system raises DTR and RTS when it opens a terminal.
     std::atomic<int> lines = TIOCM_DTR | TIOCM_RTS;
-    // So many times more the lines cannot be read, with this error.
+    // How many more times reading the lines fails, and with which error.
     std::atomic<int> failures = 0;
     std::atomic<int> error = 0;
-    // Until it is false again, nobody is told of the lines.
-    std::atomic<bool> hangs = false;
-    // So many times more it is told that output has not left the driver, the adapter; in the driver
-    // it may stand still instead.
+    // How many more queries report output in the driver (every query, if it stands still) and in
+    // the adapter.
     std::atomic<int> inDriver = 0;
     std::atomic<bool> standsStill = false;
     std::atomic<int> inAdapter = 0;
-    std::atomic<int> timesAskedForOutput = 0;
+    std::atomic<int> outputQueries = 0;
     std::atomic<int> serialFlags = 0;
 
     // The lines of each TIOCMSET so far.
@@ -67,7 +65,7 @@ private:
         return static_cast<MockedAdapter *>(self)->answer(client);
     }
 
-    // The memory that the ioctl's argument points to.
+    // The memory to which the ioctl's argument points.
     template <typename Record>
     static std::unique_ptr<UMockdevIoctlData, decltype(&g_object_unref)>
     memory(UMockdevIoctlClient *client)
@@ -107,11 +105,11 @@ private:
             m_settings.push_back(lines);
             break;
         case TIOCOUTQ:
-            ++timesAskedForOutput;
+            ++outputQueries;
             put(client, standsStill ? inDriver.load() : inDriver > 0 ? inDriver-- : 0);
             break;
         case TIOCSERGETLSR:
-            ++timesAskedForOutput;
+            ++outputQueries;
             put<unsigned>(client, inAdapter-- > 0 ? 0 : TIOCSER_TEMT);
             break;
         case TIOCGSERIAL: {
@@ -195,7 +193,7 @@ TEST_F(ModemLinesTest, ObserversSeeEachInputChangeOnTheMainThread)
     expectSeen(TIOCM_DSR, {"DSR+"});
 }
 
-TEST_F(ModemLinesTest, LinesThatCannotBeReadForTheDeviceIsGoneEndThePort)
+TEST_F(ModemLinesTest, AFailedPollOfAGoneDeviceClosesThePort)
 {
     for (const int error : {ENXIO, EIO, ENODEV}) {
         openPort();
@@ -206,7 +204,7 @@ TEST_F(ModemLinesTest, LinesThatCannotBeReadForTheDeviceIsGoneEndThePort)
     }
 }
 
-TEST_F(ModemLinesTest, OneFailedTransferIsNoRemoval)
+TEST_F(ModemLinesTest, ASingleFailedTransferIsNotARemoval)
 {
     openPort();
     adapter.error = EIO;
@@ -217,19 +215,19 @@ TEST_F(ModemLinesTest, OneFailedTransferIsNoRemoval)
     EXPECT_TRUE(port->isOpen());
 }
 
-TEST_F(ModemLinesTest, ClosingWaitsForOutputAsLongAsItMovesAndEndsTheLowLatency)
+TEST_F(ModemLinesTest, ClosingWaitsForOutputWhileItMovesAndRestoresTheLatency)
 {
     openPort();
     EXPECT_EQ(adapter.serialFlags, ASYNC_LOW_LATENCY);
-    adapter.inDriver = 300; // at 5 ms each more than the second that it may stand still
+    adapter.inDriver = 300; // at 5 ms each, longer than the second that it may stand still
     adapter.inAdapter = 4;
     port->close();
     delegate.expect({"closed"});
-    EXPECT_EQ(adapter.timesAskedForOutput, 300 + 2 * (4 + 1));
+    EXPECT_EQ(adapter.outputQueries, 300 + 2 * (4 + 1));
     EXPECT_EQ(adapter.serialFlags, 0);
 }
 
-TEST_F(ModemLinesTest, ClosingGivesOutputThatDoesNotMoveASecond)
+TEST_F(ModemLinesTest, ClosingWaitsASecondForOutputThatDoesNotMove)
 {
     openPort();
     adapter.inDriver = 1;
@@ -237,7 +235,7 @@ TEST_F(ModemLinesTest, ClosingGivesOutputThatDoesNotMoveASecond)
     const auto begin = Clock::now();
     port->close();
     EXPECT_TRUE(port->isOpen());
-    port->setRTS(true); // waits for nothing
+    port->setRTS(true); // does not block
     EXPECT_LT(Clock::now() - begin, milliseconds(500));
     delegate.expect({"closed"});
     EXPECT_GE(Clock::now() - begin, milliseconds(1000));

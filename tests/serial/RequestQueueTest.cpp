@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Keeps what a port told of its requests, by the requests' user information.
+// Records a port's events about requests, which are named by their user information.
 class RequestDelegate : public ORSSerialPortDelegate
 {
 public:
@@ -90,7 +90,7 @@ protected:
     ORSSerialPortPtr port = ORSSerialPort::serialPortWithDevice(terminal.device());
 };
 
-TEST_F(RequestQueueOnAPort, SendsOneAfterTheOtherWhateverPiecesTheAnswersComeIn)
+TEST_F(RequestQueueOnAPort, SendsOneAtATimeHoweverTheAnswersAreSplit)
 {
     RequestDelegate delegate;
     open(delegate);
@@ -111,26 +111,46 @@ TEST_F(RequestQueueOnAPort, SendsOneAfterTheOtherWhateverPiecesTheAnswersComeIn)
     EXPECT_EQ(terminal.take(1), "b");
     terminal.send("k!");
     EXPECT_EQ(terminal.take(17), "no answer wantedc");
-    terminal.send("ok!ok!"); // answered twice: the second one is nobody's
+    terminal.send("ok!ok!"); // the second answer belongs to no request
     expect(delegate, {"a=ok!", "packet k!o", "b=ok!", "packet k!o", "c=ok!", "packet k!o"});
     EXPECT_TRUE(isIdle());
 }
 
-TEST_F(RequestQueueOnAPort, MovesOnAfterATimeoutWithAndWithoutSomebodyWhoHears)
+TEST_F(RequestQueueOnAPort, MovesOnAfterATimeoutWhetherOrNotTheDelegateImplementsIt)
 {
     TimeoutDelegate hears;
     open(hears);
     const auto first = request("a", "ok", ORSSerialRequest::TimeInterval(1e-10)); // below 1 ns
     const auto second = request("b", "ok");
+    enum { Idle, Busy, Released };
+    std::atomic<int> matching = Idle;
+    const auto keepsQueueBusy =
+        std::make_shared<ORSSerialPacketDescriptor>(8, QVariant(), [&](QByteArrayView) {
+            int expected = Idle;
+            if (matching.compare_exchange_strong(expected, Busy)) {
+                matching.notify_all();
+                matching.wait(Busy);
+            }
+            return false;
+        });
+    port->startListeningForPacketsMatchingDescriptor(keepsQueueBusy);
     hears.onTimeout = [&] {
         EXPECT_EQ(port->pendingRequest(), first);
-        port->cancelQueuedRequest(second); // not too late: the next one is sent after this
+        terminal.send("x");
+        matching.wait(Idle);
+        // Not too late, since the next request is sent by a job that is posted after this callback.
+        port->cancelQueuedRequest(second);
+        QTimer::singleShot(0, qApp, [&] {
+            matching = Released;
+            matching.notify_all();
+        });
     };
     for (const auto &sent : {first, second, request("c", "ok")})
         port->sendRequest(sent);
     EXPECT_EQ(terminal.take(2), "ac");
     terminal.send("ok");
     expect(hears, {"timeout a", "c=ok"});
+    port->stopListeningForPacketsMatchingDescriptor(keepsQueueBusy);
 
     RequestDelegate doesNot;
     port->setDelegate(&doesNot);
@@ -142,7 +162,7 @@ TEST_F(RequestQueueOnAPort, MovesOnAfterATimeoutWithAndWithoutSomebodyWhoHears)
     EXPECT_TRUE(isIdle());
 }
 
-TEST_F(RequestQueueOnAPort, AnAnswerWhileItsTimeoutIsToldOfMovesTheQueueOnTwice)
+TEST_F(RequestQueueOnAPort, AnAnswerWhileItsTimeoutIsReportedAdvancesTheQueueTwice)
 {
     TimeoutDelegate delegate;
     open(delegate);
@@ -185,7 +205,7 @@ TEST_F(RequestQueueOnAPort, AFailedWriteStaysPendingUntilItsTimeout)
     EXPECT_TRUE(eventually([&] { return port->pendingRequest() == second; }));
 }
 
-TEST_F(RequestQueueOnAPort, RequestsSurviveACloseUnlessTheDelegateHearsOfIt)
+TEST_F(RequestQueueOnAPort, RequestsSurviveACloseUnlessTheDelegateImplementsIt)
 {
     RequestDelegate deaf;
     open(deaf);
@@ -205,7 +225,7 @@ TEST_F(RequestQueueOnAPort, RequestsSurviveACloseUnlessTheDelegateHearsOfIt)
     EXPECT_TRUE(isIdle());
 }
 
-TEST_F(RequestQueueOnAPort, WhatIsSentOnceThePortIsClosedIsNotForgotten)
+TEST_F(RequestQueueOnAPort, RequestsSentAfterTheCloseAreKept)
 {
     const auto again = request("a", "ok"); // the same request twice, before and after
     bool byCallback = false;
@@ -237,7 +257,7 @@ TEST_F(RequestQueueOnAPort, WhatIsSentOnceThePortIsClosedIsNotForgotten)
     }
 }
 
-// The queue's world without a line: every write succeeds and nobody hears of time-outs.
+// A host without a line: every write succeeds, time-outs are not reported.
 class ModelHost : public RequestQueueHost
 {
 public:
@@ -258,13 +278,13 @@ private:
     const Lifetime m_life;
 };
 
-TEST(RequestQueueModel, AnAnswerStopsTheTimerSoThatTheNextRequestIsNotEnded)
+TEST(RequestQueueModel, AnAnswerStopsTheTimer)
 {
     SerialQueue queue;
     ModelHost host;
     RequestQueue requests(queue, host);
     const auto next = request("b", "!");
-    // In one job, which the timer has to wait for.
+    // In one job, for which the timer has to wait.
     queue.postAndWait([&] {
         requests.reallySendRequest(request("a", "!", 1ns));
         requests.checkResponseToPendingRequestAndContinueIfValidWithReceivedByte('!');
@@ -289,16 +309,13 @@ TEST(RequestQueueModel, AnswersEachOf100000RequestsOnceOrNotAtAllAsAPlainQueueDo
     const auto answer = std::make_shared<ORSSerialPacketDescriptor>(QByteArray("\xAF"));
     std::mt19937 random(20261121);
     std::vector<ORSSerialRequestPtr> all;
-    int sent = 0;
-    while (sent < 100000) {
+    while (all.size() < 100000) {
         const auto dice = static_cast<unsigned>(random() % 100);
         if (dice < 45) {
-            const auto next = ORSSerialRequest::requestWithDataToSend(
-                "x", {}, dice % 2 ? 3600s : 0s, dice < 38 ? answer : nullptr);
-            ++sent;
-            all.push_back(next);
-            EXPECT_TRUE(requests.reallySendRequest(next));
-            model.push_back(next);
+            all.push_back(ORSSerialRequest::requestWithDataToSend("x", {}, dice % 2 ? 3600s : 0s,
+                                                                  dice < 38 ? answer : nullptr));
+            EXPECT_TRUE(requests.reallySendRequest(all.back()));
+            model.push_back(all.back());
             if (model.size() == 1)
                 dropUnanswerable();
         } else if (dice < 90) {
@@ -312,13 +329,11 @@ TEST(RequestQueueModel, AnswersEachOf100000RequestsOnceOrNotAtAllAsAPlainQueueDo
         } else if (dice < 99 && !all.empty()) {
             const auto &victim = all[all.size() - 1 - random() % std::min<size_t>(all.size(), 8)];
             requests.cancelQueuedRequest(victim);
-            const auto found = std::find(model.begin(), model.end(), victim);
-            if (found != model.end() && found != model.begin())
-                model.erase(found);
+            if (!model.empty())
+                model.erase(std::remove(model.begin() + 1, model.end(), victim), model.end());
         } else if (random() % 20 == 0) {
             requests.cancelAllQueuedRequests();
-            if (!model.empty())
-                model.resize(1);
+            model.resize(std::min<size_t>(model.size(), 1));
         }
         ASSERT_EQ(requests.pendingRequest(), model.empty() ? nullptr : model.front());
         ASSERT_EQ(static_cast<size_t>(requests.queuedRequests().size()),
@@ -327,13 +342,11 @@ TEST(RequestQueueModel, AnswersEachOf100000RequestsOnceOrNotAtAllAsAPlainQueueDo
     EXPECT_EQ(host.answers, expected);
 }
 
-// Every operation from several threads at once, while the port closes and opens.
+// All operations from several threads while the port closes and opens.
 TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
 {
-    class CountingDelegate : public ORSSerialPortDelegate
+    struct CountingDelegate : TimeoutDelegate
     {
-    public:
-        void serialPortWasRemovedFromSystem(ORSSerialPort &) override {}
         void serialPortDidReceiveResponseToRequest(ORSSerialPort &, const QByteArray &,
                                                    const ORSSerialRequestPtr &answered) override
         {
@@ -341,7 +354,6 @@ TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
             answered->setUserInfo(true);
             ++count;
         }
-        void serialPortRequestDidTimeout(ORSSerialPort &, const ORSSerialRequestPtr &) override {}
         void serialPortWasClosed(ORSSerialPort &) override {}
         int count = 0;
     };
@@ -403,7 +415,7 @@ TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
         if (got <= 0) // nobody has the terminal open
             std::this_thread::sleep_for(1ms);
     });
-    // Each turn ends with the port open, or closed by the setter's change of the flow control.
+    // The port may also be closed by the setter's change of the flow control.
     for (int turn = 0; turn < 60 || (delegate.count < 100 && !watch.isOver()); ++turn) {
         runEventLoopFor(20ms);
         port->close();
@@ -413,7 +425,7 @@ TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
     threads.clear();
     EXPECT_GE(delegate.count, 100);
 
-    // And in the end it works as ever.
+    // In the end it works as before.
     port->close();
     EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
     port->cancelAllQueuedRequests();

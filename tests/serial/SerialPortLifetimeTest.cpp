@@ -7,7 +7,7 @@ namespace {
 
 using SerialPortLifetimeTest = SerialPortFixture;
 
-TEST_F(SerialPortLifetimeTest, ADelegateMayCloseThePortWhileItOpensAndOpenItWhenItHearsOfItsEnd)
+TEST_F(SerialPortLifetimeTest, ADelegateMayCloseAPortThatOpensAndOpenAPortThatCloses)
 {
     bool opensAgain = false;
     delegate.onEvent = [&](const QByteArray &event) {
@@ -22,7 +22,7 @@ TEST_F(SerialPortLifetimeTest, ADelegateMayCloseThePortWhileItOpensAndOpenItWhen
     delegate.expect({"data x"});
 }
 
-TEST_F(SerialPortLifetimeTest, ADelegateMayLetGoOfThePortInEveryEvent)
+TEST_F(SerialPortLifetimeTest, ADelegateMayReleaseThePortInAnyEvent)
 {
     for (const QByteArray last :
          {"error ENOTTY", "opened", "data x", "error ENXIO", "removed", "closed"}) {
@@ -44,27 +44,24 @@ TEST_F(SerialPortLifetimeTest, ADelegateMayLetGoOfThePortInEveryEvent)
     }
 }
 
-TEST_F(SerialPortLifetimeTest, AnObserverMayLetGoOfThePort)
+TEST_F(SerialPortLifetimeTest, ThePortMayBeReleasedDuringACall)
 {
+    delegate.onEvent = [&](const QByteArray &) { port.reset(); };
+    port->cleanupAfterSystemRemoval();
+    delegate.expect({"removed"});
+    EXPECT_EQ(port, nullptr);
+    port = ORSSerialPort::serialPortWithDevice(terminal.device());
     QObject::connect(port.get(), &ORSSerialPort::lineSettingsChanged, qApp, [&] { port.reset(); });
     port->setBaudRate(1200);
     EXPECT_EQ(port, nullptr);
 }
 
-TEST_F(SerialPortLifetimeTest, ADelegateMayLetGoOfThePortWhenToldOfItsRemoval)
-{
-    delegate.onEvent = [&](const QByteArray &) { port.reset(); };
-    port->cleanupAfterSystemRemoval();
-    EXPECT_EQ(port, nullptr);
-    delegate.expect({"removed"});
-}
-
-TEST_F(SerialPortLifetimeTest, NothingReachesADelegateThatIsGone)
+TEST_F(SerialPortLifetimeTest, ADestroyedDelegateIsNotCalled)
 {
     auto shortLived = std::make_unique<RecordingDelegate>();
     port->setDelegate(shortLived.get());
     shortLived->onEvent = [](const QByteArray &event) { EXPECT_EQ(event, "error ENOTTY"); };
-    port->open(); // its word of it is on the way now
+    port->open(); // "opened" is queued now
     shortLived.reset();
     EXPECT_EQ(port->delegate(), nullptr);
     terminal.send("x");
@@ -78,9 +75,9 @@ concept CanBeSet = requires(ORSSerialPort &port, Delegate *delegate)
     port.setDelegate(delegate);
 };
 
-TEST_F(SerialPortLifetimeTest, ADelegateOfTheRequiredMethodAloneIsEnough)
+TEST_F(SerialPortLifetimeTest, ADelegateNeedsTheRequiredMethodOnly)
 {
-    // Behind a pointer to the base class nobody sees what a delegate implements.
+    // A pointer to the base class does not show what a delegate implements.
     static_assert(CanBeSet<RecordingDelegate> && !CanBeSet<ORSSerialPortDelegate>);
     struct final : ORSSerialPortDelegate
     {
@@ -95,7 +92,7 @@ TEST_F(SerialPortLifetimeTest, ADelegateOfTheRequiredMethodAloneIsEnough)
     EXPECT_EQ(required.removals, 1);
 }
 
-TEST_F(SerialPortLifetimeTest, APortLetGoOfOnAnyThreadClosesItsTerminal)
+TEST_F(SerialPortLifetimeTest, APortReleasedOnAnyThreadClosesItsTerminal)
 {
     openPort();
     std::thread([owner = std::move(port)]() mutable { owner.reset(); }).join();
