@@ -44,9 +44,9 @@ QStringList stableLinksOf(udev_device *device)
     return links;
 }
 
-// How many interfaces of a USB device can be serial ports, from its configuration descriptors. The
-// kernel sets interfaces up one after the other, so that the first port of an adapter is told
-// before the last one exists; the descriptors are complete from the start.
+// The number of a USB device's interfaces that can be serial ports, from its configuration
+// descriptors. The kernel sets interfaces up one after the other, so that the first port of an
+// adapter is reported before the last one exists; the descriptors are complete from the start.
 int countSerialInterfaces(udev_device *usbDevice, UdevTty::Family family)
 {
     QFile file(QFile::decodeName(udev_device_get_syspath(usbDevice)) +

@@ -10,7 +10,7 @@ using vorn::SerialTerminal;
 
 namespace {
 
-// The most that goes to the delegate in one piece.
+// The maximum size of a piece that is passed to the delegate.
 constexpr qsizetype kPieceSize = 1024;
 
 } // namespace
@@ -47,9 +47,9 @@ int ORSSerialPortPrivate::openTerminalAtPath()
     auto opened = std::make_shared<SerialTerminal>();
     if (const int error = opened->open(path); error != 0)
         return error;
-    // First of all, since nobody is to hear of a port that then has no thread.
+    // Before anything is reported: without a thread the port is not open.
     const bool isServed = vorn::GlobalQueue::instance().post([self = shared_from_this(), opened] {
-        // Held by the opener until the line is set and all is told that comes before its data.
+        // The opener holds this until the line is set and everything before its data is reported.
         std::unique_lock(self->opening).unlock();
         vorn::runPortLoop(*self, opened);
     });
@@ -172,7 +172,7 @@ bool ORSSerialPortPrivate::sendData(QByteArrayView data)
     if (!opened)
         return false;
     const int error = data.isEmpty() ? 0 : opened->writeAll(data);
-    // A port that closes is as good as closed, where a write is refused without a word.
+    // A closing port is treated like a closed one: the write is refused without an error.
     if (error != 0 && error != ECANCELED)
         notifyDelegateOfPosixError(error);
     return error == 0;
@@ -190,7 +190,7 @@ void ORSSerialPortPrivate::receiveData(const QByteArray &bytes)
 void ORSSerialPortPrivate::deliverData(const QByteArray &bytes)
 {
     for (qsizetype at = 0; at < bytes.size(); at += kPieceSize) {
-        // Asked for each piece: the one before may have ended either.
+        // For each piece, since the previous call may have destroyed either.
         ORSSerialPortDelegate *receiver = port ? port->delegate() : nullptr;
         if (!receiver)
             return;
@@ -260,8 +260,8 @@ void ORSSerialPortPrivate::terminalWasClosed(int error)
         fileDescriptor = 0;
     }
     emitOnMain(&ORSSerialPort::fileDescriptorChanged);
-    // Only a delegate that hears of the close loses its requests by it, and only those that were
-    // there by then.
+    // Only if the delegate implements serialPortWasClosed() are requests dropped, and only those
+    // made before the port was closed.
     if (!implemented().wasClosed)
         return;
     MainQueue::instance().postAndWait([&] {

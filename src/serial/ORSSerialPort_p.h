@@ -33,9 +33,9 @@ public:
     void setPortOptions();
     void updateModemLines();
 
-    // The delegate's optional methods, none of them once it is gone. Any thread.
+    // The delegate's optional methods; none if it is gone. Any thread.
     ORSSerialPortDelegate::Implements implemented() const;
-    // Calls the delegate on the main thread, if port and delegate are still there by then.
+    // Calls the delegate on the main thread if port and delegate still exist by then.
     void postToDelegate(DelegateCall call);
     void callDelegateAndWait(const DelegateCall &call);
     // Emits a change signal on the main thread; at once when already there.
@@ -46,7 +46,7 @@ public:
         notifyDelegateOfPosixErrorWaitingUntilDone(error, false);
     }
     void notifyDelegateOfPosixErrorWaitingUntilDone(int error, bool wait);
-    // Reports a failure of the modem lines; that a terminal has none is told once per opening.
+    // Reports a failure of the modem lines; missing lines are reported once per opening.
     void notifyOfModemLineError(vorn::SerialTerminal &terminal, int error);
 
     bool sendData(QByteArrayView data);
@@ -90,15 +90,15 @@ public:
     vorn::LineSettings settings;
     bool rts = false;
     bool dtr = false;
-    // Held while the line or the output lines are set, so that the latest values are set last.
+    // Held while the line (the output lines) are set, so that the latest values are set last.
     std::mutex lineMutex;
     std::mutex modemLinesMutex;
     std::atomic<bool> cts = false;
     std::atomic<bool> dsr = false;
     std::atomic<bool> dcd = false;
 
-    // Held while the port opens or turns closed, so that nobody sees a half-opened port; recursive,
-    // since a delegate that is told of a failure may try again at once.
+    // Held while the port opens and while it becomes closed, so that nobody sees a half-opened
+    // port. Recursive, since a delegate may call open() again when a failure is reported.
     std::recursive_mutex opening;
     mutable std::mutex terminalMutex;
     std::shared_ptr<vorn::SerialTerminal> terminal;
