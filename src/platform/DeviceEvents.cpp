@@ -1,13 +1,8 @@
 #include "platform/DeviceEvents.h"
 
 #include <QCoreApplication>
-#include <QSocketNotifier>
 
 namespace vorn {
-
-DeviceEvents::DeviceEvents() = default;
-
-DeviceEvents::~DeviceEvents() = default;
 
 bool DeviceEvents::listen(int descriptor, std::function<void()> onReady)
 {
@@ -20,16 +15,12 @@ bool DeviceEvents::listen(int descriptor, std::function<void()> onReady)
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
                      [onReady = std::move(onReady)] { onReady(); });
     // A notifier must not outlive the application's event dispatcher.
-    QObject::connect(application, &QObject::destroyed, m_notifier.get(), [this] { stop(); });
+    QObject::connect(application, &QObject::destroyed, m_notifier.get(),
+                     [this] { m_notifier.reset(); });
     return true;
 }
 
-void DeviceEvents::stop()
-{
-    m_notifier.reset();
-}
-
-void DeviceEvents::tell(const Devices &before, const Devices &now) const
+void DeviceEvents::report(const Devices &before, const Devices &now) const
 {
     const auto without = [](Devices devices, const Devices &others) {
         devices.removeIf([&](const SerialDeviceHandle &device) { return others.contains(device); });

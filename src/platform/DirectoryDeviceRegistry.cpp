@@ -6,8 +6,6 @@
 #include <QDir>
 #include <QFile>
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 
@@ -15,18 +13,10 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <memory>
+#include <filesystem>
+#include <system_error>
 
 namespace vorn {
-
-namespace {
-
-struct CloseDir
-{
-    void operator()(DIR *directory) const { ::closedir(directory); }
-};
-
-} // namespace
 
 DirectoryDeviceRegistry::DirectoryDeviceRegistry(const QString &directory)
     : m_directory(QDir(directory).absolutePath()),
@@ -36,36 +26,30 @@ DirectoryDeviceRegistry::DirectoryDeviceRegistry(const QString &directory)
     if (::inotify_add_watch(m_inotify.get(), path.constData(),
                             IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF |
                                 IN_MOVE_SELF | IN_ONLYDIR) < 0) {
-        qCWarning(logPlatform, "The device directory %s cannot be watched: %s", path.constData(),
+        qCWarning(logPlatform, "cannot watch the device directory %s: %s", path.constData(),
                   std::strerror(errno));
         m_inotify.reset();
     }
-    // After the watch began, so that no entry is missed in between.
+    // After the watch has begun, so that no entry is missed in between.
     m_entries = scan({});
 }
-
-DirectoryDeviceRegistry::~DirectoryDeviceRegistry() = default;
 
 DirectoryDeviceRegistry::Entries DirectoryDeviceRegistry::scan(const Entries &known) const
 {
     Entries entries;
-    const QByteArray path = QFile::encodeName(m_directory);
-    const std::unique_ptr<DIR, CloseDir> directory(::opendir(path.constData()));
-    if (!directory)
-        return entries;
-    while (const dirent *const item = ::readdir(directory.get())) { // NOLINT(concurrency-mt-unsafe)
-        const QByteArray fileName(item->d_name);
+    std::error_code failure;
+    std::filesystem::directory_iterator item(QFile::encodeName(m_directory).toStdString(), failure);
+    for (; !failure && item != end(item); item.increment(failure)) {
+        const char *const path = item->path().c_str();
+        const QByteArray fileName(item->path().filename().c_str());
         struct stat own = {};
         struct stat status = {};
-        if (fileName.startsWith('.') ||
-            ::fstatat(::dirfd(directory.get()), fileName.constData(), &own, AT_SYMLINK_NOFOLLOW) !=
-                0 ||
-            ::fstatat(::dirfd(directory.get()), fileName.constData(), &status, 0) != 0 ||
+        if (fileName.startsWith('.') || ::lstat(path, &own) != 0 || ::stat(path, &status) != 0 ||
             !S_ISCHR(status.st_mode))
             continue;
         const QString name = QFile::decodeName(fileName);
         if (QFile::encodeName(name) != fileName) {
-            qCWarning(logPlatform) << "A device's file name is not valid UTF-8:" << fileName;
+            qCWarning(logPlatform) << "file name of a device is not valid UTF-8:" << fileName;
             continue;
         }
         const auto same = std::find_if(known.begin(), known.end(), [&](const Entry &entry) {
@@ -127,12 +111,13 @@ void DirectoryDeviceRegistry::receive()
             const char *const name = buffer.data() + at + sizeof event;
             at += static_cast<ssize_t>(sizeof event + event.len);
             gone = gone || (event.mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED)) != 0;
-            // An entry that left and came back is another device, also for the same terminal.
+            // An entry that was removed and added again is another device, even with the same
+            // terminal.
             if ((event.mask & (IN_DELETE | IN_MOVED_FROM)) != 0)
                 std::erase_if(known, [&](const Entry &entry) { return entry.fileName == name; });
         }
     }
-    // Read anew, which covers also events that got lost.
+    // Scanning again covers lost events, too.
     Entries entries = gone ? Entries() : scan(known);
     const Devices before = devicesOf(m_entries);
     {
@@ -140,7 +125,7 @@ void DirectoryDeviceRegistry::receive()
         m_entries = std::move(entries);
         m_gone = gone;
     }
-    m_events.tell(before, devicesOf(m_entries));
+    m_events.report(before, devicesOf(m_entries));
 }
 
 } // namespace vorn

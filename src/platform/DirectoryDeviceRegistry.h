@@ -11,15 +11,14 @@
 
 namespace vorn {
 
-// Serial devices that are the entries of a directory: links to terminals, or terminal nodes. A
-// device's name is its entry's file name, its path is the entry's. Adding, removing or replacing an
-// entry is plugging in or out. Hidden entries and those that lead to no character device are
-// ignored. When the directory itself is removed or moved, all of its devices are gone for good.
+// A directory whose entries, links to terminals or terminal nodes, are serial devices. The name and
+// path of a device are those of its entry. Adding and removing an entry is plugging a device in and
+// out; replacing one is both. Hidden entries and those that lead to no character device are
+// ignored. When the directory itself is removed or moved, its devices are gone for good.
 class DirectoryDeviceRegistry final : public SerialDeviceRegistry
 {
 public:
     explicit DirectoryDeviceRegistry(const QString &directory);
-    ~DirectoryDeviceRegistry() override;
 
     Devices devices() const override;
     bool watch(Observer &observer) override;
@@ -28,7 +27,7 @@ private:
     struct Entry
     {
         QByteArray fileName;
-        ino_t inode = 0;    // of the entry itself, which tells a link from its successor
+        ino_t inode = 0;    // of the entry itself: a new link has another one
         dev_t terminal = 0; // the terminal that the entry leads to
         SerialDeviceHandle device;
     };

@@ -7,7 +7,7 @@
 namespace vorn {
 namespace {
 
-// When no thread could be started for a scheduled job, it is tried again after this.
+// A scheduled job for which no thread could be started is tried again after this time.
 constexpr std::chrono::milliseconds kRetryInterval{10};
 
 } // namespace
@@ -19,16 +19,6 @@ GlobalQueue &GlobalQueue::instance()
 }
 
 GlobalQueue::GlobalQueue() : m_scheduler([this] { runScheduler(); }) {}
-
-GlobalQueue::~GlobalQueue()
-{
-    shutdown();
-}
-
-bool GlobalQueue::post(Job job)
-{
-    return start(job);
-}
 
 bool GlobalQueue::start(Job &job)
 {

@@ -6,27 +6,7 @@
 #include <QSocketNotifier>
 #include <QThread>
 
-#include <condition_variable>
-
 namespace vorn {
-struct MainQueue::QueuedJob
-{
-    enum class State { Queued, Done, Dropped };
-
-    Job job;
-    std::mutex mutex;
-    std::condition_variable changed;
-    State state = State::Queued;
-
-    void finish(State end)
-    {
-        {
-            const std::lock_guard lock(mutex);
-            state = end;
-        }
-        changed.notify_all();
-    }
-};
 
 MainQueue &MainQueue::instance()
 {
@@ -38,7 +18,7 @@ MainQueue::MainQueue() : m_thread(std::this_thread::get_id())
 {
     Q_ASSERT(QCoreApplication::instance() &&
              QCoreApplication::instance()->thread() == QThread::currentThread());
-    // Made first, so that it is still there when this queue ends.
+    // Created first, so that it still exists when this queue is destroyed.
     GlobalQueue::instance();
     m_notifier = std::make_unique<QSocketNotifier>(m_wake.descriptor(), QSocketNotifier::Read);
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, [this] { drain(); });
@@ -47,8 +27,8 @@ MainQueue::MainQueue() : m_thread(std::this_thread::get_id())
                      [this] { close(); });
 }
 
-// At the process's end. Background threads may be waiting for the main thread, and use this queue
-// until they end.
+// Runs when the process ends. Background threads may be waiting for the main thread, and use this
+// queue until they end.
 MainQueue::~MainQueue()
 {
     close();
@@ -60,28 +40,21 @@ bool MainQueue::isCurrent() const
     return std::this_thread::get_id() == m_thread;
 }
 
-void MainQueue::enqueue(const std::shared_ptr<QueuedJob> &queued)
+void MainQueue::enqueue(QueuedJob queued)
 {
-    bool isClosed = false;
-    bool wasEmpty = false;
-    {
-        const std::lock_guard lock(m_mutex);
-        isClosed = m_closed;
-        wasEmpty = m_jobs.empty();
-        if (!isClosed)
-            m_jobs.push_back(queued);
+    const std::lock_guard lock(m_mutex);
+    if (m_closed) {
+        queued.wasRun.set_value(false);
+        return;
     }
-    if (isClosed)
-        queued->finish(QueuedJob::State::Dropped);
-    else if (wasEmpty)
+    if (m_jobs.empty())
         m_wake.set();
+    m_jobs.push_back(std::move(queued));
 }
 
 void MainQueue::post(Job job)
 {
-    auto queued = std::make_shared<QueuedJob>();
-    queued->job = std::move(job);
-    enqueue(queued);
+    enqueue({std::move(job), {}});
 }
 
 void MainQueue::post(const Lifetime::Token &object, Job job)
@@ -98,25 +71,23 @@ bool MainQueue::postAndWait(const Job &job)
         job();
         return true;
     }
-    auto queued = std::make_shared<QueuedJob>();
-    queued->job = job;
-    enqueue(queued);
-    std::unique_lock lock(queued->mutex);
-    queued->changed.wait(lock, [&] { return queued->state != QueuedJob::State::Queued; });
-    return queued->state == QueuedJob::State::Done;
+    QueuedJob queued{job, {}};
+    std::future<bool> wasRun = queued.wasRun.get_future();
+    enqueue(std::move(queued));
+    return wasRun.get();
 }
 
 void MainQueue::drain()
 {
     m_wake.clear();
-    // At most as many jobs as were queued at the start, which leaves other events their turn.
+    // Only as many jobs as are queued now, so that other events get their turn.
     std::size_t limit = 0;
     {
         const std::lock_guard lock(m_mutex);
         limit = m_jobs.size();
     }
     for (; limit > 0; --limit) {
-        std::shared_ptr<QueuedJob> queued;
+        QueuedJob queued;
         {
             const std::lock_guard lock(m_mutex);
             if (m_jobs.empty())
@@ -127,23 +98,23 @@ void MainQueue::drain()
             if (!m_jobs.empty())
                 m_wake.set();
         }
-        queued->job();
-        queued->job = nullptr;
-        queued->finish(QueuedJob::State::Done);
+        queued.job();
+        queued.job = nullptr;
+        queued.wasRun.set_value(true);
     }
 }
 
 void MainQueue::close()
 {
-    std::deque<std::shared_ptr<QueuedJob>> dropped;
+    std::deque<QueuedJob> dropped;
     {
         const std::lock_guard lock(m_mutex);
         m_closed = true;
         dropped.swap(m_jobs);
     }
     m_notifier.reset();
-    for (const auto &queued : dropped)
-        queued->finish(QueuedJob::State::Dropped);
+    for (QueuedJob &queued : dropped)
+        queued.wasRun.set_value(false);
 }
 
 } // namespace vorn

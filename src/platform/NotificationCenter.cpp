@@ -18,9 +18,4 @@ void NotificationCenter::addObserver(QObject *observer, const QString &name, Han
         });
 }
 
-void NotificationCenter::post(const QString &name, const QVariantMap &userInfo)
-{
-    emit posted(name, userInfo);
-}
-
 } // namespace vorn

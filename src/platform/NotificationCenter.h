@@ -8,8 +8,8 @@
 
 namespace vorn {
 
-// Named notifications with a dictionary of user information, delivered to every observer of the
-// name, in the order of subscription, before post() returns. Main thread only.
+// Named notifications with user information. post() calls each observer of the name, in the order
+// of subscription, before it returns. Main thread only.
 class NotificationCenter : public QObject
 {
     Q_OBJECT
@@ -19,10 +19,9 @@ public:
 
     static NotificationCenter &defaultCenter();
 
-    // Calls the handler for each notification of that name, from any sender, as long as the
-    // observer lives.
+    // Calls the handler for each notification of that name while the observer exists.
     void addObserver(QObject *observer, const QString &name, Handler handler);
-    void post(const QString &name, const QVariantMap &userInfo);
+    void post(const QString &name, const QVariantMap &userInfo) { emit posted(name, userInfo); }
 
 signals:
     void posted(const QString &name, const QVariantMap &userInfo);

@@ -12,23 +12,9 @@ namespace vorn {
 
 namespace {
 
-const QString &service()
-{
-    static const QString name = QStringLiteral("org.freedesktop.login1");
-    return name;
-}
-
-const QString &path()
-{
-    static const QString name = QStringLiteral("/org/freedesktop/login1");
-    return name;
-}
-
-const QString &interface()
-{
-    static const QString name = QStringLiteral("org.freedesktop.login1.Manager");
-    return name;
-}
+constexpr QLatin1String kService("org.freedesktop.login1");
+constexpr QLatin1String kPath("/org/freedesktop/login1");
+constexpr QLatin1String kInterface("org.freedesktop.login1.Manager");
 
 } // namespace
 
@@ -36,7 +22,7 @@ PowerEvents::PowerEvents(std::function<void()> willSleep, std::function<void()> 
                          const QDBusConnection &bus)
     : m_willSleep(std::move(willSleep)), m_didWake(std::move(didWake)), m_bus(bus)
 {
-    if (!m_bus.connect(service(), path(), interface(), QStringLiteral("PrepareForSleep"), this,
+    if (!m_bus.connect(kService, kPath, kInterface, QStringLiteral("PrepareForSleep"), this,
                        SLOT(prepareForSleep(bool)))) {
         qCInfo(logPlatform) << "Sleep and wake cannot be followed:" << m_bus.lastError();
         return;
@@ -47,7 +33,7 @@ PowerEvents::PowerEvents(std::function<void()> willSleep, std::function<void()> 
 void PowerEvents::takeLock()
 {
     QDBusMessage call =
-        QDBusMessage::createMethodCall(service(), path(), interface(), QStringLiteral("Inhibit"));
+        QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("Inhibit"));
     call.setArguments({QStringLiteral("sleep"), QCoreApplication::applicationName(),
                        tr("Serial ports are closed before sleep"), QStringLiteral("delay")});
     auto *const watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);

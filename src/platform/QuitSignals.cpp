@@ -1,7 +1,6 @@
 #include "platform/QuitSignals.h"
 
 #include <QCoreApplication>
-#include <QSocketNotifier>
 
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -26,12 +25,10 @@ QuitSignals::QuitSignals()
 {
     const sigset_t set = quitSignals();
     m_fd = FileDescriptor(::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK));
-    // Without the descriptor the signals keep their default action, which ends the program.
+    // If that failed, the signals keep their default action, which ends the program.
     if (m_fd.isValid())
         ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
 }
-
-QuitSignals::~QuitSignals() = default;
 
 void QuitSignals::watch()
 {
@@ -43,12 +40,12 @@ void QuitSignals::watch()
         signalfd_siginfo first{};
         while (::read(m_fd.get(), &first, sizeof first) > 0) {
         }
-        // From here on SIGINT and SIGTERM kill, in case the clean-up hangs. SIGHUP stays blocked: a
-        // closing terminal sends it more than once.
+        // From now on SIGINT and SIGTERM kill, in case the clean-up hangs. SIGHUP remains blocked:
+        // a closing terminal sends it more than once.
         sigset_t set = quitSignals();
         sigdelset(&set, SIGHUP);
         ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-        // quit() would close the window first, which does not close during an update.
+        // quit() would first try to close the window, which stays open during an update.
         QCoreApplication::exit();
     });
 }

@@ -2,21 +2,20 @@
 
 #include "platform/FileDescriptor.h"
 
-class QSocketNotifier;
+#include <QSocketNotifier>
 
 #include <memory>
 
 namespace vorn {
 
-// Turns SIGINT, SIGTERM and SIGHUP into the end of the event loop, so that the program can clean up
-// (close ports, restore their lines, write a report). Construct it before starting any thread,
-// since threads inherit the blocked signals, and call watch() once there is an application. A
-// second SIGINT or SIGTERM ends the program at once.
+// Ends the event loop on SIGINT, SIGTERM or SIGHUP, so that the program can clean up (close ports,
+// restore their lines, write a report). Construct it before starting any thread, since threads
+// inherit the blocked signals, and call watch() once the application exists. A second SIGINT or
+// SIGTERM ends the program at once.
 class QuitSignals
 {
 public:
     QuitSignals();
-    ~QuitSignals();
     QuitSignals(const QuitSignals &) = delete;
     QuitSignals &operator=(const QuitSignals &) = delete;
 

@@ -28,8 +28,8 @@ class SerialDeviceRegistry
 public:
     using Devices = QList<SerialDeviceHandle>;
 
-    // Told, on the main thread's event loop, of each batch of devices that appeared (that were
-    // removed). A batch may name a device that devices() told already.
+    // Called in the main thread's event loop with each batch of added (removed) devices. A batch
+    // may hold a device that devices() has returned before.
     class Observer
     {
     public:
@@ -45,11 +45,11 @@ public:
     SerialDeviceRegistry(const SerialDeviceRegistry &) = delete;
     SerialDeviceRegistry &operator=(const SerialDeviceRegistry &) = delete;
 
-    // The devices that are present now, never opening one. Any thread.
+    // The devices that are present now. Opens none. Any thread.
     virtual Devices devices() const = 0;
 
-    // From now on tells the observer, which replaces an earlier one and must outlive the registry's
-    // events. False when such events cannot be had on this system.
+    // Reports changes to the observer from now on. It replaces an earlier one and must exist as
+    // long as there are events. False if this system has no such events.
     virtual bool watch(Observer &observer) = 0;
 
     // The registry that the process uses: udev's, unless another was installed before first use.

@@ -1,7 +1,7 @@
 #include "platform/SerialQueue.h"
 
-#include <condition_variable>
 #include <deque>
+#include <future>
 #include <mutex>
 #include <utility>
 
@@ -52,18 +52,11 @@ void SerialQueue::post(Job job)
 
 void SerialQueue::postAndWait(const Job &job)
 {
-    std::mutex mutex;
-    std::condition_variable finished;
-    bool done = false;
-    m_state->post([&] {
-        job();
-        // Notified under the lock: the waiting frame is gone as soon as it sees `done`.
-        const std::lock_guard lock(mutex);
-        done = true;
-        finished.notify_one();
-    });
-    std::unique_lock lock(mutex);
-    finished.wait(lock, [&] { return done; });
+    // Shared, since the waiting thread may return before the task has ended.
+    const auto task = std::make_shared<std::packaged_task<void()>>(std::cref(job));
+    std::future<void> done = task->get_future();
+    m_state->post([task] { (*task)(); });
+    done.get();
 }
 
 QueueTimer::QueueTimer(const SerialQueue &queue, std::chrono::nanoseconds delay,
@@ -81,11 +74,6 @@ QueueTimer::QueueTimer(const SerialQueue &queue, std::chrono::nanoseconds delay,
 }
 
 QueueTimer::~QueueTimer()
-{
-    cancel();
-}
-
-void QueueTimer::cancel()
 {
     *m_isCancelled = true;
     GlobalQueue::instance().cancel(m_ticket);

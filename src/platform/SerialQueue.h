@@ -10,8 +10,8 @@
 namespace vorn {
 
 // Runs jobs one at a time, in posting order, on the global queue's threads. Jobs posted before the
-// queue's destruction still run. When no thread can be had (at the process's end, say), the poster
-// runs the jobs itself. All methods may be called from any thread.
+// queue is destroyed still run. If no thread is available (when the process ends, for example), the
+// posting thread runs them. Any thread.
 class SerialQueue
 {
 public:
@@ -21,7 +21,7 @@ public:
     ~SerialQueue();
 
     void post(Job job);
-    // Returns when the job has run. Not to be called from a job of this queue.
+    // Returns when the job has run. Must not be called by a job of this queue.
     void postAndWait(const Job &job);
 
     SerialQueue(const SerialQueue &) = delete;
@@ -33,15 +33,14 @@ private:
     std::shared_ptr<State> m_state;
 };
 
-// Calls a handler once on a serial queue after a delay (at once when that is zero), unless it is
-// cancelled or destroyed first. After a cancel() on the queue itself no call follows.
+// Calls a handler once on a serial queue after a delay, unless it is destroyed first. Destroyed in
+// a job of the queue, it makes no call after that.
 class QueueTimer
 {
 public:
     QueueTimer(const SerialQueue &queue, std::chrono::nanoseconds delay,
                std::function<void()> handler);
     ~QueueTimer();
-    void cancel();
 
     QueueTimer(const QueueTimer &) = delete;
     QueueTimer &operator=(const QueueTimer &) = delete;

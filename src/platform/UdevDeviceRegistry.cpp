@@ -13,8 +13,8 @@ namespace vorn {
 
 namespace {
 
-// Whether udev has yet to run its rules for an adapter that was just plugged in, after which the
-// monitor tells of it.
+// True if udev has yet to run its rules for an adapter that was just plugged in. The monitor
+// reports it afterwards.
 bool isStillToCome(udev_device *device, const UdevTty &tty)
 {
     return tty.family != UdevTty::Family::Other && !udev_device_get_is_initialized(device) &&
@@ -22,8 +22,8 @@ bool isStillToCome(udev_device *device, const UdevTty &tty)
            ::access("/run/udev/control", F_OK) == 0;
 }
 
-// The serial ports that are present, in udev's order. With a context of its own, so that it may
-// run on any thread.
+// The serial ports that are present, in udev's order. Has its own context, so that it can run on
+// any thread.
 std::vector<UdevTty> scanTtys()
 {
     std::vector<UdevTty> ttys;
@@ -31,7 +31,7 @@ std::vector<UdevTty> scanTtys()
     const UdevPointer<udev_enumerate> list(context ? udev_enumerate_new(context.get()) : nullptr);
     if (!list || udev_enumerate_add_match_subsystem(list.get(), "tty") < 0 ||
         udev_enumerate_scan_devices(list.get()) < 0) {
-        qCWarning(logPlatform, "udev cannot list the serial devices");
+        qCWarning(logPlatform, "udev cannot enumerate the serial devices");
         return ttys;
     }
     udev_list_entry *entry = nullptr;
@@ -56,14 +56,6 @@ SerialDeviceRegistry::Devices devicesOf(const std::vector<UdevPort> &ports)
     return devices;
 }
 
-std::vector<UdevTty> ttysOf(const std::vector<UdevPort> &ports)
-{
-    std::vector<UdevTty> ttys(ports.size());
-    std::transform(ports.begin(), ports.end(), ttys.begin(),
-                   [](const UdevPort &port) { return port.tty; });
-    return ttys;
-}
-
 } // namespace
 
 UdevDeviceRegistry::UdevDeviceRegistry() : m_udev(udev_new())
@@ -76,12 +68,10 @@ UdevDeviceRegistry::UdevDeviceRegistry() : m_udev(udev_new())
         m_monitor.reset();
     if (!m_monitor)
         qCWarning(logPlatform,
-                  "udev cannot be watched: serial devices that come or go are not noticed");
-    // After the watch began, so that no device is missed in between.
+                  "cannot monitor udev: added and removed serial devices will not be noticed");
+    // After the watch has begun, so that no device is missed in between.
     m_ports = nameUdevPorts({}, scanTtys());
 }
-
-UdevDeviceRegistry::~UdevDeviceRegistry() = default;
 
 SerialDeviceRegistry::Devices UdevDeviceRegistry::devices() const
 {
@@ -118,7 +108,7 @@ void UdevDeviceRegistry::receive()
                                                                : std::optional<UdevTty>();
         const auto isSamePort = [&](const UdevPort &port) { return port.tty.isSamePort(*tty); };
         const bool isNew = tty && std::none_of(known.begin(), known.end(), isSamePort);
-        // A name of the kernel's that is given anew is free: its removal got lost.
+        // A kernel name that is used again was free: its removal was lost.
         if (action == "remove" || isNew) {
             std::erase_if(known,
                           [&](const UdevPort &port) { return port.tty.kernelName == kernelName; });
@@ -129,16 +119,21 @@ void UdevDeviceRegistry::receive()
             added.push_back(*tty);
     }
 
-    std::vector<UdevTty> present = lostEvents ? scanTtys() : ttysOf(known);
-    if (!lostEvents)
+    std::vector<UdevTty> present;
+    if (lostEvents) {
+        present = scanTtys();
+    } else {
+        for (const UdevPort &port : known)
+            present.push_back(port.tty);
         present.insert(present.end(), added.begin(), added.end());
+    }
     const Devices before = devicesOf(m_ports);
     std::vector<UdevPort> ports = nameUdevPorts(known, present);
     {
         const std::lock_guard lock(m_mutex);
         m_ports = std::move(ports);
     }
-    m_events.tell(before, devicesOf(m_ports));
+    m_events.report(before, devicesOf(m_ports));
 }
 
 } // namespace vorn

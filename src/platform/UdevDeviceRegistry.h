@@ -16,7 +16,6 @@ class UdevDeviceRegistry final : public SerialDeviceRegistry
 {
 public:
     UdevDeviceRegistry();
-    ~UdevDeviceRegistry() override;
 
     Devices devices() const override;
     bool watch(Observer &observer) override;

@@ -5,31 +5,9 @@
 #include <QFile>
 #include <QRegularExpression>
 
-#include <libudev.h>
-
 #include <algorithm>
 
 namespace vorn {
-
-void UdevUnref::operator()(udev *object) const
-{
-    udev_unref(object);
-}
-
-void UdevUnref::operator()(udev_device *object) const
-{
-    udev_device_unref(object);
-}
-
-void UdevUnref::operator()(udev_enumerate *object) const
-{
-    udev_enumerate_unref(object);
-}
-
-void UdevUnref::operator()(udev_monitor *object) const
-{
-    udev_monitor_unref(object);
-}
 
 namespace {
 
@@ -47,7 +25,7 @@ QString attribute(udev_device *device, const char *name)
 UdevTty::Family familyOf(udev_device *device, const QString &kernelName)
 {
     udev_device *const parent = udev_device_get_parent(device);
-    // The kernel gives these names to these families alone.
+    // The kernel uses these names for these families only.
     if (kernelName.startsWith(u"ttyUSB") ||
         (parent && qstrcmp(udev_device_get_subsystem(parent), "usb-serial") == 0))
         return UdevTty::Family::UsbSerial;
@@ -66,9 +44,9 @@ QStringList stableLinksOf(udev_device *device)
     return links;
 }
 
-// How many interfaces of a USB device can be serial ports, from its configuration descriptors. The
-// kernel sets interfaces up one after the other, so that the first port of an adapter is told
-// before the last one exists; the descriptors are complete from the start.
+// The number of a USB device's interfaces that can be serial ports, from its configuration
+// descriptors. The kernel sets interfaces up one after the other, so that the first port of an
+// adapter is reported before the last one exists; the descriptors are complete from the start.
 int countSerialInterfaces(udev_device *usbDevice, UdevTty::Family family)
 {
     QFile file(QFile::decodeName(udev_device_get_syspath(usbDevice)) +

@@ -3,23 +3,20 @@
 #include <QString>
 #include <QStringList>
 
+#include <libudev.h>
+
 #include <memory>
 #include <optional>
-
-struct udev;
-struct udev_device;
-struct udev_enumerate;
-struct udev_monitor;
 
 namespace vorn {
 
 // Drops the reference that a libudev call returned.
 struct UdevUnref
 {
-    void operator()(udev *object) const;
-    void operator()(udev_device *object) const;
-    void operator()(udev_enumerate *object) const;
-    void operator()(udev_monitor *object) const;
+    void operator()(udev *object) const { udev_unref(object); }
+    void operator()(udev_device *object) const { udev_device_unref(object); }
+    void operator()(udev_enumerate *object) const { udev_enumerate_unref(object); }
+    void operator()(udev_monitor *object) const { udev_monitor_unref(object); }
 };
 template <typename Object>
 using UdevPointer = std::unique_ptr<Object, UdevUnref>;
@@ -37,7 +34,7 @@ struct UdevTty
     QString adapter;      // the same for all ports of one USB adapter; else empty
     QString usbPath;      // the adapter's position on the bus, such as "1-2.3"; else empty
     QString serialNumber; // the adapter's, fit for a name; empty when it has none
-    int number = 0;       // tells the adapter's ports apart
+    int number = 0;       // distinguishes the adapter's ports
     bool oneOfSeveral = false;
 
     // The same port of the same adapter, and not one that took its place.
@@ -48,7 +45,7 @@ struct UdevTty
     }
 };
 
-// Reads a tty device; nothing for one that is no serial port with hardware behind it: consoles,
+// Reads a tty device; nullopt if it is not a serial port with hardware behind it: consoles,
 // pseudo-terminals, and ports of the legacy driver without a chip (sysfs `type` 0).
 std::optional<UdevTty> readUdevTty(udev_device *device);
 

@@ -6,8 +6,7 @@ namespace vorn {
 
 QString UserDefaults::stringForKey(const QString &key)
 {
-    const QVariant value = QSettings().value(key);
-    return value.isValid() ? value.toString() : QString();
+    return QSettings().value(key).toString();
 }
 
 void UserDefaults::setStringForKey(const QString &value, const QString &key)

@@ -7,7 +7,7 @@
 namespace vorn {
 namespace {
 
-// UARTs tolerate about two per cent between the two ends, and drivers round to the nearest divisor.
+// Drivers round to the nearest divisor; UARTs tolerate a difference of about 2 % between two ends.
 bool isCloseTo(std::uint32_t actual, std::uint32_t wanted)
 {
     const std::uint32_t difference = actual > wanted ? actual - wanted : wanted - actual;
@@ -27,8 +27,8 @@ void setFlag(tcflag_t &flags, tcflag_t flag, bool on)
 termios withLineSettings(termios attributes, const LineSettings &settings)
 {
     cfmakeraw(&attributes);
-    // Flags that cfmakeraw() leaves alone but that corrupt binary data: XOFF bytes that the kernel
-    // inserts, and characters that it changes or drops.
+    // cfmakeraw() leaves these, which make the kernel insert XOFF bytes and change or drop
+    // characters.
     attributes.c_iflag &= ~static_cast<tcflag_t>(IXOFF | IXANY | INPCK | IGNPAR | IUCLC);
     attributes.c_cc[VMIN] = 1;
     attributes.c_cc[VTIME] = 2;
@@ -39,17 +39,15 @@ termios withLineSettings(termios attributes, const LineSettings &settings)
     else if (settings.dataBits == 8)
         attributes.c_cflag |= CS8;
 
-    // Mark and space parity, which would override odd and even.
+    // Would turn odd and even parity into mark and space.
     attributes.c_cflag &= ~static_cast<tcflag_t>(CMSPAR);
-    if (settings.parity <= 2)
-        setFlag(attributes.c_cflag, PARENB, settings.parity != 0);
-    if (settings.parity == 1 || settings.parity == 2)
+    setFlag(attributes.c_cflag, PARENB, settings.parity != 0);
+    if (settings.parity != 0)
         setFlag(attributes.c_cflag, PARODD, settings.parity == 1);
     setFlag(attributes.c_cflag, CSTOPB, settings.stopBits >= 2);
 
     setFlag(attributes.c_cflag, CRTSCTS, settings.rtsCts);
     attributes.c_cflag |= HUPCL | CLOCAL | CREAD;
-    attributes.c_lflag &= ~static_cast<tcflag_t>(ICANON | ISIG);
     setFlag(attributes.c_lflag, ECHO, settings.echo);
     return attributes;
 }

@@ -1,7 +1,7 @@
 #include "serial/LineSpeed.h"
 
-// The kernel's own terminal record knows any speed; it cannot be included beside <termios.h>, whose
-// record has the same name.
+// Declares termios2, which holds any speed. Cannot be included together with <termios.h>, since
+// both declare `termios`.
 #include <asm/termbits.h>
 #include <sys/ioctl.h>
 

@@ -4,8 +4,8 @@
 
 namespace vorn {
 
-// The kernel's arbitrary-speed interface: sets input and output speed to the given bits per second
-// and leaves the other attributes. 0, or an errno.
+// Sets input and output speed to any number of bits per second (the kernel's arbitrary-speed
+// interface). Returns 0, or an errno.
 int setArbitrarySpeed(int terminal, std::uint32_t baudRate);
 
 // The output speed that the driver reports, in bits per second; 0 when it cannot be read.

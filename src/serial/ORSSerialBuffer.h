@@ -3,15 +3,15 @@
 #include <QByteArray>
 #include <QByteArrayView>
 
-// The newest bytes of a stream, up to a fixed number. A plain value without locks: one owner, one
-// thread at a time. Nothing watches it: whoever fills it looks at data() next.
+// The newest bytes of a stream, up to a fixed number. No locks: one owner, one thread at a time.
+// Changes are not notified.
 class ORSSerialBuffer
 {
 public:
-    // The capacity in bytes. Memory is taken for what is held, not for what could be.
+    // The capacity in bytes. Memory is allocated only for the bytes held.
     explicit ORSSerialBuffer(quint64 maximumLength) : m_maximumLength(maximumLength) {}
 
-    // Puts the bytes behind those held; what is then too much goes from the front.
+    // Appends the bytes and drops the oldest beyond the capacity.
     void appendData(QByteArrayView data);
     void clearBuffer();
 

@@ -1,4 +1,4 @@
-// What the device registry knows of a port's device.
+// Device lookup in the system's device registry.
 #include "serial/ORSSerialPort.h"
 
 using vorn::SerialDevice;
@@ -33,34 +33,4 @@ QString ORSSerialPort::stringPropertyOf(const SerialDeviceHandle &device, const 
         if (device && key == property.key)
             return (*device).*property.value;
     return {};
-}
-
-QString ORSSerialPort::bsdCalloutPathFromDevice(const SerialDeviceHandle &device)
-{
-    return stringPropertyOf(device, QStringLiteral("IOCalloutDevice"));
-}
-
-QString ORSSerialPort::bsdDialinPathFromDevice(const SerialDeviceHandle &device)
-{
-    return stringPropertyOf(device, QStringLiteral("IODialinDevice"));
-}
-
-QString ORSSerialPort::baseNameFromDevice(const SerialDeviceHandle &device)
-{
-    return stringPropertyOf(device, QStringLiteral("IOTTYBaseName"));
-}
-
-QString ORSSerialPort::serviceTypeFromDevice(const SerialDeviceHandle &device)
-{
-    return stringPropertyOf(device, QStringLiteral("IOSerialBSDClientType"));
-}
-
-QString ORSSerialPort::modemNameFromDevice(const SerialDeviceHandle &device)
-{
-    return stringPropertyOf(device, QStringLiteral("IOTTYDevice"));
-}
-
-QString ORSSerialPort::suffixFromDevice(const SerialDeviceHandle &device)
-{
-    return stringPropertyOf(device, QStringLiteral("IOTTYSuffix"));
 }

@@ -76,10 +76,9 @@ ORSSerialPacketDescriptor::packetMatchingAtEndOfBuffer(QByteArrayView buffer) co
     return length > 0 ? std::optional(buffer.last(length).toByteArray()) : std::nullopt;
 }
 
-// The number of bytes in the shortest packet at the buffer's end, 0 when there is none. Only
-// lengths from leastLength on are looked at; with an expression, whose least length is 1, all are.
-// What the evaluator would say of each tail is found without asking it where the kind of packet
-// allows.
+// The length of the shortest packet at the end of the buffer that is at least leastLength bytes
+// long (always 1 with an expression), or 0. Calls the evaluator only for descriptors that were made
+// from one.
 qsizetype ORSSerialPacketDescriptor::lengthOfPacketAtEnd(QByteArrayView buffer,
                                                          qsizetype leastLength) const
 {

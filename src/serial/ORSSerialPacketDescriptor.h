@@ -20,24 +20,23 @@ class PacketExpression;
 class PacketMatcher;
 } // namespace vorn
 
-// What a complete packet looks like: certain bytes, a beginning and an end, a regular expression,
-// or whatever a test of the caller's accepts. Immutable, so that any thread may use it (an
-// evaluator runs on the thread that asks).
+// Describes a complete packet: exact bytes, a prefix and suffix, a regular expression, or a test by
+// the caller. Immutable, so any thread may use it (an evaluator runs on the calling thread).
 //
-// A descriptor is equal to itself only: two that were made from the same arguments differ.
+// A descriptor equals only itself: two made from the same arguments differ.
 class ORSSerialPacketDescriptor
 {
 public:
     using Evaluator = std::function<bool(QByteArrayView data)>;
 
-    // The ends of a packet; one that is left out is not looked at, and without both nothing
-    // matches. In a short packet they may overlap: "AB" and "BC" accept "ABC".
+    // The ends of a packet. One that is absent is not checked; without both nothing matches. They
+    // may overlap in a short packet: "AB" and "BC" accept "ABC".
     struct PrefixSuffix
     {
         std::optional<QByteArray> prefix;
         std::optional<QByteArray> suffix;
     };
-    // The same as texts, which stand for their UTF-8 bytes.
+    // The same as text, encoded in UTF-8.
     struct PrefixSuffixStrings
     {
         std::optional<QString> prefixString;
@@ -47,8 +46,8 @@ public:
     // There is no packet without a description of it.
     ORSSerialPacketDescriptor() = delete;
 
-    // maximumPacketLength is the capacity, in bytes, of the buffer that a port keeps for the
-    // descriptor: no longer packet is found. userInfo is the caller's own and is not looked at.
+    // maximumPacketLength is the capacity in bytes of the buffer that a port keeps for the
+    // descriptor: longer packets are not found. userInfo is a tag for the caller's own use.
 
     // Packets that the evaluator accepts; without one, any that are not empty.
     ORSSerialPacketDescriptor(quint64 maximumPacketLength, QVariant userInfo,
@@ -59,15 +58,15 @@ public:
                               QVariant userInfo = {});
     ORSSerialPacketDescriptor(const PrefixSuffixStrings &ends, quint64 maximumPacketLength,
                               QVariant userInfo = {});
-    // UTF-8 text at whose start the expression matches; what stands behind the match does not
-    // count. An expression that is not valid matches nothing.
+    // UTF-8 text at whose start the expression matches, whatever follows the match. An invalid
+    // expression matches nothing.
     ORSSerialPacketDescriptor(const QRegularExpression &regularExpression,
                               quint64 maximumPacketLength, QVariant userInfo = {});
     ~ORSSerialPacketDescriptor();
     ORSSerialPacketDescriptor(const ORSSerialPacketDescriptor &) = delete;
     ORSSerialPacketDescriptor &operator=(const ORSSerialPacketDescriptor &) = delete;
 
-    // What the descriptor was made from; empty for the other kinds of descriptor.
+    // What the descriptor was made from; empty for other kinds of descriptor.
     const std::optional<QByteArray> &packetData() const { return m_packetData; }
     const std::optional<QByteArray> &prefix() const { return m_ends.prefix; }
     const std::optional<QByteArray> &suffix() const { return m_ends.suffix; }
@@ -76,13 +75,13 @@ public:
     quint64 maximumPacketLength() const { return m_maximumPacketLength; }
     const QVariant &userInfo() const { return m_userInfo; }
     const QUuid &uuid() const { return m_uuid; }
-    // The test that tells a packet, whatever the descriptor was made from.
+    // The test for a packet, for every kind of descriptor.
     const Evaluator &responseEvaluator() const { return m_responseEvaluator; }
 
     bool dataIsValidPacket(QByteArrayView packet) const { return m_responseEvaluator(packet); }
 
-    // The shortest packet that ends where the buffer ends. With a regular expression, it takes
-    // longer the longer the buffer is; a port that listens finds the same packets faster.
+    // The shortest packet at the end of the buffer. With a regular expression this takes longer for
+    // a longer buffer; a port that listens finds the same packets faster.
     std::optional<QByteArray> packetMatchingAtEndOfBuffer(QByteArrayView buffer) const;
 
     friend bool operator==(const ORSSerialPacketDescriptor &a, const ORSSerialPacketDescriptor &b)

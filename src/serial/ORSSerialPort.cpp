@@ -71,7 +71,7 @@ bool ORSSerialPort::close()
 void ORSSerialPort::cleanupAfterSystemRemoval()
 {
     const auto self = d;
-    self->tellOfRemoval();
+    self->notifyOfRemoval();
     self->close();
 }
 
@@ -93,9 +93,9 @@ void ORSSerialPort::startListeningForPacketsMatchingDescriptor(
     const ORSSerialPacketDescriptorPtr &descriptor)
 {
     const auto self = d;
-    if (self->packetListeners.contains(descriptor))
+    if (self->packetDescriptors().contains(descriptor))
         return;
-    self->requestHandlingQueue.postAndWait([&] { self->packetListeners.add(descriptor); });
+    self->requestHandlingQueue.postAndWait([&] { self->startListening(descriptor); });
     self->emitOnMain(&ORSSerialPort::packetDescriptorsAndBuffersChanged);
 }
 
@@ -103,13 +103,13 @@ void ORSSerialPort::stopListeningForPacketsMatchingDescriptor(
     const ORSSerialPacketDescriptorPtr &descriptor)
 {
     const auto self = d;
-    self->requestHandlingQueue.postAndWait([&] { self->packetListeners.remove(descriptor); });
+    self->requestHandlingQueue.postAndWait([&] { self->stopListening(descriptor); });
     self->emitOnMain(&ORSSerialPort::packetDescriptorsAndBuffersChanged);
 }
 
 QList<ORSSerialPacketDescriptorPtr> ORSSerialPort::packetDescriptors() const
 {
-    return d->packetListeners.descriptors();
+    return d->packetDescriptors();
 }
 
 void ORSSerialPort::setDelegate(std::nullptr_t)

@@ -14,19 +14,17 @@ class ORSSerialPort;
 class ORSSerialPortPrivate;
 
 using ORSSerialPortPtr = std::shared_ptr<ORSSerialPort>;
-using ORSSerialPacketDescriptorPtr = std::shared_ptr<const ORSSerialPacketDescriptor>;
-using ORSSerialRequestPtr = std::shared_ptr<ORSSerialRequest>;
 
-// One serial device: opens it, sets the line, reads and writes, drives and polls the modem lines,
-// matches packets, and tells a delegate of every event.
+// One serial device: opens it, configures the line, reads and writes, sets and polls the modem
+// lines, matches packets, and reports every event to a delegate.
 //
 // Threads: the port is made and destroyed on the main thread; every other method may be called from
 // any thread. Delegate methods and change signals arrive on the main thread, through the event loop
 // when the cause was elsewhere. Reading, pin polling and closing run on a background thread of the
 // port's own while it is open; matching runs on a private serial queue.
 //
-// Failures go to the delegate's serialPortDidEncounterError() with their errno; without that method
-// they vanish.
+// Failures go to the delegate's serialPortDidEncounterError() with their errno; they are dropped if
+// the delegate does not implement it.
 class ORSSerialPort : public QObject
 {
     Q_OBJECT
@@ -68,53 +66,71 @@ public:
     // The live port with this path that was made first, or null. Main thread only.
     static ORSSerialPort *existingPortWithPath(const QString &path);
 
-    // Device registry: the device with this callout or dial-in path, else null.
+    // The device in the device registry with this callout or dial-in path, or null.
     static vorn::SerialDeviceHandle deviceFromBSDPath(const QString &path);
     // A string property of a device ("IOCalloutDevice", "IODialinDevice", "IOTTYDevice",
     // "IOTTYBaseName", "IOTTYSuffix", "IOSerialBSDClientType"); null when it has none of that key.
     static QString stringPropertyOf(const vorn::SerialDeviceHandle &device, const QString &key);
-    static QString bsdCalloutPathFromDevice(const vorn::SerialDeviceHandle &device);
-    static QString bsdDialinPathFromDevice(const vorn::SerialDeviceHandle &device);
-    static QString baseNameFromDevice(const vorn::SerialDeviceHandle &device);
-    static QString serviceTypeFromDevice(const vorn::SerialDeviceHandle &device);
-    static QString modemNameFromDevice(const vorn::SerialDeviceHandle &device);
-    static QString suffixFromDevice(const vorn::SerialDeviceHandle &device);
+    static QString bsdCalloutPathFromDevice(const vorn::SerialDeviceHandle &device)
+    {
+        return stringPropertyOf(device, QStringLiteral("IOCalloutDevice"));
+    }
+    static QString bsdDialinPathFromDevice(const vorn::SerialDeviceHandle &device)
+    {
+        return stringPropertyOf(device, QStringLiteral("IODialinDevice"));
+    }
+    static QString baseNameFromDevice(const vorn::SerialDeviceHandle &device)
+    {
+        return stringPropertyOf(device, QStringLiteral("IOTTYBaseName"));
+    }
+    static QString serviceTypeFromDevice(const vorn::SerialDeviceHandle &device)
+    {
+        return stringPropertyOf(device, QStringLiteral("IOSerialBSDClientType"));
+    }
+    static QString modemNameFromDevice(const vorn::SerialDeviceHandle &device)
+    {
+        return stringPropertyOf(device, QStringLiteral("IOTTYDevice"));
+    }
+    static QString suffixFromDevice(const vorn::SerialDeviceHandle &device)
+    {
+        return stringPropertyOf(device, QStringLiteral("IOTTYSuffix"));
+    }
 
-    // Opens the device for this process alone and sets the line; EBUSY when another has it, ENOTTY
-    // when the path leads to no terminal. Does nothing on an open port, also on one that closes.
+    // Opens the device exclusively and configures the line. Reports EBUSY if another process has it
+    // and ENOTTY if the path is not a terminal. No effect on a port that is open or still closing.
     void open();
-    // Begins to close and returns at once, always true: the port is closed when isOpen() says so.
-    // Output that still waits gets at most a second to leave.
+    // Starts to close and returns true at once; isOpen() shows when the port is closed. Waiting
+    // output is still sent, but is discarded when it does not move for a second.
     bool close();
     bool isOpen() const { return fileDescriptor() != 0; }
-    // Tells the delegate that the device is gone, waiting for it, and closes the port.
+    // Notifies the delegate that the device is gone, waits for it, and closes the port.
     void cleanupAfterSystemRemoval();
     [[deprecated("never intended to be called")]] void cleanup();
 
-    // Writes all bytes, blocking until the line took them. False when the port is not open or
-    // closes meanwhile, and when a write fails, which alone is reported.
+    // Writes all bytes, blocking until the line has accepted them. False if the port is not open or
+    // closes meanwhile, and if a write fails; only the last is reported.
     bool sendData(QByteArrayView data);
 
     // Sends the request, or queues it behind the pending one, and returns when that is done. False
-    // when the write failed; the request then stays pending until its time-out. Any thread but the
-    // port's own request handling queue.
+    // if the write failed; the request then stays pending until its time-out. Must not be called on
+    // the port's own request handling queue.
     bool sendRequest(const ORSSerialRequestPtr &request);
     // Returns at once. A request in flight cannot be cancelled.
     void cancelQueuedRequest(const ORSSerialRequestPtr &request);
     void cancelAllQueuedRequests();
-    // The request that waits for its answer, or null; those behind it, oldest first.
+    // The request in flight, or null; the requests behind it, oldest first.
     ORSSerialRequestPtr pendingRequest() const;
     QList<ORSSerialRequestPtr> queuedRequests() const;
 
-    // Reports packets from now on (no longer). Waits for the port's matching of what arrived
-    // before, so not to be called from a descriptor's evaluator.
+    // Starts (stops) reporting packets. Waits until earlier bytes are matched, so must not be
+    // called by a descriptor's evaluator.
     void startListeningForPacketsMatchingDescriptor(const ORSSerialPacketDescriptorPtr &descriptor);
     void stopListeningForPacketsMatchingDescriptor(const ORSSerialPacketDescriptorPtr &descriptor);
     QList<ORSSerialPacketDescriptorPtr> packetDescriptors() const;
 
-    // Sets the receiver of all events, held weakly; null for none. To be given by a pointer to its
-    // own class, which tells the methods that it implements, and to be destroyed on the main
-    // thread.
+    // Sets the receiver of all events, held weakly; null for none. The pointer must be to the
+    // delegate's own class, which shows the methods that it implements. The delegate must be
+    // destroyed on the main thread.
     template <std::derived_from<ORSSerialPortDelegate> Delegate>
     requires(!std::is_abstract_v<Delegate>) void setDelegate(Delegate *delegate)
     {
@@ -131,13 +147,13 @@ public:
     // The number of the open terminal's descriptor, 0 when closed. For identification, not for use.
     int fileDescriptor() const;
 
-    // Two ports are equal when their paths are, also as different objects.
+    // Different port objects are equal if their paths are.
     bool isEqual(const ORSSerialPort &other) const { return path() == other.path(); }
     size_t hash() const { return qHash(path()); }
 
     bool allowsNonStandardBaudRates() const;
     void setAllowsNonStandardBaudRates(bool allows);
-    // Bits per second. Every call reaches the line, also with the current rate.
+    // Bits per second. Every call reaches the line, even with the current rate.
     quint32 baudRate() const;
     void setBaudRate(quint32 baudRate);
     uint numberOfStopBits() const;
@@ -150,7 +166,7 @@ public:
     bool shouldEchoReceivedData() const;
     void setShouldEchoReceivedData(bool echo);
 
-    // A change of a flow control closes an open port; it is not opened again by itself.
+    // Changing a flow control closes an open port, which is not opened again.
     bool usesRTSCTSFlowControl() const;
     void setUsesRTSCTSFlowControl(bool uses);
     bool usesDTRDSRFlowControl() const;
@@ -158,7 +174,7 @@ public:
     bool usesDCDOutputFlowControl() const;
     void setUsesDCDOutputFlowControl(bool uses);
 
-    // Output lines: the wanted state, set on the device while the port is open.
+    // Output lines: the requested state, applied to the device while the port is open.
     bool RTS() const;
     void setRTS(bool on);
     bool DTR() const;

@@ -12,8 +12,10 @@
 class ORSSerialPacketDescriptor;
 class ORSSerialPort;
 class ORSSerialRequest;
+using ORSSerialPacketDescriptorPtr = std::shared_ptr<const ORSSerialPacketDescriptor>;
+using ORSSerialRequestPtr = std::shared_ptr<ORSSerialRequest>;
 
-// A failure that the system reported for a port (POSIX error domain).
+// A system call for a port failed.
 struct ORSSerialPortError
 {
     int code = 0;        // errno
@@ -21,64 +23,55 @@ struct ORSSerialPortError
     QString path;        // the port's path
 };
 
-// Receives a port's events, always on the main thread. All methods but the first are optional: the
-// port sees which of them a delegate's class overrides and behaves accordingly (without
+// Receives a port's events on the main thread. All methods but the first are optional: the port
+// knows which of them a delegate's class overrides and behaves accordingly (without
 // serialPortWasClosed(), for example, queued requests survive a close). Ports hold delegates
-// weakly. No method may run an event loop of its own (a dialog's exec(), say): later events would
-// overtake the rest of the bytes.
+// weakly. No method may run a nested event loop (a dialog's exec(), say): later events would
+// overtake the remaining bytes.
 class ORSSerialPortDelegate : public vorn::DelegateBase
 {
 public:
-    // The device behind the port is gone; the port closes itself.
+    // The device has gone; the port closes itself.
     virtual void serialPortWasRemovedFromSystem(ORSSerialPort &serialPort) = 0;
 
     // Bytes from the line, in order, at most 1024 at a time.
-    virtual void serialPortDidReceiveData(ORSSerialPort &serialPort, const QByteArray &data);
-    // A packet that a listened-for descriptor matched.
-    virtual void serialPortDidReceivePacketMatchingDescriptor(
-        ORSSerialPort &serialPort, const QByteArray &packetData,
-        const std::shared_ptr<const ORSSerialPacketDescriptor> &descriptor);
-    // The response that a sent request waited for.
-    virtual void
-    serialPortDidReceiveResponseToRequest(ORSSerialPort &serialPort, const QByteArray &responseData,
-                                          const std::shared_ptr<ORSSerialRequest> &request);
-    // A request got no response in time. No request when none was pending by then.
-    virtual void serialPortRequestDidTimeout(ORSSerialPort &serialPort,
-                                             const std::shared_ptr<ORSSerialRequest> &request);
-    virtual void serialPortDidEncounterError(ORSSerialPort &serialPort,
-                                             const ORSSerialPortError &error);
-    virtual void serialPortWasOpened(ORSSerialPort &serialPort);
-    virtual void serialPortWasClosed(ORSSerialPort &serialPort);
+    virtual void serialPortDidReceiveData(ORSSerialPort &, const QByteArray & /*data*/) {}
+    // A packet that matches a descriptor on which the port listens.
+    virtual void serialPortDidReceivePacketMatchingDescriptor(ORSSerialPort &,
+                                                              const QByteArray & /*packetData*/,
+                                                              const ORSSerialPacketDescriptorPtr &)
+    {
+    }
+    // The response to a request.
+    virtual void serialPortDidReceiveResponseToRequest(ORSSerialPort &,
+                                                       const QByteArray & /*responseData*/,
+                                                       const ORSSerialRequestPtr &)
+    {
+    }
+    // No response arrived in time. The request is null if none was pending by then.
+    virtual void serialPortRequestDidTimeout(ORSSerialPort &, const ORSSerialRequestPtr &) {}
+    virtual void serialPortDidEncounterError(ORSSerialPort &, const ORSSerialPortError &) {}
+    virtual void serialPortWasOpened(ORSSerialPort &) {}
+    virtual void serialPortWasClosed(ORSSerialPort &) {}
 
-    // Which optional methods a delegate implements.
+    // Those of the optional methods whose presence changes what a port does.
     struct Implements
     {
-        bool didReceiveData = false;
-        bool didReceivePacket = false;
-        bool didReceiveResponse = false;
         bool requestDidTimeout = false;
         bool didEncounterError = false;
-        bool wasOpened = false;
         bool wasClosed = false;
     };
 
-    // An inherited method's address still names the base class, an overriding one's does not.
+    // The address of an inherited method names the base class, that of an overriding one does not.
     template <std::derived_from<ORSSerialPortDelegate> Delegate>
     static constexpr Implements implementedBy()
     {
         using Base = ORSSerialPortDelegate;
         return {
-            .didReceiveData =
-                overrides(&Delegate::serialPortDidReceiveData, &Base::serialPortDidReceiveData),
-            .didReceivePacket = overrides(&Delegate::serialPortDidReceivePacketMatchingDescriptor,
-                                          &Base::serialPortDidReceivePacketMatchingDescriptor),
-            .didReceiveResponse = overrides(&Delegate::serialPortDidReceiveResponseToRequest,
-                                            &Base::serialPortDidReceiveResponseToRequest),
             .requestDidTimeout = overrides(&Delegate::serialPortRequestDidTimeout,
                                            &Base::serialPortRequestDidTimeout),
             .didEncounterError = overrides(&Delegate::serialPortDidEncounterError,
                                            &Base::serialPortDidEncounterError),
-            .wasOpened = overrides(&Delegate::serialPortWasOpened, &Base::serialPortWasOpened),
             .wasClosed = overrides(&Delegate::serialPortWasClosed, &Base::serialPortWasClosed),
         };
     }

@@ -14,50 +14,47 @@ using vorn::SerialDeviceRegistry;
 
 namespace {
 
-bool containsEqual(const ORSSerialPortList &ports, const ORSSerialPort &port)
+ORSSerialPortList portsFor(const SerialDeviceRegistry::Devices &devices)
 {
-    return std::any_of(ports.begin(), ports.end(),
-                       [&](const ORSSerialPortPtr &other) { return other->isEqual(port); });
+    ORSSerialPortList ports;
+    for (const vorn::SerialDeviceHandle &device : devices)
+        ports.append(ORSSerialPort::serialPortWithDevice(device));
+    return ports;
+}
+
+ORSSerialPortList without(ORSSerialPortList ports, const ORSSerialPortList &others)
+{
+    ports.removeIf([&](const ORSSerialPortPtr &port) {
+        const auto isEqual = [&](const ORSSerialPortPtr &other) { return other->isEqual(*port); };
+        return std::any_of(others.begin(), others.end(), isEqual);
+    });
+    return ports;
 }
 
 } // namespace
 
 ORSSerialPortManager &ORSSerialPortManager::sharedSerialPortManager()
 {
-    // What the manager needs at the process's end is made before it, and so outlives it.
-    static const bool queuesExist = [] {
-        vorn::MainQueue::instance();
-        vorn::LivePorts::instance();
-        NotificationCenter::defaultCenter();
-        SerialDeviceRegistry::system();
-        return true;
-    }();
-    Q_UNUSED(queuesExist)
     static ORSSerialPortManager manager;
-    // After the manager was made, so that the handler runs before it is destroyed.
-    static const bool registered = [] {
-        manager.registerForNotifications();
-        return true;
-    }();
-    Q_UNUSED(registered)
+    // After the manager is complete, so that the handler runs before it is destroyed.
+    [[maybe_unused]] static const bool registered = (manager.registerForNotifications(), true);
     return manager;
 }
 
 ORSSerialPortManager::ORSSerialPortManager()
 {
+    // Needed at the process's end: created before the manager is complete, they outlive it.
+    vorn::MainQueue::instance();
+    vorn::LivePorts::instance();
+    NotificationCenter::defaultCenter();
     retrieveAvailablePortsAndRegisterForChangeNotifications();
 }
 
 void ORSSerialPortManager::retrieveAvailablePortsAndRegisterForChangeNotifications()
 {
     SerialDeviceRegistry &registry = SerialDeviceRegistry::system();
-    if (!registry.watch(*this))
-        return;
-    ORSSerialPortList ports;
-    for (const vorn::SerialDeviceHandle &device : registry.devices())
-        if (const ORSSerialPortPtr port = ORSSerialPort::serialPortWithDevice(device))
-            ports.append(port);
-    setAvailablePorts(ports);
+    if (registry.watch(*this))
+        setAvailablePorts(portsFor(registry.devices()));
 }
 
 void ORSSerialPortManager::registerForNotifications()
@@ -84,31 +81,21 @@ void ORSSerialPortManager::setAvailablePorts(const ORSSerialPortList &ports)
 
 void ORSSerialPortManager::serialPortsWerePublished(const SerialDeviceRegistry::Devices &devices)
 {
-    ORSSerialPortList connected;
-    for (const vorn::SerialDeviceHandle &device : devices) {
-        const ORSSerialPortPtr port = ORSSerialPort::serialPortWithDevice(device);
-        if (!containsEqual(m_availablePorts, *port))
-            connected.append(port);
-    }
+    const ORSSerialPortList connected = without(portsFor(devices), m_availablePorts);
     setAvailablePorts(m_availablePorts + connected);
     NotificationCenter::defaultCenter().post(
         ORSSerialPortWasConnectedNotification,
         {{ORSConnectedSerialPortsKey, QVariant::fromValue(connected)}});
 }
 
-// Only new port objects are told and announced; whoever holds an open port finds it by equality.
+// The clean-up and the notification concern new port objects; the holder of an open port finds it
+// by equality.
 void ORSSerialPortManager::serialPortsWereTerminated(const SerialDeviceRegistry::Devices &devices)
 {
-    ORSSerialPortList disconnected;
-    for (const vorn::SerialDeviceHandle &device : devices)
-        disconnected.append(ORSSerialPort::serialPortWithDevice(device));
-    for (const ORSSerialPortPtr &port : std::as_const(disconnected))
+    const ORSSerialPortList disconnected = portsFor(devices);
+    for (const ORSSerialPortPtr &port : disconnected)
         port->cleanupAfterSystemRemoval();
-    ORSSerialPortList left;
-    for (const ORSSerialPortPtr &port : std::as_const(m_availablePorts))
-        if (!containsEqual(disconnected, *port))
-            left.append(port);
-    setAvailablePorts(left);
+    setAvailablePorts(without(m_availablePorts, disconnected));
     NotificationCenter::defaultCenter().post(
         ORSSerialPortWasDisconnectedNotification,
         {{ORSDisconnectedSerialPortsKey, QVariant::fromValue(disconnected)}});

@@ -9,9 +9,9 @@
 
 using ORSSerialPortList = QList<ORSSerialPortPtr>;
 
-// Notifications on the default notification centre when devices came (went), and the key under
-// which their user information holds the ports (an ORSSerialPortList). Ports of a removal are new
-// objects: find the port that you hold by isEqual().
+// Notifications on the default notification centre when devices were added (removed), and the key
+// in their user information under which the ports are found (an ORSSerialPortList). The ports of a
+// removal are new objects: find the port that you hold by isEqual().
 inline const QString ORSSerialPortWasConnectedNotification =
     QStringLiteral("ORSSerialPortWasConnectedNotification");
 inline const QString ORSSerialPortWasDisconnectedNotification =
@@ -20,8 +20,8 @@ inline const QString ORSConnectedSerialPortsKey = QStringLiteral("ORSConnectedSe
 inline const QString ORSDisconnectedSerialPortsKey =
     QStringLiteral("ORSDisconnectedSerialPortsKey");
 
-// The process's list of the serial devices that are present, kept current as they come and go. Main
-// thread only. At the process's end, open ports are closed and their lines put back.
+// The process's list of serial devices, kept current as they come and go. Main thread only. When
+// the process ends, open ports are closed and their lines restored.
 class ORSSerialPortManager : public QObject, private vorn::SerialDeviceRegistry::Observer
 {
     Q_OBJECT
@@ -29,16 +29,16 @@ class ORSSerialPortManager : public QObject, private vorn::SerialDeviceRegistry:
                    availablePortsChanged)
 
 public:
-    // The one instance, made (and the devices enumerated) at the first call.
+    // The only instance. The first call creates it and enumerates the devices.
     static ORSSerialPortManager &sharedSerialPortManager();
 
-    // In the order in which they were found.
+    // In order of discovery.
     ORSSerialPortList availablePorts() const { return m_availablePorts; }
     void setAvailablePorts(const ORSSerialPortList &ports);
     ORSSerialPortList portsToReopenAfterSleep() const { return m_portsToReopenAfterSleep; }
 
-    // To be called when the system goes to sleep and after it woke: open ports are closed and
-    // opened again, in the order in which they were closed.
+    // Call these before the system sleeps and after it wakes: open ports are closed, and opened
+    // again in the order in which they were closed.
     void systemWillSleep();
     void systemDidWake();
 

@@ -10,7 +10,7 @@ using vorn::SerialTerminal;
 
 namespace {
 
-// The most that goes to the delegate in one piece.
+// The maximum size of a piece that is passed to the delegate.
 constexpr qsizetype kPieceSize = 1024;
 
 } // namespace
@@ -47,11 +47,11 @@ int ORSSerialPortPrivate::openTerminalAtPath()
     auto opened = std::make_shared<SerialTerminal>();
     if (const int error = opened->open(path); error != 0)
         return error;
-    // First of all, since nobody is to hear of a port that then has no thread.
+    // Before anything is reported: without a thread the port is not open.
     const bool isServed = vorn::GlobalQueue::instance().post([self = shared_from_this(), opened] {
-        // Held by the opener until the line is set and all is told that comes before its data.
+        // The opener holds this until the line is set and everything before its data is reported.
         std::unique_lock(self->opening).unlock();
-        vorn::PortLoop(self, opened).run();
+        vorn::runPortLoop(*self, opened);
     });
     if (!isServed) {
         opened->close(false);
@@ -172,7 +172,7 @@ bool ORSSerialPortPrivate::sendData(QByteArrayView data)
     if (!opened)
         return false;
     const int error = data.isEmpty() ? 0 : opened->writeAll(data);
-    // A port that closes is as good as closed, where a write is refused without a word.
+    // A closing port is treated like a closed one: the write is refused without an error.
     if (error != 0 && error != ECANCELED)
         notifyDelegateOfPosixError(error);
     return error == 0;
@@ -181,8 +181,7 @@ bool ORSSerialPortPrivate::sendData(QByteArrayView data)
 void ORSSerialPortPrivate::receiveData(const QByteArray &bytes)
 {
     MainQueue::instance().post([self = shared_from_this(), bytes] { self->deliverData(bytes); });
-    // With nobody to match for, no byte needs the walk.
-    if (packetListeners.isEmpty() && requests.isEmpty())
+    if (packetDescriptors().isEmpty() && requests.isEmpty())
         return;
     requestHandlingQueue.post(
         [self = shared_from_this(), bytes] { self->matchReceivedData(bytes); });
@@ -191,7 +190,7 @@ void ORSSerialPortPrivate::receiveData(const QByteArray &bytes)
 void ORSSerialPortPrivate::deliverData(const QByteArray &bytes)
 {
     for (qsizetype at = 0; at < bytes.size(); at += kPieceSize) {
-        // Asked for each piece: the one before may have ended either.
+        // For each piece, since the previous call may have destroyed either.
         ORSSerialPortDelegate *receiver = port ? port->delegate() : nullptr;
         if (!receiver)
             return;
@@ -201,20 +200,46 @@ void ORSSerialPortPrivate::deliverData(const QByteArray &bytes)
 
 void ORSSerialPortPrivate::matchReceivedData(const QByteArray &data)
 {
-    const auto report = [this](const ORSSerialPacketDescriptorPtr &descriptor,
-                               const QByteArray &packet) {
-        postToDelegate(
-            [descriptor, packet](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
-                receiver.serialPortDidReceivePacketMatchingDescriptor(itsPort, packet, descriptor);
-            });
-    };
-    for (qsizetype i = 0; i < data.size(); ++i) {
-        packetListeners.receive(data[i], report);
-        requests.checkResponseToPendingRequestAndContinueIfValidWithReceivedByte(data[i]);
+    for (const char byte : data) {
+        // Without the lock, since an evaluator may call packetDescriptors().
+        for (vorn::PacketMatcher &listener : listeners)
+            if (const auto packet = listener.append(byte))
+                postToDelegate([descriptor = listener.descriptor(), packet = *packet](
+                                   ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
+                    receiver.serialPortDidReceivePacketMatchingDescriptor(itsPort, packet,
+                                                                          descriptor);
+                });
+        requests.checkResponseToPendingRequestAndContinueIfValidWithReceivedByte(byte);
     }
 }
 
-void ORSSerialPortPrivate::tellOfRemoval()
+QList<ORSSerialPacketDescriptorPtr> ORSSerialPortPrivate::packetDescriptors() const
+{
+    const std::lock_guard lock(listenersMutex);
+    QList<ORSSerialPacketDescriptorPtr> all;
+    for (const vorn::PacketMatcher &listener : listeners)
+        all.append(listener.descriptor());
+    return all;
+}
+
+void ORSSerialPortPrivate::startListening(const ORSSerialPacketDescriptorPtr &descriptor)
+{
+    // Another thread may have been faster.
+    if (packetDescriptors().contains(descriptor))
+        return;
+    const std::lock_guard lock(listenersMutex);
+    listeners.emplace_back(descriptor);
+}
+
+void ORSSerialPortPrivate::stopListening(const ORSSerialPacketDescriptorPtr &descriptor)
+{
+    const std::lock_guard lock(listenersMutex);
+    std::erase_if(listeners, [&](const vorn::PacketMatcher &listener) {
+        return listener.descriptor() == descriptor;
+    });
+}
+
+void ORSSerialPortPrivate::notifyOfRemoval()
 {
     callDelegateAndWait([](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
         receiver.serialPortWasRemovedFromSystem(itsPort);
@@ -235,8 +260,8 @@ void ORSSerialPortPrivate::terminalWasClosed(int error)
         fileDescriptor = 0;
     }
     emitOnMain(&ORSSerialPort::fileDescriptorChanged);
-    // Only a delegate that hears of the close loses its requests by it, and only those that were
-    // there by then.
+    // Only if the delegate implements serialPortWasClosed() are requests dropped, and only those
+    // made before the port was closed.
     if (!implemented().wasClosed)
         return;
     MainQueue::instance().postAndWait([&] {

@@ -1,10 +1,9 @@
-// Requests: the port's side of the queue.
+// The port's side of the request queue.
 #include "serial/ORSSerialPort_p.h"
 
 bool ORSSerialPort::sendRequest(const ORSSerialRequestPtr &request)
 {
-    // Held: the port may go while the caller waits.
-    const auto held = d;
+    const auto held = d; // the port may be destroyed while the caller waits
     bool sent = false;
     held->requestHandlingQueue.postAndWait(
         [&] { sent = held->requests.reallySendRequest(request); });
@@ -41,17 +40,15 @@ void ORSSerialPortPrivate::requestWasAnswered(const ORSSerialRequestPtr &request
     });
 }
 
-void ORSSerialPortPrivate::requestTimedOut(const ORSSerialRequestPtr &request,
-                                           std::function<void()> moveOn)
+void ORSSerialPortPrivate::requestTimedOut(const ORSSerialRequestPtr &request)
 {
-    vorn::MainQueue::instance().post(
-        [self = shared_from_this(), request, moveOn = std::move(moveOn)] {
-            self->callDelegateAndWait([&](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
-                receiver.serialPortRequestDidTimeout(itsPort, request);
-            });
-            // Also when the delegate is gone by now: the queue must not stand still.
-            moveOn();
+    vorn::MainQueue::instance().post([self = shared_from_this(), request] {
+        self->callDelegateAndWait([&](ORSSerialPort &itsPort, ORSSerialPortDelegate &receiver) {
+            receiver.serialPortRequestDidTimeout(itsPort, request);
         });
+        // Even if the delegate is gone by now: the queue must not get stuck.
+        self->requestHandlingQueue.post([self] { self->requests.sendNextRequest(); });
+    });
 }
 
 void ORSSerialPortPrivate::pendingRequestDidChange()

@@ -10,7 +10,7 @@ Value read(const ORSSerialPortPrivate &d, Value vorn::LineSettings::*field)
     return d.settings.*field;
 }
 
-// True when the value was another one before.
+// True if the value has changed.
 template <typename Value>
 bool store(ORSSerialPortPrivate &d, Value vorn::LineSettings::*field, Value value)
 {
@@ -18,7 +18,7 @@ bool store(ORSSerialPortPrivate &d, Value vorn::LineSettings::*field, Value valu
     return std::exchange(d.settings.*field, value) != value;
 }
 
-// The functions below keep what they work on alive: the receiver of an event may release the port.
+// The functions below hold a reference, since the receiver of an event may release the port.
 
 template <typename Value>
 void storeAndApply(const std::shared_ptr<ORSSerialPortPrivate> &of,
@@ -31,8 +31,8 @@ void storeAndApply(const std::shared_ptr<ORSSerialPortPrivate> &of,
     d->emitOnMain(&ORSSerialPort::lineSettingsChanged);
 }
 
-// Closing is only asked for here, so the opening meets a port that still counts as open and does
-// nothing: an open port ends up closed.
+// close() only requests the closing. The port then still counts as open, so open() does nothing: an
+// open port ends up closed.
 void storeFlowControl(const std::shared_ptr<ORSSerialPortPrivate> &of,
                       bool vorn::LineSettings::*field, bool uses)
 {

@@ -5,7 +5,7 @@
 #include "serial/LineSettings.h"
 #include "serial/LivePorts.h"
 #include "serial/ORSSerialPort.h"
-#include "serial/PacketListeners.h"
+#include "serial/PacketMatcher.h"
 #include "serial/RequestQueue.h"
 #include "serial/SerialTerminal.h"
 
@@ -33,9 +33,9 @@ public:
     void setPortOptions();
     void updateModemLines();
 
-    // The delegate's optional methods, none of them once it is gone. Any thread.
+    // The delegate's optional methods; none if it is gone. Any thread.
     ORSSerialPortDelegate::Implements implemented() const;
-    // Calls the delegate on the main thread, if port and delegate are still there by then.
+    // Calls the delegate on the main thread if port and delegate still exist by then.
     void postToDelegate(DelegateCall call);
     void callDelegateAndWait(const DelegateCall &call);
     // Emits a change signal on the main thread; at once when already there.
@@ -46,18 +46,23 @@ public:
         notifyDelegateOfPosixErrorWaitingUntilDone(error, false);
     }
     void notifyDelegateOfPosixErrorWaitingUntilDone(int error, bool wait);
-    // Reports a failure of the modem lines; that a terminal has none is told once per opening.
+    // Reports a failure of the modem lines; missing lines are reported once per opening.
     void notifyOfModemLineError(vorn::SerialTerminal &terminal, int error);
 
     bool sendData(QByteArrayView data);
-    // Takes the bytes that were read.
+    // Passes on the bytes that were read.
     void receiveData(const QByteArray &bytes);
-    // Gives them to the delegate in pieces; runs on the main thread.
+    // Hands them to the delegate in pieces; main thread only.
     void deliverData(const QByteArray &bytes);
-    // Takes the bytes one at a time; runs on the request handling queue.
+    // Looks for packets and responses byte by byte; request handling queue only.
     void matchReceivedData(const QByteArray &data);
 
-    void tellOfRemoval();
+    QList<ORSSerialPacketDescriptorPtr> packetDescriptors() const;
+    // Request handling queue only.
+    void startListening(const ORSSerialPacketDescriptorPtr &descriptor);
+    void stopListening(const ORSSerialPacketDescriptorPtr &descriptor);
+
+    void notifyOfRemoval();
     // The terminal was closed with this result.
     void terminalWasClosed(int error);
 
@@ -66,8 +71,8 @@ public:
     bool writeRequest(QByteArrayView data) override { return sendData(data); }
     void requestWasAnswered(const ORSSerialRequestPtr &request,
                             const QByteArray &response) override;
-    bool hearsOfTimeouts() override { return implemented().requestDidTimeout; }
-    void requestTimedOut(const ORSSerialRequestPtr &request, std::function<void()> moveOn) override;
+    bool reportsTimeouts() override { return implemented().requestDidTimeout; }
+    void requestTimedOut(const ORSSerialRequestPtr &request) override;
     void pendingRequestDidChange() override;
     void requestsQueueDidChange() override;
 
@@ -85,15 +90,15 @@ public:
     vorn::LineSettings settings;
     bool rts = false;
     bool dtr = false;
-    // Held while the line or the output lines are set, so that the latest values are set last.
+    // Held while the line (the output lines) are set, so that the latest values are set last.
     std::mutex lineMutex;
     std::mutex modemLinesMutex;
     std::atomic<bool> cts = false;
     std::atomic<bool> dsr = false;
     std::atomic<bool> dcd = false;
 
-    // Held while the port opens or turns closed, so that nobody sees a half-opened port; recursive,
-    // since a delegate that is told of a failure may try again at once.
+    // Held while the port opens and while it becomes closed, so that nobody sees a half-opened
+    // port. Recursive, since a delegate may call open() again when a failure is reported.
     std::recursive_mutex opening;
     mutable std::mutex terminalMutex;
     std::shared_ptr<vorn::SerialTerminal> terminal;
@@ -102,6 +107,8 @@ public:
     const std::shared_ptr<vorn::LivePorts> livePorts = vorn::LivePorts::instance();
 
     vorn::SerialQueue requestHandlingQueue;
-    vorn::PacketListeners packetListeners;
+    mutable std::mutex listenersMutex;
+    // Changed and matched on requestHandlingQueue only.
+    std::vector<vorn::PacketMatcher> listeners;
     vorn::RequestQueue requests{requestHandlingQueue, *this};
 };

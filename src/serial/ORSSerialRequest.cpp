@@ -9,7 +9,7 @@ namespace {
 
 constexpr quint64 kNoLimit = std::numeric_limits<qint64>::max();
 
-// Bytes as hexadecimal words: "<f401af00 07>".
+// Bytes in hexadecimal, in groups of four: "<f401af00 07>".
 QString dataDescription(const QByteArray &data)
 {
     QByteArray text;
@@ -48,24 +48,6 @@ ORSSerialRequest::ORSSerialRequest(QByteArray dataToSend, QVariant userInfo,
                        std::make_shared<const ORSSerialPacketDescriptor>(
                            kNoLimit, QVariant(), std::move(responseEvaluator)))
 {
-}
-
-ORSSerialRequestPtr
-ORSSerialRequest::requestWithDataToSend(QByteArray dataToSend, QVariant userInfo,
-                                        TimeInterval timeoutInterval,
-                                        ORSSerialPacketDescriptorPtr responseDescriptor)
-{
-    return std::make_shared<ORSSerialRequest>(std::move(dataToSend), std::move(userInfo),
-                                              timeoutInterval, std::move(responseDescriptor));
-}
-
-ORSSerialRequestPtr
-ORSSerialRequest::requestWithDataToSend(QByteArray dataToSend, QVariant userInfo,
-                                        TimeInterval timeoutInterval,
-                                        ORSSerialPacketDescriptor::Evaluator responseEvaluator)
-{
-    return std::make_shared<ORSSerialRequest>(std::move(dataToSend), std::move(userInfo),
-                                              timeoutInterval, std::move(responseEvaluator));
 }
 
 bool ORSSerialRequest::dataIsValidResponse(QByteArrayView response) const

@@ -9,37 +9,41 @@
 
 #include <chrono>
 #include <memory>
+#include <utility>
 
 class ORSSerialRequest;
-// Shared by the caller, the port and its delegate; compared by identity.
+// Shared by caller, port and delegate; compared by identity.
 using ORSSerialRequestPtr = std::shared_ptr<ORSSerialRequest>;
 
-// Bytes to send and what the answer to them looks like. Not to be changed while a port handles it.
+// Bytes to send and a description of the expected answer. Do not modify it while a port handles it.
 class ORSSerialRequest
 {
 public:
     using TimeInterval = std::chrono::duration<double>; // seconds
 
-    // dataToSend: written when the request's turn comes.
-    // userInfo: the caller's own, not looked at.
-    // timeoutInterval: the time for the answer; 0 or less waits for ever.
-    // responseDescriptor: what the answer looks like; none when no answer is expected.
+    // dataToSend: written when it is the request's turn.
+    // userInfo: a tag for the caller's own use.
+    // timeoutInterval: how long to wait for the answer; 0 or less means for ever.
+    // responseDescriptor: the expected answer; null when none is expected.
     ORSSerialRequest(QByteArray dataToSend, QVariant userInfo, TimeInterval timeoutInterval,
                      ORSSerialPacketDescriptorPtr responseDescriptor = {});
-    // The answer is the shortest run of the newest bytes that the evaluator accepts, however long:
-    // all that arrives is kept until then, and the evaluator asked about every length for every
-    // byte.
+    // The answer is the shortest run of the newest bytes that the evaluator accepts. Its length is
+    // not limited: everything received is kept until then, and for each byte the evaluator is
+    // called with every length.
     ORSSerialRequest(QByteArray dataToSend, QVariant userInfo, TimeInterval timeoutInterval,
                      ORSSerialPacketDescriptor::Evaluator responseEvaluator);
     ORSSerialRequest(const ORSSerialRequest &) = delete;
     ORSSerialRequest &operator=(const ORSSerialRequest &) = delete;
 
-    static ORSSerialRequestPtr
-    requestWithDataToSend(QByteArray dataToSend, QVariant userInfo, TimeInterval timeoutInterval,
-                          ORSSerialPacketDescriptorPtr responseDescriptor = {});
-    static ORSSerialRequestPtr
-    requestWithDataToSend(QByteArray dataToSend, QVariant userInfo, TimeInterval timeoutInterval,
-                          ORSSerialPacketDescriptor::Evaluator responseEvaluator);
+    // The same as the constructors: the response is a descriptor or an evaluator.
+    template <typename Response = ORSSerialPacketDescriptorPtr>
+    static ORSSerialRequestPtr requestWithDataToSend(QByteArray dataToSend, QVariant userInfo,
+                                                     TimeInterval timeoutInterval,
+                                                     Response response = {})
+    {
+        return std::make_shared<ORSSerialRequest>(std::move(dataToSend), std::move(userInfo),
+                                                  timeoutInterval, std::move(response));
+    }
 
     const QByteArray &dataToSend() const { return m_dataToSend; }
     void setDataToSend(const QByteArray &dataToSend) { m_dataToSend = dataToSend; }
@@ -52,11 +56,11 @@ public:
     {
         m_responseDescriptor = descriptor;
     }
-    // A new UUID for each request, as 36 characters.
+    // Unique for each request: a UUID of 36 characters.
     const QString &UUIDString() const { return m_UUIDString; }
     void setUUIDString(const QString &UUIDString) { m_UUIDString = UUIDString; }
 
-    // Anything is valid where no answer is expected.
+    // Without a descriptor every response is valid.
     bool dataIsValidResponse(QByteArrayView response) const;
     // For a log: the request's address, data, user info and time-out.
     QString description() const;

@@ -69,7 +69,7 @@ private:
     char16_t *m_begin;
 };
 
-// Whether nothing in the pattern can depend on what stands before a match: no look-behind, \b, \B,
+// True if nothing in the pattern can depend on the text before a match: no look-behind, \b, \B,
 // \A, \G, \K, \X or [[:<:]], and a '^' at the start only. What might hide one of these (\Q, \c,
 // verbs, options, references to the whole pattern) is refused, too. So is a positive look-ahead
 // unless the pattern begins with a plain character: when the engine (PCRE2 10.42) takes the first
@@ -121,7 +121,7 @@ qsizetype PacketExpression::lengthOfPacketAtEnd(QByteArrayView buffer) const
         longest.decodeFrom(0);
         const auto match = m_search.match(longest.decoded(), 0, QRegularExpression::NormalMatch,
                                           QRegularExpression::DontCheckSubjectStringMatchOption);
-        // A match that is not valid ran into one of the engine's limits and tells nothing.
+        // An invalid match has reached one of the engine's limits and proves nothing.
         if (match.isValid() && !match.hasMatch())
             return 0;
     }
@@ -138,8 +138,7 @@ qsizetype PacketExpression::lengthOfPacketAtEnd(QByteArrayView buffer) const
     return 0;
 }
 
-// The text is a whole of its own: its first character has nothing before it that an assertion
-// might look at.
+// Nothing precedes the text's first character, so an assertion cannot look at anything there.
 bool PacketExpression::matchesAtStart(QStringView text) const
 {
     return m_isValid && m_expression

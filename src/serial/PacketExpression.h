@@ -6,20 +6,20 @@
 
 namespace vorn {
 
-// A regular expression as the test of a packet: it accepts UTF-8 text at whose start it matches.
-// Every character counts, a byte order mark too. Immutable; any thread.
+// A regular expression that recognizes packets: UTF-8 text at whose start it matches. A byte order
+// mark is a character like any other. Immutable; any thread.
 class PacketExpression
 {
 public:
     explicit PacketExpression(const QRegularExpression &expression);
 
     const QRegularExpression &expression() const { return m_expression; }
-    // True when one search rules out a buffer without a packet; when not, each of its tails is
-    // tried.
+    // True if a single search can rule out that a buffer holds a packet. Otherwise every tail of
+    // the buffer is tried.
     bool isSearchable() const { return m_isSearchable; }
 
     bool accepts(QByteArrayView packet) const;
-    // The number of bytes in the shortest tail that is accepted, 0 when there is none.
+    // The length in bytes of the shortest accepted tail, or 0.
     qsizetype lengthOfPacketAtEnd(QByteArrayView buffer) const;
 
 private:

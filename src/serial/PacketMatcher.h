@@ -9,17 +9,17 @@
 
 namespace vorn {
 
-// Finds a descriptor's packets in a stream of bytes: after each byte what the descriptor's
-// packetMatchingAtEndOfBuffer() finds in the newest bytes.
+// Finds a descriptor's packets in a stream: after each byte, what packetMatchingAtEndOfBuffer()
+// finds in the newest bytes.
 //
 // One owner, one thread at a time.
 class PacketMatcher
 {
 public:
-    // Keeps as many bytes as the descriptor's longest packet has.
+    // Keeps as many bytes as the descriptor's longest packet can have.
     explicit PacketMatcher(ORSSerialPacketDescriptorPtr descriptor);
 
-    // Takes the next byte. When it completes a packet, returns it and starts afresh behind it.
+    // Appends a byte. If it completes a packet, returns the packet and starts over.
     std::optional<QByteArray> append(char byte);
     void clear();
 

@@ -19,33 +19,39 @@ struct InputPin
     std::atomic<bool> ORSSerialPortPrivate::*state;
     void (ORSSerialPort::*changed)();
 };
-// In the order in which their changes are told.
+// In the order in which their changes are reported.
 constexpr std::array kInputPins{
     InputPin{TIOCM_CTS, &ORSSerialPortPrivate::cts, &ORSSerialPort::CTSChanged},
     InputPin{TIOCM_DSR, &ORSSerialPortPrivate::dsr, &ORSSerialPort::DSRChanged},
     InputPin{TIOCM_CAR, &ORSSerialPortPrivate::dcd, &ORSSerialPort::DCDChanged},
 };
 
-} // namespace
-
-PinPoll::PinPoll(std::shared_ptr<ORSSerialPortPrivate> port,
-                 std::shared_ptr<SerialTerminal> terminal)
-    : m_port(std::move(port)), m_terminal(std::move(terminal))
+class PinPoll
 {
-}
+public:
+    PinPoll(std::shared_ptr<ORSSerialPortPrivate> port, std::shared_ptr<SerialTerminal> terminal)
+        : m_port(std::move(port)), m_terminal(std::move(terminal))
+    {
+    }
 
-void PinPoll::start()
-{
-    GlobalQueue::instance().postAfter({}, [self = shared_from_this()] { self->poll(); });
-}
+    static void post(GlobalQueue::Clock::time_point when, const std::shared_ptr<PinPoll> &poll)
+    {
+        GlobalQueue::instance().postAt(when, [poll] {
+            const auto begin = GlobalQueue::Clock::now();
+            if (poll->readLines())
+                post(begin + kInterval, poll);
+        });
+    }
 
-void PinPoll::poll()
-{
-    const auto begin = GlobalQueue::Clock::now();
-    if (readLines())
-        GlobalQueue::instance().postAt(begin + kInterval,
-                                       [self = shared_from_this()] { self->poll(); });
-}
+private:
+    bool readLines();
+    void reportChanges(int lines);
+
+    const std::shared_ptr<ORSSerialPortPrivate> m_port;
+    const std::shared_ptr<SerialTerminal> m_terminal;
+    int m_lines = -1; // as polled last (TIOCM_*)
+    int m_unconfirmedError = 0;
+};
 
 // False when there is nothing more to poll.
 bool PinPoll::readLines()
@@ -55,13 +61,13 @@ bool PinPoll::readLines()
     if (m_terminal->isCloseRequested())
         return false;
     if (lines) {
-        if (const int onceOnly = std::exchange(m_unconfirmedError, 0); onceOnly != 0)
-            m_port->notifyDelegateOfPosixError(onceOnly);
-        tellChanges(*lines);
+        if (const int unconfirmed = std::exchange(m_unconfirmedError, 0); unconfirmed != 0)
+            m_port->notifyDelegateOfPosixError(unconfirmed);
+        reportChanges(*lines);
         return true;
     }
-    // A single failed USB transfer gives EIO, too. When the device is really gone, the next request
-    // fails as well, or the thread that reads sees the hang-up first.
+    // A single failed USB transfer yields EIO, too. If the device is really gone, the next request
+    // fails as well, or the reading thread sees the hang-up first.
     if (error == EIO && m_unconfirmedError == 0) {
         m_unconfirmedError = error;
         return true;
@@ -74,20 +80,29 @@ bool PinPoll::readLines()
     return !meansNoModemLines(error);
 }
 
-// Not waited for: a busy main thread must not delay the next poll.
-void PinPoll::tellChanges(int lines)
+// Posted without waiting: a busy main thread must not delay the next poll.
+void PinPoll::reportChanges(int lines)
 {
     if (std::exchange(m_lines, lines) == lines)
         return;
     MainQueue::instance().post([port = m_port, terminal = m_terminal, lines] {
         if (port->openTerminal() != terminal)
-            return; // closed meanwhile, and maybe open again with news of its own
+            return; // closed meanwhile, and perhaps opened again with a poll of its own
         for (const InputPin &pin : kInputPins) {
             const bool isOn = (lines & pin.mask) != 0;
             if (((*port).*pin.state).exchange(isOn) != isOn)
                 port->emitOnMain(pin.changed);
         }
     });
+}
+
+} // namespace
+
+void startPinPoll(std::shared_ptr<ORSSerialPortPrivate> port,
+                  std::shared_ptr<SerialTerminal> terminal)
+{
+    PinPoll::post(GlobalQueue::Clock::now(),
+                  std::make_shared<PinPoll>(std::move(port), std::move(terminal)));
 }
 
 } // namespace vorn

@@ -17,88 +17,77 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// A read of at least this much means a flood: more is on its way.
+// A read of at least this many bytes is part of a flood: more are on their way.
 constexpr ssize_t kFlood = 1024;
-// What is read in a flood before the main thread hears of it, since waking it costs more than the
-// reading. Below the 128 KiB from which malloc() would map new memory each time.
+// In a flood, so many bytes are collected before they are passed on, since waking the main thread
+// costs more than reading. Below the 128 KiB from which malloc() would map new memory each time.
 constexpr std::size_t kReadSize = 98304;
-// The kernel mostly refills its 4 KiB in less.
+// The kernel usually refills its 4 KiB buffer in less.
 constexpr std::chrono::microseconds kRefillTime{50};
 
-} // namespace
-
-PortLoop::PortLoop(std::shared_ptr<ORSSerialPortPrivate> port,
-                   std::shared_ptr<SerialTerminal> terminal)
-    : m_port(std::move(port)), m_terminal(std::move(terminal))
-{
-}
-
-void PortLoop::run()
-{
-    const ThreadName name("port " + m_port->path.section(u'/', -1).toStdString());
-    std::make_shared<PinPoll>(m_port, m_terminal)->start();
-    int error = 0;
-    while (error == 0 && !m_terminal->isCloseRequested())
-        error = waitAndRead();
-    if (error == 0)
-        error = m_terminal->goneError();
-    if (error != 0)
-        deviceIsGone(error);
-    else
-        m_port->terminalWasClosed(m_terminal->close(false));
-}
-
-int PortLoop::waitAndRead()
-{
-    std::array<pollfd, 2> waiting{
-        {{m_terminal->descriptor(), POLLIN, 0}, {m_terminal->closeEvent(), POLLIN, 0}}};
-    ::poll(waiting.data(), waiting.size(), -1);
-    const bool hasNews = waiting[1].revents == 0 && waiting[0].revents != 0;
-    return hasNews ? readWhatIsThere() : 0;
-}
-
-int PortLoop::readWhatIsThere()
-{
-    QByteArray bytes(kReadSize, Qt::Uninitialized);
-    std::size_t filled = 0;
-    ssize_t count = 0;
-    do {
-        count = ::read(m_terminal->descriptor(), bytes.data() + filled, kReadSize - filled);
-        filled += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
-    } while (count >= kFlood && filled < kReadSize && isRefilled());
-    // What ended the reading shows again with the next one.
-    if (filled > 0) {
-        bytes.truncate(static_cast<qsizetype>(filled));
-        bytes.squeeze();
-        m_port->receiveData(bytes);
-        return 0;
-    }
-    // A terminal that hung up is readable for ever and gives nothing; it must not be polled again.
-    if (count == 0)
-        return ENXIO;
-    return errno == EAGAIN || errno == EINTR ? 0 : errno;
-}
-
-// To ask by read() or poll() would put this thread to sleep until the kernel's worker is done, and
-// in a flood that costs more than the time it takes.
-bool PortLoop::isRefilled() const
+// Asking by read() or poll() would put this thread to sleep until the kernel's worker is done. In a
+// flood that takes longer than polling.
+bool isRefilled(int descriptor)
 {
     const auto deadline = Clock::now() + kRefillTime;
     int waiting = 0;
-    while (::ioctl(m_terminal->descriptor(), FIONREAD, &waiting) == 0 && waiting < kFlood)
+    while (::ioctl(descriptor, FIONREAD, &waiting) == 0 && waiting < kFlood)
         if (Clock::now() >= deadline)
             return false;
     return waiting >= kFlood;
 }
 
-void PortLoop::deviceIsGone(int error)
+// This and the next return 0, or the errno that shows that the device is gone.
+int readAvailable(int descriptor, ORSSerialPortPrivate &port)
 {
-    // Before anybody is told: an open descriptor keeps its name from the adapter when it comes
-    // back.
-    const int closeError = m_terminal->close(true);
-    m_port->notifyDelegateOfPosixErrorWaitingUntilDone(error, true);
-    m_port->tellOfRemoval();
-    m_port->terminalWasClosed(closeError);
+    QByteArray bytes(kReadSize, Qt::Uninitialized);
+    std::size_t filled = 0;
+    ssize_t count = 0;
+    do {
+        count = ::read(descriptor, bytes.data() + filled, kReadSize - filled);
+        filled += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    } while (count >= kFlood && filled < kReadSize && isRefilled(descriptor));
+    // An error behind these bytes is seen by the next read.
+    if (filled > 0) {
+        bytes.truncate(static_cast<qsizetype>(filled));
+        bytes.squeeze();
+        port.receiveData(bytes);
+        return 0;
+    }
+    // A terminal that hung up is readable for ever and yields nothing; it must not be polled again.
+    if (count == 0)
+        return ENXIO;
+    return errno == EAGAIN || errno == EINTR ? 0 : errno;
+}
+
+int waitAndRead(const SerialTerminal &terminal, ORSSerialPortPrivate &port)
+{
+    std::array<pollfd, 2> waiting{
+        {{terminal.descriptor(), POLLIN, 0}, {terminal.closeEvent(), POLLIN, 0}}};
+    ::poll(waiting.data(), waiting.size(), -1);
+    const bool hasNews = waiting[1].revents == 0 && waiting[0].revents != 0;
+    return hasNews ? readAvailable(terminal.descriptor(), port) : 0;
+}
+
+} // namespace
+
+void runPortLoop(ORSSerialPortPrivate &port, const std::shared_ptr<SerialTerminal> &terminal)
+{
+    const ThreadName name("port " + port.path.section(u'/', -1).toStdString());
+    startPinPoll(port.shared_from_this(), terminal);
+    int error = 0;
+    while (error == 0 && !terminal->isCloseRequested())
+        error = waitAndRead(*terminal, port);
+    if (error == 0)
+        error = terminal->goneError();
+    // Before the delegate is called: an open descriptor keeps its name from the adapter when it is
+    // plugged in again.
+    const int closeError = terminal->close(error != 0);
+    if (error != 0) {
+        port.notifyDelegateOfPosixErrorWaitingUntilDone(error, true);
+        port.notifyOfRemoval();
+    }
+    port.terminalWasClosed(closeError);
 }
 
 } // namespace vorn

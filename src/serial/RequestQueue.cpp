@@ -5,7 +5,7 @@
 namespace vorn {
 namespace {
 
-// Far below what a clock's count can hold.
+// Limits user input to what a clock can represent.
 constexpr ORSSerialRequest::TimeInterval kLongestTimeout{365.0 * 24 * 3600};
 
 } // namespace
@@ -85,8 +85,8 @@ void RequestQueue::checkResponseToPendingRequestAndContinueIfValidWithReceivedBy
     sendNextRequest();
 }
 
-// In a loop, since any number of the next ones may expect no answer: these are finished once they
-// are written.
+// A loop, since any number of the next requests may expect no answer, which ends them once they are
+// written.
 void RequestQueue::sendNextRequest()
 {
     while (!m_requestsQueue.isEmpty()) {
@@ -101,19 +101,10 @@ void RequestQueue::sendNextRequest()
 void RequestQueue::pendingRequestDidTimeout()
 {
     m_pendingRequestTimeoutTimer.reset();
-    if (!m_host.hearsOfTimeouts()) {
+    if (m_host.reportsTimeouts())
+        m_host.requestTimedOut(m_pendingRequest.request);
+    else
         sendNextRequest();
-        return;
-    }
-    m_host.requestTimedOut(m_pendingRequest.request, [this, life = m_host.lifetime()] {
-        const auto alive = life.lock();
-        if (!alive)
-            return;
-        m_queue.post([this, life] {
-            if (const auto stillAlive = life.lock())
-                sendNextRequest();
-        });
-    });
 }
 
 void RequestQueue::cancelQueuedRequest(const ORSSerialRequestPtr &request)
@@ -129,14 +120,14 @@ void RequestQueue::cancelQueuedRequest(const ORSSerialRequestPtr &request)
 
 void RequestQueue::cancelAllQueuedRequests()
 {
-    setRequestsQueue({});
+    changeRequestsQueue([&] { m_requestsQueue.clear(); });
 }
 
 void RequestQueue::forgetUpTo(quint64 number)
 {
-    QList<Numbered> left = m_requestsQueue;
-    left.removeIf([&](const Numbered &queued) { return queued.number <= number; });
-    setRequestsQueue(left);
+    changeRequestsQueue([&] {
+        m_requestsQueue.removeIf([&](const Numbered &queued) { return queued.number <= number; });
+    });
     if (m_pendingRequest.number <= number)
         sendNextRequest();
 }
@@ -150,31 +141,23 @@ void RequestQueue::setPendingRequest(const Numbered &request)
     m_host.pendingRequestDidChange();
 }
 
-void RequestQueue::insertObjectInRequestsQueueAtIndex(const Numbered &request, qsizetype index)
+void RequestQueue::changeRequestsQueue(const std::function<void()> &change)
 {
     {
         const std::lock_guard lock(m_mutex);
-        m_requestsQueue.insert(index, request);
+        change();
     }
     m_host.requestsQueueDidChange();
+}
+
+void RequestQueue::insertObjectInRequestsQueueAtIndex(const Numbered &request, qsizetype index)
+{
+    changeRequestsQueue([&] { m_requestsQueue.insert(index, request); });
 }
 
 void RequestQueue::removeObjectFromRequestsQueueAtIndex(qsizetype index)
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_requestsQueue.removeAt(index);
-    }
-    m_host.requestsQueueDidChange();
-}
-
-void RequestQueue::setRequestsQueue(const QList<Numbered> &requests)
-{
-    {
-        const std::lock_guard lock(m_mutex);
-        m_requestsQueue = requests;
-    }
-    m_host.requestsQueueDidChange();
+    changeRequestsQueue([&] { m_requestsQueue.removeAt(index); });
 }
 
 } // namespace vorn

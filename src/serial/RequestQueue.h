@@ -21,15 +21,15 @@ class RequestQueueHost
 public:
     // Expires with the host and its queue.
     virtual Lifetime::Token lifetime() = 0;
-    // Writes the bytes; false when that failed.
+    // False if the write failed.
     virtual bool writeRequest(QByteArrayView data) = 0;
     virtual void requestWasAnswered(const ORSSerialRequestPtr &request,
                                     const QByteArray &response) = 0;
-    // Whether somebody hears of time-outs. When not, the queue moves on by itself.
-    virtual bool hearsOfTimeouts() = 0;
-    // Tells of the time-out (of no request, when none was pending), and then calls back.
-    virtual void requestTimedOut(const ORSSerialRequestPtr &request,
-                                 std::function<void()> moveOn) = 0;
+    // True if time-outs are reported to somebody. If not, the queue moves on by itself.
+    virtual bool reportsTimeouts() = 0;
+    // Reports the time-out (of a null request if none was pending) and calls sendNextRequest()
+    // afterwards.
+    virtual void requestTimedOut(const ORSSerialRequestPtr &request) = 0;
     virtual void pendingRequestDidChange() = 0;
     virtual void requestsQueueDidChange() = 0;
 
@@ -37,12 +37,12 @@ protected:
     virtual ~RequestQueueHost() = default;
 };
 
-// A port's requests: at most one in flight, the pending one, and those that wait behind it, oldest
-// first. Everything but the questions below happens on the port's request handling queue.
+// A port's requests: at most one is pending, that is in flight; the others wait behind it, oldest
+// first. Methods run on the port's request handling queue unless stated otherwise.
 //
-// Only an answer stops the time-out's timer. A request that expects no answer leaves its timer
-// running: unless a later request replaces it, it ends whatever is pending when it fires. And a
-// request that is answered while its time-out is still being told of moves the queue on twice.
+// Only an answer stops the time-out timer. A request that expects no answer leaves its timer
+// running: unless a later request replaces the timer, it ends whatever is pending when it fires.
+// A request that is answered while its time-out is being reported advances the queue twice.
 class RequestQueue
 {
 public:
@@ -54,23 +54,25 @@ public:
     ORSSerialRequestPtr pendingRequest() const;
     QList<ORSSerialRequestPtr> queuedRequests() const;
     bool isEmpty() const;
-    // How many requests were accepted so far: the number of the newest.
+    // The number of the newest request, which counts all requests so far.
     quint64 newestNumber() const;
 
-    // Sends the request when nothing is pending, else queues it. False when the write failed; the
-    // request then stays pending until its time-out.
+    // Sends the request if none is pending, else queues it. False if the write failed; the request
+    // then stays pending until its time-out.
     bool reallySendRequest(const ORSSerialRequestPtr &request);
-    // Takes the request out of the queue; does nothing to a pending or unknown one.
+    // Removes the request from the queue; a pending or unknown one is ignored.
     void cancelQueuedRequest(const ORSSerialRequestPtr &request);
     // Empties the queue; the pending request stays.
     void cancelAllQueuedRequests();
-    // Forgets the requests up to that number, pending or not; those behind them take their turn.
+    // Drops the requests up to that number, pending or not, and moves on to those after them.
     void forgetUpTo(quint64 number);
-    // Gives one received byte to the pending request.
+    // Ends the pending request and sends those behind it up to the next that expects an answer.
+    void sendNextRequest();
+    // Appends a received byte to the pending request's answer, and moves on when it is complete.
     void checkResponseToPendingRequestAndContinueIfValidWithReceivedByte(char byte);
 
 private:
-    // A request may be sent again while it waits: its number tells one time from the other.
+    // The number tells two entries of the same request apart.
     struct Numbered
     {
         ORSSerialRequestPtr request;
@@ -78,16 +80,15 @@ private:
     };
 
     bool startPendingRequest();
-    void sendNextRequest();
     void pendingRequestDidTimeout();
     void setPendingRequest(const Numbered &request);
+    void changeRequestsQueue(const std::function<void()> &change);
     void insertObjectInRequestsQueueAtIndex(const Numbered &request, qsizetype index);
     void removeObjectFromRequestsQueueAtIndex(qsizetype index);
-    void setRequestsQueue(const QList<Numbered> &requests);
 
     SerialQueue &m_queue;
     RequestQueueHost &m_host;
-    mutable std::mutex m_mutex; // guards the three below against other threads' questions
+    mutable std::mutex m_mutex; // guards the next three members
     Numbered m_pendingRequest;
     QList<Numbered> m_requestsQueue;
     quint64 m_newestNumber = 0;

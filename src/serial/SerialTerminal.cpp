@@ -19,10 +19,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// How long output may stand still: an adapter that takes nothing would hold the closing up for
+// How long output may stand still: an adapter that accepts nothing would block the closing for
 // ever.
 constexpr std::chrono::milliseconds kDrainLimit{1000};
-// There is no event for "all output has left"; this is how often it is asked for.
+// The polling interval for output, since there is no event when all of it is sent.
 constexpr int kDrainStepMs = 5;
 constexpr int kLowLatency = static_cast<int>(ASYNC_LOW_LATENCY);
 
@@ -53,15 +53,15 @@ int SerialTerminal::open(const QString &path)
         ::open(QFile::encodeName(path).constData(), O_RDWR | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!fd.isValid())
         return errno;
-    // Descriptor 0 stands for "closed" everywhere, so it cannot serve.
+    // 0 means "closed" everywhere, so this descriptor cannot be used.
     if (fd.get() == 0)
         return EBADF;
     if (::flock(fd.get(), LOCK_EX | LOCK_NB) != 0)
         return errno == EWOULDBLOCK ? EBUSY : errno;
-    // Keeps out those who open the terminal without asking for the lock; the lock is what counts.
+    // Keeps out programs that ignore the lock. A failure does not matter.
     ::ioctl(fd.get(), TIOCEXCL);
 
-    // Also where it shows that the path leads to something else than a terminal.
+    // Fails if the path is not a terminal.
     if (::tcgetattr(fd.get(), &m_originalAttributes) != 0)
         return errno;
     m_originalSpeed = outputSpeed(fd.get());
@@ -71,7 +71,8 @@ int SerialTerminal::open(const QString &path)
     return 0;
 }
 
-// FTDI adapters hold a short answer back for 16 ms unless asked; a refusal costs only time.
+// FTDI adapters delay short answers by 16 ms by default. If the driver refuses, nothing else
+// changes.
 void SerialTerminal::lowerLatency()
 {
     serial_struct serial{};
@@ -86,7 +87,7 @@ void SerialTerminal::lowerLatency()
 std::shared_lock<std::shared_mutex> SerialTerminal::use()
 {
     std::shared_lock inUse(m_use, std::defer_lock);
-    // Asked before, so that the closing gets its turn, and after, since it may have had it.
+    // Checked before, so that closing is not delayed, and after, since it may have happened.
     if (!m_closing && inUse.try_lock() && m_closing)
         inUse.unlock();
     return inUse;
@@ -154,7 +155,7 @@ void SerialTerminal::requestCloseOfGoneDevice(int error)
     requestClose();
 }
 
-// The bytes in the driver; 1 while only the adapter still sends.
+// The number of bytes in the driver, or 1 while only the adapter is still sending.
 int SerialTerminal::outputLeft() const
 {
     int waiting = 0;
@@ -185,7 +186,7 @@ void SerialTerminal::waitForOutput()
     }
 }
 
-// At once and never "after output drained", which waits for ever with an adapter that takes
+// At once and never after draining the output, which blocks for ever if the adapter accepts
 // nothing.
 void SerialTerminal::restoreLine()
 {
@@ -202,7 +203,7 @@ void SerialTerminal::restoreLine()
         ::tcsetattr(m_fd.get(), TCSANOW, &attributes);
     }
     ::tcsetattr(m_fd.get(), TCSANOW, &m_originalAttributes);
-    // The attributes do not hold a speed that is not a standard one.
+    // termios does not hold non-standard speeds.
     if (outputSpeed(m_fd.get()) != m_originalSpeed)
         setArbitrarySpeed(m_fd.get(), m_originalSpeed);
     ::ioctl(m_fd.get(), TIOCNXCL);

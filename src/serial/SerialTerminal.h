@@ -20,10 +20,10 @@ bool meansDeviceGone(int error);
 // True for the errors of a terminal that has no modem lines.
 bool meansNoModemLines(int error);
 
-// One opened terminal, from its opening to the end of its closing. Its descriptor is never used
-// after it was closed, nor closed while a call uses it, so that no late call meets a descriptor
-// that the system has given to somebody else. Results are 0 or an errno; all methods but open() and
-// close() may be called from any thread.
+// One opened terminal, from opening to closing. Its descriptor is neither used after it was closed
+// nor closed while a call uses it, so that no late call uses a number that the system has assigned
+// anew. Results are 0 or an errno. All methods but open() and close() may be called from any
+// thread.
 class SerialTerminal
 {
 public:
@@ -33,29 +33,29 @@ public:
     // The descriptor's number, which stays the same after closing.
     int descriptor() const { return m_number; }
 
-    // On a terminal that closes, these change nothing and succeed: its line is being put back.
+    // While the terminal closes, these succeed without effect: the line is being restored.
     int applySettings(const LineSettings &settings);
     // Sets the two output lines with one call and leaves the others.
     int setModemLines(bool rts, bool dtr);
     // The state of all modem lines (TIOCM_*), or nothing and errno in `error`.
     std::optional<int> modemLines(int &error);
-    // True at the first call only: that the terminal has no modem lines is told once.
+    // True at the first call only, since missing modem lines are reported once.
     bool noteMissingModemLines() { return !m_modemLinesMissing.exchange(true); }
     // Writes everything, waiting for room as long as it takes; ECANCELED when closing began first.
     int writeAll(QByteArrayView bytes);
 
-    // Asks the thread that reads to close; wakes it and everybody who waits in writeAll().
+    // Requests the closing by the reading thread; wakes it and all callers in writeAll().
     void requestClose();
     bool isCloseRequested() const { return m_closeRequested.load(); }
-    // The same because the device is gone, as a call said with this errno.
+    // The same because the device is gone; a call failed with this errno.
     void requestCloseOfGoneDevice(int error);
-    // That errno; 0 as long as the device is there.
+    // That errno, or 0.
     int goneError() const { return m_goneError.load(); }
     // Readable once closing was requested.
     int closeEvent() const { return m_closeEvent.descriptor(); }
 
-    // Puts the line back and closes the descriptor. Output may leave as long as it moves, and for a
-    // second more; none is waited for when the device is gone. For the one thread that reads.
+    // Restores the line and closes the descriptor; for the reading thread only. Waits for output
+    // until it has not moved for a second, but not at all if the device is gone.
     int close(bool deviceIsGone);
 
 private:
@@ -73,8 +73,8 @@ private:
     std::atomic<bool> m_closeRequested = false;
     std::atomic<int> m_goneError = 0;
     std::atomic<bool> m_modemLinesMissing = false;
-    // Held shared by everybody who uses the descriptor, and alone by the one who closes it. Users
-    // only ever try for it: closing may take long, and nobody is to wait for that.
+    // Held shared by users of the descriptor, exclusively while it is closed. Users only try to
+    // lock it, since closing may take long.
     std::shared_mutex m_use;
     // From the start of the closing on.
     std::atomic<bool> m_closing = false;

@@ -6,7 +6,6 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
-#include <future>
 #include <latch>
 #include <memory>
 #include <thread>
@@ -15,18 +14,6 @@ namespace vorn {
 namespace {
 
 using namespace std::chrono_literals;
-
-// Something that happens once; copies are the same event.
-class Event
-{
-public:
-    void set() const { m_promise->set_value(); }
-    bool comes() const { return m_future.wait_for(10s) == std::future_status::ready; }
-
-private:
-    std::shared_ptr<std::promise<void>> m_promise = std::make_shared<std::promise<void>>();
-    std::shared_future<void> m_future = m_promise->get_future().share();
-};
 
 TEST(MainQueueTest, ANestedEventLoopRunsTheJobsBehindIt)
 {
@@ -44,7 +31,7 @@ TEST(MainQueueTest, ANestedEventLoopRunsTheJobsBehindIt)
     EXPECT_TRUE(eventually([&] { return left; }));
 }
 
-TEST(MainQueueTest, ClosingReleasesWhoeverWaitsSoThatTheProgramCanEnd)
+TEST(MainQueueTest, ClosingReleasesWaitingThreadsSoThatTheProgramCanEnd)
 {
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     const auto endProgram = [] {
@@ -78,37 +65,37 @@ TEST(GlobalQueueTest, JobsThatWaitNeverKeepOthersFromRunning)
         const auto all = std::make_shared<std::latch>(count + 1);
         for (int i = 0; i < count; ++i)
             GlobalQueue::instance().post([all] { all->arrive_and_wait(); });
-        all->arrive_and_wait(); // hangs when one job is not run beside the others
+        all->arrive_and_wait(); // hangs if any job does not run beside the others
     }
 }
 
 TEST(GlobalQueueTest, ScheduledJobsRunWhenDueUnlessCancelled)
 {
     const auto start = GlobalQueue::Clock::now();
-    const Event late;
-    const Event early;
+    std::latch late(1);
+    std::latch early(1);
     std::atomic<bool> cancelledRan = false;
-    GlobalQueue::instance().postAt(start + 60ms, [=] { late.set(); });
+    GlobalQueue::instance().postAt(start + 60ms, [&] { late.count_down(); });
     const auto ticket = GlobalQueue::instance().postAt(start + 30ms, [&] { cancelledRan = true; });
-    GlobalQueue::instance().postAt(start + 20ms, [=] { early.set(); });
+    GlobalQueue::instance().postAt(start + 20ms, [&] { early.count_down(); });
     GlobalQueue::instance().cancel(ticket);
-    EXPECT_TRUE(early.comes());
+    early.wait();
     EXPECT_GE(GlobalQueue::Clock::now(), start + 20ms);
-    EXPECT_TRUE(late.comes());
+    late.wait();
     EXPECT_GE(GlobalQueue::Clock::now(), start + 60ms);
     EXPECT_FALSE(cancelledRan);
 }
 
-TEST(SerialQueueTest, WhatWasPostedRunsAlsoWhenTheQueueIsGone)
+TEST(SerialQueueTest, JobsRunEvenIfTheQueueIsDestroyedFirst)
 {
     auto queue = std::make_unique<SerialQueue>();
-    const Event held;
-    const Event ranAfterTheEnd;
-    queue->post([=] { held.comes(); });
-    queue->post([=] { ranAfterTheEnd.set(); });
+    const auto held = std::make_shared<std::latch>(1);
+    const auto ran = std::make_shared<std::latch>(1);
+    queue->post([=] { held->wait(); });
+    queue->post([=] { ran->count_down(); });
     queue.reset();
-    held.set();
-    EXPECT_TRUE(ranAfterTheEnd.comes());
+    held->count_down();
+    ran->wait(); // hangs if the second job is dropped
 }
 
 } // namespace

@@ -42,13 +42,13 @@ TEST_F(HungAdapterTest, BytesArriveAndTheTerminalIsNotClosedUnderTheRequest)
     requestsHang = true;
     openPort();
     EXPECT_TRUE(eventually([] { return hangingRequests == 1; }));
-    terminal.send("x");
-    delegate.expect({"data x"});
-    port->close();
+    m_terminal.send("x");
+    m_delegate.expect({"data x"});
+    m_port->close();
     runEventLoopFor(std::chrono::milliseconds(20));
-    EXPECT_TRUE(holdsTerminal(terminal.path()));
+    EXPECT_TRUE(holdsTerminal(m_terminal.path()));
     requestsHang = false;
-    delegate.expect({"closed"});
+    m_delegate.expect({"closed"});
 }
 
 } // namespace

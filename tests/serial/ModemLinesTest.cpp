@@ -17,8 +17,8 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 using testing::ElementsAre;
 
-// A serial adapter with modem lines: a mocked device node whose ioctls this object answers, on a
-// thread of the test bed's own.
+// A serial adapter with modem lines: a mocked device node whose ioctls this object answers on a
+// thread of the test bed.
 class MockedAdapter : MockedUdev
 {
 public:
@@ -39,19 +39,17 @@ public:
         return std::make_shared<SerialDevice>(device);
     }
 
-    // The modem lines (TIOCM_*), which the system raises when it opens a terminal.
+    // TIOCM_*; the system raises DTR and RTS when it opens a terminal.
     std::atomic<int> lines = TIOCM_DTR | TIOCM_RTS;
-    // So many times more the lines cannot be read, with this error.
+    // How many more times reading the lines fails, and with which error.
     std::atomic<int> failures = 0;
     std::atomic<int> error = 0;
-    // Until it is false again, nobody is told of the lines.
-    std::atomic<bool> hangs = false;
-    // So many times more it is told that output has not left the driver, the adapter; in the driver
-    // it may stand still instead.
+    // How many more queries report output in the driver (every query, if it stands still) and in
+    // the adapter.
     std::atomic<int> inDriver = 0;
     std::atomic<bool> standsStill = false;
     std::atomic<int> inAdapter = 0;
-    std::atomic<int> timesAskedForOutput = 0;
+    std::atomic<int> outputQueries = 0;
     std::atomic<int> serialFlags = 0;
 
     // The lines of each TIOCMSET so far.
@@ -67,7 +65,7 @@ private:
         return static_cast<MockedAdapter *>(self)->answer(client);
     }
 
-    // The memory that the ioctl's argument points to.
+    // The memory to which the ioctl's argument points.
     template <typename Record>
     static std::unique_ptr<UMockdevIoctlData, decltype(&g_object_unref)>
     memory(UMockdevIoctlClient *client)
@@ -107,11 +105,11 @@ private:
             m_settings.push_back(lines);
             break;
         case TIOCOUTQ:
-            ++timesAskedForOutput;
+            ++outputQueries;
             put(client, standsStill ? inDriver.load() : inDriver > 0 ? inDriver-- : 0);
             break;
         case TIOCSERGETLSR:
-            ++timesAskedForOutput;
+            ++outputQueries;
             put<unsigned>(client, inAdapter-- > 0 ? 0 : TIOCSER_TEMT);
             break;
         case TIOCGSERIAL: {
@@ -139,52 +137,53 @@ private:
 class ModemLinesTest : public testing::Test
 {
 protected:
-    void SetUp() override { port->setDelegate(&delegate); }
+    void SetUp() override { m_port->setDelegate(&m_delegate); }
     void TearDown() override
     {
-        port->close();
-        EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
+        m_port->close();
+        EXPECT_TRUE(eventually([&] { return !m_port->isOpen(); }));
     }
     void openPort()
     {
-        port->open();
-        delegate.expect({"opened"});
+        m_port->open();
+        m_delegate.expect({"opened"});
     }
 
-    MockedAdapter adapter;
-    ORSSerialPortPtr port = ORSSerialPort::serialPortWithDevice(MockedAdapter::device());
-    RecordingDelegate delegate;
+    MockedAdapter m_adapter;
+    ORSSerialPortPtr m_port = ORSSerialPort::serialPortWithDevice(MockedAdapter::device());
+    RecordingDelegate m_delegate;
 };
 
 TEST_F(ModemLinesTest, BothOutputsAreSetAtOnceWhenThePortOpensAndEachWhenItChanges)
 {
-    adapter.lines = TIOCM_DTR | TIOCM_RTS | TIOCM_CTS;
-    port->setDTR(true);
+    m_adapter.lines = TIOCM_DTR | TIOCM_RTS | TIOCM_CTS;
+    m_port->setDTR(true);
     openPort();
-    EXPECT_THAT(adapter.takeSettings(), ElementsAre(TIOCM_DTR | TIOCM_CTS));
-    port->setRTS(true);
-    port->setRTS(true);
-    port->setRTS(false);
-    port->setDTR(false);
-    EXPECT_THAT(adapter.takeSettings(),
+    EXPECT_THAT(m_adapter.takeSettings(), ElementsAre(TIOCM_DTR | TIOCM_CTS));
+    m_port->setRTS(true);
+    m_port->setRTS(true);
+    m_port->setRTS(false);
+    m_port->setDTR(false);
+    EXPECT_THAT(m_adapter.takeSettings(),
                 ElementsAre(TIOCM_DTR | TIOCM_CTS | TIOCM_RTS, TIOCM_DTR | TIOCM_CTS, TIOCM_CTS));
-    EXPECT_TRUE(delegate.take().isEmpty());
+    EXPECT_TRUE(m_delegate.take().isEmpty());
 }
 
 TEST_F(ModemLinesTest, ObserversSeeEachInputChangeOnTheMainThread)
 {
     QByteArrayList seen;
     const auto observe = [&](auto changed, auto isOn, const char *name) {
-        QObject::connect(port.get(), changed, port.get(), [&seen, port = port.get(), isOn, name] {
-            EXPECT_TRUE(MainQueue::instance().isCurrent());
-            seen += QByteArray(name) + ((port->*isOn)() ? "+" : "-");
-        });
+        QObject::connect(m_port.get(), changed, m_port.get(),
+                         [&seen, port = m_port.get(), isOn, name] {
+                             EXPECT_TRUE(MainQueue::instance().isCurrent());
+                             seen += QByteArray(name) + ((port->*isOn)() ? "+" : "-");
+                         });
     };
     observe(&ORSSerialPort::CTSChanged, &ORSSerialPort::CTS, "CTS");
     observe(&ORSSerialPort::DSRChanged, &ORSSerialPort::DSR, "DSR");
     observe(&ORSSerialPort::DCDChanged, &ORSSerialPort::DCD, "DCD");
     const auto expectSeen = [&](int lines, const QByteArrayList &expected) {
-        adapter.lines = lines;
+        m_adapter.lines = lines;
         EXPECT_TRUE(eventually([&] { return seen.size() >= expected.size(); }));
         EXPECT_EQ(std::exchange(seen, {}), expected);
     };
@@ -195,51 +194,51 @@ TEST_F(ModemLinesTest, ObserversSeeEachInputChangeOnTheMainThread)
     expectSeen(TIOCM_DSR, {"DSR+"});
 }
 
-TEST_F(ModemLinesTest, LinesThatCannotBeReadForTheDeviceIsGoneEndThePort)
+TEST_F(ModemLinesTest, AFailedPollOfAGoneDeviceClosesThePort)
 {
     for (const int error : {ENXIO, EIO, ENODEV}) {
         openPort();
-        adapter.error = error;
-        adapter.failures = std::numeric_limits<int>::max();
-        delegate.expect({QByteArray("error ") + ::strerrorname_np(error), "removed", "closed"});
-        adapter.failures = 0;
+        m_adapter.error = error;
+        m_adapter.failures = std::numeric_limits<int>::max();
+        m_delegate.expect({QByteArray("error ") + ::strerrorname_np(error), "removed", "closed"});
+        m_adapter.failures = 0;
     }
 }
 
-TEST_F(ModemLinesTest, OneFailedTransferIsNoRemoval)
+TEST_F(ModemLinesTest, ASingleFailedTransferIsNotARemoval)
 {
     openPort();
-    adapter.error = EIO;
-    adapter.failures = 1;
-    delegate.expect({"error EIO"});
-    adapter.lines = TIOCM_CTS;
-    EXPECT_TRUE(eventually([&] { return port->CTS(); }));
-    EXPECT_TRUE(port->isOpen());
+    m_adapter.error = EIO;
+    m_adapter.failures = 1;
+    m_delegate.expect({"error EIO"});
+    m_adapter.lines = TIOCM_CTS;
+    EXPECT_TRUE(eventually([&] { return m_port->CTS(); }));
+    EXPECT_TRUE(m_port->isOpen());
 }
 
-TEST_F(ModemLinesTest, ClosingWaitsForOutputAsLongAsItMovesAndEndsTheLowLatency)
+TEST_F(ModemLinesTest, ClosingWaitsForOutputWhileItMovesAndRestoresTheLatency)
 {
     openPort();
-    EXPECT_EQ(adapter.serialFlags, ASYNC_LOW_LATENCY);
-    adapter.inDriver = 300; // at 5 ms each more than the second that it may stand still
-    adapter.inAdapter = 4;
-    port->close();
-    delegate.expect({"closed"});
-    EXPECT_EQ(adapter.timesAskedForOutput, 300 + 2 * (4 + 1));
-    EXPECT_EQ(adapter.serialFlags, 0);
+    EXPECT_EQ(m_adapter.serialFlags, ASYNC_LOW_LATENCY);
+    m_adapter.inDriver = 300; // at 5 ms each, longer than the second that it may stand still
+    m_adapter.inAdapter = 4;
+    m_port->close();
+    m_delegate.expect({"closed"});
+    EXPECT_EQ(m_adapter.outputQueries, 300 + 2 * (4 + 1));
+    EXPECT_EQ(m_adapter.serialFlags, 0);
 }
 
-TEST_F(ModemLinesTest, ClosingGivesOutputThatDoesNotMoveASecond)
+TEST_F(ModemLinesTest, ClosingWaitsASecondForOutputThatDoesNotMove)
 {
     openPort();
-    adapter.inDriver = 1;
-    adapter.standsStill = true;
+    m_adapter.inDriver = 1;
+    m_adapter.standsStill = true;
     const auto begin = Clock::now();
-    port->close();
-    EXPECT_TRUE(port->isOpen());
-    port->setRTS(true); // waits for nothing
+    m_port->close();
+    EXPECT_TRUE(m_port->isOpen());
+    m_port->setRTS(true); // does not block
     EXPECT_LT(Clock::now() - begin, milliseconds(500));
-    delegate.expect({"closed"});
+    m_delegate.expect({"closed"});
     EXPECT_GE(Clock::now() - begin, milliseconds(1000));
     EXPECT_LT(Clock::now() - begin, milliseconds(5000));
 }

@@ -11,7 +11,7 @@ using Descriptor = ORSSerialPacketDescriptor;
 using Ends = Descriptor::PrefixSuffix;
 using EndStrings = Descriptor::PrefixSuffixStrings;
 
-constexpr quint64 Maximum = 64;
+constexpr quint64 kMaximum = 64;
 
 ORSSerialPacketDescriptorPtr exact(const QByteArray &data)
 {
@@ -21,13 +21,13 @@ ORSSerialPacketDescriptorPtr exact(const QByteArray &data)
 ORSSerialPacketDescriptorPtr between(std::optional<QByteArray> prefix,
                                      std::optional<QByteArray> suffix)
 {
-    return std::make_shared<const Descriptor>(Ends{std::move(prefix), std::move(suffix)}, Maximum);
+    return std::make_shared<const Descriptor>(Ends{std::move(prefix), std::move(suffix)}, kMaximum);
 }
 
 ORSSerialPacketDescriptorPtr matching(const char *pattern)
 {
     return std::make_shared<const Descriptor>(QRegularExpression(QString::fromUtf8(pattern)),
-                                              Maximum);
+                                              kMaximum);
 }
 
 } // namespace
@@ -66,7 +66,7 @@ TEST(PacketDescriptor, FindsTheShortestAcceptedTail)
 TEST(PacketDescriptor, AsksAnEvaluatorFromTheShortestTailOn)
 {
     QByteArrayList asked;
-    const Descriptor descriptor(Maximum, {}, [&](QByteArrayView data) {
+    const Descriptor descriptor(kMaximum, {}, [&](QByteArrayView data) {
         asked.append(data.toByteArray());
         return data.size() == 3;
     });
@@ -74,7 +74,7 @@ TEST(PacketDescriptor, AsksAnEvaluatorFromTheShortestTailOn)
     EXPECT_EQ(asked, (QByteArrayList{"e", "de", "cde"}));
     EXPECT_FALSE(descriptor.packetMatchingAtEndOfBuffer("ab"));
 
-    const Descriptor anything(Maximum, {}, {});
+    const Descriptor anything(kMaximum, {}, {});
     EXPECT_EQ(anything.packetMatchingAtEndOfBuffer("ab"), "b");
     EXPECT_FALSE(anything.dataIsValidPacket(""));
 

@@ -119,9 +119,9 @@ class RandomPackets : public testing::TestWithParam<unsigned>
 {
 protected:
     // Seed 0 stands for another one each time.
-    const unsigned seed = GetParam() != 0 ? GetParam() : std::random_device()();
-    const testing::ScopedTrace trace{__FILE__, __LINE__, "seed " + std::to_string(seed)};
-    Random random{seed};
+    const unsigned m_seed = GetParam() != 0 ? GetParam() : std::random_device()();
+    const testing::ScopedTrace m_trace{__FILE__, __LINE__, "seed " + std::to_string(m_seed)};
+    Random m_random{m_seed};
 };
 
 TEST_P(RandomPackets, AreTheOnesThatTryingEveryTailWithTheExpressionFinds)
@@ -139,16 +139,16 @@ TEST_P(RandomPackets, AreTheOnesThatTryingEveryTailWithTheExpressionFinds)
     int searchable = 0;
     int found = 0;
     while (expressions < 1000) {
-        const QString leading = random.once(8) ? random.of<QString>({"(?im)", "^", "^"}) : "";
-        const Re expression(leading + randomExpression(random, 2),
-                            random.of(options) | random.of(options));
+        const QString leading = m_random.once(8) ? m_random.of<QString>({"(?im)", "^", "^"}) : "";
+        const Re expression(leading + randomExpression(m_random, 2),
+                            m_random.of(options) | m_random.of(options));
         if (!expression.isValid())
             continue;
         ++expressions;
         searchable += PacketExpression(expression).isSearchable() ? 1 : 0;
-        const int maximumLength = 1 + random.below(random.once(10) ? 20 : 10);
+        const int maximumLength = 1 + m_random.below(m_random.once(10) ? 20 : 10);
         ASSERT_NO_FATAL_FAILURE(expectThePacketsOfEveryTail(
-            expression, maximumLength, naiveTest(expression), randomStream(random, 100), found))
+            expression, maximumLength, naiveTest(expression), randomStream(m_random, 100), found))
             << qPrintable(expression.pattern()) << " options "
             << expression.patternOptions().toInt() << " maximum " << maximumLength;
     }
@@ -162,17 +162,18 @@ TEST_P(RandomPackets, AreTheOnesThatTryingEveryTailWithPrefixAndSuffixFinds)
 {
     int found = 0;
     const auto end = [&]() -> std::optional<QByteArray> {
-        return random.once(4) ? std::nullopt : std::optional(randomStream(random, random.below(4)));
+        return m_random.once(4) ? std::nullopt
+                                : std::optional(randomStream(m_random, m_random.below(4)));
     };
     for (int i = 0; i < 1000; ++i) {
         const ORSSerialPacketDescriptor::PrefixSuffix ends{end(), end()};
-        const int maximumLength = random.once(4) ? 200 : 1 + random.below(12);
+        const int maximumLength = m_random.once(4) ? 200 : 1 + m_random.below(12);
         const auto accepts = [&](const QByteArray &candidate) {
             return (ends.prefix || ends.suffix) && candidate.startsWith(ends.prefix.value_or("")) &&
                    candidate.endsWith(ends.suffix.value_or(""));
         };
         ASSERT_NO_FATAL_FAILURE(expectThePacketsOfEveryTail(ends, maximumLength, accepts,
-                                                            randomStream(random, 300), found));
+                                                            randomStream(m_random, 300), found));
     }
     EXPECT_GT(found, 1000);
 }

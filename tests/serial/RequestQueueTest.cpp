@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Keeps what a port told of its requests, by the requests' user information.
+// Records a port's events about requests, which are named by their user information.
 class RequestDelegate : public ORSSerialPortDelegate
 {
 public:
@@ -71,9 +71,9 @@ protected:
     template <typename Delegate>
     void open(Delegate &delegate)
     {
-        port->setDelegate(&delegate);
-        port->open();
-        ASSERT_TRUE(port->isOpen());
+        m_port->setDelegate(&delegate);
+        m_port->open();
+        ASSERT_TRUE(m_port->isOpen());
     }
     static void expect(RequestDelegate &delegate, const QByteArrayList &expected)
     {
@@ -83,80 +83,100 @@ protected:
     bool isIdle() const
     {
         return eventually(
-            [&] { return !port->pendingRequest() && port->queuedRequests().isEmpty(); });
+            [&] { return !m_port->pendingRequest() && m_port->queuedRequests().isEmpty(); });
     }
 
-    TestTerminal terminal;
-    ORSSerialPortPtr port = ORSSerialPort::serialPortWithDevice(terminal.device());
+    TestTerminal m_terminal;
+    ORSSerialPortPtr m_port = ORSSerialPort::serialPortWithDevice(m_terminal.device());
 };
 
-TEST_F(RequestQueueOnAPort, SendsOneAfterTheOtherWhateverPiecesTheAnswersComeIn)
+TEST_F(RequestQueueOnAPort, SendsOneAtATimeHoweverTheAnswersAreSplit)
 {
     RequestDelegate delegate;
     open(delegate);
-    port->startListeningForPacketsMatchingDescriptor(
+    m_port->startListeningForPacketsMatchingDescriptor(
         std::make_shared<ORSSerialPacketDescriptor>(QByteArray("k!o")));
     const auto first = request("a", "ok!");
-    EXPECT_TRUE(port->sendRequest(first));
-    EXPECT_TRUE(port->sendRequest(request("b", "ok!")));
-    EXPECT_TRUE(port->sendRequest(request("no answer wanted", {})));
-    EXPECT_TRUE(port->sendRequest(request("c", "ok!")));
-    EXPECT_EQ(port->pendingRequest(), first);
-    EXPECT_EQ(port->queuedRequests().size(), 3);
+    EXPECT_TRUE(m_port->sendRequest(first));
+    EXPECT_TRUE(m_port->sendRequest(request("b", "ok!")));
+    EXPECT_TRUE(m_port->sendRequest(request("no answer wanted", {})));
+    EXPECT_TRUE(m_port->sendRequest(request("c", "ok!")));
+    EXPECT_EQ(m_port->pendingRequest(), first);
+    EXPECT_EQ(m_port->queuedRequests().size(), 3);
 
-    EXPECT_EQ(terminal.take(1), "a");
-    terminal.send("..o");
+    EXPECT_EQ(m_terminal.take(1), "a");
+    m_terminal.send("..o");
     runEventLoopFor(20ms);
-    terminal.send("k!o"); // ends the first answer and begins the second, around a packet
-    EXPECT_EQ(terminal.take(1), "b");
-    terminal.send("k!");
-    EXPECT_EQ(terminal.take(17), "no answer wantedc");
-    terminal.send("ok!ok!"); // answered twice: the second one is nobody's
+    m_terminal.send("k!o"); // ends the first answer and begins the second, around a packet
+    EXPECT_EQ(m_terminal.take(1), "b");
+    m_terminal.send("k!");
+    EXPECT_EQ(m_terminal.take(17), "no answer wantedc");
+    m_terminal.send("ok!ok!"); // the second answer belongs to no request
     expect(delegate, {"a=ok!", "packet k!o", "b=ok!", "packet k!o", "c=ok!", "packet k!o"});
     EXPECT_TRUE(isIdle());
 }
 
-TEST_F(RequestQueueOnAPort, MovesOnAfterATimeoutWithAndWithoutSomebodyWhoHears)
+TEST_F(RequestQueueOnAPort, MovesOnAfterATimeoutWhetherOrNotTheDelegateImplementsIt)
 {
     TimeoutDelegate hears;
     open(hears);
     const auto first = request("a", "ok", ORSSerialRequest::TimeInterval(1e-10)); // below 1 ns
     const auto second = request("b", "ok");
+    enum { Idle, Busy, Released };
+    std::atomic<int> matching = Idle;
+    const auto keepsQueueBusy =
+        std::make_shared<ORSSerialPacketDescriptor>(8, QVariant(), [&](QByteArrayView) {
+            int expected = Idle;
+            if (matching.compare_exchange_strong(expected, Busy)) {
+                matching.notify_all();
+                matching.wait(Busy);
+            }
+            return false;
+        });
+    m_port->startListeningForPacketsMatchingDescriptor(keepsQueueBusy);
     hears.onTimeout = [&] {
-        EXPECT_EQ(port->pendingRequest(), first);
-        port->cancelQueuedRequest(second); // not too late: the next one is sent after this
+        EXPECT_EQ(m_port->pendingRequest(), first);
+        m_terminal.send("x");
+        matching.wait(Idle);
+        // Not too late, since the next request is sent by a job that is posted after this callback.
+        m_port->cancelQueuedRequest(second);
+        QTimer::singleShot(0, qApp, [&] {
+            matching = Released;
+            matching.notify_all();
+        });
     };
     for (const auto &sent : {first, second, request("c", "ok")})
-        port->sendRequest(sent);
-    EXPECT_EQ(terminal.take(2), "ac");
-    terminal.send("ok");
+        m_port->sendRequest(sent);
+    EXPECT_EQ(m_terminal.take(2), "ac");
+    m_terminal.send("ok");
     expect(hears, {"timeout a", "c=ok"});
+    m_port->stopListeningForPacketsMatchingDescriptor(keepsQueueBusy);
 
     RequestDelegate doesNot;
-    port->setDelegate(&doesNot);
-    port->sendRequest(request("d", "ok", 50ms));
-    port->sendRequest(request("e", "ok"));
-    EXPECT_EQ(terminal.take(2), "de");
-    terminal.send("ok");
+    m_port->setDelegate(&doesNot);
+    m_port->sendRequest(request("d", "ok", 50ms));
+    m_port->sendRequest(request("e", "ok"));
+    EXPECT_EQ(m_terminal.take(2), "de");
+    m_terminal.send("ok");
     expect(doesNot, {"e=ok"});
     EXPECT_TRUE(isIdle());
 }
 
-TEST_F(RequestQueueOnAPort, AnAnswerWhileItsTimeoutIsToldOfMovesTheQueueOnTwice)
+TEST_F(RequestQueueOnAPort, AnAnswerWhileItsTimeoutIsReportedAdvancesTheQueueTwice)
 {
     TimeoutDelegate delegate;
     open(delegate);
     const auto second = request("b", "ok");
     delegate.onTimeout = [&] {
-        terminal.send("ok"); // late, but before the queue has moved on
-        while (port->pendingRequest() != second)
+        m_terminal.send("ok"); // late, but before the queue has moved on
+        while (m_port->pendingRequest() != second)
             std::this_thread::yield();
     };
-    port->sendRequest(request("a", "ok", 20ms));
-    port->sendRequest(second);
-    port->sendRequest(request("c", "ok"));
-    EXPECT_EQ(terminal.take(3), "abc");
-    terminal.send("ok");
+    m_port->sendRequest(request("a", "ok", 20ms));
+    m_port->sendRequest(second);
+    m_port->sendRequest(request("c", "ok"));
+    EXPECT_EQ(m_terminal.take(3), "abc");
+    m_terminal.send("ok");
     expect(delegate, {"timeout a", "a=ok", "c=ok"});
     EXPECT_TRUE(isIdle());
 }
@@ -165,11 +185,11 @@ TEST_F(RequestQueueOnAPort, ATimerOutlivesARequestThatExpectsNoAnswer)
 {
     TimeoutDelegate delegate;
     open(delegate);
-    port->sendRequest(request("a", {}, 50ms));
+    m_port->sendRequest(request("a", {}, 50ms));
     EXPECT_TRUE(isIdle());
     expect(delegate, {"timeout none"});
-    port->sendRequest(request("b", {}, 50ms));
-    port->sendRequest(request("c", "ok"));
+    m_port->sendRequest(request("b", {}, 50ms));
+    m_port->sendRequest(request("c", "ok"));
     expect(delegate, {"timeout none", "timeout c"});
     EXPECT_TRUE(isIdle());
 }
@@ -177,67 +197,67 @@ TEST_F(RequestQueueOnAPort, ATimerOutlivesARequestThatExpectsNoAnswer)
 TEST_F(RequestQueueOnAPort, AFailedWriteStaysPendingUntilItsTimeout)
 {
     TimeoutDelegate delegate;
-    port->setDelegate(&delegate);
+    m_port->setDelegate(&delegate);
     const auto second = request("b", "ok");
-    EXPECT_FALSE(port->sendRequest(request("a", "ok", 50ms))); // the port is closed
-    EXPECT_TRUE(port->sendRequest(second));
+    EXPECT_FALSE(m_port->sendRequest(request("a", "ok", 50ms))); // the port is closed
+    EXPECT_TRUE(m_port->sendRequest(second));
     expect(delegate, {"timeout a"});
-    EXPECT_TRUE(eventually([&] { return port->pendingRequest() == second; }));
+    EXPECT_TRUE(eventually([&] { return m_port->pendingRequest() == second; }));
 }
 
-TEST_F(RequestQueueOnAPort, RequestsSurviveACloseUnlessTheDelegateHearsOfIt)
+TEST_F(RequestQueueOnAPort, RequestsSurviveACloseUnlessTheDelegateImplementsIt)
 {
     RequestDelegate deaf;
     open(deaf);
-    port->sendRequest(request("a", "ok"));
-    port->sendRequest(request("b", "ok"));
-    port->close();
-    EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
+    m_port->sendRequest(request("a", "ok"));
+    m_port->sendRequest(request("b", "ok"));
+    m_port->close();
+    EXPECT_TRUE(eventually([&] { return !m_port->isOpen(); }));
     runEventLoopFor(20ms);
-    EXPECT_TRUE(port->pendingRequest());
-    EXPECT_EQ(port->queuedRequests().size(), 1);
+    EXPECT_TRUE(m_port->pendingRequest());
+    EXPECT_EQ(m_port->queuedRequests().size(), 1);
 
     ClosingDelegate hears;
     open(hears);
-    EXPECT_EQ(port->queuedRequests().size(), 1);
-    terminal.unplug();
+    EXPECT_EQ(m_port->queuedRequests().size(), 1);
+    m_terminal.unplug();
     expect(hears, {"closed"});
     EXPECT_TRUE(isIdle());
 }
 
-TEST_F(RequestQueueOnAPort, WhatIsSentOnceThePortIsClosedIsNotForgotten)
+TEST_F(RequestQueueOnAPort, RequestsSentAfterTheCloseAreKept)
 {
     const auto again = request("a", "ok"); // the same request twice, before and after
     bool byCallback = false;
     const auto reopen = [&](bool isMeant) {
-        if (port->isOpen() || !isMeant)
+        if (m_port->isOpen() || !isMeant)
             return;
-        port->open();
-        port->sendRequest(again);
-        port->sendRequest(request("b", {}));
+        m_port->open();
+        m_port->sendRequest(again);
+        m_port->sendRequest(request("b", {}));
     };
     ClosingDelegate delegate;
     delegate.onClosed = [&] { reopen(byCallback); };
-    QObject::connect(port.get(), &ORSSerialPort::fileDescriptorChanged, port.get(),
+    QObject::connect(m_port.get(), &ORSSerialPort::fileDescriptorChanged, m_port.get(),
                      [&] { reopen(!byCallback); });
     open(delegate);
     byCallback = true;
     for (const bool isLast : {false, true}) {
-        port->sendRequest(again);
-        port->sendRequest(request("forgotten", "ok"));
-        EXPECT_EQ(terminal.take(1), "a");
+        m_port->sendRequest(again);
+        m_port->sendRequest(request("forgotten", "ok"));
+        EXPECT_EQ(m_terminal.take(1), "a");
         delegate.events.clear();
-        port->close();
-        EXPECT_EQ(terminal.take(1), "a");
-        terminal.send("ok");
-        EXPECT_EQ(terminal.take(1), "b");
+        m_port->close();
+        EXPECT_EQ(m_terminal.take(1), "a");
+        m_terminal.send("ok");
+        EXPECT_EQ(m_terminal.take(1), "b");
         expect(delegate, {"closed", "a=ok"});
         EXPECT_TRUE(isIdle());
         byCallback = isLast;
     }
 }
 
-// The queue's world without a line: every write succeeds and nobody hears of time-outs.
+// A host without a line: every write succeeds, time-outs are not reported.
 class ModelHost : public RequestQueueHost
 {
 public:
@@ -247,24 +267,24 @@ public:
     {
         answers.push_back(answered);
     }
-    bool hearsOfTimeouts() override { return false; }
-    void requestTimedOut(const ORSSerialRequestPtr &, std::function<void()>) override {}
+    bool reportsTimeouts() override { return false; }
+    void requestTimedOut(const ORSSerialRequestPtr &) override {}
     void pendingRequestDidChange() override {}
     void requestsQueueDidChange() override {}
 
     std::vector<ORSSerialRequestPtr> answers;
 
 private:
-    const Lifetime m_life;
+    Lifetime m_life;
 };
 
-TEST(RequestQueueModel, AnAnswerStopsTheTimerSoThatTheNextRequestIsNotEnded)
+TEST(RequestQueueModel, AnAnswerStopsTheTimer)
 {
     SerialQueue queue;
     ModelHost host;
     RequestQueue requests(queue, host);
     const auto next = request("b", "!");
-    // In one job, which the timer has to wait for.
+    // In one job, for which the timer has to wait.
     queue.postAndWait([&] {
         requests.reallySendRequest(request("a", "!", 1ns));
         requests.checkResponseToPendingRequestAndContinueIfValidWithReceivedByte('!');
@@ -289,16 +309,15 @@ TEST(RequestQueueModel, AnswersEachOf100000RequestsOnceOrNotAtAllAsAPlainQueueDo
     const auto answer = std::make_shared<ORSSerialPacketDescriptor>(QByteArray("\xAF"));
     std::mt19937 random(20261121);
     std::vector<ORSSerialRequestPtr> all;
-    int sent = 0;
-    while (sent < 100000) {
+    while (all.size() < 100000) {
         const auto dice = static_cast<unsigned>(random() % 100);
         if (dice < 45) {
             const auto next = ORSSerialRequest::requestWithDataToSend(
                 "x", {}, dice % 2 ? 3600s : 0s, dice < 38 ? answer : nullptr);
-            ++sent;
-            all.push_back(next);
-            EXPECT_TRUE(requests.reallySendRequest(next));
-            model.push_back(next);
+            const bool sendsAgain = dice == 0 && !model.empty();
+            all.push_back(sendsAgain ? model.front() : next);
+            EXPECT_TRUE(requests.reallySendRequest(all.back()));
+            model.push_back(all.back());
             if (model.size() == 1)
                 dropUnanswerable();
         } else if (dice < 90) {
@@ -317,8 +336,7 @@ TEST(RequestQueueModel, AnswersEachOf100000RequestsOnceOrNotAtAllAsAPlainQueueDo
                 model.erase(found);
         } else if (random() % 20 == 0) {
             requests.cancelAllQueuedRequests();
-            if (!model.empty())
-                model.resize(1);
+            model.resize(std::min<size_t>(model.size(), 1));
         }
         ASSERT_EQ(requests.pendingRequest(), model.empty() ? nullptr : model.front());
         ASSERT_EQ(static_cast<size_t>(requests.queuedRequests().size()),
@@ -327,13 +345,11 @@ TEST(RequestQueueModel, AnswersEachOf100000RequestsOnceOrNotAtAllAsAPlainQueueDo
     EXPECT_EQ(host.answers, expected);
 }
 
-// Every operation from several threads at once, while the port closes and opens.
+// All operations from several threads while the port closes and opens.
 TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
 {
-    class CountingDelegate : public ORSSerialPortDelegate
+    struct CountingDelegate : TimeoutDelegate
     {
-    public:
-        void serialPortWasRemovedFromSystem(ORSSerialPort &) override {}
         void serialPortDidReceiveResponseToRequest(ORSSerialPort &, const QByteArray &,
                                                    const ORSSerialRequestPtr &answered) override
         {
@@ -341,7 +357,6 @@ TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
             answered->setUserInfo(true);
             ++count;
         }
-        void serialPortRequestDidTimeout(ORSSerialPort &, const ORSSerialRequestPtr &) override {}
         void serialPortWasClosed(ORSSerialPort &) override {}
         int count = 0;
     };
@@ -368,7 +383,7 @@ TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
                 const std::lock_guard lock(lastMutex);
                 last = next;
             }
-            port->sendRequest(next);
+            m_port->sendRequest(next);
         });
     for (const char *name : {"canceller 1", "canceller 2"})
         repeat(name, [&](int turn) {
@@ -377,50 +392,50 @@ TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
                 const std::lock_guard lock(lastMutex);
                 victim = last;
             }
-            port->cancelQueuedRequest(victim);
+            m_port->cancelQueuedRequest(victim);
             if (turn % 200 == 0)
-                port->cancelAllQueuedRequests();
+                m_port->cancelAllQueuedRequests();
             std::this_thread::sleep_for(100us);
         });
     repeat("setter", [&](int turn) {
-        port->setRTS(turn % 2 == 0);
-        port->setBaudRate(turn % 3 ? 9600 : 2000000);
-        port->setParity(turn % 2 ? 1 : 2);
-        port->sendData("y");
+        m_port->setRTS(turn % 2 == 0);
+        m_port->setBaudRate(turn % 3 ? 9600 : 2000000);
+        m_port->setParity(turn % 2 ? 1 : 2);
+        m_port->sendData("y");
         if (turn % 64 == 0)
-            port->setUsesRTSCTSFlowControl(turn % 128 == 0);
-        port->open();
+            m_port->setUsesRTSCTSFlowControl(turn % 128 == 0);
+        m_port->open();
         std::this_thread::sleep_for(1ms);
     });
     repeat("device", [&](int) { // which answers every byte
         std::array<char, 256> bytes{};
-        pollfd waiting{terminal.master(), POLLIN, 0};
+        pollfd waiting{m_terminal.master(), POLLIN, 0};
         if (::poll(&waiting, 1, 10) <= 0)
             return;
-        const ssize_t got = ::read(terminal.master(), bytes.data(), bytes.size());
+        const ssize_t got = ::read(m_terminal.master(), bytes.data(), bytes.size());
         for (ssize_t n = 0; n < got; ++n)
-            std::ignore = ::write(terminal.master(), "\xAF", 1);
+            std::ignore = ::write(m_terminal.master(), "\xAF", 1);
         if (got <= 0) // nobody has the terminal open
             std::this_thread::sleep_for(1ms);
     });
-    // Each turn ends with the port open, or closed by the setter's change of the flow control.
+    // The port may also be closed by the setter's change of the flow control.
     for (int turn = 0; turn < 60 || (delegate.count < 100 && !watch.isOver()); ++turn) {
         runEventLoopFor(20ms);
-        port->close();
-        port->open();
+        m_port->close();
+        m_port->open();
     }
     done = true;
     threads.clear();
     EXPECT_GE(delegate.count, 100);
 
-    // And in the end it works as ever.
-    port->close();
-    EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
-    port->cancelAllQueuedRequests();
-    terminal.take();
-    port->open();
-    EXPECT_TRUE(port->sendData("z"));
-    EXPECT_TRUE(eventually([&] { return terminal.take().contains('z'); }));
+    // In the end it works as before.
+    m_port->close();
+    EXPECT_TRUE(eventually([&] { return !m_port->isOpen(); }));
+    m_port->cancelAllQueuedRequests();
+    m_terminal.take();
+    m_port->open();
+    EXPECT_TRUE(m_port->sendData("z"));
+    EXPECT_TRUE(eventually([&] { return m_terminal.take().contains('z'); }));
 }
 
 } // namespace

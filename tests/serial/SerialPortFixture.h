@@ -15,15 +15,15 @@ protected:
 
     void openPort()
     {
-        port->open();
-        EXPECT_TRUE(port->isOpen());
-        delegate.expect(kOpened);
+        m_port->open();
+        EXPECT_TRUE(m_port->isOpen());
+        m_delegate.expect(kOpened);
     }
     void closePort()
     {
-        EXPECT_TRUE(port->close());
-        delegate.expect({"closed"});
-        EXPECT_FALSE(port->isOpen());
+        EXPECT_TRUE(m_port->close());
+        m_delegate.expect({"closed"});
+        EXPECT_FALSE(m_port->isOpen());
     }
 
     // True while this process holds the terminal open.
@@ -40,14 +40,14 @@ protected:
         return false;
     }
 
-    TestTerminal terminal;
-    ORSSerialPortPtr port = ORSSerialPort::serialPortWithDevice(terminal.device());
-    RecordingDelegate delegate;
+    TestTerminal m_terminal;
+    ORSSerialPortPtr m_port = ORSSerialPort::serialPortWithDevice(m_terminal.device());
+    RecordingDelegate m_delegate;
 
     void SetUp() override
     {
-        delegate.hangsUp = true;
-        port->setDelegate(&delegate);
+        m_delegate.hangsUp = true;
+        m_port->setDelegate(&m_delegate);
     }
 };
 

@@ -7,69 +7,67 @@ namespace {
 
 using SerialPortLifetimeTest = SerialPortFixture;
 
-TEST_F(SerialPortLifetimeTest, ADelegateMayCloseThePortWhileItOpensAndOpenItWhenItHearsOfItsEnd)
+TEST_F(SerialPortLifetimeTest, ADelegateMayCloseAPortThatOpensAndOpenAPortThatCloses)
 {
     bool opensAgain = false;
-    delegate.onEvent = [&](const QByteArray &event) {
+    m_delegate.onEvent = [&](const QByteArray &event) {
         if (event == "error ENOTTY" && !opensAgain)
-            port->close();
+            m_port->close();
         if (event == "closed" && !std::exchange(opensAgain, true))
-            port->open();
+            m_port->open();
     };
-    port->open();
-    delegate.expect({"error ENOTTY", "opened", "closed", "error ENOTTY", "opened"});
-    terminal.send("x");
-    delegate.expect({"data x"});
+    m_port->open();
+    m_delegate.expect({"error ENOTTY", "opened", "closed", "error ENOTTY", "opened"});
+    m_terminal.send("x");
+    m_delegate.expect({"data x"});
 }
 
-TEST_F(SerialPortLifetimeTest, ADelegateMayLetGoOfThePortInEveryEvent)
+TEST_F(SerialPortLifetimeTest, ADelegateMayReleaseThePortInAnyEvent)
 {
     for (const QByteArray last :
          {"error ENOTTY", "opened", "data x", "error ENXIO", "removed", "closed"}) {
-        terminal = TestTerminal();
-        port = ORSSerialPort::serialPortWithDevice(terminal.device());
-        port->setDelegate(&delegate);
-        delegate.onEvent = [&](const QByteArray &event) {
+        m_terminal = TestTerminal();
+        m_port = ORSSerialPort::serialPortWithDevice(m_terminal.device());
+        m_port->setDelegate(&m_delegate);
+        m_delegate.onEvent = [&](const QByteArray &event) {
             if (event == last)
-                port.reset();
+                m_port.reset();
         };
-        port->open();
-        terminal.send("x");
-        EXPECT_TRUE(eventually([&] { return !port || delegate.contains("data x"); }));
-        if (port)
-            terminal.unplug();
-        EXPECT_TRUE(eventually([&] { return !port; })) << last.constData();
-        EXPECT_TRUE(eventually([&] { return !holdsTerminal(terminal.path()); }));
-        EXPECT_EQ(delegate.take().last(), last);
+        m_port->open();
+        m_terminal.send("x");
+        EXPECT_TRUE(eventually([&] { return !m_port || m_delegate.contains("data x"); }));
+        if (m_port)
+            m_terminal.unplug();
+        EXPECT_TRUE(eventually([&] { return !m_port; })) << last.constData();
+        EXPECT_TRUE(eventually([&] { return !holdsTerminal(m_terminal.path()); }));
+        EXPECT_EQ(m_delegate.take().last(), last);
     }
 }
 
-TEST_F(SerialPortLifetimeTest, AnObserverMayLetGoOfThePort)
+TEST_F(SerialPortLifetimeTest, ThePortMayBeReleasedDuringACall)
 {
-    QObject::connect(port.get(), &ORSSerialPort::lineSettingsChanged, qApp, [&] { port.reset(); });
-    port->setBaudRate(1200);
-    EXPECT_EQ(port, nullptr);
+    m_delegate.onEvent = [&](const QByteArray &) { m_port.reset(); };
+    m_port->cleanupAfterSystemRemoval();
+    m_delegate.expect({"removed"});
+    EXPECT_EQ(m_port, nullptr);
+    m_port = ORSSerialPort::serialPortWithDevice(m_terminal.device());
+    QObject::connect(m_port.get(), &ORSSerialPort::lineSettingsChanged, qApp,
+                     [&] { m_port.reset(); });
+    m_port->setBaudRate(1200);
+    EXPECT_EQ(m_port, nullptr);
 }
 
-TEST_F(SerialPortLifetimeTest, ADelegateMayLetGoOfThePortWhenToldOfItsRemoval)
-{
-    delegate.onEvent = [&](const QByteArray &) { port.reset(); };
-    port->cleanupAfterSystemRemoval();
-    EXPECT_EQ(port, nullptr);
-    delegate.expect({"removed"});
-}
-
-TEST_F(SerialPortLifetimeTest, NothingReachesADelegateThatIsGone)
+TEST_F(SerialPortLifetimeTest, ADestroyedDelegateIsNotCalled)
 {
     auto shortLived = std::make_unique<RecordingDelegate>();
-    port->setDelegate(shortLived.get());
+    m_port->setDelegate(shortLived.get());
     shortLived->onEvent = [](const QByteArray &event) { EXPECT_EQ(event, "error ENOTTY"); };
-    port->open(); // its word of it is on the way now
+    m_port->open(); // "opened" is queued now
     shortLived.reset();
-    EXPECT_EQ(port->delegate(), nullptr);
-    terminal.send("x");
-    terminal.unplug();
-    EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
+    EXPECT_EQ(m_port->delegate(), nullptr);
+    m_terminal.send("x");
+    m_terminal.unplug();
+    EXPECT_TRUE(eventually([&] { return !m_port->isOpen(); }));
 }
 
 template <typename Delegate>
@@ -78,28 +76,28 @@ concept CanBeSet = requires(ORSSerialPort &port, Delegate *delegate)
     port.setDelegate(delegate);
 };
 
-TEST_F(SerialPortLifetimeTest, ADelegateOfTheRequiredMethodAloneIsEnough)
+TEST_F(SerialPortLifetimeTest, ADelegateNeedsTheRequiredMethodOnly)
 {
-    // Behind a pointer to the base class nobody sees what a delegate implements.
+    // A pointer to the base class does not show what a delegate implements.
     static_assert(CanBeSet<RecordingDelegate> && !CanBeSet<ORSSerialPortDelegate>);
     struct final : ORSSerialPortDelegate
     {
         void serialPortWasRemovedFromSystem(ORSSerialPort &) override { ++removals; }
         int removals = 0;
     } required;
-    port->setDelegate(&required);
-    port->open();
-    terminal.send("x");
-    terminal.unplug();
-    EXPECT_TRUE(eventually([&] { return !port->isOpen(); }));
+    m_port->setDelegate(&required);
+    m_port->open();
+    m_terminal.send("x");
+    m_terminal.unplug();
+    EXPECT_TRUE(eventually([&] { return !m_port->isOpen(); }));
     EXPECT_EQ(required.removals, 1);
 }
 
-TEST_F(SerialPortLifetimeTest, APortLetGoOfOnAnyThreadClosesItsTerminal)
+TEST_F(SerialPortLifetimeTest, APortReleasedOnAnyThreadClosesItsTerminal)
 {
     openPort();
-    std::thread([owner = std::move(port)]() mutable { owner.reset(); }).join();
-    EXPECT_TRUE(eventually([&] { return !holdsTerminal(terminal.path()); }));
+    std::thread([owner = std::move(m_port)]() mutable { owner.reset(); }).join();
+    EXPECT_TRUE(eventually([&] { return !holdsTerminal(m_terminal.path()); }));
 }
 
 } // namespace

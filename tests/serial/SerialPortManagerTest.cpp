@@ -26,14 +26,14 @@ SerialDeviceHandle deviceAt(const char *path)
 class SerialPortManagerTest : public testing::Test
 {
 protected:
-    static inline const SerialDeviceHandle a = deviceAt("A");
-    static inline const SerialDeviceHandle b = deviceAt("B");
-    static inline const SerialDeviceHandle c = deviceAt("C");
+    static inline const SerialDeviceHandle kA = deviceAt("A");
+    static inline const SerialDeviceHandle kB = deviceAt("B");
+    static inline const SerialDeviceHandle kC = deviceAt("C");
 
     static TestRegistry &registry()
     {
         static TestRegistry *const installed = [] {
-            auto own = std::make_unique<TestRegistry>(TestRegistry::Devices{a, b});
+            auto own = std::make_unique<TestRegistry>(TestRegistry::Devices{kA, kB});
             TestRegistry *const borrowed = own.get();
             SerialDeviceRegistry::setSystem(std::move(own));
             return borrowed;
@@ -48,10 +48,10 @@ protected:
             all.push_back(port->path().toStdString());
         return all;
     }
-    std::vector<std::string> available() const { return paths(manager.availablePorts()); }
+    std::vector<std::string> available() const { return paths(m_manager.availablePorts()); }
     ORSSerialPortPtr portAt(const QString &path) const
     {
-        for (const ORSSerialPortPtr &port : manager.availablePorts()) {
+        for (const ORSSerialPortPtr &port : m_manager.availablePorts()) {
             if (port->path() == path)
                 return port;
         }
@@ -63,8 +63,8 @@ protected:
         ASSERT_THAT(available(), ElementsAre("A", "B"));
         const auto keep = [this](const QString &name, const QString &key) {
             NotificationCenter::defaultCenter().addObserver(
-                &observer, name, [this, key](const QVariantMap &userInfo) {
-                    told.append(userInfo.value(key).value<ORSSerialPortList>());
+                &m_observer, name, [this, key](const QVariantMap &userInfo) {
+                    m_told.append(userInfo.value(key).value<ORSSerialPortList>());
                 });
         };
         keep(ORSSerialPortWasConnectedNotification, ORSConnectedSerialPortsKey);
@@ -73,18 +73,18 @@ protected:
     // The ports of the one notification since the last time.
     ORSSerialPortList takeTold()
     {
-        EXPECT_EQ(told.size(), 1);
-        return std::exchange(told, {}).value(0);
+        EXPECT_EQ(m_told.size(), 1);
+        return std::exchange(m_told, {}).value(0);
     }
 
-    ORSSerialPortManager &manager = (registry(), ORSSerialPortManager::sharedSerialPortManager());
-    QList<ORSSerialPortList> told;
-    QObject observer;
+    ORSSerialPortManager &m_manager = (registry(), ORSSerialPortManager::sharedSerialPortManager());
+    QList<ORSSerialPortList> m_told;
+    QObject m_observer;
 };
 
 TEST_F(SerialPortManagerTest, ABatchIsToldAsOneAndListedBehindTheOthersUnlessItIsListedAlready)
 {
-    registry().plug({c, deviceAt("D")});
+    registry().plug({kC, deviceAt("D")});
     EXPECT_THAT(available(), ElementsAre("A", "B", "C", "D"));
     const ORSSerialPortList connected = takeTold();
     EXPECT_THAT(paths(connected), ElementsAre("C", "D"));
@@ -92,7 +92,7 @@ TEST_F(SerialPortManagerTest, ABatchIsToldAsOneAndListedBehindTheOthersUnlessItI
     EXPECT_THAT(takeTold(), IsEmpty());
     EXPECT_THAT(available(), ElementsAre("A", "B", "C", "D"));
     EXPECT_EQ(connected.first(), portAt("C")) << "the very ports that are listed are told";
-    registry().unplug({deviceAt("D"), c});
+    registry().unplug({deviceAt("D"), kC});
     EXPECT_THAT(available(), ElementsAre("A", "B"));
     EXPECT_THAT(paths(takeTold()), ElementsAre("D", "C"));
 }
@@ -102,14 +102,14 @@ TEST_F(SerialPortManagerTest, ARemovalIsToldWithNewPortsAlsoOfADeviceThatWasNeve
     const ORSSerialPortPtr listed = portAt("B");
     RecordingDelegate delegate;
     listed->setDelegate(&delegate);
-    registry().unplug({b, deviceAt("Z")});
+    registry().unplug({kB, deviceAt("Z")});
     EXPECT_THAT(available(), ElementsAre("A"));
     const ORSSerialPortList disconnected = takeTold();
     EXPECT_THAT(paths(disconnected), ElementsAre("B", "Z"));
     EXPECT_NE(disconnected.first(), listed);
     EXPECT_TRUE(disconnected.first()->isEqual(*listed));
     EXPECT_THAT(delegate.take(), IsEmpty()) << "the listed port itself hears of it by its line";
-    registry().plug({b});
+    registry().plug({kB});
 }
 
 TEST_F(SerialPortManagerTest, OpenPortsAreClosedForSleepAndOpenedAgainInThatOrder)
@@ -130,13 +130,13 @@ TEST_F(SerialPortManagerTest, OpenPortsAreClosedForSleepAndOpenedAgainInThatOrde
                 opened += QByteArray::number(int(i));
         };
     }
-    manager.systemWillSleep();
+    m_manager.systemWillSleep();
     delegates[0].expect({"closed"});
     delegates[1].expect({"closed"});
-    EXPECT_THAT(paths(manager.portsToReopenAfterSleep()),
+    EXPECT_THAT(paths(m_manager.portsToReopenAfterSleep()),
                 ElementsAre(first.path().toStdString(), second.path().toStdString()));
-    manager.systemDidWake();
-    EXPECT_THAT(manager.portsToReopenAfterSleep(), IsEmpty());
+    m_manager.systemDidWake();
+    EXPECT_THAT(m_manager.portsToReopenAfterSleep(), IsEmpty());
     EXPECT_TRUE(eventually([&] { return opened.size() == 2; }));
     EXPECT_EQ(opened, QByteArrayList({"0", "1"}));
     registry().unplug(devices);

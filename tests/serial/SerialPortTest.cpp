@@ -22,72 +22,72 @@ using SerialPortTest = SerialPortFixture;
 
 TEST_F(SerialPortTest, EverySpeedReachesTheLineUnlessANonStandardOneIsNotAllowed)
 {
-    EXPECT_EQ(port->baudRate(), 19200U);
-    port->setBaudRate(9600);
+    EXPECT_EQ(m_port->baudRate(), 19200U);
+    m_port->setBaudRate(9600);
     openPort();
-    EXPECT_EQ(outputSpeed(terminal.master()), 9600U);
+    EXPECT_EQ(outputSpeed(m_terminal.master()), 9600U);
     for (const quint32 rate : {2000000U, 12345U, 13U, 115200U}) {
-        port->setBaudRate(rate);
-        EXPECT_EQ(outputSpeed(terminal.master()), rate);
+        m_port->setBaudRate(rate);
+        EXPECT_EQ(outputSpeed(m_terminal.master()), rate);
     }
-    EXPECT_EQ(setArbitrarySpeed(terminal.master(), 50), 0);
-    port->setBaudRate(115200); // as before, but not so the line
-    EXPECT_EQ(outputSpeed(terminal.master()), 115200U);
-    EXPECT_TRUE(delegate.take().isEmpty());
-    port->setAllowsNonStandardBaudRates(false);
-    port->setBaudRate(12345);
-    delegate.expect({"error EINVAL"});
-    EXPECT_EQ(outputSpeed(terminal.master()), 115200U);
-    EXPECT_TRUE(port->isOpen());
+    EXPECT_EQ(setArbitrarySpeed(m_terminal.master(), 50), 0);
+    m_port->setBaudRate(115200); // as before, but not so the line
+    EXPECT_EQ(outputSpeed(m_terminal.master()), 115200U);
+    EXPECT_TRUE(m_delegate.take().isEmpty());
+    m_port->setAllowsNonStandardBaudRates(false);
+    m_port->setBaudRate(12345);
+    m_delegate.expect({"error EINVAL"});
+    EXPECT_EQ(outputSpeed(m_terminal.master()), 115200U);
+    EXPECT_TRUE(m_port->isOpen());
 }
 
 TEST_F(SerialPortTest, SettingsReachAnOpenLineAtOnceAndTheOldOnesComeBackAtClose)
 {
-    termios before = terminal.lineSettings();
+    termios before = m_terminal.lineSettings();
     before.c_lflag |= ICANON | ECHO;
     before.c_iflag |= IXOFF;
-    ASSERT_EQ(::tcsetattr(terminal.master(), TCSANOW, &before), 0);
-    ASSERT_EQ(setArbitrarySpeed(terminal.master(), 54321), 0);
-    before = terminal.lineSettings();
+    ASSERT_EQ(::tcsetattr(m_terminal.master(), TCSANOW, &before), 0);
+    ASSERT_EQ(setArbitrarySpeed(m_terminal.master(), 54321), 0);
+    before = m_terminal.lineSettings();
 
     openPort();
-    port->setParity(1);
-    port->setNumberOfStopBits(2);
-    port->setShouldEchoReceivedData(true);
-    const termios set = terminal.lineSettings();
+    m_port->setParity(1);
+    m_port->setNumberOfStopBits(2);
+    m_port->setShouldEchoReceivedData(true);
+    const termios set = m_terminal.lineSettings();
     // A pseudo-terminal has eight data bits and no parity bit, whatever is asked for.
     EXPECT_EQ(set.c_cflag & (PARODD | CSTOPB), tcflag_t{PARODD | CSTOPB});
     EXPECT_EQ(set.c_lflag & (ECHO | ICANON), tcflag_t{ECHO});
-    port->setParity(3);
-    EXPECT_EQ(port->parity(), 0U);
+    m_port->setParity(3);
+    EXPECT_EQ(m_port->parity(), 0U);
 
     closePort();
-    const termios after = terminal.lineSettings();
+    const termios after = m_terminal.lineSettings();
     EXPECT_TRUE(after.c_iflag == before.c_iflag && after.c_oflag == before.c_oflag &&
                 after.c_cflag == before.c_cflag && after.c_lflag == before.c_lflag);
-    EXPECT_EQ(outputSpeed(terminal.master()), 54321U);
+    EXPECT_EQ(outputSpeed(m_terminal.master()), 54321U);
 }
 
 TEST_F(SerialPortTest, AChangeOfFlowControlEndsWithTheClosedPortAndHoldsAtTheNextOpening)
 {
     openPort();
-    port->setUsesRTSCTSFlowControl(true);
-    delegate.expect({"closed"});
+    m_port->setUsesRTSCTSFlowControl(true);
+    m_delegate.expect({"closed"});
     openPort();
-    EXPECT_TRUE(terminal.lineSettings().c_cflag & CRTSCTS);
+    EXPECT_TRUE(m_terminal.lineSettings().c_cflag & CRTSCTS);
 }
 
 TEST_F(SerialPortTest, APortInUseIsRefusedToTheNext)
 {
     openPort();
     RecordingDelegate otherDelegate;
-    const auto other = ORSSerialPort::serialPortWithDevice(terminal.device());
+    const auto other = ORSSerialPort::serialPortWithDevice(m_terminal.device());
     other->setDelegate(&otherDelegate);
     other->open();
     EXPECT_FALSE(other->isOpen());
     otherDelegate.expect({"error EBUSY"});
-    terminal.send("still mine");
-    delegate.expect({"data still mine"});
+    m_terminal.send("still mine");
+    m_delegate.expect({"data still mine"});
     closePort();
     other->open();
     otherDelegate.expect(kOpened);
@@ -98,11 +98,11 @@ TEST_F(SerialPortTest, WhatCannotBeOpenedIsToldWithItsReason)
     const QList<QPair<QString, QByteArray>> cases{
         {"/dev/null", "error ENOTTY"}, {"/nowhere/at-all", "error ENOENT"}, {"/", "error EISDIR"}};
     for (const auto &[path, error] : cases) {
-        const auto broken = ORSSerialPort::serialPortWithDevice(terminal.device(path));
-        broken->setDelegate(&delegate);
+        const auto broken = ORSSerialPort::serialPortWithDevice(m_terminal.device(path));
+        broken->setDelegate(&m_delegate);
         broken->open();
         EXPECT_FALSE(broken->isOpen());
-        delegate.expect({error});
+        m_delegate.expect({error});
     }
 }
 
@@ -118,9 +118,9 @@ TEST_F(SerialPortTest, WithoutAThreadTheOpeningFails)
     const auto end = std::make_shared<std::latch>(1);
     while (GlobalQueue::instance().post([end] { end->wait(); }))
         ;
-    port->open();
-    EXPECT_FALSE(port->isOpen());
-    delegate.expect({"error EAGAIN"});
+    m_port->open();
+    EXPECT_FALSE(m_port->isOpen());
+    m_delegate.expect({"error EAGAIN"});
     ASSERT_EQ(::pthread_setattr_default_np(&usual), 0);
     openPort();
     end->count_down();
@@ -128,17 +128,17 @@ TEST_F(SerialPortTest, WithoutAThreadTheOpeningFails)
 
 TEST_F(SerialPortTest, NothingIsToldTwiceNeitherOfOpeningNorOfClosingNorOfMissingModemLines)
 {
-    EXPECT_TRUE(port->close());
+    EXPECT_TRUE(m_port->close());
     openPort();
-    port->open();
-    port->setRTS(true);
-    port->setDTR(true);
+    m_port->open();
+    m_port->setRTS(true);
+    m_port->setDTR(true);
     runEventLoopFor(milliseconds(100)); // ten times the interval of the pin polling
-    EXPECT_TRUE(delegate.take().isEmpty());
+    EXPECT_TRUE(m_delegate.take().isEmpty());
     closePort();
-    EXPECT_TRUE(port->close());
+    EXPECT_TRUE(m_port->close());
     runEventLoopFor(milliseconds(50));
-    EXPECT_TRUE(delegate.take().isEmpty());
+    EXPECT_TRUE(m_delegate.take().isEmpty());
     openPort();
 }
 
@@ -147,20 +147,20 @@ TEST_F(SerialPortTest, BytesArriveInOrderInBothDirections)
     openPort();
     QByteArray bytes(200000, Qt::Uninitialized);
     std::iota(bytes.begin(), bytes.end(), '\0');
-    std::thread sender([&] { EXPECT_TRUE(port->sendData(bytes)); });
-    EXPECT_EQ(terminal.take(bytes.size()), bytes);
+    std::thread sender([&] { EXPECT_TRUE(m_port->sendData(bytes)); });
+    EXPECT_EQ(m_terminal.take(bytes.size()), bytes);
     sender.join();
-    std::thread device([&] { terminal.send(bytes); });
-    EXPECT_TRUE(eventually([&] { return delegate.contains("data " + bytes); }));
+    std::thread device([&] { m_terminal.send(bytes); });
+    EXPECT_TRUE(eventually([&] { return m_delegate.contains("data " + bytes); }));
     device.join();
-    EXPECT_TRUE(port->sendData({}));
+    EXPECT_TRUE(m_port->sendData({}));
 
     // More than the line takes at once, from two senders: each block stays in one piece.
     const QByteArray a(100000, 'a');
     const QByteArray b(100000, 'b');
-    std::jthread one([&] { EXPECT_TRUE(port->sendData(a)); });
-    std::jthread other([&] { EXPECT_TRUE(port->sendData(b)); });
-    const QByteArray both = terminal.take(a.size() + b.size());
+    std::jthread one([&] { EXPECT_TRUE(m_port->sendData(a)); });
+    std::jthread other([&] { EXPECT_TRUE(m_port->sendData(b)); });
+    const QByteArray both = m_terminal.take(a.size() + b.size());
     EXPECT_TRUE(both == a + b || both == b + a);
 }
 
@@ -168,41 +168,41 @@ TEST_F(SerialPortTest, PacketsFollowTheBytesThatTheyCameIn)
 {
     const auto descriptor = std::make_shared<const ORSSerialPacketDescriptor>(
         ORSSerialPacketDescriptor::PrefixSuffix{"!", ";"}, 8);
-    port->startListeningForPacketsMatchingDescriptor(descriptor);
+    m_port->startListeningForPacketsMatchingDescriptor(descriptor);
     openPort();
-    terminal.send("x!a;y!b;");
-    delegate.expect({"data x!a;y!b;", "packet !a;", "packet !b;"});
-    port->stopListeningForPacketsMatchingDescriptor(descriptor);
-    EXPECT_TRUE(port->packetDescriptors().isEmpty());
-    terminal.send("!c;");
-    delegate.expect({"data !c;"});
+    m_terminal.send("x!a;y!b;");
+    m_delegate.expect({"data x!a;y!b;", "packet !a;", "packet !b;"});
+    m_port->stopListeningForPacketsMatchingDescriptor(descriptor);
+    EXPECT_TRUE(m_port->packetDescriptors().isEmpty());
+    m_terminal.send("!c;");
+    m_delegate.expect({"data !c;"});
 }
 
 TEST_F(SerialPortTest, AnUnpluggedDeviceIsOneErrorThenRemovalThenClosedAndOpensAgain)
 {
     const QTemporaryDir directory;
     const QString link = directory.filePath("usbserial-1");
-    port = ORSSerialPort::serialPortWithDevice(terminal.device(link));
-    port->setDelegate(&delegate);
+    m_port = ORSSerialPort::serialPortWithDevice(m_terminal.device(link));
+    m_port->setDelegate(&m_delegate);
     bool wasReleased = false;
-    delegate.onEvent = [&](const QByteArray &event) {
+    m_delegate.onEvent = [&](const QByteArray &event) {
         if (event == "error ENXIO")
-            wasReleased = !holdsTerminal(terminal.path());
+            wasReleased = !holdsTerminal(m_terminal.path());
     };
     // The best of some turns: a busy machine may delay any one.
     auto fastest = Clock::duration::max();
     for (int turn = 0; turn < 10 && (turn < 3 || fastest > milliseconds(50)); ++turn) {
-        ASSERT_TRUE(QFile::link(terminal.path(), link));
+        ASSERT_TRUE(QFile::link(m_terminal.path(), link));
         openPort();
-        EXPECT_TRUE(holdsTerminal(terminal.path()));
+        EXPECT_TRUE(holdsTerminal(m_terminal.path()));
         const auto begin = Clock::now();
-        terminal.unplug();
-        delegate.expect({"error ENXIO", "removed", "closed"});
+        m_terminal.unplug();
+        m_delegate.expect({"error ENXIO", "removed", "closed"});
         fastest = std::min(fastest, Clock::now() - begin);
         EXPECT_TRUE(wasReleased) << "the port keeps the terminal's name from the device";
-        EXPECT_FALSE(port->isOpen());
+        EXPECT_FALSE(m_port->isOpen());
         ASSERT_TRUE(QFile::remove(link));
-        terminal = TestTerminal();
+        m_terminal = TestTerminal();
     }
     EXPECT_LE(fastest, milliseconds(50));
     const auto before = processorTime();
@@ -215,37 +215,37 @@ TEST_F(SerialPortTest, AWriteThatTheDeviceDoesNotTakeEndsWhenThePortClosesOrLose
     for (const bool unplugged : {false, true}) {
         openPort();
         bool sent = true;
-        std::thread sender([&] { sent = port->sendData(QByteArray(4 << 20, 'x')); });
+        std::thread sender([&] { sent = m_port->sendData(QByteArray(4 << 20, 'x')); });
         EXPECT_TRUE(eventually([this] {
             int waiting = 0;
-            return ::ioctl(terminal.master(), FIONREAD, &waiting) == 0 && waiting > 0;
+            return ::ioctl(m_terminal.master(), FIONREAD, &waiting) == 0 && waiting > 0;
         })) << "more than any buffer holds, and so blocked";
         const auto begin = Clock::now();
         if (unplugged)
-            terminal.unplug();
+            m_terminal.unplug();
         else
-            port->close();
+            m_port->close();
         EXPECT_LT(Clock::now() - begin, milliseconds(500));
         sender.join();
-        EXPECT_TRUE(eventually([&] { return delegate.contains("closed"); }));
+        EXPECT_TRUE(eventually([&] { return m_delegate.contains("closed"); }));
         EXPECT_LT(Clock::now() - begin, std::chrono::seconds(3));
-        EXPECT_FALSE(sent || port->sendData("x"));
-        const QByteArrayList told = delegate.take();
+        EXPECT_FALSE(sent || m_port->sendData("x"));
+        const QByteArrayList told = m_delegate.take();
         EXPECT_EQ(told.count("removed"), unplugged ? 1 : 0);
         EXPECT_TRUE(unplugged || told.size() == 1) << told.join(", ").data();
-        terminal.take();
+        m_terminal.take();
     }
 }
 
 TEST_F(SerialPortTest, TheFirstPortOfAPathIsTheKnownOne)
 {
-    auto other = ORSSerialPort::serialPortWithDevice(terminal.device());
-    EXPECT_TRUE(other->isEqual(*port) && other->hash() == port->hash());
-    EXPECT_EQ(ORSSerialPort::existingPortWithPath(terminal.path()), port.get());
-    port.reset();
-    EXPECT_EQ(ORSSerialPort::existingPortWithPath(terminal.path()), other.get());
+    auto other = ORSSerialPort::serialPortWithDevice(m_terminal.device());
+    EXPECT_TRUE(other->isEqual(*m_port) && other->hash() == m_port->hash());
+    EXPECT_EQ(ORSSerialPort::existingPortWithPath(m_terminal.path()), m_port.get());
+    m_port.reset();
+    EXPECT_EQ(ORSSerialPort::existingPortWithPath(m_terminal.path()), other.get());
     other.reset();
-    EXPECT_EQ(ORSSerialPort::existingPortWithPath(terminal.path()), nullptr);
+    EXPECT_EQ(ORSSerialPort::existingPortWithPath(m_terminal.path()), nullptr);
 }
 
 } // namespace

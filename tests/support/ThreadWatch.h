@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <filesystem>
@@ -14,8 +15,8 @@
 
 namespace vorn {
 
-// Prints every thread of this process to the standard error output: its name, state, and where in
-// the kernel it stands (the whole stack for root only).
+// Prints name, state, kernel function and (for root only) kernel stack of every thread of this
+// process to the standard error output.
 inline void printThreads()
 {
     const auto contents = [](const std::filesystem::path &path) {
@@ -33,29 +34,25 @@ inline void printThreads()
     }
 }
 
-// For a test of many threads: prints where they stand when the test takes longer than the limit,
-// and when it ends as a failed one.
+// For a test of many threads: prints their states if the test takes longer than the limit, and at
+// its end if it failed.
 class ThreadWatch
 {
 public:
     explicit ThreadWatch(std::chrono::seconds limit)
-        : m_thread([this, limit] {
-              std::unique_lock lock(m_mutex);
-              if (m_changed.wait_for(lock, limit, [this] { return m_ended; }))
-                  return;
-              m_isOver = true;
-              std::cerr << "still running after " << limit.count() << " s\n";
-              printThreads();
+        : m_thread([this, limit](const std::stop_token &ended) {
+              std::mutex mutex;
+              std::unique_lock lock(mutex);
+              std::condition_variable_any().wait_for(lock, ended, limit, [] { return false; });
+              m_isOver = !ended.stop_requested();
+              if (m_isOver)
+                  printThreads();
           })
     {
     }
     ~ThreadWatch()
     {
-        {
-            const std::lock_guard lock(m_mutex);
-            m_ended = true;
-        }
-        m_changed.notify_one();
+        m_thread.request_stop();
         m_thread.join();
         if (testing::Test::HasFailure())
             printThreads();
@@ -64,18 +61,11 @@ public:
     ThreadWatch &operator=(const ThreadWatch &) = delete;
 
     // True once the limit has passed.
-    bool isOver() const
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_isOver;
-    }
+    bool isOver() const { return m_isOver; }
 
 private:
-    mutable std::mutex m_mutex;
-    std::condition_variable m_changed;
-    bool m_ended = false;
-    bool m_isOver = false;
-    std::thread m_thread;
+    std::atomic<bool> m_isOver = false;
+    std::jthread m_thread;
 };
 
 } // namespace vorn
