@@ -10,7 +10,6 @@
 #include <QIcon>
 #include <QTimerEvent>
 
-#include <algorithm>
 #include <array>
 #include <utility>
 
