@@ -48,8 +48,8 @@ struct DeviceOptions
 {
     // While the device is plugged in, `directory` holds a symbolic link `name` to its terminal.
     // Both empty: no link.
-    QString directory;
-    QString name;
+    QString directory{};
+    QString name{};
 
     int modelCode = 8; // 0 to 255; from 2 on the device erases its flash after the header
     std::chrono::milliseconds eraseTime{0};
@@ -57,12 +57,12 @@ struct DeviceOptions
     int baud = 0; // of the simulated line, at ten bits a byte; 0: bytes take no time
     qsizetype flashSize = qsizetype{16} << 20; // longer images are refused
 
-    std::vector<int> connectPieces;        // send the connect answer in pieces of these lengths
+    std::vector<int> connectPieces{};      // send the connect answer in pieces of these lengths
     std::chrono::milliseconds pieceGap{5}; // between two pieces
     bool joinEraseAnswers = false;         // send both answers to the header in one write
 
-    std::vector<Fault> faults; // for each step the first one that matches applies
-    std::optional<std::chrono::milliseconds> replugAfter; // after being unplugged by a fault
+    std::vector<Fault> faults{}; // for each step the first one that matches applies
+    std::optional<std::chrono::milliseconds> replugAfter{}; // after being unplugged by a fault
 };
 
 // Describes the first option that contradicts another or names nothing; empty when all are valid.
