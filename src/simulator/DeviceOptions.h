@@ -11,15 +11,15 @@ namespace vorn {
 // The steps of an exchange, each named after the frame that the device answers in it. Erase and
 // Ready are the two answers that follow the download header.
 enum class BootStep {
-    Sync,     // the sync byte
-    Connect,  // the connect command; its answer carries the model code
-    Version,  // the version query
-    Download, // the download command
-    Header,   // the download header. As a fault's step: everything after it, the erase included
-    Frame,    // data frame number Fault::frame
-    Last,     // the last data frame, which ends the update
-    Erase,    // model codes 2 and above: the end of the flash erase
-    Ready     // the release of the first data frame
+    Sync,        // the sync byte
+    Connect = 1, // the connect command; its answer carries the model code
+    Version,     // the version query
+    Download,    // the download command
+    Header,      // the download header. As a fault's step: everything after it, the erase included
+    Frame,       // data frame number Fault::frame
+    Last,        // the last data frame, which ends the update
+    Erase,       // model codes 2 and above: the end of the flash erase
+    Ready        // the release of the first data frame
 };
 
 // What the device does instead of answering a step.
@@ -64,9 +64,6 @@ struct DeviceOptions
     std::vector<Fault> faults{}; // for each step the first one that matches applies
     std::optional<std::chrono::milliseconds> replugAfter{}; // after being unplugged by a fault
 };
-
-// Describes the first option that contradicts another or names nothing; empty when all are valid.
-QString deviceOptionsProblem(const DeviceOptions &options);
 
 // Parses STEP=KIND[,after=N][,times=N], for example "connect=refuse", "frame:3=unplug,times=1" or
 // "last=late:500". Null, with the reason in *problem, when the text is not a fault.

@@ -44,9 +44,6 @@ struct PackageAnswer
     ServerSilence silence = ServerSilence::None;
 };
 
-// Describes the first option that contradicts another; empty when all are valid.
-QString packageAnswerProblem(const PackageAnswer &answer);
-
 // What a client asked for.
 struct PackageRequest
 {
