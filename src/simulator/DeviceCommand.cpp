@@ -137,8 +137,8 @@ int runDevice(const QStringList &arguments)
     QCoreApplication::exec();
 
     device.awaitReader();
-    device.unplug();
     const DeviceReport report = device.report();
+    device.unplug();
     const bool imageWritten = writeImage(line, report);
     return giveReport(line, report.toJson()) && imageWritten ? kExitSuccess : kExitFailure;
 }

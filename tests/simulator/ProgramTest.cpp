@@ -69,6 +69,7 @@ TEST(Program, RunsADeviceUntilItsUpdatesAreDone)
 
     const QJsonObject end = program.next("report");
     EXPECT_EQ(end.value("updates"), 1);
+    EXPECT_EQ(end.value("plugged"), true);
     EXPECT_EQ(end.value("errorCount"), 0);
     EXPECT_GE(end.value("download").toObject().value("dataReleasedAfterMs").toDouble(), 150);
     EXPECT_EQ(program.endedWith(), 0);
