@@ -20,7 +20,7 @@ using vorn::StatusTone;
 // A status line's text and tone, and what else the window shows then.
 struct Status
 {
-    QString text; // %1 is the device's name
+    QString text = {}; // %1 is the device's name
     StatusTone tone = StatusTone::Neutral;
     void (*showMore)(MainWindow &) = [](MainWindow &) {};
 };
@@ -45,33 +45,32 @@ const Status kDownloading{"Prompt:Progress42%", StatusTone::Neutral,
                           [](MainWindow &window) { window.showDownloadProgress(42); }};
 const Status kUnknownLength{"Prompt:Progress--%", StatusTone::Neutral,
                             [](MainWindow &window) { window.showDownloadBusy(); }};
-const Status kNoServer{{}, StatusTone::Neutral, [](MainWindow &window) {
-                           window.setDownloadAvailable(false, "No package server is configured");
-                       }};
-const Status kErasing{{}, StatusTone::Neutral, [](MainWindow &window) { window.showUpdateBusy(); }};
+const Status kNoServer{.showMore = [](MainWindow &window) {
+    window.setDownloadAvailable(false, "No package server is configured");
+}};
+const Status kErasing{.showMore = [](MainWindow &window) { window.showUpdateBusy(); }};
 const Status kUpdating{"Prompt:42%progress,updating firmware", StatusTone::Neutral,
                        [](MainWindow &window) { window.showUpdateProgress(42); }};
 const Status kUpdated{"Prompt:100% progress,successfully update", StatusTone::Good,
                       [](MainWindow &window) { window.showUpdateProgress(100); }};
 const Status kFailed{"Prompt:Failed to erase the fixed phone of the device ,please try again",
                      StatusTone::Bad};
-const Status kClosingWindow{{}, StatusTone::Neutral, [](MainWindow &window) {
-                                window.setUpdateRuns(true);
-                                window.close();
-                            }};
-const Status kClosingPort{{}, StatusTone::Neutral, [](MainWindow &window) {
-                              window.setUpdateRuns(true);
-                              window.askToClosePort();
-                          }};
-const Status kEndedBehindQuestion{{}, StatusTone::Neutral, [](MainWindow &window) {
-                                      window.setUpdateRuns(true);
-                                      window.askToClosePort();
-                                      window.setUpdateRuns(false);
-                                  }};
-const Status kButtonInFocus{
-    {}, StatusTone::Neutral, [](MainWindow &window) {
-        window.findChild<QPushButton *>("updateButton_2001")->setFocus(Qt::TabFocusReason);
-    }};
+const Status kClosingWindow{.showMore = [](MainWindow &window) {
+    window.setUpdateRuns(true);
+    window.close();
+}};
+const Status kClosingPort{.showMore = [](MainWindow &window) {
+    window.setUpdateRuns(true);
+    window.askToClosePort();
+}};
+const Status kEndedBehindQuestion{.showMore = [](MainWindow &window) {
+    window.setUpdateRuns(true);
+    window.askToClosePort();
+    window.setUpdateRuns(false);
+}};
+const Status kButtonInFocus{.showMore = [](MainWindow &window) {
+    window.findChild<QPushButton *>("updateButton_2001")->setFocus(Qt::TabFocusReason);
+}};
 
 const State kStates[] = {
     {"01-no-device", kNone, kNoDevice},

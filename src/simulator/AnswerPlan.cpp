@@ -31,14 +31,14 @@ void add(std::vector<Answer> &answers, Answer right, const std::optional<Fault> 
     case FaultKind::Silence:
         return;
     case FaultKind::Refuse:
-        answers.push_back({QByteArray(1, static_cast<char>(boot::kNak)), right.after});
-        return;
+        right = {QByteArray(1, static_cast<char>(boot::kNak)), right.after};
+        break;
     case FaultKind::Garbage:
-        answers.push_back(garbage);
-        return;
+        right = garbage;
+        break;
     case FaultKind::Unplug:
-        answers.push_back({.after = right.after, .unplugs = true});
-        return;
+        right = {.after = right.after, .unplugs = true};
+        break;
     case FaultKind::Noise:
         answers.push_back(garbage);
         right.after += kNoiseLead;

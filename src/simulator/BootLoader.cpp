@@ -26,14 +26,6 @@ QString hex(std::uint32_t value, int digits = 2)
     return QString::number(value, 16).toUpper().rightJustified(digits, u'0');
 }
 
-// The codes of the connect, version and download commands are 1, 2 and 3, as their steps are.
-constexpr std::uint8_t commandCode(BootStep step)
-{
-    return static_cast<std::uint8_t>(step);
-}
-static_assert(commandCode(BootStep::Connect) == 1 && commandCode(BootStep::Version) == 2 &&
-              commandCode(BootStep::Download) == 3);
-
 QLatin1String nameOf(BootStep step)
 {
     constexpr std::array<const char *, 6> names{"a sync byte",         "the connect command",
@@ -149,7 +141,7 @@ QString BootLoader::frameProblem() const
     }
     if (m_due == BootStep::Header)
         return headerProblem();
-    const std::uint8_t code = commandCode(m_due);
+    const auto code = static_cast<std::uint8_t>(m_due); // BootStep has the commands' codes
     if (m_due != BootStep::Frame && (m_frame[1] != code || m_frame[2] != 0xFF - code)) {
         return QStringLiteral("the command %1 %2 where %3 was due")
             .arg(hex(m_frame[1]), hex(m_frame[2]), nameOf(m_due));

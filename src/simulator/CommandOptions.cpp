@@ -64,12 +64,6 @@ std::chrono::milliseconds CommandOptions::milliseconds(const char *name,
     return std::chrono::milliseconds(number(name, otherwise.count(), aDay.count()));
 }
 
-void CommandOptions::check(const QString &problem) const
-{
-    if (!problem.isEmpty())
-        fail(problem);
-}
-
 void CommandOptions::fail(const QString &problem) const
 {
     throw CommandFailure{

@@ -71,12 +71,10 @@ public:
                  .arg(QLatin1String(name), text(name), names.join(QStringLiteral(", "))));
     }
 
-    // Throws the message, if it is not empty, as a usage error.
-    void check(const QString &problem) const;
-
-private:
+    // Throws the message as a usage error.
     [[noreturn]] void fail(const QString &problem) const;
 
+private:
     QString m_command;
     QString m_examples;
     QCommandLineParser m_parser;

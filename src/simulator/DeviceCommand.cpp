@@ -54,6 +54,21 @@ CommandOptions deviceCommand()
              {"report", "FILE", "Write the report to a file as well."}}};
 }
 
+std::vector<int> connectPieces(const CommandOptions &line)
+{
+    constexpr int kConnectAnswerLength = 4;
+    std::vector<int> pieces;
+    int left = kConnectAnswerLength;
+    for (const QString &text : line.text("split").split(u',')) {
+        const int piece = text.toInt();
+        if (piece < 1 || piece > left)
+            line.fail(QStringLiteral("only the four bytes of the connect answer can be split"));
+        pieces.push_back(piece);
+        left -= piece;
+    }
+    return pieces;
+}
+
 DeviceOptions deviceOptions(const CommandOptions &line)
 {
     DeviceOptions options;
@@ -69,15 +84,20 @@ DeviceOptions deviceOptions(const CommandOptions &line)
     if (line.isSet("replug-ms"))
         options.replugAfter = line.milliseconds("replug-ms", {});
     if (line.isSet("split"))
-        for (const QString &piece : line.text("split").split(u','))
-            options.connectPieces.push_back(piece.toInt());
+        options.connectPieces = connectPieces(line);
     for (const QString &text : line.texts("fault")) {
         QString problem;
         const std::optional<Fault> fault = parseFault(text, &problem);
-        line.check(problem);
-        options.faults.push_back(fault.value());
+        if (!fault)
+            line.fail(problem);
+        if (fault->step == BootStep::Erase && options.modelCode < boot::kFirstErasingModel)
+            line.fail(QStringLiteral("only model codes from 2 on have the step erase"));
+        options.faults.push_back(*fault);
     }
-    line.check(deviceOptionsProblem(options));
+    if (options.directory.isEmpty() != options.name.isEmpty())
+        line.fail(QStringLiteral("a directory and a name belong together"));
+    if (options.name.contains(u'/'))
+        line.fail(QStringLiteral("\"%1\" is not a valid file name").arg(options.name));
     return options;
 }
 
@@ -117,8 +137,8 @@ int runDevice(const QStringList &arguments)
     QCoreApplication::exec();
 
     device.awaitReader();
-    device.unplug();
     const DeviceReport report = device.report();
+    device.unplug();
     const bool imageWritten = writeImage(line, report);
     return giveReport(line, report.toJson()) && imageWritten ? kExitSuccess : kExitFailure;
 }

@@ -7,8 +7,6 @@ namespace vorn {
 
 namespace {
 
-constexpr int kConnectAnswerLength = 4;
-
 // In the order of the enumerators.
 constexpr const char *kSteps =
     "sync, connect, version, download, header, frame, last, erase, ready";
@@ -22,28 +20,6 @@ std::optional<Enum> valueOf(const QString &word, const char *words)
 }
 
 } // namespace
-
-QString deviceOptionsProblem(const DeviceOptions &options)
-{
-    if (options.directory.isEmpty() != options.name.isEmpty())
-        return QStringLiteral("a directory and a name belong together");
-    if (options.name.contains(u'/') || options.name.contains(QChar(u'\0')) ||
-        options.name == u"." || options.name == u"..")
-        return QStringLiteral("\"%1\" is not a valid file name").arg(options.name);
-    int length = 0;
-    for (const int piece : options.connectPieces) {
-        if (piece < 1 || piece > kConnectAnswerLength - length)
-            return QStringLiteral("only the four bytes of the connect answer can be split");
-        length += piece;
-    }
-    for (const Fault &fault : options.faults) {
-        if (fault.step == BootStep::Frame && fault.frame < 1)
-            return QStringLiteral("data frames count from 1");
-        if (fault.step == BootStep::Erase && options.modelCode < 2)
-            return QStringLiteral("only model codes from 2 on have the step erase");
-    }
-    return {};
-}
 
 std::optional<Fault> parseFault(const QString &text, QString *problem)
 {

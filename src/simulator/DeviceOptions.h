@@ -11,15 +11,15 @@ namespace vorn {
 // The steps of an exchange, each named after the frame that the device answers in it. Erase and
 // Ready are the two answers that follow the download header.
 enum class BootStep {
-    Sync,     // the sync byte
-    Connect,  // the connect command; its answer carries the model code
-    Version,  // the version query
-    Download, // the download command
-    Header,   // the download header. As a fault's step: everything after it, the erase included
-    Frame,    // data frame number Fault::frame
-    Last,     // the last data frame, which ends the update
-    Erase,    // model codes 2 and above: the end of the flash erase
-    Ready     // the release of the first data frame
+    Sync,        // the sync byte
+    Connect = 1, // the connect command; its answer carries the model code
+    Version,     // the version query
+    Download,    // the download command
+    Header,      // the download header. As a fault's step: everything after it, the erase included
+    Frame,       // data frame number Fault::frame
+    Last,        // the last data frame, which ends the update
+    Erase,       // model codes 2 and above: the end of the flash erase
+    Ready        // the release of the first data frame
 };
 
 // What the device does instead of answering a step.
@@ -48,8 +48,8 @@ struct DeviceOptions
 {
     // While the device is plugged in, `directory` holds a symbolic link `name` to its terminal.
     // Both empty: no link.
-    QString directory;
-    QString name;
+    QString directory{};
+    QString name{};
 
     int modelCode = 8; // 0 to 255; from 2 on the device erases its flash after the header
     std::chrono::milliseconds eraseTime{0};
@@ -57,16 +57,13 @@ struct DeviceOptions
     int baud = 0; // of the simulated line, at ten bits a byte; 0: bytes take no time
     qsizetype flashSize = qsizetype{16} << 20; // longer images are refused
 
-    std::vector<int> connectPieces;        // send the connect answer in pieces of these lengths
+    std::vector<int> connectPieces{};      // send the connect answer in pieces of these lengths
     std::chrono::milliseconds pieceGap{5}; // between two pieces
     bool joinEraseAnswers = false;         // send both answers to the header in one write
 
-    std::vector<Fault> faults; // for each step the first one that matches applies
-    std::optional<std::chrono::milliseconds> replugAfter; // after being unplugged by a fault
+    std::vector<Fault> faults{}; // for each step the first one that matches applies
+    std::optional<std::chrono::milliseconds> replugAfter{}; // after being unplugged by a fault
 };
-
-// Describes the first option that contradicts another or names nothing; empty when all are valid.
-QString deviceOptionsProblem(const DeviceOptions &options);
 
 // Parses STEP=KIND[,after=N][,times=N], for example "connect=refuse", "frame:3=unplug,times=1" or
 // "last=late:500". Null, with the reason in *problem, when the text is not a fault.

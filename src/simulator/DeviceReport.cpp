@@ -15,9 +15,9 @@ constexpr qsizetype kMaxErrors = 100;
 // A header's length alone reserves no more memory than this.
 constexpr qint64 kMaxReserve = qint64{4} << 20;
 
-double milliseconds(std::chrono::microseconds time)
+double milliseconds(std::chrono::nanoseconds time)
 {
-    return static_cast<double>(time.count()) / 1000.0;
+    return std::chrono::duration<double, std::milli>(time).count();
 }
 
 } // namespace
@@ -65,11 +65,6 @@ void DeviceJournal::addError(const QString &error)
         m_report.errors.append(error);
 }
 
-std::chrono::microseconds DeviceJournal::sinceSync(Time when) const
-{
-    return std::chrono::duration_cast<std::chrono::microseconds>(when - m_syncTime);
-}
-
 void DeviceJournal::addEvent(const BootEvent &event, qint64 declaredLength, Time begun, Time ended)
 {
     if (!event.error.isEmpty())
@@ -92,14 +87,12 @@ void DeviceJournal::addEvent(const BootEvent &event, qint64 declaredLength, Time
         m_report.partialImage.reserve(std::min(declaredLength, kMaxReserve));
         m_report.times = {};
         m_report.times.startedAt = m_syncClock;
-        m_report.times.toHeader = sinceSync(ended);
+        m_report.times.toHeader = ended - m_syncTime;
     } else if (event.frame > 0) {
         m_report.downloadFrames = event.frame;
         m_report.partialImage.append(reinterpret_cast<const char *>(event.data.data()),
                                      static_cast<qsizetype>(event.data.size()));
-        m_report.times.longestGap =
-            std::max(m_report.times.longestGap,
-                     std::chrono::duration_cast<std::chrono::microseconds>(begun - m_lastRelease));
+        m_report.times.longestGap = std::max(m_report.times.longestGap, begun - m_lastRelease);
     }
 }
 
@@ -108,9 +101,9 @@ void DeviceJournal::addAnswer(const Answer &answer, Time when)
     if (static_cast<std::uint8_t>(answer.bytes.front()) == boot::kNak)
         ++m_report.refusals;
     if (m_downloading) {
-        m_report.times.toLastAnswer = sinceSync(when);
+        m_report.times.toLastAnswer = when - m_syncTime;
         if (answer.releases && m_report.downloadFrames == 0)
-            m_report.times.toRelease = sinceSync(when);
+            m_report.times.toRelease = when - m_syncTime;
     }
     if (answer.releases)
         m_lastRelease = when;

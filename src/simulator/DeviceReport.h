@@ -18,12 +18,12 @@ namespace vorn {
 struct DownloadTimes
 {
     QDateTime startedAt; // the wall clock at the sync byte; invalid: no download yet
-    std::chrono::microseconds toHeader{0};     // until the download header was complete
-    std::chrono::microseconds toRelease{0};    // until the first data frame was released
-    std::chrono::microseconds toLastAnswer{0}; // until the latest answer was written
+    std::chrono::nanoseconds toHeader{0};     // until the download header was complete
+    std::chrono::nanoseconds toRelease{0};    // until the first data frame was released
+    std::chrono::nanoseconds toLastAnswer{0}; // until the latest answer was written
     // The longest time from the writing of an answer to the first byte of the data frame that it
     // released, which is the time that the updater and the way to it took.
-    std::chrono::microseconds longestGap{0};
+    std::chrono::nanoseconds longestGap{0};
 };
 
 // What a simulated device has seen so far. A value, safe to keep and to pass on.
@@ -70,8 +70,6 @@ public:
     void addUnplug();
 
 private:
-    std::chrono::microseconds sinceSync(Time when) const;
-
     DeviceReport m_report;
     QDateTime m_syncClock;
     Time m_syncTime;

@@ -50,17 +50,6 @@ QByteArray redirectTarget(const QByteArray &to, const PackageRequest &request, q
 
 } // namespace
 
-QString packageAnswerProblem(const PackageAnswer &answer)
-{
-    if (answer.truncateAt && answer.cutAt)
-        return QStringLiteral("a body is either truncated or cut");
-    if (answer.endless && answer.package.isEmpty())
-        return QStringLiteral("an endless body needs a package to repeat");
-    if (answer.declaredLength && answer.framing != BodyFraming::Length)
-        return QStringLiteral("a declared length needs the framing by length");
-    return {};
-}
-
 std::optional<PackageRequest> parseRequest(const QByteArray &block)
 {
     const QList<QByteArray> lines = block.split('\n');

@@ -25,27 +25,24 @@ enum class ServerSilence {
 // /software/VornUpdate2.zip, any other address answers 404.
 struct PackageAnswer
 {
-    QByteArray package;
+    QByteArray package{};
     int status = 200; // with another one, a page of text takes the place of the package
-    std::optional<QByteArray> lastModified; // value of that header; none: no header
+    std::optional<QByteArray> lastModified{}; // value of that header; none: no header
     BodyFraming framing = BodyFraming::Length;
-    std::optional<qint64> declaredLength;    // Content-Length to send, whatever the body's is
-    std::optional<qint64> truncateAt;        // end the body after so many bytes, in good order
-    std::optional<qint64> cutAt;             // break the connection after so many bytes of body
-    bool endless = false;                    // send the package again and again
-    qint64 bytesPerSecond = 0;               // of the body; 0: as fast as the client takes it
-    std::chrono::milliseconds bodyPause{0};  // between the headers and the body
-    std::optional<QByteArray> suggestedName; // file name in a Content-Disposition header
+    std::optional<qint64> declaredLength{};    // Content-Length to send, whatever the body's is
+    std::optional<qint64> truncateAt{};        // end the body after so many bytes, in good order
+    std::optional<qint64> cutAt{};             // break the connection after so many bytes of body
+    bool endless = false;                      // send the package again and again
+    qint64 bytesPerSecond = 0;                 // of the body; 0: as fast as the client takes it
+    std::chrono::milliseconds bodyPause{0};    // between the headers and the body
+    std::optional<QByteArray> suggestedName{}; // file name in a Content-Disposition header
     // Redirects: "http" (to the same server without TLS), "https" (to /moved/VornUpdate2.zip, which
     // is never redirected), "loop" (to the same address), or any address. Empty: no redirect.
-    QByteArray redirectTo;
-    QList<QByteArray> extraHeaders; // whole header lines, sent as they are
-    bool garbageHeaders = false;    // malformed lines among the headers
+    QByteArray redirectTo{};
+    QList<QByteArray> extraHeaders{}; // whole header lines, sent as they are
+    bool garbageHeaders = false;      // malformed lines among the headers
     ServerSilence silence = ServerSilence::None;
 };
-
-// Describes the first option that contradicts another; empty when all are valid.
-QString packageAnswerProblem(const PackageAnswer &answer);
 
 // What a client asked for.
 struct PackageRequest

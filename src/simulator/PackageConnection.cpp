@@ -18,9 +18,8 @@ constexpr int kTickMs = 10; // of a slow body
 } // namespace
 
 PackageConnection::PackageConnection(std::unique_ptr<QSslSocket> socket, bool secure,
-                                     quint16 plainPort, PackageServerState &state, QObject *parent)
-    : QObject(parent), m_socket(socket.release()), m_secure(secure), m_plainPort(plainPort),
-      m_state(state)
+                                     PackageServerState &state, QObject *parent)
+    : QObject(parent), m_socket(socket.release()), m_secure(secure), m_state(state)
 {
     m_socket->setParent(this);
     connect(m_socket, &QSslSocket::readyRead, this, &PackageConnection::readRequest);
@@ -48,7 +47,7 @@ void PackageConnection::readRequest()
 void PackageConnection::begin(const PackageRequest &request)
 {
     const bool silent = m_state.answer.silence != ServerSilence::None;
-    m_reply = makeReply(m_state.answer, request, m_secure, m_plainPort);
+    m_reply = makeReply(m_state.answer, request, m_secure, m_state.plainPort);
     m_request = m_state.report.requests.size();
     m_state.report.requests.append(
         {request.method, request.target, m_secure, silent ? 0 : m_reply.status});

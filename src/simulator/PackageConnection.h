@@ -18,8 +18,8 @@ class PackageConnection : public QObject
 {
 public:
     // Takes over a connected socket; `secure` when it uses TLS. The state must outlive the object.
-    PackageConnection(std::unique_ptr<QSslSocket> socket, bool secure, quint16 plainPort,
-                      PackageServerState &state, QObject *parent);
+    PackageConnection(std::unique_ptr<QSslSocket> socket, bool secure, PackageServerState &state,
+                      QObject *parent);
 
 private:
     void readRequest();
@@ -35,7 +35,6 @@ private:
 
     QSslSocket *const m_socket;
     const bool m_secure;
-    const quint16 m_plainPort;
     PackageServerState &m_state;
     QByteArray m_requestBlock;
     std::optional<qsizetype> m_request; // in the report

@@ -31,7 +31,6 @@ struct PackageServerReport
     int plainConnections = 0; // to the port without TLS
     QList<ServedRequest> requests;
 
-    qsizetype endedRequests() const; // complete or abandoned
     QJsonObject toJson() const;
 };
 
@@ -39,7 +38,8 @@ struct PackageServerReport
 struct PackageServerState
 {
     PackageAnswer answer; // to the next request
-    PackageServerReport report;
+    quint16 plainPort = 0;
+    PackageServerReport report{};
 };
 
 } // namespace vorn

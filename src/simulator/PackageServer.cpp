@@ -18,9 +18,8 @@ namespace {
 class Listener : public QTcpServer
 {
 public:
-    explicit Listener(PackageServerState &state, std::optional<QSslConfiguration> tls = {},
-                      quint16 plainPort = 0)
-        : m_state(state), m_tls(std::move(tls)), m_plainPort(plainPort)
+    explicit Listener(PackageServerState &state, std::optional<QSslConfiguration> tls = {})
+        : m_state(state), m_tls(std::move(tls))
     {
     }
 
@@ -35,19 +34,18 @@ protected:
             socket->setSslConfiguration(*m_tls);
             socket->startServerEncryption();
         }
-        new PackageConnection(std::move(socket), m_tls.has_value(), m_plainPort, m_state, this);
+        new PackageConnection(std::move(socket), m_tls.has_value(), m_state, this);
     }
 
 private:
     PackageServerState &m_state;
     const std::optional<QSslConfiguration> m_tls;
-    const quint16 m_plainPort;
 };
 
 } // namespace
 
 PackageServer::PackageServer(PackageAnswer answer, CertificateKind certificate)
-    : m_kind(certificate), m_state{std::move(answer), {}}
+    : m_kind(certificate), m_state{.answer = std::move(answer)}
 {
 }
 
@@ -60,8 +58,6 @@ bool PackageServer::start(QString *problem, quint16 port)
             *problem = why;
         return false;
     };
-    if (const QString why = packageAnswerProblem(m_state.answer); !why.isEmpty())
-        return fail(why);
     QString why;
     const std::optional<ServerCertificate> made = makeServerCertificate(m_kind, &why);
     if (!made)
@@ -74,30 +70,18 @@ bool PackageServer::start(QString *problem, quint16 port)
     m_plain = std::make_unique<Listener>(m_state);
     if (!m_plain->listen(QHostAddress::LocalHost))
         return fail(m_plain->errorString());
+    m_state.plainPort = m_plain->serverPort();
     QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
     tls.setLocalCertificate(QSslCertificate(m_certificate.certificate));
     tls.setPrivateKey(QSslKey(m_certificate.key, QSsl::Ec));
     tls.setPeerVerifyMode(QSslSocket::VerifyNone);
-    m_tls = std::make_unique<Listener>(m_state, tls, plainPort());
+    m_tls = std::make_unique<Listener>(m_state, tls);
     return m_tls->listen(QHostAddress::LocalHost, port) || fail(m_tls->errorString());
-}
-
-quint16 PackageServer::plainPort() const
-{
-    return m_plain->serverPort();
 }
 
 QString PackageServer::host() const
 {
     return QStringLiteral("127.0.0.1:%1").arg(m_tls->serverPort());
-}
-
-bool PackageServer::setAnswer(const PackageAnswer &answer)
-{
-    if (!packageAnswerProblem(answer).isEmpty())
-        return false;
-    m_state.answer = answer;
-    return true;
 }
 
 } // namespace vorn

@@ -26,17 +26,17 @@ public:
     PackageServer &operator=(const PackageServer &) = delete;
 
     // Listens on the port, or on a free one when it is 0; call it once. False, with the reason in
-    // *problem, when the answer is invalid, the port is taken or no certificate can be made.
+    // *problem, when the port is taken or no certificate can be made.
     [[nodiscard]] bool start(QString *problem = nullptr, quint16 port = 0);
 
-    quint16 plainPort() const;
+    quint16 plainPort() const { return m_state.plainPort; }
     QString host() const; // "127.0.0.1:PORT", the port with TLS
     // The authority to trust, in PEM, and a file with it that lives as long as the server.
     const QByteArray &authority() const { return m_certificate.authority; }
     QString authorityFile() const { return m_authorityFile.fileName(); }
 
-    // Answers the requests to come in this way. False, and nothing changes, when it is invalid.
-    bool setAnswer(const PackageAnswer &answer);
+    // Answers the requests to come in this way.
+    void setAnswer(const PackageAnswer &answer) { m_state.answer = answer; }
 
     const PackageServerReport &report() const { return m_state.report; }
 

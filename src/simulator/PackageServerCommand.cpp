@@ -58,10 +58,10 @@ QByteArray packageToServe(const CommandOptions &line)
     if (!line.isSet("package"))
         return samplePackage();
     if (line.isSet("sample-package"))
-        line.check(QStringLiteral("--package and --sample-package exclude each other"));
+        line.fail(QStringLiteral("--package and --sample-package exclude each other"));
     QFile file(line.text("package"));
     if (!file.open(QIODevice::ReadOnly))
-        line.check(QStringLiteral("%1: %2").arg(file.fileName(), file.errorString()));
+        line.fail(QStringLiteral("%1: %2").arg(file.fileName(), file.errorString()));
     return file.readAll();
 }
 
@@ -96,7 +96,12 @@ PackageAnswer packageAnswer(const CommandOptions &line)
             line.choice<ServerSilence>("silence", {{"request", ServerSilence::Request},
                                                    {"handshake", ServerSilence::Handshake}});
     }
-    line.check(packageAnswerProblem(answer));
+    if (answer.truncateAt && answer.cutAt)
+        line.fail(QStringLiteral("a body is either truncated or cut"));
+    if (answer.endless && answer.package.isEmpty())
+        line.fail(QStringLiteral("an endless body needs a package to repeat"));
+    if (answer.declaredLength && answer.framing != BodyFraming::Length)
+        line.fail(QStringLiteral("a declared length needs the framing by length"));
     return answer;
 }
 

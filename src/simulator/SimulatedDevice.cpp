@@ -42,16 +42,13 @@ SimulatedDevice::~SimulatedDevice()
 
 bool SimulatedDevice::start(QString *problem)
 {
-    QString why = deviceOptionsProblem(m_options);
-    if (why.isEmpty() && (!m_wake.isValid() || !m_updated.isValid()))
-        why = QStringLiteral("no event descriptor");
-    if (why.isEmpty()) {
-        m_thread = std::thread([this] { run(); });
-        return replug(problem);
+    if (!m_wake.isValid() || !m_updated.isValid()) {
+        if (problem != nullptr)
+            *problem = QStringLiteral("no event descriptor");
+        return false;
     }
-    if (problem != nullptr)
-        *problem = why;
-    return false;
+    m_thread = std::thread([this] { run(); });
+    return replug(problem);
 }
 
 QString SimulatedDevice::path() const

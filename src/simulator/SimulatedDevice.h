@@ -33,8 +33,8 @@ public:
     SimulatedDevice(const SimulatedDevice &) = delete;
     SimulatedDevice &operator=(const SimulatedDevice &) = delete;
 
-    // Plugs the device in; call it once. False, with the reason in *problem, when the options are
-    // invalid or the terminal or its link cannot be made.
+    // Plugs the device in; call it once. False, with the reason in *problem, when the terminal or
+    // its link cannot be made.
     [[nodiscard]] bool start(QString *problem = nullptr);
 
     QString path() const;      // the link, or the terminal when there is no link

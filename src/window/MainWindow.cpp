@@ -10,7 +10,6 @@
 #include <QIcon>
 #include <QTimerEvent>
 
-#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -23,7 +22,8 @@ static void loadResources()
 
 namespace {
 
-constexpr int kFrameTime = 16; // ms: about 60 frames per second
+constexpr int kFrameTime = 16;   // ms: about 60 frames per second
+constexpr int kStartWidth = 688; // pixels, or more if the widgets need it
 
 QIcon programIcon()
 {
@@ -43,6 +43,7 @@ QString styleSheetFor(const QPalette &palette, int badgeSide)
                "#deviceBadge, #firmwareBadge, #updateBadge {"
                "  background: %3; border-radius: %8px;"
                "  min-width: %9px; max-width: %9px; min-height: %9px; max-height: %9px; }"
+               "#column > QFrame > .QLabel { font-weight: bold; }"
                "QPushButton#updateButton_2001:enabled {"
                "  background: %4; color: %5; border-radius: 4px; padding: 4px; }"
                "QPushButton#updateButton_2001:hover { background: %6; }"
@@ -84,7 +85,7 @@ MainWindow::MainWindow(QWidget *parent)
     m_ui->downloadProgress->setSizePolicy(keepsItsPlace);
     m_ui->downloadProgress->hide();
     applyLook();
-    resize(std::max(width(), sizeHint().width()), sizeHint().height());
+    resize(sizeHint().expandedTo({kStartWidth, 0}));
 }
 
 MainWindow::~MainWindow() = default;

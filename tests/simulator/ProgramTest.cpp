@@ -13,6 +13,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace vorn::test {
 namespace {
 
@@ -28,12 +30,14 @@ public:
         EXPECT_TRUE(waitForStarted(kLimitMs));
     }
 
-    // The next line of JSON on its standard output; empty when it ends without one.
-    QJsonObject nextEvent()
+    // The next line of JSON on its standard output, of that event.
+    QJsonObject next(const char *event)
     {
         while (!canReadLine() && waitForReadyRead(kLimitMs)) {
         }
-        return QJsonDocument::fromJson(readLine()).object();
+        const QJsonObject object = QJsonDocument::fromJson(readLine()).object();
+        EXPECT_EQ(object.value("event"), event);
+        return object;
     }
 
     int endedWith()
@@ -58,16 +62,14 @@ TEST(Program, RunsADeviceUntilItsUpdatesAreDone)
     Vornsim program({"device", "--dir", directory.path(), "--name", "usbserial-1", "--model", "2",
                      "--erase-ms", "150", "--fault", "last=noise", "--exit-after", "1", "--image",
                      image, "--report", report});
-    const QJsonObject ready = program.nextEvent();
-    ASSERT_EQ(ready.value("event"), "ready");
-    const TestUpdater updater(ready.value("path").toString());
+    const TestUpdater updater(program.next("ready").value("path").toString());
     ASSERT_TRUE(updater.handshake());
     ASSERT_EQ(updater.ask(header(3), 2), kAck.repeated(2));
     EXPECT_EQ(updater.ask(frame("abc"), 4).toHex(), "55005aaf");
 
-    const QJsonObject end = program.nextEvent();
-    EXPECT_EQ(end.value("event"), "report");
+    const QJsonObject end = program.next("report");
     EXPECT_EQ(end.value("updates"), 1);
+    EXPECT_EQ(end.value("plugged"), true);
     EXPECT_EQ(end.value("errorCount"), 0);
     EXPECT_GE(end.value("download").toObject().value("dataReleasedAfterMs").toDouble(), 150);
     EXPECT_EQ(program.endedWith(), 0);
@@ -82,7 +84,7 @@ TEST(Program, ServesAPackageAsAskedForAndReportsWhatItServed)
     const QString authority = directory.filePath("ca.pem");
     Vornsim program({"package-server", "--ca-file", authority, "--declared-length", "1099511627776",
                      "--cut-at", "5000", "--garbage-headers", "--header", "X-Mine: 1"});
-    const QJsonObject ready = program.nextEvent();
+    const QJsonObject ready = program.next("ready");
     EXPECT_THAT(ready.value("host").toString().toStdString(), testing::StartsWith("127.0.0.1:"));
     EXPECT_EQ(ready.value("ca").toString(), authority);
     EXPECT_TRUE(contentOf(authority).startsWith("-----BEGIN CERTIFICATE-----"));
@@ -103,8 +105,7 @@ TEST(Program, ServesAPackageAsAskedForAndReportsWhatItServed)
     EXPECT_EQ(got.mid(got.lastIndexOf("\r\n\r\n") + 4), samplePackage().first(5000));
 
     program.terminate();
-    const QJsonObject report = program.nextEvent();
-    EXPECT_EQ(report.value("event"), "report");
+    const QJsonObject report = program.next("report");
     EXPECT_EQ(report.value("plainConnections"), 2);
     const QJsonArray requests = report.value("requests").toArray();
     ASSERT_EQ(requests.size(), 2);
@@ -131,25 +132,23 @@ TEST(Program, WritesSamplesAndAPackageThatAnotherToolReads)
 
 TEST(Program, ExplainsEachMistakeAndEndsWithItsStatus)
 {
-    struct Mistake
-    {
-        const char *arguments;
-        const char *complaint;
-        int status = 2;
-    };
-    for (const Mistake &m :
-         {Mistake{"", "a command is needed"}, Mistake{"devise", "\"devise\" is not a command"},
-          Mistake{"device --modle 3", "modle"}, Mistake{"device now", "\"now\" is not an option"},
-          Mistake{"device --model 256", "\"256\" is not a number from 0 to 255"},
-          Mistake{"device --fault connect=nothing", "the kinds are silence, refuse"},
-          Mistake{"device --dir /tmp", "belong together"},
-          Mistake{"package-server --framing odd", "not one of length, chunked, until-close"},
-          Mistake{"package-server --truncate-at 1 --cut-at 2", "either truncated or cut"},
-          Mistake{"device --dir /none --name usbserial-1", "/none/usbserial-1: No such file", 1}}) {
-        SCOPED_TRACE(m.arguments);
-        Vornsim program(QString::fromLatin1(m.arguments).split(u' ', Qt::SkipEmptyParts));
-        EXPECT_EQ(program.endedWith(), m.status);
-        EXPECT_THAT(program.readAllStandardError().toStdString(), testing::HasSubstr(m.complaint));
+    for (const auto &[arguments, complaint, status] :
+         {std::tuple("", "a command is needed", 2),
+          {"devise", "\"devise\" is not a command", 2},
+          {"device --modle 3", "modle", 2},
+          {"device now", "\"now\" is not an option", 2},
+          {"device --model 256", "\"256\" is not a number from 0 to 255", 2},
+          {"device --fault connect=nothing", "the kinds are silence, refuse", 2},
+          {"device --fault erase=silence --model 1", "only model codes from 2 on", 2},
+          {"device --split 1,4", "only the four bytes", 2},
+          {"device --dir /tmp", "belong together", 2},
+          {"package-server --framing odd", "not one of length, chunked, until-close", 2},
+          {"package-server --truncate-at 1 --cut-at 2", "either truncated or cut", 2},
+          {"device --dir /none --name usbserial-1", "/none/usbserial-1: No such file", 1}}) {
+        SCOPED_TRACE(arguments);
+        Vornsim program(QString::fromLatin1(arguments).split(u' ', Qt::SkipEmptyParts));
+        EXPECT_EQ(program.endedWith(), status);
+        EXPECT_THAT(program.readAllStandardError().toStdString(), testing::HasSubstr(complaint));
         EXPECT_EQ(program.readAllStandardOutput(), "");
     }
 }

@@ -62,10 +62,9 @@ TEST_F(MainWindowTest, AScreenReaderIsToldWhatIsSeen)
     for (const auto &[tag, description] :
          {std::pair(1001, "Connection status"), std::pair(1012, "Firmware status"),
           std::pair(1015, "Update status")}) {
-        tagged<vorn::StatusLine>(tag)->show("Prompt:<b>a & b</b>", vorn::StatusTone::Bad);
+        tagged<vorn::StatusLine>(tag)->setText("Prompt:<b>a & b</b>");
         EXPECT_EQ(spoken(tag, QAccessible::Name), u"Prompt:<b>a & b</b>");
         EXPECT_EQ(spoken(tag, QAccessible::Description), QLatin1String(description));
-        EXPECT_EQ(tagged<vorn::StatusLine>(tag)->tone(), vorn::StatusTone::Bad);
     }
 }
 
@@ -153,33 +152,27 @@ TEST_F(MainWindowTest, NothingMovesWhenTextsGrowAndTheDownloadBarComesAndGoes)
     EXPECT_EQ(places(), before);
 }
 
-// Counts a status line's paint events and keeps the text that the last one showed.
-class PaintCounter : public QObject
+// Counts a label's paint events and keeps the text that the last one showed.
+struct PaintCounter : QObject
 {
-public:
-    explicit PaintCounter(vorn::StatusLine *line) : m_line(line) { line->installEventFilter(this); }
-
-    int count = 0;
-    QString lastText;
-
-protected:
-    bool eventFilter(QObject *, QEvent *event) override
+    bool eventFilter(QObject *label, QEvent *event) override
     {
         if (event->type() == QEvent::Paint) {
             ++count;
-            lastText = m_line->text();
+            lastText = static_cast<QLabel *>(label)->text();
         }
         return false;
     }
 
-private:
-    vorn::StatusLine *const m_line;
+    int count = 0;
+    QString lastText;
 };
 
 TEST_F(MainWindowTest, ManyTextsCostSixtyPaintsASecondAndTheLastIsPainted)
 {
-    auto *line = tagged<vorn::StatusLine>(1015);
-    PaintCounter paints(line);
+    auto *line = tagged<QLabel>(1015);
+    PaintCounter paints;
+    line->installEventFilter(&paints);
     QElapsedTimer clock;
     clock.start();
     for (int i = 0; i < 1000; ++i) {
@@ -198,35 +191,18 @@ TEST_F(MainWindowTest, AChangeOfThePaletteIsFollowed)
         return window.grab().toImage();
     };
     const QPalette lightPalette = QApplication::palette();
-    const QImage light = picture(m_window);
     QApplication::setPalette(QPalette(Qt::darkGray, Qt::black));
     vorn::MainWindow startedDark;
     startedDark.show();
     EXPECT_TRUE(picture(m_window) == picture(startedDark));
-    EXPECT_FALSE(picture(m_window) == light);
     QApplication::setPalette(lightPalette);
-    EXPECT_TRUE(picture(m_window) == light);
 }
 
 class CloseQuestionTest : public MainWindowTest
 {
 protected:
-    void SetUp() override
-    {
-        MainWindowTest::SetUp();
-        m_question = m_window.findChild<QMessageBox *>();
-        ASSERT_TRUE(m_question);
-        m_window.setUpdateRuns(true);
-    }
-    void pressKey(Qt::Key key) const { QTest::keyClick(m_question->focusWidget(), key); }
-    void confirm() const
-    {
-        for (QAbstractButton *button : m_question->buttons())
-            if (m_question->buttonRole(button) == QMessageBox::DestructiveRole)
-                QTest::mouseClick(button, Qt::LeftButton);
-    }
-
-    QMessageBox *m_question = nullptr;
+    CloseQuestionTest() { m_window.setUpdateRuns(true); }
+    QMessageBox *const m_question = m_window.findChild<QMessageBox *>();
     QSignalSpy m_closePort{&m_window, &vorn::MainWindow::closePortAnyway};
 };
 
@@ -236,39 +212,33 @@ TEST_F(CloseQuestionTest, ReturnAndEscapeKeepTheUpdateWhereverTheFocusWasLeft)
         m_window.askToClosePort();
         ASSERT_TRUE(m_question->isVisible());
         if (key == Qt::Key_Escape)
-            pressKey(Qt::Key_Tab);
-        pressKey(key);
+            QTest::keyClick(m_question->focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(m_question->focusWidget(), key);
         EXPECT_FALSE(m_question->isVisible());
     }
     EXPECT_EQ(m_closePort.count(), 0);
 }
 
-TEST_F(CloseQuestionTest, TheWindowsCloseDoesNotChangeAQuestionAboutThePort)
+TEST_F(CloseQuestionTest, AQuestionAboutThePortStaysOneWhateverHappensBehindIt)
 {
+    m_window.close();
+    const QString aboutTheWindow = m_question->informativeText();
+    m_question->reject();
     m_window.askToClosePort();
-    const QString question = m_question->informativeText();
+    const QString aboutThePort = m_question->informativeText();
+    EXPECT_NE(aboutThePort, aboutTheWindow);
     EXPECT_FALSE(m_window.close());
-    EXPECT_EQ(m_question->informativeText(), question);
-    confirm();
-    EXPECT_EQ(m_closePort.count(), 1);
-    EXPECT_TRUE(m_window.isVisible());
+    EXPECT_EQ(m_question->informativeText(), aboutThePort);
 
-    EXPECT_FALSE(m_window.close());
-    EXPECT_NE(m_question->informativeText(), question);
-    confirm();
-    EXPECT_EQ(m_closePort.count(), 1);
-    EXPECT_FALSE(m_window.isVisible());
-}
-
-TEST_F(CloseQuestionTest, TheQuestionStaysWhenTheUpdateEndsAndStillClosesThePort)
-{
-    m_window.askToClosePort();
     m_window.setUpdateRuns(false);
     EXPECT_TRUE(m_question->isVisible());
     EXPECT_EQ(m_question->text(), "The update has ended.");
-    confirm();
+    for (QAbstractButton *button : m_question->buttons())
+        if (m_question->buttonRole(button) == QMessageBox::DestructiveRole)
+            button->click();
     EXPECT_FALSE(m_question->isVisible());
     EXPECT_EQ(m_closePort.count(), 1);
+    EXPECT_TRUE(m_window.isVisible());
 }
 
 } // namespace
