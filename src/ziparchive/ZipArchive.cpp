@@ -51,10 +51,8 @@ bool ZipArchive::UnzipOpenFile(const QString &path)
     m_unzFile = vorn::ArchiveReader::open(path);
     if (!m_unzFile)
         return false;
-    if (const auto count = m_unzFile->entryCount()) {
-        m_numFiles = *count;
-        qCInfo(logArchive, "%llu entries in the zip file", m_numFiles);
-    }
+    m_numFiles = m_unzFile->entryCount();
+    qCInfo(logArchive, "%llu entries in the zip file", m_numFiles);
     return true;
 }
 
