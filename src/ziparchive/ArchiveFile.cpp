@@ -14,7 +14,7 @@ namespace vorn {
 
 namespace {
 
-constexpr std::size_t kWindowSize = 65536;
+constexpr std::size_t kWindowSize = 4096;
 
 ArchiveFile &fileOf(voidpf self)
 {
@@ -46,26 +46,36 @@ const ArchiveFile::Window &ArchiveFile::windowAt(quint64 position)
         return window;
     window.bytes.resize(kWindowSize);
     window.start = start;
-    window.filled = 0;
-    while (window.filled < kWindowSize) {
-        const ssize_t count =
-            ::pread(m_fd.get(), window.bytes.data() + window.filled, kWindowSize - window.filled,
-                    static_cast<off_t>(start + window.filled));
+    window.filled = readFile(window.bytes, start);
+    return window;
+}
+
+std::size_t ArchiveFile::readFile(std::span<char> target, quint64 position)
+{
+    std::size_t done = 0;
+    while (done < target.size()) {
+        const ssize_t count = ::pread(m_fd.get(), target.data() + done, target.size() - done,
+                                      static_cast<off_t>(position + done));
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
             m_failed = true;
         if (count <= 0)
             break;
-        window.filled += static_cast<std::size_t>(count);
+        done += static_cast<std::size_t>(count);
     }
-    return window;
+    return done;
 }
 
 // At the position, which advances; fewer bytes at the end of the file and after an error.
 std::size_t ArchiveFile::read(std::span<char> target)
 {
     std::size_t done = 0;
+    if (target.size() >= kWindowSize) {
+        done = readFile(target, m_position);
+        m_position += done;
+        return done;
+    }
     while (done < target.size() && m_position < m_size) {
         const Window &window = windowAt(m_position);
         const auto offset = static_cast<std::size_t>(m_position - window.start);

@@ -35,6 +35,7 @@ private:
     ArchiveFile(FileDescriptor fd, quint64 size) : m_fd(std::move(fd)), m_size(size) {}
     const Window &windowAt(quint64 position);
     std::size_t read(std::span<char> target);
+    std::size_t readFile(std::span<char> target, quint64 position);
 
     FileDescriptor m_fd;
     quint64 m_size = 0;
