@@ -69,22 +69,11 @@ bool ZipArchive::UnzipCloseFile()
     return !reader || reader->close();
 }
 
-bool ZipArchive::CreateZipFile2(const QString &path)
-{
-    return CreateZipFile2(path, false);
-}
-
 bool ZipArchive::CreateZipFile2(const QString &path, bool append)
 {
     m_zipFile.reset();
     m_zipFile = vorn::ArchiveWriter::open(path, append);
     return m_zipFile != nullptr;
-}
-
-bool ZipArchive::CreateZipFile2(const QString &path, const QString &Password)
-{
-    m_password = Password;
-    return CreateZipFile2(path);
 }
 
 bool ZipArchive::CreateZipFile2(const QString &path, const QString &Password, bool append)
@@ -125,16 +114,6 @@ bool ZipArchive::CloseZipFile2()
     m_password.clear();
     const auto writer = std::move(m_zipFile);
     return writer && writer->close();
-}
-
-void ZipArchive::setDelegate(std::shared_ptr<ZipArchiveDelegate> delegate)
-{
-    m_delegate = std::move(delegate);
-}
-
-void ZipArchive::setProgressBlock(ProgressBlock progressBlock)
-{
-    m_progressBlock = std::move(progressBlock);
 }
 
 void ZipArchive::setStringEncoding(const QByteArray &encoding)

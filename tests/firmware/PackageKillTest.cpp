@@ -195,7 +195,7 @@ XDG_CACHE_HOME="$2/cache" "$3" VornUpdate2.zip "$2/archive.zip")");
         } else {
             ++oldSets;
             EXPECT_EQ(tree, (Tree{{"old.bin", "old"}})) << size;
-            EXPECT_EQ(process.exitCode(), static_cast<int>(PackageProblemKind::NoSpace))
+            EXPECT_EQ(process.exitCode(), static_cast<int>(PackageProblemKind::FileSystem))
                 << size << process.readAllStandardError().constData();
         }
     }
