@@ -39,6 +39,7 @@ TEST(ResponseHeadersTest, AServerNamesAFileAndNeverAPlace)
         {R"(attachment; filename="q\"uote.zip")", url, "q\"uote.zip", "q\"uote"},
         {"attachment; filename=\"open.zip", url, "open.zip", "open"},
         {"attachment; filename=\"\"", url, "VornUpdate2.zip", "VornUpdate2"},
+        {"attachment; filename=first.zip; filename=second.zip", url, "first.zip", "first"},
         {"attachment; filename=x.zip; filename*=UTF-8'de'f%C3%BCr.zip", url, "für.zip", "für"},
         {"attachment; filename*=iso-8859-1''f%FCr.zip; filename=x.zip", url, "für.zip", "für"},
         {"attachment; filename*=UTF-8''%FF.zip; filename=x.zip", url, "x.zip", "x"},
