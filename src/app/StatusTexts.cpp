@@ -57,8 +57,6 @@ QString reason(const PackageProblem &problem)
     switch (problem.kind) {
     case PackageProblemKind::None:
         break;
-    case PackageProblemKind::NotConfigured:
-        return QStringLiteral("no package server is configured");
     case PackageProblemKind::NameNotFound:
         return QStringLiteral("the host name cannot be resolved");
     case PackageProblemKind::Unreachable:
@@ -77,8 +75,6 @@ QString reason(const PackageProblem &problem)
         return QStringLiteral("invalid response (network error %1)").arg(problem.code);
     case PackageProblemKind::HttpStatus:
         return QStringLiteral("the server responded with HTTP status %1").arg(problem.code);
-    case PackageProblemKind::Cancelled:
-        return QStringLiteral("cancelled");
     case PackageProblemKind::UnusableName:
         return QStringLiteral("unusable package name");
     case PackageProblemKind::TooLarge:
@@ -89,7 +85,6 @@ QString reason(const PackageProblem &problem)
         return QStringLiteral("the package is damaged");
     case PackageProblemKind::Conflict:
         return QStringLiteral("a file or folder of another program is in the way");
-    case PackageProblemKind::NoSpace:
     case PackageProblemKind::FileSystem:
         return QString::fromLocal8Bit(std::strerror(problem.code));
     case PackageProblemKind::NoCertificates:

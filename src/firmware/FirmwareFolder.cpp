@@ -5,11 +5,7 @@
 #include <QFile>
 #include <QLoggingCategory>
 
-#include <dirent.h>
-
-#include <cerrno>
-#include <cstring>
-#include <memory>
+#include <filesystem>
 
 namespace vorn {
 
@@ -17,54 +13,33 @@ namespace {
 
 Q_LOGGING_CATEGORY(logFirmware, "vorn.firmware")
 
-struct DirCloser
-{
-    void operator()(DIR *folder) const { ::closedir(folder); }
-};
-
-// The extension is what follows the last ".", or the whole name without one.
-bool isFirmwareFile(const QByteArray &name)
-{
-    return name.mid(name.lastIndexOf('.') + 1) == "bin";
-}
-
 } // namespace
 
-// By readdir(), since Qt's own listing does not promise the file system's order.
+// Not by QDir, which does not promise the file system's order.
 std::optional<FirmwareScan> scanFirmwareFolder()
 {
+    namespace fs = std::filesystem;
     const QString path = cachesDirectory() + u'/' + kFirmwareFolderName;
-    const std::unique_ptr<DIR, DirCloser> folder(::opendir(QFile::encodeName(path).constData()));
-    int error = errno;
-    if (!folder) {
-        qCDebug(logFirmware) << path << std::strerror(error);
-        return std::nullopt;
-    }
     FirmwareScan scan;
-    for (;;) {
-        errno = 0;
-        const dirent *entry = ::readdir(folder.get());
-        if (!entry)
-            break;
-        const QByteArray bytes(entry->d_name);
-        if (bytes == "." || bytes == "..")
-            continue;
+    std::error_code error;
+    for (fs::directory_iterator entry(path.toStdString(), error), end; !error && entry != end;
+         entry.increment(error)) {
         scan.isEmpty = false;
-        const QString name = QFile::decodeName(bytes);
-        if (!isFirmwareFile(bytes))
+        const std::string bytes = entry->path().filename();
+        // The extension is what follows the last ".", or the whole name without one.
+        if (bytes.substr(bytes.rfind('.') + 1) != "bin")
             continue;
         // A name that is not valid text could be listed but never opened.
-        if (QFile::encodeName(name) == bytes)
+        if (const QString name = QString::fromStdString(bytes); name.toStdString() == bytes)
             scan.files.append(name);
         else
-            qCWarning(logFirmware) << "Not listed, its name is not valid text:" << bytes;
+            qCWarning(logFirmware) << "Not listed, its name is not valid text:" << bytes.c_str();
     }
-    error = errno;
-    if (error != 0) {
-        qCWarning(logFirmware) << path << std::strerror(error);
-        return std::nullopt;
-    }
-    return scan;
+    if (!error)
+        return scan;
+    if (error != std::errc::no_such_file_or_directory)
+        qCWarning(logFirmware) << path << error.message().c_str();
+    return std::nullopt;
 }
 
 } // namespace vorn

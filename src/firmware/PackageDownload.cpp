@@ -59,9 +59,8 @@ bool PackageDownload::sendRequest()
     return true;
 }
 
-UrlSessionDelegate::Disposition
-PackageDownload::URLSessionDataTaskDidReceiveResponse(UrlSession &session,
-                                                      const UrlResponse &response)
+bool PackageDownload::URLSessionDataTaskDidReceiveResponse(UrlSession &session,
+                                                           const UrlResponse &response)
 {
     qCDebug(logFirmware, "receive response.");
     const DownloadPtr download = downloadOf(session);
@@ -69,8 +68,8 @@ PackageDownload::URLSessionDataTaskDidReceiveResponse(UrlSession &session,
     m_state = std::make_shared<PackageState>();
     download->state = m_state;
     download->statusCode = response.statusCode;
-    m_state->totalNum = expectedLength(response.contentLength);
-    m_state->lastModifiedString = lastModifiedValue(response.lastModified);
+    m_state->totalNum = response.contentLength;
+    m_state->lastModifiedString = response.lastModified;
     m_state->suggestedFilename = suggestedFilename(response);
     m_state->curDirName = folderNameFor(m_state->suggestedFilename);
     m_observer.packageResponseDidArrive(m_state->totalNum);
@@ -78,18 +77,18 @@ PackageDownload::URLSessionDataTaskDidReceiveResponse(UrlSession &session,
     if (m_state->curDirName.isEmpty()) {
         m_state->curDirName = previousFolder; // where the update still finds its files
         download->refusal = {Kind::UnusableName, 0, m_state->suggestedFilename};
-        return Disposition::Cancel;
+        return false;
     }
     if (m_library.allFileArray() && isStoredDate(m_state->lastModifiedString)) {
         download->isUpToDate = true;
-        return Disposition::Cancel;
+        return false;
     }
     if (m_state->totalNum > m_limits.packageBytes) {
         download->refusal = {Kind::TooLarge, 0, m_state->suggestedFilename};
-        return Disposition::Cancel;
+        return false;
     }
     m_state->mIsCancel = 0;
-    return Disposition::Allow;
+    return true;
 }
 
 void PackageDownload::URLSessionDataTaskDidReceiveData(UrlSession &session, const QByteArray &piece)

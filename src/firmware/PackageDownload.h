@@ -77,8 +77,8 @@ private:
     struct Download;
     using DownloadPtr = std::shared_ptr<Download>;
 
-    Disposition URLSessionDataTaskDidReceiveResponse(UrlSession &session,
-                                                     const UrlResponse &response) override;
+    bool URLSessionDataTaskDidReceiveResponse(UrlSession &session,
+                                              const UrlResponse &response) override;
     void URLSessionDataTaskDidReceiveData(UrlSession &session, const QByteArray &piece) override;
     void URLSessionTaskDidCompleteWithError(UrlSession &session,
                                             const PackageProblem &error) override;

@@ -3,6 +3,8 @@
 #include <QFile>
 #include <QRegularExpression>
 
+#include <cerrno>
+
 namespace vorn {
 
 std::optional<PackageLocation> PackageLocation::onHost(const QString &host)
@@ -23,7 +25,7 @@ PackageProblem PackageLocation::addCertificates(const QString &pemFile)
     QFile file(pemFile);
     errno = EISDIR; // Qt rejects a folder without a system call that fails
     if (!file.open(QIODevice::ReadOnly))
-        return fileProblem(errno, pemFile);
+        return {PackageProblemKind::FileSystem, errno, pemFile};
     const QList<QSslCertificate> found = QSslCertificate::fromDevice(&file, QSsl::Pem);
     if (found.isEmpty())
         return {PackageProblemKind::NoCertificates, 0, pemFile};

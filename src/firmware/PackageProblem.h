@@ -2,14 +2,11 @@
 
 #include "platform/Failure.h"
 
-#include <cerrno>
-
 namespace vorn {
 
 // Why a package was not installed. After each kind: what its code is; 0 where nothing is said.
 enum class PackageProblemKind {
     None,
-    NotConfigured,    // no package server is known
     NameNotFound,     // QNetworkReply::NetworkError
     Unreachable,      // QNetworkReply::NetworkError: refused, no network, proxy trouble
     ConnectionLost,   // QNetworkReply::NetworkError: ended before the whole body had arrived
@@ -19,25 +16,16 @@ enum class PackageProblemKind {
     InsecureRedirect, // QNetworkReply::NetworkError: redirected away from HTTPS
     Protocol,         // QNetworkReply::NetworkError: any other fault of the response
     HttpStatus,       // the HTTP status of a response whose body was no package
-    Cancelled,        // QNetworkReply::NetworkError: aborted by this side
     UnusableName,     // the suggested file name gives no folder name
     TooLarge,         // more bytes than a package may have
     NotAnArchive,     // no zip archive, or an empty one
     BadArchive,       // an archive that could not be unpacked whole
     Conflict,         // something that is not this program's is in the package's place
-    NoSpace,          // errno: ENOSPC or EDQUOT
     FileSystem,       // errno
     NoCertificates,   // a certificate file without a certificate in PEM format
 };
 
 // `text` is the subject: a host, a suggested file name, a path, an archive entry's name.
 using PackageProblem = Failure<PackageProblemKind>;
-
-// What `error`, an errno, of an operation on `subject` means.
-inline PackageProblem fileProblem(int error, const QString &subject)
-{
-    const bool isFull = error == ENOSPC || error == EDQUOT;
-    return {isFull ? PackageProblemKind::NoSpace : PackageProblemKind::FileSystem, error, subject};
-}
 
 } // namespace vorn

@@ -4,7 +4,6 @@
 #include "firmware/StagingFolder.h"
 #include "platform/FileDescriptor.h"
 
-#include <QFile>
 #include <QLoggingCategory>
 
 #include <fcntl.h>
@@ -38,11 +37,6 @@ constexpr const char *kMarker = ".published-by-vornupdater";
 [[noreturn]] void throwConflict(const fs::path &path)
 {
     throwErrno(EEXIST, path);
-}
-
-QString toText(const fs::path &path)
-{
-    return QFile::decodeName(path.c_str());
 }
 
 // The type of the item itself; a symbolic link is not followed.
@@ -106,7 +100,7 @@ public:
         for (const fs::directory_entry &entry : fs::directory_iterator(m_staging.content()))
             if (const fs::path name = entry.path().filename();
                 name != m_packageFolder && name != m_firmwareFolder)
-                qCWarning(logFirmware) << "Not published:" << toText(name);
+                qCWarning(logFirmware) << "Not published:" << QString::fromStdString(name);
         if (!isNamedAfterFirmware && has(m_firmwareFolder) && fs::exists(target(m_firmwareFolder)))
             keepOldFiles(fresh(m_firmwareFolder), target(m_firmwareFolder));
         if (!isNamedAfterFirmware && has(m_packageFolder))
@@ -172,7 +166,8 @@ private:
         fs::rename(target(m_packageFolder), m_staging.file("old-folder"), error);
         if (error)
             qCWarning(logFirmware)
-                << "Cannot remove" << toText(target(m_packageFolder)) << error.message().c_str();
+                << "Cannot remove" << QString::fromStdString(target(m_packageFolder))
+                << error.message().c_str();
     }
 
     // Flushes the renames before what they replaced is removed. They are done by now: a file system
@@ -198,10 +193,10 @@ PackageProblem publishPackage(const StagingFolder &staging, const fs::path &pack
         Publisher(staging, packageFolder).run();
         return {};
     } catch (const fs::filesystem_error &error) {
-        const QString path = toText(error.path1());
+        const QString path = QString::fromStdString(error.path1());
         if (error.code() == std::errc::file_exists)
             return {PackageProblemKind::Conflict, 0, path};
-        return fileProblem(error.code().value(), path);
+        return {PackageProblemKind::FileSystem, error.code().value(), path};
     }
 }
 

@@ -7,8 +7,6 @@
 #include "platform/FileDescriptor.h"
 #include "ziparchive/ZipArchive.h"
 
-#include <QFile>
-
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -21,16 +19,6 @@ namespace vorn {
 namespace fs = std::filesystem;
 
 namespace {
-
-QString toText(const fs::path &path)
-{
-    return QFile::decodeName(path.c_str());
-}
-
-fs::path toPath(const QString &text)
-{
-    return QFile::encodeName(text).toStdString();
-}
 
 // 0 or an errno.
 int writeAll(const fs::path &path, const QByteArray &data)
@@ -60,7 +48,7 @@ PackageProblem archiveProblem(const ArchiveFailure &failure)
     case ArchiveFailureKind::TooLarge:
         return {PackageProblemKind::TooLarge, 0, failure.text};
     case ArchiveFailureKind::NotWritten:
-        return fileProblem(failure.code, failure.text);
+        return {PackageProblemKind::FileSystem, failure.code, failure.text};
     default:
         return {PackageProblemKind::BadArchive, 0, failure.text};
     }
@@ -93,20 +81,20 @@ PackageProblem PackageStore::save(const QByteArray &data)
     m_staging = StagingFolder::create();
     int error = errno;
     if (!m_staging)
-        return fileProblem(error, cachesDirectory());
+        return {PackageProblemKind::FileSystem, error, cachesDirectory()};
     m_archive = m_staging->file("package.zip");
     error = writeAll(m_archive, data);
     if (error != 0)
-        return fileProblem(error, toText(m_archive));
+        return {PackageProblemKind::FileSystem, error, QString::fromStdString(m_archive)};
 
     // A hard link to the saved file, so that this package is unpacked even when another one is
     // saved under its name meanwhile. A file system without links gets the file moved.
-    const fs::path target = m_staging->destination() / toPath(m_suggestedFilename);
+    const fs::path target = m_staging->destination() / m_suggestedFilename.toStdString();
     const fs::path second = m_staging->file("second-name.zip");
     const bool isLinked = ::link(m_archive.c_str(), second.c_str()) == 0;
     if (::rename((isLinked ? second : m_archive).c_str(), target.c_str()) != 0) {
         error = errno;
-        return fileProblem(error, toText(target));
+        return {PackageProblemKind::FileSystem, error, QString::fromStdString(target)};
     }
     if (!isLinked)
         m_archive = target;
@@ -118,9 +106,10 @@ PackageProblem PackageStore::install()
     // Removed at the end in any case.
     const auto staging = std::exchange(m_staging, nullptr);
     if (PackageProblem problem =
-            decompressionFileToPath(toText(staging->content()), toText(m_archive), m_curDirName))
+            decompressionFileToPath(QString::fromStdString(staging->content()),
+                                    QString::fromStdString(m_archive), m_curDirName))
         return problem;
-    return publishPackage(*staging, toPath(m_curDirName));
+    return publishPackage(*staging, m_curDirName.toStdString());
 }
 
 } // namespace vorn

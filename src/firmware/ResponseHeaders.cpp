@@ -38,24 +38,7 @@ bool isControl(QChar c)
     return c.unicode() < 0x20 || c.unicode() == 0x7f;
 }
 
-} // namespace
-
-qint64 expectedLength(QByteArrayView contentLength)
-{
-    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
-    const QByteArrayView digits = contentLength.trimmed();
-    if (!std::all_of(digits.begin(), digits.end(), isDigit))
-        return 0;
-    return digits.toByteArray().toLongLong(); // 0 when it is empty or does not fit
-}
-
-std::optional<QString> lastModifiedValue(const QByteArray &lastModified)
-{
-    if (lastModified.isNull())
-        return std::nullopt;
-    return QString::fromLatin1(lastModified);
-}
-
+// The file name as it stands in the header; empty without one.
 QString dispositionFilename(QByteArrayView contentDisposition)
 {
     // A name, "=", and a quoted string, which may lack its end, or a token.
@@ -78,6 +61,17 @@ QString dispositionFilename(QByteArrayView contentDisposition)
             extended = extendedValue(value);
     }
     return extended.isEmpty() ? plain : extended;
+}
+
+} // namespace
+
+qint64 expectedLength(QByteArrayView contentLength)
+{
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    const QByteArrayView digits = contentLength.trimmed();
+    if (!std::all_of(digits.begin(), digits.end(), isDigit))
+        return 0;
+    return digits.toByteArray().toLongLong(); // 0 when it is empty or does not fit
 }
 
 QString suggestedFilename(const UrlResponse &response)

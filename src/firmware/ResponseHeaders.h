@@ -9,29 +9,23 @@
 
 namespace vorn {
 
-// What the download needs of an HTTP response's head. A missing header is null.
+// What the download needs of an HTTP response's head.
 struct UrlResponse
 {
     int statusCode = 0;
-    QUrl url; // of the body, after any redirects
-    QByteArray contentLength;
-    QByteArray lastModified;
+    QUrl url;                            // of the body, after any redirects
+    qint64 contentLength = 0;            // as by expectedLength()
+    std::optional<QString> lastModified; // unchanged
     QByteArray contentDisposition;
 };
 
 // The value of "Content-Length"; 0 when it is missing, not a decimal number, or above 2^63 - 1.
 qint64 expectedLength(QByteArrayView contentLength);
 
-// The value of "Last-Modified", unchanged; no value when it is missing.
-std::optional<QString> lastModifiedValue(const QByteArray &lastModified);
-
-// The file name in "Content-Disposition" (RFC 6266; "filename*" in UTF-8 or ISO-8859-1 takes
-// precedence over "filename"), unchanged; empty without one.
-QString dispositionFilename(QByteArrayView contentDisposition);
-
-// The file name to save the body under: that of "Content-Disposition", else the URL's last path
-// component; of either only what follows the last "/" or "\", since a server names files, not
-// places. May be empty.
+// The file name to save the body under: that of "Content-Disposition" (RFC 6266; "filename*" in
+// UTF-8 or ISO-8859-1 takes precedence over "filename"), else the URL's last path component; of
+// either only what follows the last "/" or "\", since a server names files, not places. May be
+// empty.
 QString suggestedFilename(const UrlResponse &response);
 
 // The name of the folder that a package of this file name belongs to: the name up to its first ".".

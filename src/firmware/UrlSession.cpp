@@ -6,6 +6,9 @@
 #include <QSslConfiguration>
 #include <QSslError>
 
+#include <algorithm>
+#include <array>
+
 namespace vorn {
 
 namespace {
@@ -21,8 +24,6 @@ Kind kindOf(QNetworkReply::NetworkError error)
         return Kind::NameNotFound;
     case QNetworkReply::RemoteHostClosedError:
         return Kind::ConnectionLost;
-    case QNetworkReply::OperationCanceledError:
-        return Kind::Cancelled;
     case QNetworkReply::SslHandshakeFailedError:
         return Kind::Encryption;
     case QNetworkReply::InsecureRedirectError:
@@ -50,16 +51,9 @@ bool isHttpStatusOnly(const QNetworkReply &reply)
 // A redirect, which Qt follows or rejects by itself.
 bool isRedirect(const QNetworkReply &reply)
 {
-    switch (statusOf(reply)) {
-    case 301:
-    case 302:
-    case 303:
-    case 307:
-    case 308:
-        return reply.hasRawHeader("Location");
-    default:
-        return false;
-    }
+    constexpr std::array kRedirects = {301, 302, 303, 307, 308};
+    return std::count(kRedirects.begin(), kRedirects.end(), statusOf(reply)) > 0 &&
+           reply.hasRawHeader("Location");
 }
 
 QNetworkRequest requestFor(const PackageLocation &location)
@@ -99,11 +93,6 @@ UrlSession::~UrlSession()
 
 void UrlSession::resume(QNetworkAccessManager &network, const PackageLocation &location)
 {
-    if (!location.isConfigured()) {
-        const auto fail = [this] { complete({Kind::NotConfigured, 0, {}}); };
-        QMetaObject::invokeMethod(this, fail, Qt::QueuedConnection);
-        return;
-    }
     m_reply = network.get(requestFor(location));
     connect(m_reply, &QNetworkReply::sslErrors, this, [this](const QList<QSslError> &errors) {
         if (!errors.isEmpty())
@@ -138,12 +127,12 @@ void UrlSession::receiveResponse()
     if (m_hasResponse || statusOf(*m_reply) == 0 || isRedirect(*m_reply))
         return;
     m_hasResponse = true;
-    const UrlResponse response{
-        statusOf(*m_reply), m_reply->url(), m_reply->rawHeader("Content-Length"),
-        m_reply->rawHeader("Last-Modified"), m_reply->rawHeader("Content-Disposition")};
-    m_expected = expectedLength(response.contentLength);
-    const auto answer = m_delegate.URLSessionDataTaskDidReceiveResponse(*this, response);
-    if (answer == UrlSessionDelegate::Disposition::Cancel)
+    m_expected = expectedLength(m_reply->rawHeader("Content-Length"));
+    UrlResponse response{statusOf(*m_reply), m_reply->url(), m_expected, std::nullopt,
+                         m_reply->rawHeader("Content-Disposition")};
+    if (m_reply->hasRawHeader("Last-Modified"))
+        response.lastModified = QString::fromLatin1(m_reply->rawHeader("Last-Modified"));
+    if (!m_delegate.URLSessionDataTaskDidReceiveResponse(*this, response))
         cancel();
 }
 

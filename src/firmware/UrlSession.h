@@ -22,11 +22,9 @@ class UrlSession;
 class UrlSessionDelegate
 {
 public:
-    enum class Disposition { Allow, Cancel };
-
-    // The headers are here; the answer says whether the body is wanted.
-    virtual Disposition URLSessionDataTaskDidReceiveResponse(UrlSession &session,
-                                                             const UrlResponse &response) = 0;
+    // The headers are here; false: the body is not wanted, and the transfer is to be cancelled.
+    virtual bool URLSessionDataTaskDidReceiveResponse(UrlSession &session,
+                                                      const UrlResponse &response) = 0;
     // One piece of the body.
     virtual void URLSessionDataTaskDidReceiveData(UrlSession &session, const QByteArray &piece) = 0;
     // The transfer has ended, with or without an error. An HTTP status is no error.
@@ -61,9 +59,9 @@ public:
     // Aborts the transfer without calling the delegate.
     ~UrlSession() override;
 
-    // Starts the transfer. With a location that is not configured it fails, from the event loop.
+    // Starts the transfer.
     void resume(QNetworkAccessManager &network, const PackageLocation &location);
-    // Aborts the transfer, with the error Cancelled.
+    // Aborts the transfer.
     void cancel();
 
 private:

@@ -14,7 +14,7 @@ namespace vorn {
 
 namespace {
 
-constexpr std::size_t kWindowSize = 65536;
+constexpr std::size_t kWindowSize = 4096;
 
 ArchiveFile &fileOf(voidpf self)
 {
@@ -37,48 +37,52 @@ std::unique_ptr<ArchiveFile> ArchiveFile::open(const QString &path)
         new ArchiveFile(std::move(fd), static_cast<quint64>(status.st_size)));
 }
 
-const ArchiveFile::Window *ArchiveFile::windowAt(quint64 position)
+const ArchiveFile::Window &ArchiveFile::windowAt(quint64 position)
 {
-    const quint64 start = position - position % kWindowSize;
-    ++m_uses;
-    Window *oldest = m_windows.data();
-    for (Window &window : m_windows) {
-        if (window.filled > 0 && window.start == start) {
-            window.lastUse = m_uses;
-            return &window;
-        }
-        if (window.lastUse < oldest->lastUse)
-            oldest = &window;
-    }
-    oldest->bytes.resize(kWindowSize);
-    oldest->filled = 0;
-    while (oldest->filled < kWindowSize) {
-        const ssize_t count =
-            ::pread(m_fd.get(), oldest->bytes.data() + oldest->filled, kWindowSize - oldest->filled,
-                    static_cast<off_t>(start + oldest->filled));
+    const quint64 number = position / kWindowSize;
+    const quint64 start = number * kWindowSize;
+    Window &window = m_windows[number % m_windows.size()];
+    if (window.filled > 0 && window.start == start)
+        return window;
+    window.bytes.resize(kWindowSize);
+    window.start = start;
+    window.filled = readFile(window.bytes, start);
+    return window;
+}
+
+std::size_t ArchiveFile::readFile(std::span<char> target, quint64 position)
+{
+    std::size_t done = 0;
+    while (done < target.size()) {
+        const ssize_t count = ::pread(m_fd.get(), target.data() + done, target.size() - done,
+                                      static_cast<off_t>(position + done));
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
             m_failed = true;
         if (count <= 0)
             break;
-        oldest->filled += static_cast<std::size_t>(count);
+        done += static_cast<std::size_t>(count);
     }
-    oldest->start = start;
-    oldest->lastUse = m_uses;
-    return oldest;
+    return done;
 }
 
+// At the position, which advances; fewer bytes at the end of the file and after an error.
 std::size_t ArchiveFile::read(std::span<char> target)
 {
     std::size_t done = 0;
+    if (target.size() >= kWindowSize) {
+        done = readFile(target, m_position);
+        m_position += done;
+        return done;
+    }
     while (done < target.size() && m_position < m_size) {
-        const Window *window = windowAt(m_position);
-        const auto offset = static_cast<std::size_t>(m_position - window->start);
-        if (offset >= window->filled)
+        const Window &window = windowAt(m_position);
+        const auto offset = static_cast<std::size_t>(m_position - window.start);
+        if (offset >= window.filled)
             break;
-        const std::size_t count = std::min(target.size() - done, window->filled - offset);
-        std::memcpy(target.data() + done, window->bytes.data() + offset, count);
+        const std::size_t count = std::min(target.size() - done, window.filled - offset);
+        std::memcpy(target.data() + done, window.bytes.data() + offset, count);
         done += count;
         m_position += count;
     }

@@ -2,6 +2,9 @@
 
 #include <QLoggingCategory>
 
+#include <algorithm>
+#include <limits>
+
 namespace vorn {
 
 namespace {
@@ -15,6 +18,8 @@ constexpr uLong kUtf8Flag = 1U << 11;
 constexpr uLong kMaskedDirectoryFlag = 1U << 13;
 // In place of a size that is in a zip64 field.
 constexpr ZPOS64_T kUnknownSize = 0xFFFFFFFF;
+// An entry's header in the directory, before its name, extra field and comment.
+constexpr ZPOS64_T kDirectoryHeaderSize = 46;
 
 ArchiveReader::Opened refuse(ArchiveReader::Opened result, const QByteArray &name,
                              const char *reason)
@@ -42,22 +47,57 @@ ArchiveReader::ArchiveReader(std::unique_ptr<ArchiveFile> file, Handle handle)
 {
 }
 
-std::optional<quint64> ArchiveReader::entryCount() const
+quint64 ArchiveReader::entryCount() const
 {
     unz_global_info64 info = {};
-    if (unzGetGlobalInfo64(m_handle.get(), &info) != UNZ_OK)
-        return std::nullopt;
+    unzGetGlobalInfo64(m_handle.get(), &info);
     return info.number_entry;
 }
 
 int ArchiveReader::goToFirstEntry(quint64 maxEntries)
 {
-    QString reason;
-    m_directory = CentralDirectory::read(*m_file, maxEntries, reason);
-    if (!m_directory)
-        qCWarning(logArchive, "Archive rejected: %ls", qUtf16Printable(reason));
+    if (entryCount() > maxEntries || (m_dataEnds.empty() && !survey())) {
+        qCWarning(logArchive,
+                  "Archive rejected: its directory does not hold %llu entries, or too many",
+                  entryCount());
+        m_dataEnds.clear();
+    }
     m_index = 0;
     return unzGoToFirstFile(m_handle.get());
+}
+
+// The checks that need all entries, while minizip sees one at a time. False when the directory
+// holds fewer or more entries than its end record says.
+bool ArchiveReader::survey()
+{
+    unzFile handle = m_handle.get();
+    unz_file_info64 info = {};
+    std::vector<quint64> starts;
+    m_totalSize = 0;
+    int result = unzGoToFirstFile(handle);
+    for (; result == UNZ_OK; result = unzGoToNextFile(handle)) {
+        unzGetCurrentFileInfo64(handle, &info, nullptr, 0, nullptr, 0, nullptr, 0);
+        if (info.uncompressed_size < kUnknownSize)
+            m_totalSize += info.uncompressed_size;
+        int method = 0;
+        unzOpenCurrentFile2(handle, &method, nullptr, 1);
+        starts.push_back(unzGetCurrentFileZStreamPos64(handle)); // 0 when it cannot be opened
+        unzCloseCurrentFile(handle);
+    }
+    const ZPOS64_T behindLast = unzGetOffset64(handle) + kDirectoryHeaderSize + info.size_filename +
+                                info.size_file_extra + info.size_file_comment;
+    if (result != UNZ_END_OF_LIST_OF_FILE || unzSetOffset64(handle, behindLast) == UNZ_OK)
+        return false;
+
+    // Data end where the next entry's begin. Entries with the same data get no room at all.
+    std::vector<quint64> sorted = starts;
+    std::sort(sorted.begin(), sorted.end());
+    sorted.push_back(std::numeric_limits<quint64>::max());
+    for (const quint64 start : starts) {
+        const auto [first, next] = std::equal_range(sorted.begin(), sorted.end(), start);
+        m_dataEnds.push_back(next - first > 1 ? start : *next);
+    }
+    return true;
 }
 
 int ArchiveReader::goToNextEntry()
@@ -83,7 +123,7 @@ ArchiveReader::Opened ArchiveReader::openEntry()
     if (result != UNZ_OK)
         return refuse(Opened::No, m_entry.name, "damaged header");
     if (unzGetCurrentFileZStreamPos64(m_handle.get()) + m_info.compressed_size >
-        m_directory->dataEnd(m_index)) {
+        m_dataEnds[m_index]) {
         closeEntry();
         return refuse(Opened::No, m_entry.name, "its data overlap another entry's");
     }
@@ -103,8 +143,7 @@ ArchiveReader::Opened ArchiveReader::examineEntry()
                .size = m_info.uncompressed_size,
                .date = m_info.tmu_date};
 
-    if (!m_directory || m_index >= m_directory->count() ||
-        m_directory->size(m_index) != m_info.uncompressed_size)
+    if (m_index >= m_dataEnds.size())
         return Opened::BadInformation;
     if (m_entry.name.contains('\0'))
         return refuse(Opened::BadInformation, m_entry.name, "NUL in its name");

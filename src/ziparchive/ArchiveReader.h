@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ziparchive/ArchiveFile.h"
-#include "ziparchive/CentralDirectory.h"
 #include "ziparchive/EncryptedEntry.h"
 
 #include <QByteArray>
@@ -13,6 +12,7 @@
 #include <optional>
 #include <span>
 #include <type_traits>
+#include <vector>
 
 namespace vorn {
 
@@ -38,12 +38,12 @@ public:
     static std::unique_ptr<ArchiveReader> open(const QString &path);
 
     // The number of entries according to the archive's end record.
-    std::optional<quint64> entryCount() const;
-    // The sum of all entries' uncompressed sizes; 0 before the first entry was opened.
-    quint64 totalSize() const { return m_directory ? m_directory->totalSize() : 0; }
+    quint64 entryCount() const;
+    // The sum of all entries' uncompressed sizes; known from goToFirstEntry() on.
+    quint64 totalSize() const { return m_totalSize; }
 
-    // Moves the cursor. The first call checks the whole directory; when the check fails, no entry
-    // can be opened.
+    // Moves the cursor. The whole directory is checked first; when it contradicts its end record or
+    // has more than `maxEntries` entries, no entry can be opened.
     int goToFirstEntry(quint64 maxEntries);
     int goToNextEntry();
 
@@ -70,12 +70,16 @@ private:
     using Handle = std::unique_ptr<std::remove_pointer_t<unzFile>, CloseHandle>;
 
     ArchiveReader(std::unique_ptr<ArchiveFile> file, Handle handle);
+    bool survey();
     Opened examineEntry();
     bool isEncrypted() const;
 
     std::unique_ptr<ArchiveFile> m_file;
     Handle m_handle;
-    std::optional<CentralDirectory> m_directory;
+    quint64 m_totalSize = 0;
+    // For each entry, the file position where its data must end at the latest; empty when the
+    // directory was rejected.
+    std::vector<quint64> m_dataEnds;
     std::size_t m_index = 0;
     EntryInfo m_entry;
     unz_file_info64 m_info = {};

@@ -25,21 +25,6 @@ const Bytef *zlibBytes(const char *bytes)
     return reinterpret_cast<const Bytef *>(bytes);
 }
 
-struct Deflater
-{
-    explicit Deflater(int level)
-    {
-        isReady = deflateInit2(&stream, level, Z_DEFLATED, -MAX_WBITS, kMemoryLevel,
-                               Z_DEFAULT_STRATEGY) == Z_OK;
-    }
-    Deflater(const Deflater &) = delete;
-    Deflater &operator=(const Deflater &) = delete;
-    ~Deflater() { deflateEnd(&stream); }
-
-    z_stream stream = {};
-    bool isReady = false;
-};
-
 } // namespace
 
 std::unique_ptr<ArchiveWriter> ArchiveWriter::open(const QString &path, bool append)
@@ -114,18 +99,20 @@ bool ArchiveWriter::writeEncrypted(const NewEntry &entry, QByteArrayView data, u
     if (!put(header))
         return false;
 
-    Deflater deflater(entry.level);
-    if (!deflater.isReady)
+    z_stream stream = {};
+    if (deflateInit2(&stream, entry.level, Z_DEFLATED, -MAX_WBITS, kMemoryLevel,
+                     Z_DEFAULT_STRATEGY) != Z_OK)
         return false;
-    deflater.stream.next_in = zlibBytes(data.data());
-    deflater.stream.avail_in = static_cast<uInt>(data.size());
+    const std::unique_ptr<z_stream, decltype(&deflateEnd)> end(&stream, &deflateEnd);
+    stream.next_in = zlibBytes(data.data());
+    stream.avail_in = static_cast<uInt>(data.size());
     std::array<char, 16384> packed = {};
     int result = Z_OK;
     while (result == Z_OK) {
-        deflater.stream.next_out = reinterpret_cast<Bytef *>(packed.data());
-        deflater.stream.avail_out = static_cast<uInt>(packed.size());
-        result = deflate(&deflater.stream, Z_FINISH);
-        if (!put(std::span(packed).first(packed.size() - deflater.stream.avail_out)))
+        stream.next_out = reinterpret_cast<Bytef *>(packed.data());
+        stream.avail_out = static_cast<uInt>(packed.size());
+        result = deflate(&stream, Z_FINISH);
+        if (!put(std::span(packed).first(packed.size() - stream.avail_out)))
             return false;
     }
     return result == Z_STREAM_END;

@@ -16,8 +16,9 @@ struct EntryHead
 {
     // Components separated by "/"; a folder's name ends in "/".
     QString name;
-    bool isFolder = false;
     std::optional<std::chrono::system_clock::time_point> date;
+
+    bool isFolder() const { return name.endsWith(u'/'); }
 };
 
 // Destination of an archive's entries. For each entry: begin(), then write() for each piece until

@@ -26,17 +26,18 @@ QString joined(const QString &path, const SafeDestination::Components &component
 
 } // namespace
 
-FolderSink::FolderSink(const ZipFileManager &fileManager, Options options, QStringList &written)
-    : m_fileManager(fileManager), m_options(std::move(options)), m_written(written),
-      m_destination(m_options.path)
+FolderSink::FolderSink(const ZipFileManager &fileManager, const QString &path, quint64 maxBytes,
+                       Question mayReplace, QStringList &written)
+    : m_fileManager(fileManager), m_path(path), m_maxBytes(maxBytes),
+      m_mayReplace(std::move(mayReplace)), m_written(written), m_destination(path)
 {
 }
 
 ArchiveFailure FolderSink::prepare(quint64 bytes)
 {
-    if (bytes > m_options.maxBytes)
+    if (bytes > m_maxBytes)
         return {.kind = Kind::TooLarge};
-    const QString folder = m_options.path.isEmpty() ? QStringLiteral(".") : m_options.path;
+    const QString folder = m_path.isEmpty() ? QStringLiteral(".") : m_path;
     // A destination that cannot be created or opened shows when its first file is opened.
     if (!QDir().mkpath(folder) || !m_destination.open())
         return {};
@@ -53,15 +54,15 @@ bool FolderSink::begin(const EntryHead &entry)
     auto components = SafeDestination::componentsOf(entry.name);
     if (!components)
         return fail({.kind = Kind::Outside});
-    m_fullPath = joined(m_options.path, *components);
-    m_fileName = entry.isFolder || components->isEmpty() ? QByteArray() : components->takeLast();
+    m_fullPath = joined(m_path, *components);
+    m_fileName = entry.isFolder() || components->isEmpty() ? QByteArray() : components->takeLast();
     m_folderFailure = m_destination.enter(*components);
     return m_folderFailure.kind == Kind::Outside ? fail(m_folderFailure) : true;
 }
 
 bool FolderSink::write(QByteArrayView bytes)
 {
-    if (m_entry.isFolder)
+    if (m_entry.isFolder())
         return true;
     if (!m_output && !openOutput())
         return false;
@@ -75,7 +76,7 @@ bool FolderSink::openOutput()
     if (m_folderFailure)
         return fail(m_folderFailure);
     auto output = m_destination.file(m_fileName);
-    if (m_options.mayReplace && output->exists() && !m_options.mayReplace(m_fullPath))
+    if (output->exists() && !m_mayReplace(m_fullPath))
         return false;
     if (const ArchiveFailure failure = output->open())
         return fail(failure);

@@ -17,17 +17,12 @@ class ZipFileManager;
 class FolderSink : public EntrySink
 {
 public:
-    struct Options
-    {
-        QString path;
-        quint64 maxBytes = 0;
-        // Asked with the full path before an existing file is replaced; empty means yes.
-        std::function<bool(const QString &)> mayReplace;
-    };
+    using Question = std::function<bool(const QString &)>;
 
-    // `fileManager` and `written`, to which the full path of each new file is added, outlive the
-    // sink.
-    FolderSink(const ZipFileManager &fileManager, Options options, QStringList &written);
+    // `mayReplace` is asked with the full path before an existing file is replaced. `fileManager`
+    // and `written`, to which the full path of each new file is added, outlive the sink.
+    FolderSink(const ZipFileManager &fileManager, const QString &path, quint64 maxBytes,
+               Question mayReplace, QStringList &written);
 
     ArchiveFailure prepare(quint64 bytes) override;
     bool begin(const EntryHead &entry) override;
@@ -39,7 +34,9 @@ private:
     bool fail(ArchiveFailure failure);
 
     const ZipFileManager &m_fileManager;
-    Options m_options;
+    const QString m_path;
+    const quint64 m_maxBytes;
+    const Question m_mayReplace;
     QStringList &m_written;
     SafeDestination m_destination;
     // The current entry.

@@ -21,8 +21,7 @@ public:
     }
     bool begin(const EntryHead &entry) override
     {
-        m_name = entry.name;
-        m_isFolder = entry.isFolder;
+        m_entry = entry;
         m_bytes.clear();
         return true;
     }
@@ -33,16 +32,15 @@ public:
     }
     void end(bool isIntact) override
     {
-        if (isIntact && !m_isFolder && !m_bytes.isEmpty())
-            m_contents.insert(m_name, m_bytes);
+        if (isIntact && !m_entry.isFolder() && !m_bytes.isEmpty())
+            m_contents.insert(m_entry.name, m_bytes);
     }
 
     const QHash<QString, QByteArray> &contents() const { return m_contents; }
 
 private:
     quint64 m_maxBytes;
-    QString m_name;
-    bool m_isFolder = false;
+    EntryHead m_entry;
     QByteArray m_bytes;
     QHash<QString, QByteArray> m_contents;
 };

@@ -31,9 +31,8 @@ ArchiveFailure folderFailure(int parent, const char *name)
 {
     const int error = errno;
     struct stat status = {};
-    if (error == ELOOP ||
-        (error == ENOTDIR && ::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-         S_ISLNK(status.st_mode)))
+    if (error == ENOTDIR && ::fstatat(parent, name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+        S_ISLNK(status.st_mode))
         return {.kind = ArchiveFailureKind::Outside};
     if (error == ENOTDIR)
         return {.kind = ArchiveFailureKind::NameTaken};

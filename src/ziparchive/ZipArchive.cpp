@@ -51,10 +51,8 @@ bool ZipArchive::UnzipOpenFile(const QString &path)
     m_unzFile = vorn::ArchiveReader::open(path);
     if (!m_unzFile)
         return false;
-    if (const auto count = m_unzFile->entryCount()) {
-        m_numFiles = *count;
-        qCInfo(logArchive, "%llu entries in the zip file", m_numFiles);
-    }
+    m_numFiles = m_unzFile->entryCount();
+    qCInfo(logArchive, "%llu entries in the zip file", m_numFiles);
     return true;
 }
 
@@ -71,22 +69,11 @@ bool ZipArchive::UnzipCloseFile()
     return !reader || reader->close();
 }
 
-bool ZipArchive::CreateZipFile2(const QString &path)
-{
-    return CreateZipFile2(path, false);
-}
-
 bool ZipArchive::CreateZipFile2(const QString &path, bool append)
 {
     m_zipFile.reset();
     m_zipFile = vorn::ArchiveWriter::open(path, append);
     return m_zipFile != nullptr;
-}
-
-bool ZipArchive::CreateZipFile2(const QString &path, const QString &Password)
-{
-    m_password = Password;
-    return CreateZipFile2(path);
 }
 
 bool ZipArchive::CreateZipFile2(const QString &path, const QString &Password, bool append)
@@ -127,16 +114,6 @@ bool ZipArchive::CloseZipFile2()
     m_password.clear();
     const auto writer = std::move(m_zipFile);
     return writer && writer->close();
-}
-
-void ZipArchive::setDelegate(std::shared_ptr<ZipArchiveDelegate> delegate)
-{
-    m_delegate = std::move(delegate);
-}
-
-void ZipArchive::setProgressBlock(ProgressBlock progressBlock)
-{
-    m_progressBlock = std::move(progressBlock);
 }
 
 void ZipArchive::setStringEncoding(const QByteArray &encoding)

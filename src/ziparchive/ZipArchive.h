@@ -94,10 +94,9 @@ public:
 
     // Creates an archive at `path`, or opens the existing one to `append` to it. An archive already
     // open for writing is abandoned without a directory, which makes it unreadable.
-    bool CreateZipFile2(const QString &path);
+    bool CreateZipFile2(const QString &path) { return CreateZipFile2(path, false); }
     bool CreateZipFile2(const QString &path, bool append);
-    bool CreateZipFile2(const QString &path, const QString &Password);
-    bool CreateZipFile2(const QString &path, const QString &Password, bool append);
+    bool CreateZipFile2(const QString &path, const QString &Password, bool append = false);
     // For a string literal, which would convert to `append` otherwise.
     bool CreateZipFile2(const QString &path, const char *Password)
     {
@@ -122,9 +121,9 @@ public:
     const QString &password() const { return m_password; }
     void setPassword(const QString &password) { m_password = password; }
     const std::shared_ptr<ZipArchiveDelegate> &delegate() const { return m_delegate; }
-    void setDelegate(std::shared_ptr<ZipArchiveDelegate> delegate);
+    void setDelegate(const std::shared_ptr<ZipArchiveDelegate> &it) { m_delegate = it; }
     const ProgressBlock &progressBlock() const { return m_progressBlock; }
-    void setProgressBlock(ProgressBlock progressBlock);
+    void setProgressBlock(const ProgressBlock &block) { m_progressBlock = block; }
     // The encoding of entry names, as iconv(3) calls it; "GBK" by default. A name that is flagged
     // as UTF-8, or is valid UTF-8 and not valid in this encoding, is read as UTF-8; one that is
     // valid in neither is read as ISO 8859-1.

@@ -49,12 +49,8 @@ QStringList ZipArchive::getZipFileContents()
 
 bool ZipArchive::UnzipFileTo(const QString &path, bool overWrite)
 {
-    vorn::FolderSink::Options options;
-    options.path = path;
-    options.maxBytes = m_limits.bytesOnDisk;
-    if (!overWrite)
-        options.mayReplace = [this](const QString &file) { return OverWrite(file); };
-    vorn::FolderSink sink(*m_fileManager, std::move(options), m_unzippedFiles);
+    const auto mayReplace = [&](const QString &file) { return overWrite || OverWrite(file); };
+    vorn::FolderSink sink(*m_fileManager, path, m_limits.bytesOnDisk, mayReplace, m_unzippedFiles);
     return unpack(sink);
 }
 
@@ -95,9 +91,7 @@ bool ZipArchive::unpack(vorn::EntrySink &sink)
 int ZipArchive::unpackEntry(ArchiveReader &reader, vorn::EntrySink &sink)
 {
     const QString name = entryName(reader);
-    bool isWanted = sink.begin({.name = name,
-                                .isFolder = name.endsWith(u'/'),
-                                .date = vorn::fromEntryDate(reader.entry().date)});
+    bool isWanted = sink.begin({.name = name, .date = vorn::fromEntryDate(reader.entry().date)});
     int count = 0;
     if (isWanted) {
         std::array<char, kReadSize> buffer = {};

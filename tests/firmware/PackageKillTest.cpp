@@ -1,45 +1,54 @@
-#include "firmware/PackageProblem.h"
+#include "firmware/PackageStore.h"
 #include "firmware/StagingFolder.h"
 #include "tests/ziparchive/Tree.h"
 
 #include <QDir>
-#include <QProcess>
+#include <QLoggingCategory>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
+#include <sys/user.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <csignal>
+#include <cstddef>
 
 using namespace vorn;
 
 namespace {
 
-// The program that installs a package, followed from one change of a file to the next.
+PackageProblem install(const QByteArray &archive)
+{
+    PackageStore store("VornUpdate2.zip", "VornUpdate2");
+    const PackageProblem problem = store.save(archive);
+    return problem ? problem : store.install();
+}
+
+// A child process that installs a package, followed from one change of a file to the next. Without
+// `canExchange`, the system has no exchange of two names.
 class TracedInstall
 {
 public:
-    TracedInstall(const QString &archive, const char *exchange)
+    TracedInstall(const QByteArray &archive, bool canExchange) : m_canExchange(canExchange)
     {
-        const QByteArray path = archive.toUtf8();
         m_pid = ::fork();
         if (m_pid == 0) {
             ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
-            ::execl(INSTALL_PACKAGE, INSTALL_PACKAGE, "VornUpdate2.zip", path.constData(), exchange,
-                    nullptr);
-            ::_exit(127);
+            std::raise(SIGSTOP);
+            ::_exit(install(archive) ? 1 : 0);
         }
         wait();
         ::ptrace(PTRACE_SETOPTIONS, m_pid, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
-        while (isRunning() && WSTOPSIG(m_status) != SIGSTOP)
-            resume(PTRACE_CONT);
     }
     TracedInstall(const TracedInstall &) = delete;
     TracedInstall &operator=(const TracedInstall &) = delete;
@@ -50,7 +59,8 @@ public:
     bool goToNextChange(int count = 1)
     {
         while (count > 0 && isRunning()) {
-            resume(PTRACE_SYSCALL);
+            ::ptrace(PTRACE_SYSCALL, m_pid, nullptr, nullptr);
+            wait();
             if (isRunning() && isBeforeChange())
                 --count;
         }
@@ -65,10 +75,12 @@ public:
         }
     }
 
-    bool isRunning() const { return WIFSTOPPED(m_status); }
     bool hasSucceeded() const { return WIFEXITED(m_status) && WEXITSTATUS(m_status) == 0; }
 
 private:
+    bool isRunning() const { return WIFSTOPPED(m_status); }
+    void wait() { ::waitpid(m_pid, &m_status, 0); }
+
     bool isBeforeChange() const
     {
         static constexpr std::array<long, 19> changes = {
@@ -83,32 +95,25 @@ private:
         if (info.op != PTRACE_SYSCALL_INFO_ENTRY)
             return false;
         const auto call = static_cast<long>(info.entry.nr);
+        if (call == SYS_renameat2 && !m_canExchange) // fails with ENOSYS, like any unknown call
+            ::ptrace(PTRACE_POKEUSER, m_pid, offsetof(user, regs.orig_rax), -1L);
         if (call == SYS_openat)
             return (info.entry.args[2] & O_CREAT) != 0;
         return std::find(changes.begin(), changes.end(), call) != changes.end();
     }
 
-    void resume(__ptrace_request how)
-    {
-        ::ptrace(how, m_pid, nullptr, nullptr);
-        wait();
-    }
-    void wait() { ::waitpid(m_pid, &m_status, 0); }
-
+    const bool m_canExchange;
     pid_t m_pid = -1;
     int m_status = 0;
 };
 
-class PackageKillTest : public testing::TestWithParam<const char *>
+class PackageKillTest : public testing::Test
 {
 protected:
     PackageKillTest()
     {
         qputenv("XDG_CACHE_HOME", cache.toUtf8());
-        qputenv("QT_LOGGING_RULES", "*=false");
-        writeFile(archive, makeArchive({{"VornUpdate2/", {}},
-                                        {"VornUpdate2/a.bin", "A"},
-                                        {"VornUpdate2/sub/same.bin", "new"}}));
+        QLoggingCategory::setFilterRules("vorn.*=false");
     }
 
     Tree tree() const { return treeAt(cache, "VornUpdate2.zip"); }
@@ -116,91 +121,93 @@ protected:
     // In memory where there is such a place: each of the many runs brings everything to the disk.
     const QTemporaryDir home{QDir("/dev/shm").exists() ? "/dev/shm/vorn-XXXXXX" : QString()};
     const QString cache = home.filePath("cache");
-    const QString archive = home.filePath("archive.zip");
+    const QByteArray large = QByteArray(100'000, 'A');
+    const QByteArray archive = makeArchive(
+        {{"VornUpdate2/", {}}, {"VornUpdate2/a.bin", large}, {"VornUpdate2/sub/same.bin", large}});
     const Tree oldTree = {{"VornUpdate2/old.bin", "old"}, {"VornUpdate2/sub/same.bin", "old"}};
-    const Tree newTree = {{"VornUpdate2/a.bin", "A"}, {"VornUpdate2/sub/same.bin", "new"}};
+    const Tree newTree = {{"VornUpdate2/a.bin", large}, {"VornUpdate2/sub/same.bin", large}};
     const int limit = 1000;
 };
 
-TEST_P(PackageKillTest, AProgramKilledBeforeAnyChangeOfItsFilesLeavesTheOldFirmwareOrTheNew)
+TEST_F(PackageKillTest, AProgramKilledBeforeAnyChangeOfItsFilesLeavesTheOldFirmwareOrTheNew)
 {
-    int oldSets = 0;
-    int newSets = 0;
-    for (int changes = 1; changes < limit; ++changes) {
-        writeTree(cache, oldTree);
-        TracedInstall install(archive, GetParam());
-        ASSERT_TRUE(install.isRunning());
-        const bool wasKilled = install.goToNextChange(changes);
-        install.kill();
-        StagingFolder::recoverInterruptedPublish();
+    for (const bool canExchange : {true, false}) {
+        int oldSets = 0;
+        int newSets = 0;
+        for (int changes = 1; changes < limit; ++changes) {
+            writeTree(cache, oldTree);
+            TracedInstall install(archive, canExchange);
+            const bool wasKilled = install.goToNextChange(changes);
+            install.kill();
+            StagingFolder::recoverInterruptedPublish();
 
-        const Tree left = tree();
-        ASSERT_TRUE(left == oldTree || left == newTree)
-            << "killed before change " << changes << ": " << left.keys().join(' ').toStdString();
-        ++(left == oldTree ? oldSets : newSets);
-        if (!wasKilled) {
-            EXPECT_TRUE(install.hasSucceeded());
-            EXPECT_EQ(left, newTree);
-            break;
+            const Tree left = tree();
+            ASSERT_TRUE(left == oldTree || left == newTree)
+                << "killed before change " << changes << left.keys().join(' ').toStdString();
+            ++(left == oldTree ? oldSets : newSets);
+            if (!wasKilled) {
+                EXPECT_TRUE(install.hasSucceeded());
+                EXPECT_EQ(left, newTree);
+                break;
+            }
         }
-    }
-    EXPECT_GT(oldSets, 20);
-    EXPECT_GT(newSets, 2);
-}
-
-TEST_P(PackageKillTest, AnInstanceThatStartsAtAnyMomentDisturbsNothing)
-{
-    bool isRunning = true;
-    for (int changes = 1; isRunning && changes < limit; ++changes) {
-        writeTree(cache, oldTree);
-        TracedInstall install(archive, GetParam());
-        isRunning = install.goToNextChange(changes);
-        StagingFolder::recoverInterruptedPublish(); // as the other instance does
-        install.goToNextChange(limit);
-        EXPECT_TRUE(install.hasSucceeded()) << "before change " << changes;
-        EXPECT_EQ(tree(), newTree) << "before change " << changes;
+        EXPECT_GT(oldSets, 20);
+        EXPECT_GT(newSets, 2);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(WithAndWithoutAnExchangeOfNames, PackageKillTest,
-                         testing::Values("exchange", "no-exchange"));
-
-TEST(PackageSpaceTest, AFullDiskLeavesTheOldFirmware)
+TEST_F(PackageKillTest, AnInstanceThatStartsAtAnyMomentDisturbsNothing)
 {
-    const QTemporaryDir home;
-    const Tree newTree = {{"a.bin", QByteArray(100'000, 'A')}, {"b.bin", QByteArray(100'000, 'B')}};
-    writeFile(home.filePath("archive.zip"), makeArchive({{"VornUpdate2/", {}},
-                                                         {"VornUpdate2/a.bin", newTree["a.bin"]},
-                                                         {"VornUpdate2/b.bin", newTree["b.bin"]}}));
-    // A file system of the size $1, in a name space in which anybody may mount one.
-    const QString script = home.filePath("script");
-    writeFile(script, R"(set -e; cd "$2"; mkdir -p cache; mount -t tmpfs -o size=$1 tmpfs cache
-mkdir cache/VornUpdate2; echo -n old >cache/VornUpdate2/old.bin
-trap 'rm -rf result; cp -r cache/VornUpdate2 result' EXIT
-XDG_CACHE_HOME="$2/cache" "$3" VornUpdate2.zip "$2/archive.zip")");
-
-    int oldSets = 0;
-    int newSets = 0;
-    for (int size = 8'192; size < 400'000; size += 32'768) {
-        QProcess process;
-        process.start("unshare", {"--map-root-user", "--mount", "sh", script, QString::number(size),
-                                  home.path(), INSTALL_PACKAGE});
-        ASSERT_TRUE(process.waitForFinished());
-        const Tree tree = treeAt(home.filePath("result"));
-        if (tree.isEmpty())
-            GTEST_SKIP() << "cannot mount: " << process.readAllStandardError().constData();
-        if (tree == newTree) {
-            ++newSets;
-            EXPECT_EQ(process.exitCode(), 0);
-        } else {
-            ++oldSets;
-            EXPECT_EQ(tree, (Tree{{"old.bin", "old"}})) << size;
-            EXPECT_EQ(process.exitCode(), static_cast<int>(PackageProblemKind::NoSpace))
-                << size << process.readAllStandardError().constData();
+    for (const bool canExchange : {true, false}) {
+        bool isRunning = true;
+        for (int changes = 1; isRunning && changes < limit; ++changes) {
+            writeTree(cache, oldTree);
+            TracedInstall install(archive, canExchange);
+            isRunning = install.goToNextChange(changes);
+            StagingFolder::recoverInterruptedPublish(); // as the other instance does
+            install.goToNextChange(limit);
+            EXPECT_TRUE(install.hasSucceeded()) << "before change " << changes;
+            EXPECT_EQ(tree(), newTree) << "before change " << changes;
         }
     }
-    EXPECT_GT(oldSets, 4);
-    EXPECT_GT(newSets, 1);
+}
+
+TEST_F(PackageKillTest, AFullDiskLeavesTheOldFirmware)
+{
+    enum Result { Installed, DiskFull, Wrong, CannotMount };
+    // On a file system of this size, in a name space in which anybody may mount one.
+    const auto installOnDisk = [&](int size) {
+        const QByteArray user = "0 " + QByteArray::number(::geteuid()) + " 1";
+        const QByteArray group = "0 " + QByteArray::number(::getegid()) + " 1";
+        const QByteArray options = "size=" + QByteArray::number(size);
+        if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
+            return CannotMount;
+        writeFile("/proc/self/uid_map", user);
+        writeFile("/proc/self/setgroups", "deny");
+        writeFile("/proc/self/gid_map", group);
+        if (::mount("tmpfs", qPrintable(cache), "tmpfs", 0, options.constData()) != 0)
+            return CannotMount;
+        writeTree(cache + "/VornUpdate2", {{"old.bin", "old"}, {"sub/same.bin", "old"}});
+        const PackageProblem problem = install(archive);
+        if (tree() == newTree)
+            return problem ? Wrong : Installed;
+        return tree() == oldTree && problem.code == ENOSPC ? DiskFull : Wrong;
+    };
+    ASSERT_TRUE(QDir().mkpath(cache));
+    std::array<int, 4> results = {};
+    for (int size = 16'384; size < 400'000; size += 32'768) {
+        const pid_t child = ::fork();
+        if (child == 0)
+            ::_exit(installOnDisk(size));
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) != Wrong) << size;
+        ++results.at(static_cast<std::size_t>(WEXITSTATUS(status)));
+    }
+    if (results[CannotMount] > 0)
+        GTEST_SKIP() << "cannot mount a file system";
+    EXPECT_GT(results[DiskFull], 4);
+    EXPECT_GT(results[Installed], 1);
 }
 
 } // namespace
