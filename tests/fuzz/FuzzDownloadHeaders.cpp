@@ -1,5 +1,5 @@
-// libFuzzer target: what the package download makes of a server's headers. The input is three lines:
-// Content-Disposition, Content-Length, and the path of the address.
+// libFuzzer target: what the package download makes of a server's headers. The input is three
+// lines: Content-Disposition, Content-Length, and the path of the address.
 
 #include "firmware/ResponseHeaders.h"
 
