@@ -54,11 +54,11 @@ int countSerialInterfaces(udev_device *usbDevice, UdevTty::Family family)
     if (!file.open(QIODevice::ReadOnly))
         return 0;
     const QByteArray bytes = file.read(65536);
-    constexpr char ConfigurationType = 2;
-    constexpr char InterfaceType = 4;
-    constexpr char CommunicationsClass = 2;
-    constexpr char AbstractControlModel = 2;
-    constexpr char VendorClass = '\xff';
+    constexpr char kConfigurationType = 2;
+    constexpr char kInterfaceType = 4;
+    constexpr char kCommunicationsClass = 2;
+    constexpr char kAbstractControlModel = 2;
+    constexpr char kVendorClass = '\xff';
     int count = 0;
     int configurations = 0;
     // Each descriptor begins with its length and its type.
@@ -66,16 +66,16 @@ int countSerialInterfaces(udev_device *usbDevice, UdevTty::Family family)
         const auto length = static_cast<unsigned char>(bytes[at]);
         if (length < 2)
             break;
-        if (bytes[at + 1] == ConfigurationType && ++configurations > 1)
+        if (bytes[at + 1] == kConfigurationType && ++configurations > 1)
             break;
         // Fields: length, type, number, alternate setting, endpoints, class, subclass, ...
-        if (bytes[at + 1] == InterfaceType && length >= 9 && at + 9 <= bytes.size() &&
+        if (bytes[at + 1] == kInterfaceType && length >= 9 && at + 9 <= bytes.size() &&
             bytes[at + 3] == 0) {
             const char itsClass = bytes[at + 5];
             const bool isSerial =
                 family == UdevTty::Family::CdcAcm
-                    ? itsClass == CommunicationsClass && bytes[at + 6] == AbstractControlModel
-                    : itsClass == CommunicationsClass || itsClass == VendorClass;
+                    ? itsClass == kCommunicationsClass && bytes[at + 6] == kAbstractControlModel
+                    : itsClass == kCommunicationsClass || itsClass == kVendorClass;
             count += isSerial ? 1 : 0;
         }
         at += length;

@@ -28,10 +28,10 @@ QString hex(std::uint32_t value, int digits = 2)
 
 QLatin1String nameOf(BootStep step)
 {
-    constexpr std::array<const char *, 6> names{"a sync byte",         "the connect command",
-                                                "the version query",   "the download command",
-                                                "the download header", "a data frame"};
-    return QLatin1String(names.at(static_cast<std::size_t>(step)));
+    constexpr std::array<const char *, 6> kNames{"a sync byte",         "the connect command",
+                                                 "the version query",   "the download command",
+                                                 "the download header", "a data frame"};
+    return QLatin1String(kNames.at(static_cast<std::size_t>(step)));
 }
 
 } // namespace

@@ -60,8 +60,8 @@ qint64 CommandOptions::number(const char *name, qint64 otherwise, qint64 max, qi
 std::chrono::milliseconds CommandOptions::milliseconds(const char *name,
                                                        std::chrono::milliseconds otherwise) const
 {
-    constexpr std::chrono::milliseconds aDay = std::chrono::hours(24);
-    return std::chrono::milliseconds(number(name, otherwise.count(), aDay.count()));
+    constexpr std::chrono::milliseconds kDay = std::chrono::hours(24);
+    return std::chrono::milliseconds(number(name, otherwise.count(), kDay.count()));
 }
 
 void CommandOptions::fail(const QString &problem) const

@@ -90,13 +90,13 @@ void SimulatedDevice::setFaults(const std::vector<Fault> &faults)
 void SimulatedDevice::awaitReader() const
 {
     // There is no event for "everything has been read".
-    constexpr auto step = 5ms;
+    constexpr auto kStep = 5ms;
     const auto isUnread = [this] {
         const std::lock_guard lock(m_mutex);
         return m_terminal && m_terminal->holdsUnread();
     };
-    for (auto waited = 0ms; waited < 1s && isUnread(); waited += step)
-        std::this_thread::sleep_for(step);
+    for (auto waited = 0ms; waited < 1s && isUnread(); waited += kStep)
+        std::this_thread::sleep_for(kStep);
 }
 
 void SimulatedDevice::unplug()

@@ -16,9 +16,8 @@ using testing::UnorderedElementsAreArray;
 
 namespace {
 
-class FirmwareLibraryTest : public testing::Test, protected FirmwareLibraryObserver
+struct FirmwareLibraryTest : testing::Test, FirmwareLibraryObserver
 {
-protected:
     FirmwareLibraryTest() { MainQueue::instance(); }
     ~FirmwareLibraryTest() override { std::filesystem::remove_all(folder); }
 

@@ -101,9 +101,8 @@ private:
     }
 };
 
-class PackageDownloadTest : public testing::Test, public FirmwareLibraryObserver
+struct PackageDownloadTest : testing::Test, FirmwareLibraryObserver
 {
-protected:
     PackageDownloadTest() { MainQueue::instance(); }
 
     void firmwareListDidChange(const QStringList &) override {}

@@ -54,8 +54,8 @@ public:
     TracedInstall &operator=(const TracedInstall &) = delete;
     ~TracedInstall() { kill(); }
 
-    // Goes on to before the next system call that changes or locks files, `count` times; false when
-    // the program has ended instead.
+    // Goes on to before the next system call that kChanges or locks files, `count` times; false
+    // when the program has ended instead.
     bool goToNextChange(int count = 1)
     {
         while (count > 0 && isRunning()) {
@@ -83,7 +83,7 @@ private:
 
     bool isBeforeChange() const
     {
-        static constexpr std::array<long, 19> changes = {
+        static constexpr std::array<long, 19> kChanges = {
             SYS_flock,     SYS_mkdir,     SYS_mkdirat, SYS_write,     SYS_ftruncate,
             SYS_fallocate, SYS_fchmod,    SYS_fsync,   SYS_fdatasync, SYS_syncfs,
             SYS_link,      SYS_linkat,    SYS_rename,  SYS_unlink,    SYS_unlinkat,
@@ -99,7 +99,7 @@ private:
             ::ptrace(PTRACE_POKEUSER, m_pid, offsetof(user, regs.orig_rax), -1L);
         if (call == SYS_openat)
             return (info.entry.args[2] & O_CREAT) != 0;
-        return std::find(changes.begin(), changes.end(), call) != changes.end();
+        return std::find(kChanges.begin(), kChanges.end(), call) != kChanges.end();
     }
 
     const bool m_canExchange;
@@ -107,9 +107,8 @@ private:
     int m_status = 0;
 };
 
-class PackageKillTest : public testing::Test
+struct PackageKillTest : testing::Test
 {
-protected:
     PackageKillTest()
     {
         qputenv("XDG_CACHE_HOME", cache.toUtf8());
@@ -134,16 +133,16 @@ TEST_F(PackageKillTest, AProgramKilledBeforeAnyChangeOfItsFilesLeavesTheOldFirmw
     for (const bool canExchange : {true, false}) {
         int oldSets = 0;
         int newSets = 0;
-        for (int changes = 1; changes < limit; ++changes) {
+        for (int kChanges = 1; kChanges < limit; ++kChanges) {
             writeTree(cache, oldTree);
             TracedInstall install(archive, canExchange);
-            const bool wasKilled = install.goToNextChange(changes);
+            const bool wasKilled = install.goToNextChange(kChanges);
             install.kill();
             StagingFolder::recoverInterruptedPublish();
 
             const Tree left = tree();
             ASSERT_TRUE(left == oldTree || left == newTree)
-                << "killed before change " << changes << left.keys().join(' ').toStdString();
+                << "killed before change " << kChanges << left.keys().join(' ').toStdString();
             ++(left == oldTree ? oldSets : newSets);
             if (!wasKilled) {
                 EXPECT_TRUE(install.hasSucceeded());
@@ -160,14 +159,14 @@ TEST_F(PackageKillTest, AnInstanceThatStartsAtAnyMomentDisturbsNothing)
 {
     for (const bool canExchange : {true, false}) {
         bool isRunning = true;
-        for (int changes = 1; isRunning && changes < limit; ++changes) {
+        for (int kChanges = 1; isRunning && kChanges < limit; ++kChanges) {
             writeTree(cache, oldTree);
             TracedInstall install(archive, canExchange);
-            isRunning = install.goToNextChange(changes);
+            isRunning = install.goToNextChange(kChanges);
             StagingFolder::recoverInterruptedPublish(); // as the other instance does
             install.goToNextChange(limit);
-            EXPECT_TRUE(install.hasSucceeded()) << "before change " << changes;
-            EXPECT_EQ(tree(), newTree) << "before change " << changes;
+            EXPECT_TRUE(install.hasSucceeded()) << "before change " << kChanges;
+            EXPECT_EQ(tree(), newTree) << "before change " << kChanges;
         }
     }
 }

@@ -61,9 +61,9 @@ TEST(MainQueueTest, ClosingReleasesWaitingThreadsSoThatTheProgramCanEnd)
 TEST(GlobalQueueTest, JobsThatWaitNeverKeepOthersFromRunning)
 {
     for (int round = 0; round < 20; ++round) {
-        constexpr int count = 40;
-        const auto all = std::make_shared<std::latch>(count + 1);
-        for (int i = 0; i < count; ++i)
+        constexpr int kCount = 40;
+        const auto all = std::make_shared<std::latch>(kCount + 1);
+        for (int i = 0; i < kCount; ++i)
             GlobalQueue::instance().post([all] { all->arrive_and_wait(); });
         all->arrive_and_wait(); // hangs if any job does not run beside the others
     }

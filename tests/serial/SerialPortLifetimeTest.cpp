@@ -80,7 +80,7 @@ TEST_F(SerialPortLifetimeTest, ADelegateNeedsTheRequiredMethodOnly)
 {
     // A pointer to the base class does not show what a delegate implements.
     static_assert(CanBeSet<RecordingDelegate> && !CanBeSet<ORSSerialPortDelegate>);
-    struct final : ORSSerialPortDelegate
+    struct Required final : ORSSerialPortDelegate
     {
         void serialPortWasRemovedFromSystem(ORSSerialPort &) override { ++removals; }
         int removals = 0;

@@ -35,7 +35,7 @@ public:
     {
         while (!canReadLine() && waitForReadyRead(kLimitMs)) {
         }
-        const QJsonObject object = QJsonDocument::fromJson(readLine()).object();
+        QJsonObject object = QJsonDocument::fromJson(readLine()).object();
         EXPECT_EQ(object.value("event"), event);
         return object;
     }

@@ -39,7 +39,7 @@ protected:
     void pack(const Packer &packer) const
     {
         writeTree(m_folder.path(), {});
-        writeTree(path("pkg"), kContents);
+        writeTree(path("pkg"), m_contents);
         const utimbuf date = {.actime = 0, .modtime = kDate};
         ASSERT_EQ(utime(qPrintable(path("pkg/VORN-1.bin")), &date), 0);
         const QStringList command = QString(packer.command).split(u' ');
@@ -55,11 +55,11 @@ protected:
     }
 
     static constexpr time_t kDate = 1'690'000'000; // in summer time
-    const Tree kContents = {{"VORN-1.bin", large()},
-                            {"a/b/deep.bin", "deep"},
-                            {"a/empty.bin", ""},
-                            // In UTF-8 no valid GBK: zip writes it without saying which it is.
-                            {u"\u56fa.bin"_qs, QByteArray(5000, '\xff')}};
+    const Tree m_contents = {{"VORN-1.bin", large()},
+                             {"a/b/deep.bin", "deep"},
+                             {"a/empty.bin", ""},
+                             // In UTF-8 no valid GBK: zip writes it without saying which it is.
+                             {u"\u56fa.bin"_qs, QByteArray(5000, '\xff')}};
 };
 
 TEST_F(ToolsArchive, UnpacksToTheSameFilesWithTheSameDates)
@@ -69,7 +69,7 @@ TEST_F(ToolsArchive, UnpacksToTheSameFilesWithTheSameDates)
         pack(packer);
         ASSERT_TRUE(m_archive.UnzipOpenFile(path("a.zip"), packer.password));
         ASSERT_TRUE(m_archive.UnzipFileTo(out(), true));
-        EXPECT_EQ(treeAt(out() + "/pkg"), kContents);
+        EXPECT_EQ(treeAt(out() + "/pkg"), m_contents);
         // 7z converts dates by today's offset from UTC, which may be another than on that day.
         const bool isOffByAnHour = QString(packer.command).startsWith("7z");
         const auto date = QFileInfo(out() + "/pkg/VORN-1.bin").lastModified().toSecsSinceEpoch();
@@ -105,7 +105,7 @@ TEST_F(ToolsArchive, LeavesNoWrongBytesWithoutTheRightPassword)
             ASSERT_EQ(m_listener->errors.size(), 1);
             for (const QString &file : m_archive.unzippedFiles())
                 ASSERT_EQ(readFile(file),
-                          kContents.value(QDir(path("out/pkg")).relativeFilePath(file), "none"));
+                          m_contents.value(QDir(path("out/pkg")).relativeFilePath(file), "none"));
             ASSERT_TRUE(m_archive.UnzipCloseFile());
         }
     }
