@@ -59,8 +59,8 @@ TEST(DeviceSession, TheSyncByteDoesNotWaitForTheMainThread)
 {
     SessionRig rig;
     rig.update(1);
-    rig.session->startUpdate(rig.imagePath); // does nothing more
     EXPECT_TRUE(rig.device.waitForExchanges(2, 10s)) << "no event loop runs meanwhile";
+    rig.session->startUpdate(rig.imagePath); // does nothing more
     rig.expectUpdated();
     EXPECT_EQ(rig.device.report().exchanges, 2);
 }
