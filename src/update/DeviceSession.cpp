@@ -94,8 +94,11 @@ bool DeviceSession::open()
         return false;
     const Lifetime::Token alive = lifetime();
     endSequence();
+    // Whoever heard of that end may have destroyed the session, or opened it already.
     if (alive.expired())
         return false;
+    if (m_isOpen)
+        return true;
     const ORSSerialPortPtr port = m_port;
     port->setBaudRate(m_parameters.baudRate);
     port->open();
