@@ -44,7 +44,8 @@ UpdateFailureKind BootProtocol::sendCmdOrData(QByteArrayView frame, qsizetype by
 UpdateFailureKind BootProtocol::waitForAnswer()
 {
     clearReceiveByte();
-    const auto deadline = m_line.now() + m_answerLimit;
+    m_waitBegan = m_line.now();
+    const auto deadline = m_waitBegan + m_answerLimit;
     for (;;) {
         switch (nextChunk(deadline)) {
         case LineEvent::Chunk:
@@ -72,6 +73,11 @@ void BootProtocol::keepSecondAnswer()
 void BootProtocol::allowForErasing(bool erasing)
 {
     m_answerLimit = erasing ? m_parameters.eraseLimit : m_parameters.answerLimit;
+}
+
+std::chrono::milliseconds BootProtocol::waited() const
+{
+    return std::chrono::duration_cast<std::chrono::milliseconds>(m_line.now() - m_waitBegan);
 }
 
 void BootProtocol::lowerRtsAfterPulse()

@@ -40,6 +40,9 @@ public:
 
     // While the device may be erasing, answers take longer.
     void allowForErasing(bool erasing);
+    std::chrono::milliseconds answerLimit() const { return m_answerLimit; }
+    // The time since the last wait for an acknowledgement began.
+    std::chrono::milliseconds waited() const;
 
     void raiseRts() { m_line.setRts(true); }
     // RTS low, after the length of a reset pulse.
@@ -55,6 +58,7 @@ private:
     DeviceLine &m_line;
     const BootParameters &m_parameters;
     std::chrono::milliseconds m_answerLimit;
+    DeviceLine::Clock::time_point m_waitBegan{};
     QByteArray m_chunk;                       // the one that was judged last
     std::optional<QByteArray> m_secondAnswer; // judged before anything else arrives
 };

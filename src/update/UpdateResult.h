@@ -4,6 +4,8 @@
 
 #include <QtGlobal>
 
+#include <chrono>
+
 namespace vorn {
 
 // The steps of an update, each named after the answer of the device that it waits for.
@@ -41,6 +43,14 @@ struct UpdateResult
     // In UpdateStep::Data: which data frame, from 0. The last frame counts as one of `frames`.
     qint64 frame = 0;
     qint64 frames = 0;
+    qint64 imageBytes = 0; // 0 until the image was read
+    // From the download header on the device may have given up its old firmware.
+    bool mayBeErased = false;
+    // How long the last answer was waited for, whether it came or not.
+    std::chrono::milliseconds waited{};
+    // From the reset pulse to the end, and the part of it from the first data frame on.
+    std::chrono::milliseconds elapsed{};
+    std::chrono::milliseconds sending{};
 
     bool succeeded() const { return !failure; }
 };
@@ -54,6 +64,8 @@ struct UpdateProgress
     qint64 frames = 0;
     // Of the image, 0 to 99 and never less than before; 100 is success alone.
     int percent = 0;
+    // How long the awaited answer may take.
+    std::chrono::milliseconds limit{};
 };
 
 } // namespace vorn

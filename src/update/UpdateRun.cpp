@@ -5,6 +5,9 @@
 
 #include <algorithm>
 
+using std::chrono::duration_cast;
+using std::chrono::milliseconds;
+
 namespace vorn {
 namespace {
 
@@ -13,7 +16,7 @@ class UpdateRun
 public:
     UpdateRun(DeviceLine &line, const ImageReader &readImage, const BootParameters &parameters,
               UpdateObserver &observer)
-        : m_boot(line, parameters), m_readImage(readImage), m_parameters(parameters),
+        : m_line(line), m_boot(line, parameters), m_readImage(readImage), m_parameters(parameters),
           m_observer(observer)
     {
     }
@@ -35,6 +38,7 @@ private:
     void showProgress(qint64 frame);
     const DeviceFamily &family() const { return m_parameters.familyOf(m_targetVersion); }
 
+    DeviceLine &m_line;
     BootProtocol m_boot;
     const ImageReader &m_readImage;
     const BootParameters &m_parameters;
@@ -43,6 +47,8 @@ private:
     qint32 m_targetVersion = -1;
     UpdateProgress m_progress;
     UpdateResult m_result;
+    const DeviceLine::Clock::time_point m_began = m_line.now();
+    DeviceLine::Clock::time_point m_sendingBegan{};
 };
 
 UpdateResult UpdateRun::run()
@@ -51,6 +57,10 @@ UpdateResult UpdateRun::run()
         handshake() && readImage() && startDownload() && waitForErase() && sendImage() && finish();
     if (m_result.failure.kind == UpdateFailureKind::Abandoned)
         return m_result;
+    m_result.waited = m_boot.waited();
+    m_result.elapsed = duration_cast<milliseconds>(m_line.now() - m_began);
+    if (m_result.step >= UpdateStep::Data)
+        m_result.sending = duration_cast<milliseconds>(m_line.now() - m_sendingBegan);
     if (succeeded)
         m_boot.raiseRts();
     m_observer.updateDidEnd(m_result);
@@ -84,6 +94,7 @@ bool UpdateRun::readImage()
         return false;
     }
     m_image = std::move(image.bytes);
+    m_result.imageBytes = m_image.size();
     m_result.frames = m_progress.frames = m_image.size() / family().imageBytesPerFrame + 1;
     return true;
 }
@@ -98,6 +109,7 @@ bool UpdateRun::startDownload()
 
 bool UpdateRun::waitForErase()
 {
+    m_result.mayBeErased = true;
     m_boot.allowForErasing(true);
     if (m_targetVersion >= m_parameters.firstErasingModel) {
         reach(UpdateStep::Erase);
@@ -117,6 +129,8 @@ bool UpdateRun::sendImage()
     for (qint64 i = 0; i < fullFrames; ++i) {
         if (!send(DataFrame(image.sliced(i * perFrame, perFrame))))
             return false;
+        if (i == 0)
+            m_sendingBegan = m_line.now();
         m_boot.allowForErasing(false);
         m_result.step = UpdateStep::Data;
         m_result.frame = i;
@@ -124,14 +138,15 @@ bool UpdateRun::sendImage()
     }
     if (!send(LastDataFrame(image.sliced(fullFrames * perFrame))))
         return false;
+    if (fullFrames == 0)
+        m_sendingBegan = m_line.now();
     m_boot.allowForErasing(false);
     return true;
 }
 
 bool UpdateRun::finish()
 {
-    m_result.step = UpdateStep::Finish;
-    m_result.frame = 0;
+    reach(UpdateStep::Finish);
     return goesOn(m_boot.waitForAnswer());
 }
 
@@ -140,6 +155,7 @@ void UpdateRun::reach(UpdateStep step, qint64 frame)
 {
     m_result.step = m_progress.step = step;
     m_result.frame = m_progress.frame = frame;
+    m_progress.limit = m_boot.answerLimit();
     m_observer.updateDidProgress(m_progress);
 }
 
@@ -181,6 +197,7 @@ UpdateResult queryTargetVersion(DeviceLine &line, const BootParameters &paramete
         observer.targetVersionDidArrive(boot.reportedVersion());
         boot.lowerRtsAfterPulse();
     }
+    result.waited = boot.waited();
     if (result.failure.kind != UpdateFailureKind::Abandoned)
         observer.updateDidEnd(result);
     return result;
