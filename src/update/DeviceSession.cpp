@@ -4,6 +4,7 @@
 #include "update/FirmwareImage.h"
 #include "update/PortLine.h"
 #include "update/ReceiveBuffer.h"
+#include "update/RecordingLine.h"
 
 #include <utility>
 
@@ -176,11 +177,16 @@ void DeviceSession::runSequence(Running which, Sequence sequence)
         m_buffer->portDidClose();
     m_running = which;
     m_progress = {};
-    m_sequences.post([port = m_port, buffer = m_buffer, sequence = std::move(sequence),
+    m_hasUpdated = m_hasUpdated || which == Running::Update;
+    const auto transcript = std::make_shared<Transcript>();
+    if (m_hasUpdated == (which == Running::Update))
+        m_transcript = transcript;
+    m_sequences.post([port = m_port, buffer = m_buffer, transcript, sequence = std::move(sequence),
                       relay = Relay(this, m_buffer)]() mutable {
         if (buffer->isAbandoned())
             return;
-        PortLine line(port, buffer);
+        PortLine portLine(port, buffer);
+        RecordingLine line(portLine, *transcript);
         sequence(line, relay);
         relay.lineIsFree();
     });
@@ -199,6 +205,7 @@ void DeviceSession::serialPortWasRemovedFromSystem(ORSSerialPort &) {}
 
 void DeviceSession::serialPortDidReceiveData(ORSSerialPort &, const QByteArray &data)
 {
+    m_lastHeard = std::chrono::steady_clock::now();
     m_buffer->receive(data);
 }
 

@@ -3,11 +3,13 @@
 #include "platform/SerialQueue.h"
 #include "serial/ORSSerialPort.h"
 #include "update/BootParameters.h"
+#include "update/Transcript.h"
 #include "update/UpdateRun.h"
 
 #include <QString>
 #include <QTimer>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -80,6 +82,12 @@ public:
     void startUpdate(const QString &imagePath);
     bool isUpdating() const { return m_running == Running::Update; }
 
+    // The last update's exchange, or the last version query's while there was no update; empty
+    // before the first. It may still grow.
+    std::shared_ptr<const Transcript> transcript() const { return m_transcript; }
+    // When bytes last arrived from the device; the clock's epoch before the first.
+    std::chrono::steady_clock::time_point lastHeard() const { return m_lastHeard; }
+
     // ORSSerialPortDelegate
     void serialPortWasRemovedFromSystem(ORSSerialPort &serialPort) override;
     void serialPortDidReceiveData(ORSSerialPort &serialPort, const QByteArray &data) override;
@@ -108,6 +116,9 @@ private:
     std::shared_ptr<ReceiveBuffer> m_buffer;
     Running m_running = Running::Nothing;
     UpdateProgress m_progress; // of the running sequence
+    std::shared_ptr<Transcript> m_transcript = std::make_shared<Transcript>();
+    bool m_hasUpdated = false; // m_transcript is an update's
+    std::chrono::steady_clock::time_point m_lastHeard{};
     bool m_isOpen = false;
     QTimer m_closeLimit; // runs from close() until the port is closed or the limit is over
     bool m_closing = false;
