@@ -3,6 +3,7 @@
 #include "simulator/SimulatedDevice.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QSocketNotifier>
 
 namespace vorn {
@@ -30,7 +31,9 @@ constexpr const char *kExamples =
     "--replug-ms 3000\n"
     "      is unplugged at the tenth frame of the first update and back after three seconds\n"
     "  vornsim device --exit-after 1 --image received.bin --report report.json\n"
-    "      ends after one update and leaves the image and the report in files\n";
+    "      ends after one update and leaves the image and the report in files\n"
+    "  vornsim device --dir /tmp/devices --name usbserial-1 --replay vornupdater-log.txt\n"
+    "      answers as the device in a saved log did\n";
 
 CommandOptions deviceCommand()
 {
@@ -49,6 +52,9 @@ CommandOptions deviceCommand()
              {"join-erase-answers", nullptr, "Send both answers to the header in one write."},
              {"fault", "FAULT", "A fault, see below; may be given several times."},
              {"replug-ms", "MS", "Plug in again this long after an unplug fault."},
+             {"replay", "FILE",
+              "Answer as recorded in a transcript or a saved log; takes only --dir, "
+              "--name, --replug-ms and --report beside it."},
              {"exit-after", "N", "End after this many completed updates."},
              {"image", "FILE", "At the end, write the image of the last completed update."},
              {"report", "FILE", "Write the report to a file as well."}}};
@@ -69,11 +75,31 @@ std::vector<int> connectPieces(const CommandOptions &line)
     return pieces;
 }
 
+// The text of the transcript; empty without one.
+QString transcript(const CommandOptions &line)
+{
+    if (!line.isSet("replay"))
+        return {};
+    for (const char *option :
+         {"model", "erase-ms", "answer-delay-ms", "baud", "flash-size", "split", "split-gap-ms",
+          "join-erase-answers", "fault", "exit-after", "image"})
+        if (line.isSet(option))
+            line.fail(QStringLiteral("--%1 contradicts --replay").arg(QLatin1String(option)));
+    QFile file(line.text("replay"));
+    if (!file.open(QIODevice::ReadOnly))
+        line.fail(QStringLiteral("%1: %2").arg(file.fileName(), file.errorString()));
+    const QString text = QString::fromUtf8(file.readAll());
+    if (Replay(text).report().entries == 0)
+        line.fail(QStringLiteral("%1: there is no transcript in it").arg(file.fileName()));
+    return text;
+}
+
 DeviceOptions deviceOptions(const CommandOptions &line)
 {
     DeviceOptions options;
     options.directory = line.text("dir");
     options.name = line.text("name");
+    options.replay = transcript(line);
     options.modelCode = static_cast<int>(line.number("model", options.modelCode, 255));
     options.eraseTime = line.milliseconds("erase-ms", options.eraseTime);
     options.answerDelay = line.milliseconds("answer-delay-ms", options.answerDelay);

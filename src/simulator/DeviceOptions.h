@@ -61,6 +61,10 @@ struct DeviceOptions
     std::chrono::milliseconds pieceGap{5}; // between two pieces
     bool joinEraseAnswers = false;         // send both answers to the header in one write
 
+    // The text of a transcript (docs/simulator.md): the device answers as the recorded one did, and
+    // of the options only directory, name and replugAfter count. Empty: none.
+    QString replay{};
+
     std::vector<Fault> faults{}; // for each step the first one that matches applies
     std::optional<std::chrono::milliseconds> replugAfter{}; // after being unplugged by a fault
 };

@@ -41,21 +41,30 @@ QJsonObject DeviceReport::toJson() const
         download.insert(QStringLiteral("lastAnswerAfterMs"), milliseconds(times.toLastAnswer));
         download.insert(QStringLiteral("longestGapMs"), milliseconds(times.longestGap));
     }
-    return {{QStringLiteral("path"), path},
-            {QStringLiteral("terminal"), slavePath},
-            {QStringLiteral("plugged"), plugged},
-            {QStringLiteral("model"), modelCode},
-            {QStringLiteral("opens"), opens},
-            {QStringLiteral("inUse"), inUse},
-            {QStringLiteral("exchanges"), exchanges},
-            {QStringLiteral("updates"), updates},
-            {QStringLiteral("imageSha256"), imageSha256()},
-            {QStringLiteral("imageLength"), image.size()},
-            {QStringLiteral("frames"), qint64{frames}},
-            {QStringLiteral("refusals"), refusals},
-            {QStringLiteral("errorCount"), errorCount},
-            {QStringLiteral("errors"), QJsonArray::fromStringList(errors)},
-            {QStringLiteral("download"), download}};
+    QJsonObject json{{QStringLiteral("path"), path},
+                     {QStringLiteral("terminal"), slavePath},
+                     {QStringLiteral("plugged"), plugged},
+                     {QStringLiteral("opens"), opens},
+                     {QStringLiteral("inUse"), inUse},
+                     {QStringLiteral("exchanges"), exchanges},
+                     {QStringLiteral("updates"), updates},
+                     {QStringLiteral("imageSha256"), imageSha256()},
+                     {QStringLiteral("imageLength"), image.size()},
+                     {QStringLiteral("frames"), qint64{frames}},
+                     {QStringLiteral("refusals"), refusals},
+                     {QStringLiteral("errorCount"), errorCount},
+                     {QStringLiteral("errors"), QJsonArray::fromStringList(errors)},
+                     {QStringLiteral("download"), download}};
+    if (replay.entries == 0) {
+        json.insert(QStringLiteral("model"), modelCode);
+        return json;
+    }
+    json.insert(QStringLiteral("replay"),
+                QJsonObject{{QStringLiteral("entries"), replay.entries},
+                            {QStringLiteral("replayed"), replay.replayed},
+                            {QStringLiteral("complete"), replay.replayed == replay.entries},
+                            {QStringLiteral("differences"), replay.differences}});
+    return json;
 }
 
 void DeviceJournal::addError(const QString &error)

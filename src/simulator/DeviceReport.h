@@ -26,6 +26,14 @@ struct DownloadTimes
     std::chrono::nanoseconds longestGap{0};
 };
 
+// How far a replay has come. Entries are those that bytes or a hang-up stand for.
+struct ReplayReport
+{
+    int entries = 0;     // of the transcript; 0: no replay
+    int replayed = 0;    // the most of them between two beginnings
+    int differences = 0; // entries for which other bytes came than were recorded
+};
+
 // What a simulated device has seen so far. A value, safe to keep and to pass on.
 struct DeviceReport
 {
@@ -48,6 +56,9 @@ struct DeviceReport
     QByteArray partialImage;         // received so far of an update that is not completed
     std::int64_t declaredLength = 0; // image length in the latest header
     DownloadTimes times;             // of the latest download
+
+    // A device that replays judges nothing: of the rest only openings and exchanges count then.
+    ReplayReport replay;
 
     // SHA-256 of the image in lower-case hexadecimal; empty without a completed update.
     QString imageSha256() const;

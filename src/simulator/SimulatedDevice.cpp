@@ -19,6 +19,8 @@ using namespace std::chrono_literals;
 // An unfinished frame is dropped after this long a silence.
 constexpr auto kResyncTime = 200ms;
 
+constexpr auto kLookAgain = 1ms;
+
 constexpr std::int64_t kBitsPerByte = 10; // a start bit, eight data bits, a stop bit
 
 } // namespace
@@ -30,6 +32,8 @@ SimulatedDevice::SimulatedDevice(DeviceOptions options)
       m_loader(m_options.flashSize), m_plan(m_options)
 {
     m_journal.report().modelCode = m_options.modelCode;
+    if (!m_options.replay.isEmpty())
+        m_replay.emplace(m_options.replay);
 }
 
 SimulatedDevice::~SimulatedDevice()
@@ -65,6 +69,8 @@ DeviceReport SimulatedDevice::report() const
 {
     const std::lock_guard lock(m_mutex);
     DeviceReport copy = m_journal.report();
+    if (m_replay)
+        copy.replay = m_replay->report();
     // Deep copies, so that threads share no memory but under the lock.
     for (QString *text : {&copy.path, &copy.slavePath})
         text->detach();
@@ -170,6 +176,8 @@ void SimulatedDevice::pullOut()
     m_pending.clear();
     m_outIdle = std::min(m_outIdle, Clock::now());
     m_loader.powerOff();
+    if (m_replay)
+        m_replay->rewind();
     m_terminal.reset();
     m_journal.addUnplug();
 }
@@ -232,7 +240,8 @@ bool SimulatedDevice::receive()
     std::array<std::uint8_t, 4096> buffer;
     const ssize_t got = ::read(m_terminal->master(), buffer.data(), buffer.size());
     if (got > 0) {
-        take(std::span(buffer).first(static_cast<std::size_t>(got)), Clock::now());
+        const auto bytes = std::span(buffer).first(static_cast<std::size_t>(got));
+        m_replay ? replay(bytes, Clock::now()) : take(bytes, Clock::now());
     } else if (got == 0 || (errno != EAGAIN && errno != EINTR)) {
         m_journal.addError(QStringLiteral("the terminal hung up"));
         pullOut();
@@ -257,17 +266,21 @@ void SimulatedDevice::take(std::span<const std::uint8_t> bytes, Time now)
     }
 }
 
+void SimulatedDevice::beginExchange()
+{
+    // An opening before the sync byte discards what an earlier user left unread. It is looked for
+    // here, before this exchange's answer is written, which it must not discard.
+    noteUses();
+    m_pending.clear();
+    m_outIdle = std::min(m_outIdle, Clock::now());
+}
+
 void SimulatedDevice::answer(const BootEvent &event, Time ended)
 {
     const bool begins =
         event.step == BootStep::Sync && event.verdict == BootEvent::Verdict::Accepted;
-    if (begins) {
-        // An opening before the sync byte discards what an earlier user left unread. It is looked
-        // for here, before this exchange's answer is written, which it must not discard.
-        noteUses();
-        m_pending.clear();
-        m_outIdle = std::min(m_outIdle, Clock::now());
-    }
+    if (begins)
+        beginExchange();
     m_journal.addEvent(event, m_loader.declaredLength(), m_frameBegun, ended);
     if (begins)
         m_changed.notify_all();
@@ -276,6 +289,19 @@ void SimulatedDevice::answer(const BootEvent &event, Time ended)
         const Time due = throughLine(m_outIdle, ended + answer.after, length);
         m_pending.push_back({std::move(answer), due});
     }
+    sendDue();
+}
+
+void SimulatedDevice::replay(std::span<const std::uint8_t> bytes, Time now)
+{
+    Replay::Taken taken = m_replay->take({bytes.data(), static_cast<qsizetype>(bytes.size())});
+    if (taken.begins) {
+        beginExchange();
+        ++m_journal.report().exchanges;
+        m_changed.notify_all();
+    }
+    for (Answer &answer : taken.answers)
+        m_pending.push_back({std::move(answer), now + answer.after});
     sendDue();
 }
 
@@ -291,8 +317,15 @@ SimulatedDevice::Time SimulatedDevice::throughLine(Time &idleFrom, Time start,
 void SimulatedDevice::sendDue()
 {
     while (!m_pending.empty() && m_pending.front().due <= Clock::now()) {
+        // What was taken in two chunks stays apart. There is no event for "has been read".
+        if (m_replay && m_terminal->holdsUnread()) {
+            m_pending.front().due = Clock::now() + kLookAgain;
+            return;
+        }
         const Pending pending = std::move(m_pending.front());
         m_pending.pop_front();
+        if (m_replay)
+            m_replay->answered();
         if (pending.answer.unplugs) {
             pullOut();
             if (m_options.replugAfter)

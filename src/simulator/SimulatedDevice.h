@@ -6,6 +6,7 @@
 #include "simulator/DeviceOptions.h"
 #include "simulator/DeviceReport.h"
 #include "simulator/PseudoTerminal.h"
+#include "simulator/Replay.h"
 
 #include <QString>
 
@@ -81,7 +82,9 @@ private:
     void noteUses();
     bool receive(); // whether there were bytes
     void take(std::span<const std::uint8_t> bytes, Time now);
+    void beginExchange();
     void answer(const BootEvent &event, Time ended);
+    void replay(std::span<const std::uint8_t> bytes, Time now);
     Time throughLine(Time &idleFrom, Time start, std::size_t count) const;
 
     const DeviceOptions m_options;
@@ -97,6 +100,7 @@ private:
     bool m_stopped = false;
     BootLoader m_loader;
     AnswerPlan m_plan;
+    std::optional<Replay> m_replay; // takes the place of both
     DeviceJournal m_journal;
     std::optional<PseudoTerminal> m_terminal; // only while plugged in
     std::deque<Pending> m_pending;            // in the order of their times

@@ -78,6 +78,32 @@ TEST(Program, RunsADeviceUntilItsUpdatesAreDone)
     EXPECT_FALSE(QFileInfo(directory.filePath("usbserial-1")).isSymLink());
 }
 
+TEST(Program, ReplaysTheTranscriptInALogAndBeginsAgainWithTheOtherSide)
+{
+    const QTemporaryDir directory;
+    QFile log(directory.filePath("log"));
+    ASSERT_TRUE(log.open(QIODevice::WriteOnly));
+    log.write(
+        "Vorn updater\n12:00:01.000000 > F4\n0.000000 RTS high\n0.020514 > F4\r\n"
+        "0.120514 < AF\n0.120600 > 03 01 FE FC\n0.120700 < AF 00 00 08\n0.120800 > (4 bytes)\n"
+        "0.220800 gone\n0.220900 > f4\n");
+    log.close();
+    Vornsim program({"device", "--replay", log.fileName()});
+    const TestUpdater updater(program.next("ready").value("path").toString());
+    for (const QByteArray &connect : {kConnect, kVersion}) { // the second one differs
+        const auto begin = std::chrono::steady_clock::now();
+        EXPECT_EQ(updater.ask(kSync), kAck);
+        EXPECT_GE(std::chrono::steady_clock::now() - begin, 100ms);
+        EXPECT_EQ(updater.ask(connect, 4).toHex(), "af000008");
+    }
+    EXPECT_EQ(updater.ask(kVersion), "") << "the terminal hangs up";
+    program.terminate();
+    EXPECT_EQ(
+        program.next("report").value("replay").toObject(),
+        QJsonObject({{"entries", 6}, {"replayed", 6}, {"complete", true}, {"differences", 1}}));
+    EXPECT_EQ(program.endedWith(), 0);
+}
+
 TEST(Program, ServesAPackageAsAskedForAndReportsWhatItServed)
 {
     const QTemporaryDir directory;
@@ -142,6 +168,9 @@ TEST(Program, ExplainsEachMistakeAndEndsWithItsStatus)
           {"device --fault erase=silence --model 1", "only model codes from 2 on", 2},
           {"device --split 1,4", "only the four bytes", 2},
           {"device --dir /tmp", "belong together", 2},
+          {"device --replay /dev/null --model 3", "--model contradicts --replay", 2},
+          {"device --replay /dev/null", "/dev/null: there is no transcript", 2},
+          {"device --replay /none", "/none: No such file", 2},
           {"package-server --framing odd", "not one of length, chunked, until-close", 2},
           {"package-server --truncate-at 1 --cut-at 2", "either truncated or cut", 2},
           {"device --dir /none --name usbserial-1", "/none/usbserial-1: No such file", 1}}) {
