@@ -73,6 +73,7 @@ UpdateResult UpdateRun::run()
 
 bool UpdateRun::handshake()
 {
+    reach(UpdateStep::Synchronize);
     if (!goesOn(m_boot.connect()))
         return false;
     reach(UpdateStep::Connect);

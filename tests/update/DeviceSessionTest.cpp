@@ -16,8 +16,11 @@ using Kind = UpdateFailureKind;
 
 TEST(DeviceSession, OpensAtTheFamilysSpeedAndAsksForTheVersion)
 {
+    const auto begin = std::chrono::steady_clock::now();
     SessionRig rig(with(&DeviceOptions::modelCode, 200));
     EXPECT_EQ(rig.session->port()->baudRate(), 2'000'000U);
+    EXPECT_GE(rig.session->lastHeard(), begin);
+    EXPECT_TRUE(rig.session->transcript()->text().contains("< AF 00 00 C8\n"));
     EXPECT_EQ(rig.targetVersion, 200);
     EXPECT_EQ(rig.device.report().exchanges, 1);
     EXPECT_FALSE(rig.session->port()->RTS());
@@ -39,19 +42,6 @@ TEST(DeviceSession, UpdatesSeveralDevicesSideBySideWhileTheMainThreadIsBusy)
             rig->update(250 + static_cast<qsizetype>(number));
         for (const auto &rig : rigs)
             rig->expectUpdated(number);
-    }
-}
-
-TEST(DeviceSession, UnderstandsAnswersThatTheLineCutsAndJoins)
-{
-    std::vector<DeviceOptions> shapes{with(&DeviceOptions::joinEraseAnswers, true)};
-    for (const std::vector<int> &pieces : {std::vector{1, 3}, {3, 1}, {1, 1, 1, 1}})
-        shapes.push_back(with(&DeviceOptions::connectPieces, pieces));
-    for (const DeviceOptions &shape : shapes) {
-        SessionRig rig(shape);
-        rig.update(600);
-        rig.expectUpdated();
-        EXPECT_EQ(rig.targetVersion, 8);
     }
 }
 
@@ -81,6 +71,16 @@ TEST(PortLine, DropsWhatArrivedBeforeItSendsAndSendsNothingOnceAbandoned)
     runEventLoopFor(50ms);
     EXPECT_EQ(rig.device.report().exchanges, 2);
     EXPECT_EQ(line.waitForChunk(line.now() + 10s, chunk), LineEvent::Abandoned);
+}
+
+TEST(Transcript, KeepsOnlyTheNumberOfTheBytesBeyondItsMemory)
+{
+    Transcript transcript;
+    const Transcript::Time begin{1h};
+    transcript.add(Transcript::Kind::Sent, begin, QByteArray(Transcript::kKeptBytes - 1, 'x'));
+    transcript.add(Transcript::Kind::Sent, begin + 1500ms, "ab");
+    transcript.add(Transcript::Kind::Received, begin + 1500ms + 1us, "\xaf");
+    EXPECT_TRUE(transcript.text().endsWith(" 78\n1.500000 > (2 bytes)\n1.500001 < AF\n"));
 }
 
 TEST(DeviceSession, CountsAnswersThatCameInTimeHoweverLateTheyAreDelivered)
@@ -133,25 +133,7 @@ TEST(DeviceSession, AnUnpluggedDeviceEndsTheUpdateAtOnceAndTheNextOneSucceeds)
     }
 }
 
-TEST(DeviceSession, ClosingIsToldWhenItIsTrueAndEndsWhatRuns)
-{
-    SessionRig rig(with(&DeviceOptions::eraseTime, 300ms));
-    rig.onProgress = [&](const UpdateProgress &progress) {
-        if (progress.step == UpdateStep::Erase)
-            rig.session->close();
-    };
-    rig.update(250);
-    EXPECT_EQ(rig.result().failure.kind, Kind::PortClosed);
-    EXPECT_EQ(rig.result().step, UpdateStep::Erase);
-    ASSERT_TRUE(eventually([&] { return !rig.closings.empty(); }));
-    EXPECT_EQ(rig.closings, std::vector{true});
-    EXPECT_FALSE(rig.session->port()->isOpen());
-    rig.update(250); // on the closed port
-    ASSERT_TRUE(eventually([&] { return rig.results.size() == 2; }, 10s));
-    EXPECT_EQ(rig.result(2).failure.kind, Kind::PortClosed);
-}
-
-TEST(DeviceSession, OpeningAgainWhenTheClosingIsToldLosesNoEnd)
+TEST(DeviceSession, ClosingIsToldWhenItIsTrueEndsWhatRunsAndMayBeFollowedByOpening)
 {
     SessionRig rig(with(&DeviceOptions::eraseTime, 300ms));
     rig.onProgress = [&](const UpdateProgress &progress) {
@@ -160,10 +142,21 @@ TEST(DeviceSession, OpeningAgainWhenTheClosingIsToldLosesNoEnd)
     };
     rig.onClose = [&] { EXPECT_TRUE(rig.session->open()); };
     rig.update(250);
-    EXPECT_TRUE(eventually([&] { return rig.queries == 2; }));
     EXPECT_EQ(rig.result().failure.kind, Kind::PortClosed);
+    EXPECT_EQ(rig.result().step, UpdateStep::Erase);
+    EXPECT_EQ(rig.closings, std::vector{true});
+    EXPECT_TRUE(eventually([&] { return rig.queries == 2; }));
     EXPECT_TRUE(rig.session->isOpen());
+    EXPECT_TRUE(rig.session->transcript()->text().contains("> 09 08 00 18"))
+        << "the query's is not";
+
     rig.onClose = [] {};
+    rig.session->close();
+    ASSERT_TRUE(eventually([&] { return rig.closings.size() == 2; }));
+    EXPECT_FALSE(rig.session->port()->isOpen());
+    rig.update(250); // on the closed port
+    ASSERT_TRUE(eventually([&] { return rig.results.size() == 2; }, 10s));
+    EXPECT_EQ(rig.result(2).failure.kind, Kind::PortClosed);
 }
 
 TEST(DeviceSession, OneMayBeDestroyedWhenTheErrorOfItsOpeningIsTold)

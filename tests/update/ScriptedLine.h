@@ -46,7 +46,6 @@ public:
     QStringList violations;
     std::vector<bool> rts;
     QByteArray lastSent;
-    std::vector<Step> reached;
 
     std::chrono::milliseconds elapsed() const
     {
@@ -126,7 +125,6 @@ private:
     }
     bool give(Step step, const QByteArray &rightAnswer)
     {
-        reached.push_back(step);
         if (const auto fault = faults.find(step); fault != faults.end())
             return fault->second(*this, rightAnswer);
         // The release of the first data frame follows the end of the erase.
