@@ -28,7 +28,7 @@ template <typename Visit>
 bool anyEntry(const fs::path &directory, Visit visit)
 {
     std::error_code failure;
-    for (fs::directory_iterator entry(directory, failure); !failure && entry != end(entry);
+    for (fs::directory_iterator entry(directory, failure); entry != end(entry);
          entry.increment(failure))
         if (visit(entry->path()))
             return true;
