@@ -1,6 +1,7 @@
 #include "platform/DesktopNotifications.h"
 #include "platform/MessageBus.h"
 #include "platform/PowerEvents.h"
+#include "platform/SleepBlock.h"
 #include "tests/support/Eventually.h"
 
 #include <QDBusConnection>
@@ -68,7 +69,7 @@ protected:
         m_service.start("/usr/bin/python3", {"-m", "dbusmock", "--template", mockTemplate});
         ASSERT_TRUE(eventually([&] { return ask("GetMethodCalls", {"none"}).isValid(); }));
     }
-    // What the mock answers to a call of its own interface, or of another; the first value.
+    // The first value that the mock answers to a call of its own interface, or of another.
     QVariant ask(const QString &method, const QVariantList &arguments,
                  const QString &interface = "org.freedesktop.DBus.Mock")
     {
@@ -90,6 +91,26 @@ protected:
         }
         list.endArray();
     }
+    void startLogind()
+    {
+        startService("logind", "org.freedesktop.login1", "/org/freedesktop/login1");
+    }
+    // The locks that logind has granted: "mode what by whom: why".
+    QStringList locks()
+    {
+        QStringList locks;
+        const QVariant list = ask("ListInhibitors", {}, kLogindInterface);
+        EXPECT_TRUE(list.isValid());
+        forEach(list, [&](const QDBusArgument &lock) {
+            QString what;
+            QString who;
+            QString why;
+            QString mode;
+            lock >> what >> who >> why >> mode; // leaves out user and process
+            locks += mode + ' ' + what + " by " + who + ": " + why;
+        });
+        return locks;
+    }
 
     const QTemporaryDir m_directory;
     QProcess m_daemon;
@@ -100,47 +121,40 @@ protected:
     QDBusConnection m_bus{QString()};
 };
 
-TEST_F(DesktopTest, AMessageReachesTheNotificationServiceWithoutSound)
+TEST_F(DesktopTest, EachMessageReachesTheNotificationServiceWithoutSound)
 {
     startService("notification_daemon", "org.freedesktop.Notifications",
                  "/org/freedesktop/Notifications");
     DesktopNotifications notifications(m_bus);
     notifications.deliver("Serial Port Connected", "Serial Port a<b was connected to your Mac.");
-    QVariantList arguments;
+    notifications.deliver("Serial Port Connected", "Serial Port c was connected to your Mac.");
+    QList<QVariantList> calls;
     ASSERT_TRUE(eventually([&] {
+        calls.clear();
         forEach(ask("GetMethodCalls", {"Notify"}), [&](const QDBusArgument &call) {
             quint64 time = 0;
-            call >> time >> arguments;
+            call >> time >> calls.emplace_back();
         });
-        return !arguments.isEmpty();
+        return calls.size() >= 2;
     }));
-    EXPECT_EQ(arguments.value(3), "Serial Port Connected");
-    EXPECT_EQ(arguments.value(4), "Serial Port a&lt;b was connected to your Mac.");
-    const auto hints = qdbus_cast<QVariantMap>(arguments.value(6));
-    EXPECT_EQ(hints.value("suppress-sound"), true);
+    EXPECT_EQ(calls.at(0).value(4), "Serial Port a&lt;b was connected to your Mac.");
+    EXPECT_EQ(calls.at(1).value(4), "Serial Port c was connected to your Mac.");
+    for (const QVariantList &call : calls) {
+        EXPECT_EQ(call.value(1), 0) << "replaces the message before it";
+        EXPECT_EQ(call.value(3), "Serial Port Connected");
+        EXPECT_EQ(qdbus_cast<QVariantMap>(call.value(6)).value("suppress-sound"), true);
+    }
 }
 
 TEST_F(DesktopTest, SleepWaitsForTheCallbackAndForWhatItHolds)
 {
-    const QString manager = "org.freedesktop.login1.Manager";
-    startService("logind", "org.freedesktop.login1", "/org/freedesktop/login1");
+    startLogind();
     const auto prepareForSleep = [&](bool begins) {
-        ask("EmitSignal", {manager, "PrepareForSleep", "b", QVariantList{begins}});
+        ask("EmitSignal", {kLogindInterface, "PrepareForSleep", "b", QVariantList{begins}});
     };
-    const auto isDelayed = [&] {
-        bool delayed = false;
-        forEach(ask("ListInhibitors", {}, manager), [&](const QDBusArgument &inhibitor) {
-            QString what;
-            QString who;
-            QString why;
-            QString mode;
-            inhibitor >> what >> who >> why >> mode; // leaves out user and process
-            delayed = delayed || (what == "sleep" && mode == "delay");
-        });
-        return delayed;
-    };
+    const auto isDelayed = [&] { return locks().join(u'|').startsWith(u"delay sleep by "); };
     QStringList told;
-    std::shared_ptr<const void> hold;
+    InhibitorLock hold;
     std::unique_ptr<PowerEvents> events;
     events = std::make_unique<PowerEvents>(
         [&] {
@@ -164,6 +178,20 @@ TEST_F(DesktopTest, SleepWaitsForTheCallbackAndForWhatItHolds)
     }
     events.reset();
     EXPECT_TRUE(eventually([&] { return !isDelayed(); }));
+}
+
+TEST_F(DesktopTest, ABlockHoldsFromTheAnswerToItsEndAndNoLonger)
+{
+    startLogind();
+    auto block = std::make_unique<SleepBlock>("An update runs", m_bus);
+    { // ends before it is answered
+        const SleepBlock brief("brief", m_bus);
+    }
+    ASSERT_TRUE(eventually([&] {
+        return locks() == QStringList("block sleep:shutdown by VornUpdaterTests: An update runs");
+    })) << qPrintable(locks().join(u'|'));
+    block.reset();
+    EXPECT_TRUE(eventually([&] { return locks().isEmpty(); }));
 }
 
 TEST_F(DesktopTest, WithoutABusOrServiceNothingHappensAndNobodyWaits)
