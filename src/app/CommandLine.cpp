@@ -1,6 +1,6 @@
 #include "app/CommandLine.h"
 
-#include "app/StatusTexts.h"
+#include "app/Causes.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -37,7 +37,7 @@ QString problemOfPackages(const QString &host, const QString &caFile, PackageLoc
     }
     if (!caFile.isNull())
         if (const PackageProblem problem = packages.addCertificates(caFile))
-            return texts::description(problem);
+            return explainDownload(problem).what;
     return {};
 }
 

@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QLoggingCategory>
+#include <QNetworkInterface>
 
 #include <algorithm>
 
@@ -16,26 +17,46 @@ namespace {
 
 Q_LOGGING_CATEGORY(logFirmwareSection, "vorn.app")
 
-const QString kNoFirmware = QStringLiteral("No firmware selected");
 // What a device needs, with some room, to tell its model after the port was opened.
 constexpr auto kRefillDelay = 500ms;
+constexpr auto kRefresh = 250ms;
+
+using Clock = std::chrono::steady_clock;
+
+// Whether the machine has a connection at all, beside itself.
+bool hasNetwork()
+{
+    const auto interfaces = QNetworkInterface::allInterfaces();
+    return std::any_of(interfaces.begin(), interfaces.end(), [](const QNetworkInterface &each) {
+        return each.flags().testFlag(QNetworkInterface::IsRunning) &&
+               !each.flags().testFlag(QNetworkInterface::IsLoopBack) &&
+               !each.addressEntries().isEmpty();
+    });
+}
 
 } // namespace
 
 FirmwareSection::FirmwareSection(MainWindow &window, const TaggedControls &controls,
-                                 PackageLocation packages)
-    : m_window(window), m_controls(controls), m_download(std::move(packages), m_library, *this)
+                                 LogSection &log, const PackageLocation &packages)
+    : m_window(window), m_controls(controls), m_log(log),
+      m_hasPackageServer(packages.isConfigured()), m_download(packages, m_library, *this)
 {
     m_refill.setSingleShot(true);
     m_refill.setTimerType(Qt::PreciseTimer);
     m_refill.setInterval(kRefillDelay);
     connect(&m_refill, &QTimer::timeout, this, &FirmwareSection::refill);
+    m_refresh.setInterval(kRefresh);
+    m_refresh.callOnTimeout(this, [this] { showDetails(m_progress.text(Clock::now()), false); });
 }
 
 void FirmwareSection::begin()
 {
     StagingFolder::recoverInterruptedPublish();
-    m_library.readFirmWare(m_targetVersion);
+    m_window.setDownloadAvailable(m_hasPackageServer, m_hasPackageServer
+                                                          ? tr("Fetch the latest firmware package")
+                                                          : tr("No package server is configured"));
+    if (!m_library.readFirmWare(m_targetVersion))
+        leadToFiles(false);
 }
 
 void FirmwareSection::versionQueryDidEnd()
@@ -56,8 +77,9 @@ void FirmwareSection::firmwareListDidChange(const QStringList &files)
     if (!list)
         return;
     list->clear();
-    list->addItem(kNoFirmware);
+    list->addItem(texts::kNoFirmware);
     list->addItems(files);
+    leadToFiles(!files.isEmpty());
 }
 
 void FirmwareSection::fileHandlePopBtn()
@@ -65,14 +87,16 @@ void FirmwareSection::fileHandlePopBtn()
     const QString title = currentTitle(m_controls.filePopUpBtn);
     qCInfo(logFirmwareSection) << "Firmware list:" << title;
     m_fileName = title;
-    show(title == kNoFirmware ? texts::kNoFirmwareSelected : texts::kFirmwareSelected);
+    if (!m_download.isRunning())
+        showDetails({}, false);
+    show(title == texts::kNoFirmware ? texts::kNoFirmwareSelected : texts::kFirmwareSelected);
 }
 
 bool FirmwareSection::offersFile() const
 {
     // A list that was never filled offers nothing to choose either.
     const QString title = currentTitle(m_controls.filePopUpBtn);
-    return !title.isNull() && title != kNoFirmware;
+    return !title.isNull() && title != texts::kNoFirmware;
 }
 
 QString FirmwareSection::imagePath() const
@@ -84,8 +108,13 @@ QString FirmwareSection::imagePath() const
 
 void FirmwareSection::getFirmWare()
 {
-    if (m_download.sendRequest())
-        m_window.showDownloadBusy();
+    if (!m_download.sendRequest())
+        return;
+    m_window.showDownloadBusy();
+    m_log.addStart(tr("Download"));
+    m_progress.start(Clock::now());
+    m_refresh.start();
+    showDetails(m_progress.text(Clock::now()), false);
 }
 
 void FirmwareSection::show(const QString &text)
@@ -102,49 +131,82 @@ void FirmwareSection::showProgress(qint64 received, qint64 total)
         m_window.showDownloadBusy();
 }
 
-void FirmwareSection::endDownload(StatusTone tone)
+void FirmwareSection::endDownload(StatusTone tone, const QString &details)
 {
     setStatusTone(m_controls.perText, tone);
-    if (!m_download.isRunning())
+    if (!m_download.isRunning()) {
         m_window.hideDownloadProgress();
+        m_refresh.stop();
+    }
+    showDetails(details, false);
+}
+
+void FirmwareSection::showDetails(const QString &details, bool isHint)
+{
+    m_showsHint = isHint;
+    m_window.showFirmwareDetails(details);
+}
+
+// An empty list says how to fill it, in place of nothing but an earlier hint.
+void FirmwareSection::leadToFiles(bool hasFiles)
+{
+    if (m_download.isRunning() || (hasFiles && !m_showsHint))
+        return;
+    const QString folder = QDir(cachesDirectory()).filePath(kFirmwareFolderName);
+    Explanation hint;
+    if (!hasFiles && m_targetVersion > 0)
+        hint = explain(Cause::NoFirmwareForModel, {QString::number(m_targetVersion)});
+    else if (!hasFiles)
+        hint = explain(m_hasPackageServer ? Cause::NoFirmware : Cause::NoFirmwareNoServer,
+                       {withoutPersonalNames(folder)});
+    showDetails(hint.text(), !hasFiles);
 }
 
 void FirmwareSection::packageResponseDidArrive(qint64 total)
 {
     show(texts::kPackageResponse);
+    m_progress.update(0, total, Clock::now());
     showProgress(0, total);
 }
 
 void FirmwareSection::packageDidProgress(qint64 received, qint64 total)
 {
     show(texts::ofPackageProgress(received, total));
+    m_progress.update(received, total, Clock::now());
     showProgress(received, total);
 }
 
 void FirmwareSection::packageWillUnpack()
 {
     m_window.showDownloadBusy();
+    m_refresh.stop();
+    showDetails(tr("Unpacking the package."), false);
+    m_log.add(m_progress.textOfTime(Clock::now()));
+    m_log.addStart(tr("Unpacking"));
 }
 
 void FirmwareSection::packageIsUpToDate()
 {
     show(texts::kPackageIsUpToDate);
-    endDownload(StatusTone::Good);
+    m_log.addOk(tr("Download"), m_progress.elapsed(Clock::now()));
+    endDownload(StatusTone::Good, {});
 }
 
 void FirmwareSection::packageDidFail(const PackageProblem &problem, bool showsInStatus)
 {
-    qCWarning(logFirmwareSection).noquote()
-        << "No package installed:" << texts::description(problem);
+    const QString why = explainDownload(problem, hasNetwork()).text();
+    qCWarning(logFirmwareSection).noquote() << "No package installed:" << why;
+    m_log.addFailed(tr("Download"), m_progress.elapsed(Clock::now()), why);
     if (showsInStatus)
         show(texts::kPackageFailed);
-    endDownload(StatusTone::Bad);
+    endDownload(StatusTone::Bad, why);
 }
 
 void FirmwareSection::packageWasInstalled()
 {
     show(texts::kPackageInstalled);
-    endDownload(StatusTone::Good);
+    m_log.addOk(tr("Download"), m_progress.elapsed(Clock::now()));
+    endDownload(StatusTone::Good, m_progress.textOfTime(Clock::now()));
 }
 
 void FirmwareSection::firmwareFolderDidChange()

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "app/Causes.h"
+#include "app/LogSection.h"
+#include "app/ProgressTexts.h"
 #include "app/TaggedControls.h"
 #include "firmware/FirmwareLibrary.h"
 #include "firmware/PackageDownload.h"
@@ -20,8 +23,9 @@ class FirmwareSection final : public QObject,
     Q_OBJECT
 
 public:
-    // Window and controls outlive the object.
-    FirmwareSection(MainWindow &window, const TaggedControls &controls, PackageLocation packages);
+    // Window, controls and log outlive the object.
+    FirmwareSection(MainWindow &window, const TaggedControls &controls, LogSection &log,
+                    const PackageLocation &packages);
 
     // Fills the list for the first time.
     void begin();
@@ -59,16 +63,23 @@ private:
     void refill();
     void show(const QString &text);
     void showProgress(qint64 received, qint64 total);
-    void endDownload(StatusTone tone);
+    void endDownload(StatusTone tone, const QString &details);
+    void showDetails(const QString &details, bool isHint);
+    void leadToFiles(bool hasFiles);
 
     MainWindow &m_window;
     const TaggedControls &m_controls;
+    LogSection &m_log;
+    const bool m_hasPackageServer;
     FirmwareLibrary m_library{*this};
     PackageDownload m_download;
     qint32 m_targetVersion = -1;
     qint32 m_listedVersion = -1; // the model that the list was filled for last
     QTimer m_refill;
-    QString m_fileName; // null while none was chosen
+    DownloadProgress m_progress;
+    QTimer m_refresh;         // of the details while a package arrives
+    bool m_showsHint = false; // the details line leads to firmware files
+    QString m_fileName;       // null while none was chosen
 };
 
 } // namespace vorn

@@ -1,13 +1,21 @@
 #pragma once
 
-#include "firmware/PackageProblem.h"
 #include "update/UpdateResult.h"
 
 #include <QString>
 #include <QStringList>
 
-// Facts in words. The status texts are shown whole, as they stand.
+// The status texts, in their fixed wording: shown whole and never translated. Causes.h has what the
+// program says besides.
 namespace vorn::texts {
+
+// The open button's titles, which tell its action apart, and the lists' placeholders.
+inline const QString kOpen = QStringLiteral("Open");
+inline const QString kClose = QStringLiteral("Close");
+inline const QString kNoDevice = QStringLiteral("No device selected");
+inline const QString kNoFirmware = QStringLiteral("No firmware selected");
+// The devices that are offered have names that begin so.
+inline const QString kDeviceNamePrefix = QStringLiteral("usbserial-");
 
 inline const QString kNoDeviceSelected = QStringLiteral("Prompt:No device selected");
 inline const QString kDeviceNotOpened = QStringLiteral("Prompt:Device not opened");
@@ -32,10 +40,5 @@ inline const QString kPackageInstalled =
     QStringLiteral("Prompt:Successfully downloaded the latest firmware");
 // `total` is 0 when unknown; then the text has no figure.
 QString ofPackageProgress(qint64 received, qint64 total);
-
-// One line in English for the log and for complaints. Control characters of a name that a server
-// may have chosen are escaped.
-QString description(const UpdateResult &result);
-QString description(const PackageProblem &problem);
 
 } // namespace vorn::texts

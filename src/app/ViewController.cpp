@@ -8,23 +8,20 @@
 
 #include <algorithm>
 
+using vorn::Cause;
 using vorn::currentTitle;
+using vorn::explain;
 using vorn::FirmwareSection;
 using vorn::MainWindow;
-using vorn::setStatusTone;
 using vorn::setTitle;
-using vorn::showStatus;
-using vorn::StatusTone;
-using vorn::texts::Connection;
+using vorn::texts::kClose;
+using vorn::texts::kDeviceNamePrefix;
+using vorn::texts::kNoDevice;
+using vorn::texts::kOpen;
 
 namespace {
 
 Q_LOGGING_CATEGORY(logController, "vorn.app")
-
-const QString kOpen = QStringLiteral("Open");
-const QString kClose = QStringLiteral("Close");
-const QString kNoDevice = QStringLiteral("No device selected");
-const QString kDeviceNamePrefix = QStringLiteral("usbserial-");
 
 QString devicePrefix(const ORSSerialPort &port)
 {
@@ -39,22 +36,16 @@ QStringList namesOf(const ORSSerialPortList &ports)
     return names;
 }
 
-void logResult(const vorn::UpdateResult &result)
-{
-    if (result.succeeded())
-        qCInfo(logController).noquote() << vorn::texts::description(result);
-    else
-        qCWarning(logController).noquote() << vorn::texts::description(result);
-}
-
 } // namespace
 
 ViewController::ViewController(MainWindow &window, const vorn::PackageLocation &packages,
                                const vorn::BootParameters &parameters)
     : m_window(window), m_controls(vorn::TaggedControls::below(window.centralWidget())),
-      m_hasPackageServer(packages.isConfigured()), m_firmware(window, m_controls, packages),
-      m_parameters(parameters)
+      m_log(window), m_connection(window, m_controls, m_log),
+      m_firmware(window, m_controls, m_log, packages),
+      m_update(window, m_controls, m_log, m_notifications), m_parameters(parameters)
 {
+    writeDownSettings(packages);
     connect(&m_window, &MainWindow::closePortAnyway, this, [this] {
         if (m_session)
             m_session->close();
@@ -93,11 +84,16 @@ void ViewController::wireControls()
          &FirmwareSection::fileHandlePopBtn);
     wire(m_controls.devPopUpBtn.get(), &QComboBox::activated, this,
          &ViewController::devHandlePopBtn);
+}
 
-    showStatus(m_controls.connectText, vorn::texts::kNoDeviceSelected, StatusTone::Neutral);
-    m_window.setDownloadAvailable(m_hasPackageServer, m_hasPackageServer
-                                                          ? tr("Fetch the latest firmware package")
-                                                          : tr("No package server is configured"));
+void ViewController::writeDownSettings(const vorn::PackageLocation &packages)
+{
+    const auto seconds = [](auto time) { return vorn::secondsText(time); };
+    m_log.addSetting(
+        tr("Package server: %1").arg(packages.isConfigured() ? packages.url().host() : tr("none")));
+    m_log.addSetting(tr("Line: %1 baud; limits: %2 s, %3 s while erasing")
+                         .arg(m_parameters.baudRate)
+                         .arg(seconds(m_parameters.answerLimit), seconds(m_parameters.eraseLimit)));
 }
 
 void ViewController::setSerialPort(const ORSSerialPortPtr &port)
@@ -130,11 +126,11 @@ void ViewController::getDeviceConnected()
             list->setItemText(list->currentIndex(), port->name());
         }
         setSerialPort(port);
-        showConnection(Connection::NotOpened);
+        m_connection.showChosen(*port, ports);
         break;
     }
     if (!m_session) {
-        showStatus(m_controls.connectText, vorn::texts::kNoDeviceSelected, StatusTone::Neutral);
+        m_connection.showNoDevice(ports);
         setTitle(m_controls.openBtn, kOpen);
     }
 }
@@ -150,6 +146,8 @@ void ViewController::devHandlePopBtn()
     for (const ORSSerialPortPtr &port : ports)
         if (devicePrefix(*port) == title)
             setSerialPort(port);
+    if (m_session && devicePrefix(*m_session->port()) != title)
+        m_connection.showChoiceIgnored(*m_session->port());
 }
 
 void ViewController::openHandleBtn()
@@ -167,9 +165,10 @@ void ViewController::openHandleBtn()
 
 void ViewController::openSerialPort()
 {
+    m_lastError = 0;
     if (!m_session->open()) {
         setTitle(m_controls.openBtn, kOpen);
-        showConnection(Connection::OpenFailed, StatusTone::Bad);
+        m_connection.showOpenFailed(*m_session->port(), m_lastError);
         return;
     }
     deviceDidReopen();
@@ -179,19 +178,19 @@ void ViewController::openSerialPort()
 void ViewController::deviceDidReopen()
 {
     setTitle(m_controls.openBtn, kClose);
-    showConnection(Connection::Opened, StatusTone::Good);
+    m_connection.showOpened(*m_session->port(), m_session->hasItsSpeed());
 }
 
 void ViewController::deviceDidClose(bool onRequest)
 {
     setTitle(m_controls.openBtn, kOpen);
-    showConnection(onRequest ? Connection::Closed : Connection::NotOpened);
+    m_connection.showClosed(*m_session->port(), onRequest);
 }
 
 void ViewController::deviceDoesNotClose()
 {
     setTitle(m_controls.openBtn, kClose);
-    showConnection(Connection::CloseFailed, StatusTone::Bad);
+    m_connection.showCloseFailed(*m_session->port());
 }
 
 void ViewController::send()
@@ -199,11 +198,11 @@ void ViewController::send()
     if (isUpdating())
         return;
     if (!m_session)
-        return refuseUpdate(vorn::texts::kNoDeviceSelected);
+        return m_update.refuse(vorn::texts::kNoDeviceSelected, explain(Cause::NoDevice));
     if (!m_session->isOpen())
-        return refuseUpdate(vorn::texts::kDeviceNotOpened);
+        return m_update.refuse(vorn::texts::kDeviceNotOpened, explain(Cause::DeviceNotOpen));
     if (!m_firmware.offersFile())
-        return refuseUpdate(vorn::texts::kNoFirmwareSelected);
+        return m_update.refuse(vorn::texts::kNoFirmwareSelected, explain(Cause::NoImageChosen));
 
     const QString imagePath = m_firmware.imagePath();
     // A list that shows a file which nobody chose is told only when the device is ready for it.
@@ -211,28 +210,18 @@ void ViewController::send()
     check.step = vorn::UpdateStep::ReadImage;
     if (!imagePath.isNull())
         check.failure = vorn::checkFirmwareImage(imagePath);
-    if (!check.succeeded()) {
-        logResult(check);
-        return refuseUpdate(vorn::texts::ofUpdateEnd(check).constFirst());
-    }
-    m_percent = 0;
-    m_window.resetUpdateProgress();
-    m_window.setUpdateRuns(true);
-    setStatusTone(m_controls.updateText, StatusTone::Neutral);
+    if (!check.succeeded())
+        return m_update.refuse(vorn::texts::ofUpdateEnd(check).constFirst(),
+                               vorn::explainUpdate(check));
+    m_update.begin(*m_session, imagePath);
     m_session->startUpdate(imagePath);
-}
-
-// A press that cannot start an update leaves the device alone.
-void ViewController::refuseUpdate(const QString &text)
-{
-    showStatus(m_controls.updateText, text, StatusTone::Bad);
-    m_window.resetUpdateProgress();
 }
 
 void ViewController::serialPortsWereConnected(const QVariantMap &userInfo)
 {
     const auto ports = userInfo.value(ORSConnectedSerialPortsKey).value<ORSSerialPortList>();
     qCInfo(logController) << "Ports were connected:" << namesOf(ports);
+    m_connection.portsWereConnected(ports);
     postUserNotificationForConnectedPorts(ports);
 }
 
@@ -240,6 +229,7 @@ void ViewController::serialPortsWereDisconnected(const QVariantMap &userInfo)
 {
     const auto ports = userInfo.value(ORSDisconnectedSerialPortsKey).value<ORSSerialPortList>();
     qCInfo(logController) << "Ports were disconnected:" << namesOf(ports);
+    m_connection.portsWereDisconnected(ports);
     const bool isCurrentGone = std::any_of(ports.begin(), ports.end(), [&](const auto &port) {
         return m_session && port->isEqual(*m_session->port());
     });
@@ -275,6 +265,7 @@ void ViewController::announce(const QString &title, const QString &text,
 
 void ViewController::deviceDidReportError(const ORSSerialPortError &error)
 {
+    m_lastError = error.code;
     qCWarning(logController) << "Serial port" << m_session->port()->description()
                              << "encountered an error:" << error.description << error.code
                              << error.path;
@@ -287,44 +278,22 @@ void ViewController::targetVersionDidArrive(qint32 targetVersion)
 
 void ViewController::versionQueryDidEnd(const vorn::UpdateResult &result)
 {
-    if (!result.succeeded())
-        logResult(result);
-    for (const QString &text : vorn::texts::ofVersionQueryEnd(result))
-        showStatus(m_controls.updateText, text, StatusTone::Bad);
+    m_update.queryDidEnd(*m_session, result);
     m_firmware.versionQueryDidEnd();
 }
 
 void ViewController::updateDidProgress(const vorn::UpdateProgress &progress)
 {
-    if (progress.step == vorn::UpdateStep::Erase)
-        m_window.showUpdateBusy();
-    if (progress.step != vorn::UpdateStep::Data)
-        return;
-    m_percent = progress.percent;
-    m_window.showUpdateProgress(progress.percent);
-    showStatus(m_controls.updateText, vorn::texts::ofProgress(progress), StatusTone::Neutral);
+    m_update.showProgress(progress);
 }
 
 void ViewController::updateDidEnd(const vorn::UpdateResult &result)
 {
-    const StatusTone tone = result.succeeded() ? StatusTone::Good : StatusTone::Bad;
-    setStatusTone(m_controls.updateText, tone);
-    for (const QString &text : vorn::texts::ofUpdateEnd(result))
-        showStatus(m_controls.updateText, text, tone);
-    logResult(result);
-    // Otherwise a failure during the erase leaves the bar indeterminate.
-    m_window.showUpdateProgress(result.succeeded() ? 100 : m_percent);
-    m_window.setUpdateRuns(false);
+    m_update.end(result);
 }
 
 void ViewController::deviceDidBecomeIdle()
 {
     if (m_rebuildAfterUpdate)
         getDeviceConnected();
-}
-
-void ViewController::showConnection(Connection state, StatusTone tone)
-{
-    showStatus(m_controls.connectText, vorn::texts::ofConnection(state, m_session->port()->name()),
-               tone);
 }

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "app/ConnectionSection.h"
 #include "app/FirmwareSection.h"
-#include "app/StatusTexts.h"
+#include "app/LogSection.h"
 #include "app/TaggedControls.h"
+#include "app/UpdateSection.h"
 #include "platform/DesktopNotifications.h"
 #include "serial/ORSSerialPort.h"
 #include "serial/ORSSerialPortManager.h"
@@ -15,8 +17,9 @@
 #include <memory>
 
 // The controller of the program's one window: wires the controls, keeps the device list in step
-// with the system, opens and closes the chosen device, updates it, and shows how that goes. The
-// firmware list and downloads are FirmwareSection's. Main thread only.
+// with the system, opens and closes the chosen device, and updates it. How that goes is shown by
+// the sections, one for each part of the window; the firmware list and downloads are
+// FirmwareSection's altogether. Main thread only.
 class ViewController final : public QObject, public vorn::DeviceSessionObserver
 {
     Q_OBJECT
@@ -68,18 +71,18 @@ private:
     void announce(const QString &title, const QString &text, const ORSSerialPortList &ports);
     void openSerialPort();
     bool isUpdating() const { return m_session && m_session->isUpdating(); }
-    void refuseUpdate(const QString &text);
-    void showConnection(vorn::texts::Connection state,
-                        vorn::StatusTone tone = vorn::StatusTone::Neutral);
+    void writeDownSettings(const vorn::PackageLocation &packages);
 
     vorn::MainWindow &m_window;
     const vorn::TaggedControls m_controls;
     vorn::DesktopNotifications m_notifications;
-    const bool m_hasPackageServer;
+    vorn::LogSection m_log;
+    vorn::ConnectionSection m_connection;
     vorn::FirmwareSection m_firmware;
+    vorn::UpdateSection m_update;
     const vorn::BootParameters m_parameters;
     ORSSerialPortManager *m_serialPortManager = nullptr;
     std::unique_ptr<vorn::DeviceSession> m_session; // the current port's; null without one
     bool m_rebuildAfterUpdate = false;
-    int m_percent = 0;
+    int m_lastError = 0; // the errno that the port told last since it was to open
 };

@@ -23,7 +23,11 @@ struct Status
     QString text = {}; // %1 is the device's name
     StatusTone tone = StatusTone::Neutral;
     void (*showMore)(MainWindow &) = [](MainWindow &) {};
+    QString details = {}; // %1 likewise
 };
+
+// The window as it opens, with its least and its most width, or with the log.
+enum class Shape { Usual, Smallest, Widest, Log };
 
 struct State
 {
@@ -32,29 +36,80 @@ struct State
     Status connection;
     Status firmware = {};
     Status update = {};
+    Shape shape = Shape::Usual;
 };
 
 const QString kNone = "No device selected";
 const QString kDevice = "usbserial-FT4XYZ12";
-const Status kNoDevice{"Prompt:%1"};
+const Status kNoDevice{
+    .text = "Prompt:%1",
+    .details =
+        "No device is plugged in. Plug in the device's USB-serial adapter; it appears here by "
+        "itself."};
 const Status kUnopened{"Prompt:%1 Selected,not opened"};
+const Status kSecond{
+    .text = "Prompt:%1 Selected,not opened",
+    .details =
+        "usbserial-FT4ABC99 is plugged in, too, but only one device can be chosen. To use it, "
+        "unplug %1."};
 const Status kOpen{"Prompt:%1 Selected,opened successfully", StatusTone::Good};
-const Status kOpenFailed{"Prompt:%1 Selected,failed to open,please try again", StatusTone::Bad};
+const Status kForbidden{
+    .text = "Prompt:%1 Selected,failed to open,please try again",
+    .tone = StatusTone::Bad,
+    .details = "You have no access to /dev/ttyUSB0, which belongs to the group dialout. Run “sudo "
+               "usermod -aG dialout $USER”, then log out and in again."};
+const Status kHeld{
+    .text = "Prompt:%1 Selected,failed to open,please try again",
+    .tone = StatusTone::Bad,
+    .details =
+        "/dev/ttyUSB0 is in use by ModemManager (process 812), which examines each new serial "
+        "device. Press “Open” again in half a minute, or keep it away with “sudo systemctl "
+        "stop ModemManager”."};
+const Status kNoFiles{
+    .details = "There is no firmware file yet. Press “Download latest”, or put files that end in "
+               ".bin into ~/.cache/VornUpdate2."};
 const Status kReady{"Prompt:Firmware selected"};
 const Status kDownloading{"Prompt:Progress42%", StatusTone::Neutral,
-                          [](MainWindow &window) { window.showDownloadProgress(42); }};
+                          [](MainWindow &window) { window.showDownloadProgress(42); },
+                          "3.91 MiB of 9.31 MiB. 4 s elapsed, about 6 s left."};
 const Status kUnknownLength{"Prompt:Progress--%", StatusTone::Neutral,
-                            [](MainWindow &window) { window.showDownloadBusy(); }};
-const Status kNoServer{.showMore = [](MainWindow &window) {
-    window.setDownloadAvailable(false, "No package server is configured");
-}};
-const Status kErasing{.showMore = [](MainWindow &window) { window.showUpdateBusy(); }};
+                            [](MainWindow &window) { window.showDownloadBusy(); },
+                            "3.91 MiB so far. 4 s elapsed."};
+const Status kNotDownloaded{
+    .text = "Prompt:Failed to download the latest firmware",
+    .tone = StatusTone::Bad,
+    .details =
+        "The certificate of packages.example cannot be trusted: The certificate has expired. "
+        "Check this computer's date and time; else somebody may be listening on this "
+        "network. Nothing was downloaded."};
+const Status kNoServer{
+    .showMore =
+        [](MainWindow &window) {
+            window.setDownloadAvailable(false, "No package server is configured");
+        },
+    .details = "There is no firmware file yet, and no package server is configured. Put files that "
+               "end in .bin into ~/.cache/VornUpdate2."};
+const Status kErasing{.showMore =
+                          [](MainWindow &window) {
+                              window.setUpdateRuns(true);
+                              window.showUpdateBusy();
+                          },
+                      .details =
+                          "Waiting for the device to erase, 3 s of at most 30 s. 4 s elapsed."};
 const Status kUpdating{"Prompt:42%progress,updating firmware", StatusTone::Neutral,
-                       [](MainWindow &window) { window.showUpdateProgress(42); }};
+                       [](MainWindow &window) {
+                           window.setUpdateRuns(true);
+                           window.showUpdateProgress(42);
+                       },
+                       "6 s elapsed, about 8 s left."};
 const Status kUpdated{"Prompt:100% progress,successfully update", StatusTone::Good,
-                      [](MainWindow &window) { window.showUpdateProgress(100); }};
-const Status kFailed{"Prompt:Failed to erase the fixed phone of the device ,please try again",
-                     StatusTone::Bad};
+                      [](MainWindow &window) { window.showUpdateProgress(100); },
+                      "The update took 14 s; the image was sent at 168 KiB/s."};
+const Status kFailed{
+    .text = "Prompt:Failed to erase the fixed phone of the device ,please try again",
+    .tone = StatusTone::Bad,
+    .details = "No answer to the erase within 30 s. The device must be updated again before it can "
+               "be used: check its power and cable, then press “Update firmware”."};
 const Status kClosingWindow{.showMore = [](MainWindow &window) {
     window.setUpdateRuns(true);
     window.close();
@@ -73,23 +128,29 @@ const Status kButtonInFocus{.showMore = [](MainWindow &window) {
 }};
 
 const State kStates[] = {
-    {"01-no-device", kNone, kNoDevice},
+    {"01-no-device", kNone, kNoDevice, kNoFiles},
     {"02-device-chosen", kDevice, kUnopened},
-    {"03-open", kDevice, kOpen},
-    {"04-open-failed", kDevice, kOpenFailed},
-    {"05-very-long-name", "usbserial-" + QString("ABCDEFGH-").repeated(20), kOpenFailed},
-    {"06-ready", kDevice, kOpen, kReady},
-    {"07-erasing", kDevice, kOpen, kReady, kErasing},
-    {"08-updating-42", kDevice, kOpen, kReady, kUpdating},
-    {"09-success", kDevice, kOpen, kReady, kUpdated},
-    {"10-failure", kDevice, kOpen, kReady, kFailed},
-    {"11-downloading", kDevice, kOpen, kDownloading},
-    {"12-download-unknown-length", kDevice, kOpen, kUnknownLength},
-    {"13-no-package-server", kNone, kNoDevice, kNoServer},
-    {"14-closing-the-window", kDevice, kOpen, kReady, kClosingWindow},
-    {"15-closing-the-port", kDevice, kOpen, kReady, kClosingPort},
-    {"16-update-ended-meanwhile", kDevice, kOpen, kReady, kEndedBehindQuestion},
-    {"17-update-button-in-focus", kDevice, kOpen, kReady, kButtonInFocus},
+    {"03-second-device", kDevice, kSecond},
+    {"04-open", kDevice, kOpen},
+    {"05-not-permitted", kDevice, kForbidden},
+    {"06-held-by-another-program", kDevice, kHeld},
+    {"07-very-long-name", "usbserial-" + QString("ABCDEFGH-").repeated(20), kHeld},
+    {"08-ready", kDevice, kOpen, kReady},
+    {"09-erasing", kDevice, kOpen, kReady, kErasing},
+    {"10-updating-42", kDevice, kOpen, kReady, kUpdating},
+    {"11-success", kDevice, kOpen, kReady, kUpdated},
+    {"12-failure", kDevice, kOpen, kReady, kFailed},
+    {"13-downloading", kDevice, kOpen, kDownloading},
+    {"14-download-unknown-length", kDevice, kOpen, kUnknownLength},
+    {"15-download-failed", kDevice, kOpen, kNotDownloaded},
+    {"16-no-package-server", kNone, kNoDevice, kNoServer},
+    {"17-closing-the-window", kDevice, kOpen, kReady, kClosingWindow},
+    {"18-closing-the-port", kDevice, kOpen, kReady, kClosingPort},
+    {"19-update-ended-meanwhile", kDevice, kOpen, kReady, kEndedBehindQuestion},
+    {"20-update-button-in-focus", kDevice, kOpen, kReady, kButtonInFocus},
+    {"21-smallest", kDevice, kHeld, kNotDownloaded, kFailed, Shape::Smallest},
+    {"22-widest", kDevice, kHeld, kNotDownloaded, kFailed, Shape::Widest},
+    {"23-log", kDevice, kOpen, kReady, kFailed, Shape::Log},
 };
 
 QPalette darkPalette()
@@ -107,6 +168,20 @@ QPalette darkPalette()
     return palette;
 }
 
+void fillLog(MainWindow &window)
+{
+    for (const char *line :
+         {"12:00:04.110  usbserial-FT4XYZ12 (/dev/ttyUSB0): plugged in",
+          "12:00:07.202  usbserial-FT4XYZ12 (/dev/ttyUSB0): open",
+          "12:00:07.311  Version query: OK, 0.1 s",
+          "12:00:12.480  Update of usbserial-FT4XYZ12 with VORN_PLATINA-2.4.1.bin: START",
+          "12:00:12.530  Erase: START", "12:00:42.531  Erase: FAILED, 30 s",
+          "12:00:42.531  Update: FAILED, 30 s"})
+        window.appendLog(line);
+    window.findChild<QPushButton *>("logButton")->click();
+    window.showLogNotice("Saved to /home/user/Documents/vornupdater-log.txt.");
+}
+
 bool paint(const State &state, const QString &file)
 {
     MainWindow window;
@@ -115,9 +190,10 @@ bool paint(const State &state, const QString &file)
         box->addItems(items);
         box->setCurrentIndex(current);
     };
-    const auto line = [&](const char *name, Status status) {
+    const auto line = [&](const char *name, auto showDetails, Status status) {
         window.findChild<StatusLine *>(name)->show(status.text.replace("%1", state.device),
                                                    status.tone);
+        (window.*showDetails)(status.details.replace("%1", state.device));
         status.showMore(window);
     };
     window.setDownloadAvailable(true, {});
@@ -128,9 +204,15 @@ bool paint(const State &state, const QString &file)
          state.firmware.text == kReady.text ? 1 : 0);
     if (state.connection.text == kOpen.text)
         window.findChild<QPushButton *>("openButton_1011")->setText("Close");
-    line("connectText_1001", state.connection);
-    line("perText_1012", state.firmware);
-    line("updateText_1015", state.update);
+    line("connectText_1001", &MainWindow::showConnectionDetails, state.connection);
+    line("perText_1012", &MainWindow::showFirmwareDetails, state.firmware);
+    line("updateText_1015", &MainWindow::showUpdateDetails, state.update);
+    if (state.shape == Shape::Smallest)
+        window.resize(window.minimumSizeHint());
+    else if (state.shape == Shape::Widest)
+        window.resize(1280, 800);
+    else if (state.shape == Shape::Log)
+        fillLog(window);
     QCoreApplication::processEvents();
     QWidget *inFront = QApplication::activeModalWidget();
     return (inFront ? inFront : &window)->grab().save(file);

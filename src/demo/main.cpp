@@ -1,7 +1,7 @@
 // The demonstration: with a display it starts the program with a simulated device and package
 // server; without one it does a whole update by itself in the same window, on Qt's offscreen
 // platform, and says whether the device holds the file.
-#include "app/StatusTexts.h"
+#include "app/Causes.h"
 #include "app/ViewController.h"
 #include "demo/AutoPilot.h"
 #include "platform/DirectoryDeviceRegistry.h"
@@ -181,7 +181,7 @@ int updateByItself(int argc, char **argv)
     vorn::PackageLocation packages =
         vorn::PackageLocation::onHost(stage.server.host()).value_or(vorn::PackageLocation());
     if (const auto failure = packages.addCertificates(stage.server.authorityFile()))
-        return complain(vorn::texts::description(failure));
+        return complain(vorn::explainDownload(failure).what);
     vorn::SerialDeviceRegistry::setSystem(
         std::make_unique<vorn::DirectoryDeviceRegistry>(stage.devices));
 

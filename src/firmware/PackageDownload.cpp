@@ -150,7 +150,10 @@ void PackageDownload::finishUnpacking(const DownloadPtr &download, const Package
         const bool isErrorPage = download->statusCode >= 400 && problem.kind == Kind::NotAnArchive;
         const PackageProblem errorPage = {Kind::HttpStatus, download->statusCode,
                                           m_location.url().host()};
-        return fail(download, isErrorPage ? errorPage : problem, true);
+        PackageProblem named = isErrorPage ? errorPage : problem;
+        if (named.text.isEmpty())
+            named.text = download->state->suggestedFilename;
+        return fail(download, named, true);
     }
     remove(download);
     m_observer.packageWasInstalled();

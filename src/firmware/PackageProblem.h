@@ -19,7 +19,9 @@ enum class PackageProblemKind {
     UnusableName,     // the suggested file name gives no folder name
     TooLarge,         // more bytes than a package may have
     NotAnArchive,     // no zip archive, or an empty one
-    BadArchive,       // an archive that could not be unpacked whole
+    BadEntry,         // an entry is damaged, or of a kind that cannot be unpacked
+    EntryOutside,     // an entry's path leaves the package's folder
+    EntryNameTaken,   // a file and a folder of one name
     Conflict,         // something that is not this program's is in the package's place
     FileSystem,       // errno
     NoCertificates,   // a certificate file without a certificate in PEM format

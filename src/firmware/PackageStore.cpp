@@ -49,9 +49,14 @@ PackageProblem archiveProblem(const ArchiveFailure &failure)
         return {PackageProblemKind::TooLarge, 0, failure.text};
     case ArchiveFailureKind::NotWritten:
         return {PackageProblemKind::FileSystem, failure.code, failure.text};
-    default:
-        return {PackageProblemKind::BadArchive, 0, failure.text};
+    case ArchiveFailureKind::BadEntry:
+        return {PackageProblemKind::BadEntry, 0, failure.text};
+    case ArchiveFailureKind::Outside:
+        return {PackageProblemKind::EntryOutside, 0, failure.text};
+    case ArchiveFailureKind::NameTaken:
+        return {PackageProblemKind::EntryNameTaken, 0, failure.text};
     }
+    return {};
 }
 
 // Unpacks the archive `filePath` into the folder `path` when it has an entry for its own top

@@ -7,13 +7,6 @@
 namespace vorn {
 namespace {
 
-// Drivers round to the nearest divisor; UARTs tolerate a difference of about 2 % between two ends.
-bool isCloseTo(std::uint32_t actual, std::uint32_t wanted)
-{
-    const std::uint32_t difference = actual > wanted ? actual - wanted : wanted - actual;
-    return difference <= wanted / 50;
-}
-
 void setFlag(tcflag_t &flags, tcflag_t flag, bool on)
 {
     if (on)

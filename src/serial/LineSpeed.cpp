@@ -28,4 +28,10 @@ std::uint32_t outputSpeed(int terminal)
     return ::ioctl(terminal, TCGETS2, &attributes) == 0 ? attributes.c_ospeed : 0;
 }
 
+bool isCloseTo(std::uint32_t actual, std::uint32_t wanted)
+{
+    const std::uint32_t difference = actual > wanted ? actual - wanted : wanted - actual;
+    return difference <= wanted / 50;
+}
+
 } // namespace vorn

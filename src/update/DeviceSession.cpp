@@ -1,6 +1,7 @@
 #include "update/DeviceSession.h"
 
 #include "platform/MainQueue.h"
+#include "serial/LineSpeed.h"
 #include "update/FirmwareImage.h"
 #include "update/PortLine.h"
 #include "update/ReceiveBuffer.h"
@@ -38,7 +39,7 @@ public:
     {
         const auto tell = [*this, progress] {
             if (DeviceSession *session = current()) {
-                session->m_progress = progress;
+                session->noteProgress(progress);
                 session->m_observer.updateDidProgress(progress);
             }
         };
@@ -86,6 +87,11 @@ DeviceSession::DeviceSession(ORSSerialPortPtr port, DeviceSessionObserver &obser
 DeviceSession::~DeviceSession()
 {
     letGoOfPort();
+}
+
+bool DeviceSession::hasItsSpeed() const
+{
+    return isCloseTo(outputSpeed(m_port->fileDescriptor()), m_parameters.baudRate);
 }
 
 bool DeviceSession::open()
@@ -136,7 +142,19 @@ void DeviceSession::endSequence()
     result.step = m_progress.step;
     result.frame = m_progress.frame;
     result.frames = m_progress.frames;
+    // The header may follow the download command before that is told.
+    result.mayBeErased = m_running == Running::Update && m_progress.step >= UpdateStep::Download;
+    const auto now = Clock::now();
+    result.waited = std::chrono::duration_cast<std::chrono::milliseconds>(now - m_stepBegan);
+    result.elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now - m_sequenceBegan);
     sequenceDidEnd(result);
+}
+
+void DeviceSession::noteProgress(const UpdateProgress &progress)
+{
+    if (progress.step != m_progress.step)
+        m_stepBegan = Clock::now();
+    m_progress = progress;
 }
 
 void DeviceSession::letGoOfPort()
@@ -177,6 +195,7 @@ void DeviceSession::runSequence(Running which, Sequence sequence)
         m_buffer->portDidClose();
     m_running = which;
     m_progress = {};
+    m_sequenceBegan = m_stepBegan = Clock::now();
     m_hasUpdated = m_hasUpdated || which == Running::Update;
     const auto transcript = std::make_shared<Transcript>();
     if (m_hasUpdated == (which == Running::Update))
@@ -205,7 +224,7 @@ void DeviceSession::serialPortWasRemovedFromSystem(ORSSerialPort &) {}
 
 void DeviceSession::serialPortDidReceiveData(ORSSerialPort &, const QByteArray &data)
 {
-    m_lastHeard = std::chrono::steady_clock::now();
+    m_lastHeard = Clock::now();
     m_buffer->receive(data);
 }
 

@@ -54,6 +54,8 @@ protected:
 class DeviceSession final : public ORSSerialPortDelegate
 {
 public:
+    using Clock = std::chrono::steady_clock;
+
     // Becomes the port's delegate. The observer outlives the session.
     DeviceSession(ORSSerialPortPtr port, DeviceSessionObserver &observer,
                   const BootParameters &parameters = kVornBoot);
@@ -65,6 +67,9 @@ public:
     const ORSSerialPortPtr &port() const { return m_port; }
     // From a successful open() or deviceDidReopen() to deviceDidClose().
     bool isOpen() const { return m_isOpen; }
+    // Whether the open port runs at the family's speed. An adapter that cannot may be open at
+    // another one.
+    bool hasItsSpeed() const;
 
     // Opens the port at the family's speed, resets the device into its boot loader and asks for its
     // version. False when the port cannot be opened, and the observer has heard of the error then,
@@ -86,7 +91,7 @@ public:
     // before the first. It may still grow.
     std::shared_ptr<const Transcript> transcript() const { return m_transcript; }
     // When bytes last arrived from the device; the clock's epoch before the first.
-    std::chrono::steady_clock::time_point lastHeard() const { return m_lastHeard; }
+    Clock::time_point lastHeard() const { return m_lastHeard; }
 
     // ORSSerialPortDelegate
     void serialPortWasRemovedFromSystem(ORSSerialPort &serialPort) override;
@@ -105,6 +110,7 @@ private:
     void runSequence(Running which, Sequence sequence);
     void sequenceDidEnd(const UpdateResult &result);
     void endSequence();
+    void noteProgress(const UpdateProgress &progress);
     void letGoOfPort();
 
     const ORSSerialPortPtr m_port;
@@ -118,7 +124,9 @@ private:
     UpdateProgress m_progress; // of the running sequence
     std::shared_ptr<Transcript> m_transcript = std::make_shared<Transcript>();
     bool m_hasUpdated = false; // m_transcript is an update's
-    std::chrono::steady_clock::time_point m_lastHeard{};
+    Clock::time_point m_lastHeard{};
+    Clock::time_point m_sequenceBegan{};
+    Clock::time_point m_stepBegan{}; // when m_progress came to its step
     bool m_isOpen = false;
     QTimer m_closeLimit; // runs from close() until the port is closed or the limit is over
     bool m_closing = false;

@@ -7,7 +7,10 @@
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QEvent>
+#include <QFileDialog>
+#include <QFontDatabase>
 #include <QIcon>
+#include <QStandardPaths>
 #include <QTimerEvent>
 
 #include <array>
@@ -22,7 +25,7 @@ static void loadResources()
 
 namespace {
 
-constexpr int kFrameTime = 16;   // ms: about 60 frames per second
+constexpr int kFrameTime = 34;   // ms: at most 30 frames per second
 constexpr int kStartWidth = 688; // pixels, or more if the widgets need it
 
 QIcon programIcon()
@@ -39,11 +42,11 @@ QString styleSheetFor(const QPalette &palette, int badgeSide)
     const QColor card = vorn::cardColour(palette);
     const QColor accent = vorn::accentColour(palette);
     return QStringLiteral(
-               "#column > QFrame { background: %1; border: 1px solid %2; border-radius: 8px; }"
+               "#column > .QFrame { background: %1; border: 1px solid %2; border-radius: 8px; }"
                "#deviceBadge, #firmwareBadge, #updateBadge {"
                "  background: %3; border-radius: %8px;"
                "  min-width: %9px; max-width: %9px; min-height: %9px; max-height: %9px; }"
-               "#column > QFrame > .QLabel { font-weight: bold; }"
+               "#column > .QFrame > .QLabel { font-weight: bold; }"
                "QPushButton#updateButton_2001:enabled {"
                "  background: %4; color: %5; border-radius: 4px; padding: 4px; }"
                "QPushButton#updateButton_2001:hover { background: %6; }"
@@ -84,6 +87,11 @@ MainWindow::MainWindow(QWidget *parent)
     keepsItsPlace.setRetainSizeWhenHidden(true);
     m_ui->downloadProgress->setSizePolicy(keepsItsPlace);
     m_ui->downloadProgress->hide();
+    m_ui->logPanel->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    connect(m_ui->logButton, &QPushButton::toggled, this, &MainWindow::showLog);
+    connect(m_ui->logCopyButton, &QPushButton::clicked, this, &MainWindow::logCopyRequested);
+    connect(m_ui->logSaveButton, &QPushButton::clicked, this, &MainWindow::askWhereToSaveLog);
+    showLog(false);
     applyLook();
     resize(sizeHint().expandedTo({kStartWidth, 0}));
 }
@@ -105,11 +113,73 @@ void MainWindow::resetUpdateProgress()
     m_ui->updateProgress->clear();
 }
 
+void MainWindow::showConnectionDetails(const QString &text)
+{
+    m_ui->connectionDetails->setText(text);
+}
+
+void MainWindow::showFirmwareDetails(const QString &text)
+{
+    m_ui->firmwareDetails->setText(text);
+}
+
+void MainWindow::showUpdateDetails(const QString &text)
+{
+    m_ui->updateDetails->setText(text);
+}
+
 void MainWindow::setUpdateRuns(bool runs)
 {
     m_updateRuns = runs;
-    if (!runs)
-        m_closeQuestion->updateDidEnd();
+    if (runs)
+        m_refocusUpdateButton = m_ui->updateButton_2001->hasFocus();
+    for (QWidget *control : {static_cast<QWidget *>(m_ui->updateButton_2001),
+                             static_cast<QWidget *>(m_ui->deviceList_1010)}) {
+        control->setDisabled(runs);
+        control->setToolTip(runs ? tr("Not possible while an update is running") : QString());
+    }
+    if (runs)
+        return;
+    // The focus went to the next control by itself; a user who has moved on keeps theirs.
+    if (std::exchange(m_refocusUpdateButton, false) && m_ui->logButton->hasFocus())
+        m_ui->updateButton_2001->setFocus();
+    m_closeQuestion->updateDidEnd();
+}
+
+void MainWindow::appendLog(const QString &line)
+{
+    m_ui->logPanel->appendPlainText(line);
+}
+
+void MainWindow::showLogNotice(const QString &text)
+{
+    m_ui->logNotice->setText(text);
+}
+
+// The window grows and shrinks by what the panel needs, so that nothing else moves.
+void MainWindow::showLog(bool shown)
+{
+    const int before = m_ui->column->sizeHint().height();
+    for (QWidget *part :
+         {static_cast<QWidget *>(m_ui->logPanel), static_cast<QWidget *>(m_ui->logCopyButton),
+          static_cast<QWidget *>(m_ui->logSaveButton)})
+        part->setVisible(shown);
+    m_ui->logNotice->clear();
+    m_ui->columnLayout->activate();
+    if (!isMaximized() && !isFullScreen())
+        resize(width(), height() + m_ui->column->sizeHint().height() - before);
+}
+
+void MainWindow::askWhereToSaveLog()
+{
+    auto *const dialog = new QFileDialog(this, tr("Save the log"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setDefaultSuffix(QStringLiteral("txt"));
+    dialog->setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    dialog->selectFile(QStringLiteral("vornupdater-log.txt"));
+    connect(dialog, &QFileDialog::fileSelected, this, &MainWindow::logSaveRequested);
+    dialog->open();
 }
 
 void MainWindow::askToClosePort()

@@ -36,7 +36,14 @@ public:
     // Empties the update's bar, for a new run.
     void resetUpdateProgress();
 
-    // While an update runs, closing the window asks first.
+    // Under a status line: the cause and the cure of its last failure, or how a run comes along.
+    // Empty for nothing. Nothing moves when a text comes or goes.
+    void showConnectionDetails(const QString &text);
+    void showFirmwareDetails(const QString &text);
+    void showUpdateDetails(const QString &text);
+
+    // While an update runs, closing the window asks first, and the controls that cannot be used
+    // meanwhile are disabled.
     void setUpdateRuns(bool runs);
     // Asks whether the port may be closed although an update runs, and returns at once;
     // `closePortAnyway` follows if the user says so. Only one question is shown at a time.
@@ -52,7 +59,15 @@ public:
     // Enables or disables the download button; `toolTip` says what it does, or why it is disabled.
     void setDownloadAvailable(bool available, const QString &toolTip);
 
+    // Adds a line to the log panel, which keeps the last 5000.
+    void appendLog(const QString &line);
+    // Says beside the log's buttons what has become of the log.
+    void showLogNotice(const QString &text);
+
 signals:
+    // The user wants the log in the clipboard, or in the file.
+    void logCopyRequested();
+    void logSaveRequested(const QString &path);
     // The user wants the port closed, whether the update still runs or has ended meanwhile.
     void closePortAnyway();
 
@@ -65,12 +80,15 @@ protected:
 private:
     // Fits colours and sizes to the current palette, font and style.
     void applyLook();
+    void showLog(bool shown);
+    void askWhereToSaveLog();
 
     // Runs for one frame's time after each repaint; a repaint that is due meanwhile waits for it.
     QBasicTimer m_frame;
     bool m_repaintIsDue = false;
 
     bool m_updateRuns = false;
+    bool m_refocusUpdateButton = false; // it had the focus when it was disabled
     CloseQuestion *const m_closeQuestion;
 
     const std::unique_ptr<Ui::MainWindow> m_ui;

@@ -2,19 +2,11 @@
 
 #include "window/Colours.h"
 
-#include <QHelpEvent>
 #include <QPainter>
-#include <QTextLayout>
-#include <QToolTip>
-
-#include <algorithm>
 
 namespace vorn {
 
 namespace {
-
-constexpr int kGap = 8; // pixels
-constexpr int kLineCount = 2;
 
 QColor toneColour(StatusTone tone, const QPalette &palette)
 {
@@ -32,12 +24,7 @@ QColor toneColour(StatusTone tone, const QPalette &palette)
 
 } // namespace
 
-StatusLine::StatusLine(QWidget *parent) : QLabel(parent)
-{
-    // A device's name may look like markup.
-    setTextFormat(Qt::PlainText);
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-}
+StatusLine::StatusLine(QWidget *parent) : FittedLabel(Qt::ElideLeft, parent) {}
 
 void StatusLine::show(const QString &text, StatusTone tone)
 {
@@ -53,80 +40,16 @@ void StatusLine::setTone(StatusTone tone)
     }
 }
 
-QSize StatusLine::sizeHint() const
+void StatusLine::paintEvent(QPaintEvent *event)
 {
-    return {textStart() + 44 * fontMetrics().averageCharWidth(), kLineCount * lineHeight()};
-}
-
-int StatusLine::markSide() const
-{
-    return std::max(16, fontMetrics().ascent() / 2 * 2);
-}
-
-int StatusLine::lineHeight() const
-{
-    return std::max(markSide(), fontMetrics().lineSpacing());
-}
-
-int StatusLine::textStart() const
-{
-    return markSide() + kGap;
-}
-
-StatusLine::FittedText StatusLine::fittedText() const
-{
-    FittedText result;
+    FittedLabel::paintEvent(event);
     if (text().isEmpty())
-        return result;
-    const qreal room = width() - textStart();
-    QTextOption wrapping;
-    wrapping.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    QTextLayout layout(text(), font());
-    layout.setTextOption(wrapping);
-    layout.beginLayout();
-    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
-        line.setLineWidth(room);
-        if (result.lines.size() == kLineCount - 1) {
-            const QString rest = text().mid(line.textStart());
-            result.lines += fontMetrics().elidedText(rest, Qt::ElideLeft, static_cast<int>(room));
-            result.elided = result.lines.last() != rest;
-            break;
-        }
-        result.lines += text().mid(line.textStart(), line.textLength()).trimmed();
-    }
-    layout.endLayout();
-    return result;
-}
-
-bool StatusLine::event(QEvent *event)
-{
-    if (event->type() != QEvent::ToolTip)
-        return QLabel::event(event);
-    if (fittedText().elided) {
-        QToolTip::showText(static_cast<QHelpEvent *>(event)->globalPos(),
-                           QStringLiteral("<p>%1</p>").arg(text().toHtmlEscaped()), this);
-    } else {
-        QToolTip::hideText();
-    }
-    return true;
-}
-
-void StatusLine::paintEvent(QPaintEvent *)
-{
-    const QStringList lines = fittedText().lines;
-    if (lines.isEmpty())
         return;
-    const int top = (height() - static_cast<int>(lines.size()) * lineHeight()) / 2;
-
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    paintMark(painter, QRectF(0, top, markSide(), lineHeight()).center());
-    painter.setPen(palette().color(foregroundRole()));
-    QRect area(textStart(), top, width() - textStart(), lineHeight());
-    for (const QString &line : lines) {
-        painter.drawText(area, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, line);
-        area.translate(0, lineHeight());
-    }
+    QRectF area = firstLine();
+    area.setWidth(markSide());
+    paintMark(painter, area.center());
 }
 
 // A dot, a tick or a cross: distinct without colour, too.

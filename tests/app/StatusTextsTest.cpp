@@ -68,13 +68,5 @@ TEST(StatusTexts, PackageProgressIsAFigureInPercentWhereTheLengthIsKnown)
     EXPECT_EQ(texts::ofPackageProgress(42, 0), "Prompt:Progress--%");
 }
 
-TEST(StatusTexts, ADescriptionEscapesTheControlCharactersOfAServersName)
-{
-    EXPECT_EQ(texts::description({PackageProblemKind::BadArchive, 0, "a\x1b[31m\n.bin"}),
-              R"("a\u001B[31m\n.bin": the package is damaged)");
-    EXPECT_EQ(texts::description({PackageProblemKind::HttpStatus, 404, {}}),
-              "the server responded with HTTP status 404");
-}
-
 } // namespace
 } // namespace vorn

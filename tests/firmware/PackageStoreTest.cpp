@@ -122,8 +122,8 @@ TEST(PackageStoreTest, AFailedPackageLeavesTheFirmwareAsItWas)
     const auto made = [](const char *entries) { return makeArchive(entriesOf(entries)); };
     const Case cases[] = {
         {"empty body", usual, {}, Kind::NotAnArchive},
-        {"damaged entry", usual, damaged, Kind::BadArchive},
-        {"leads outside", usual, made("VornUpdate2/ ../evil.bin=evil"), Kind::BadArchive},
+        {"damaged entry", usual, damaged, Kind::BadEntry},
+        {"leads outside", usual, made("VornUpdate2/ ../evil.bin=evil"), Kind::EntryOutside},
         {"a file in the firmware folder's place", usual, good, Kind::Conflict, "VornUpdate2=file"},
         {"a folder in the archive's place", "VornUpdate2", good, Kind::FileSystem},
         {"a folder where the package has a file", "other.zip", made("x=file"), Kind::Conflict,
@@ -135,9 +135,9 @@ TEST(PackageStoreTest, AFailedPackageLeavesTheFirmwareAsItWas)
         {"a folder of another program, and loose files", "mozilla.zip",
          made("a.bin=A .published-by-vornupdater="), Kind::Conflict, "mozilla/profile=theirs"},
         {"a file and a folder of one name", usual,
-         made("VornUpdate2/ VornUpdate2/x/a.bin=A VornUpdate2/x=file"), Kind::BadArchive},
+         made("VornUpdate2/ VornUpdate2/x/a.bin=A VornUpdate2/x=file"), Kind::EntryNameTaken},
         {"an entry named after the folder itself", usual,
-         made("VornUpdate2/ VornUpdate2/.=A VornUpdate2/a.bin=A"), Kind::BadArchive},
+         made("VornUpdate2/ VornUpdate2/.=A VornUpdate2/a.bin=A"), Kind::EntryNameTaken},
         {"a name longer than names may be", QString(300, u'x'), good, Kind::FileSystem},
     };
     for (const Case &c : cases) {

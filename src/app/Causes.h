@@ -1,0 +1,144 @@
+#pragma once
+
+#include "firmware/PackageProblem.h"
+#include "platform/DeviceNode.h"
+#include "update/UpdateResult.h"
+
+#include <QString>
+
+#include <chrono>
+#include <span>
+
+// Why something failed or nothing goes on, and what to do about it: the one table that every front
+// end takes its words from, decided from recorded facts alone. docs/troubleshooting.md lists the
+// same rows.
+namespace vorn {
+
+enum class Cause {
+    None,
+
+    // Finding a device
+    NoDevice,
+    UnsuitableDevice, // %1 name
+    SecondDevice,     // %1 the other device's name, %2 the current one's
+    FixedChoice,      // %1 the current device's name
+    StaleButton,
+    VanishedSoon,     // %1 name, %2 seconds
+    VanishedToBrltty, // %1 name, %2 seconds
+
+    // Opening and closing. %1 is the device node.
+    NodeMissing,
+    NodeNotPermitted,   // %2 the node's group
+    NodeNotForGroups,   // %2 mode
+    HeldByProgram,      // %2 program, %3 process
+    HeldByModemManager, // %2 process
+    HeldByBrltty,       // %2 process
+    HeldByUnknown,
+    NoTerminal,
+    CannotOpen,       // %2 the system's text
+    SpeedNotPossible, // %2 baud
+    DoesNotClose,
+    ClosedByItself,
+
+    // Starting an update
+    DeviceNotOpen,
+    NoImageChosen,
+    ImageUnreadable, // %1 path, %2 the system's text
+    ImageEmpty,      // %1 path
+    ImageTooLong,    // %1 path
+
+    // Updating. %1 is what was not acknowledged, %2 seconds.
+    SilentButIntact,
+    SilentAndErased,
+    RefusedButIntact,
+    RefusedAndErased,
+    GoneButIntact,
+    GoneAndErased,
+
+    // Asking for the model, likewise
+    QuerySilent,
+    QueryRefused,
+    QueryGone,
+
+    // Firmware files
+    NoFirmware,         // %1 folder
+    NoFirmwareNoServer, // %1 folder
+    NoFirmwareForModel, // %1 model code
+
+    // Downloading. %1 is the server unless said otherwise.
+    NoNetwork,
+    NameNotFound,
+    Unreachable, // %2 the network error's number
+    ProxyFailed, // %2 likewise
+    ConnectionLost,
+    ServerSilent, // %2 seconds
+    Certificate,  // %2 the check that failed
+    Encryption,
+    InsecureRedirect,
+    BadResponse,    // %2 the network error's number
+    HttpStatus,     // %2 status
+    UnusableName,   // %1 suggested file name
+    TooLarge,       // %1 file or entry
+    NotAnArchive,   // %1 file
+    BadEntry,       // %1 entry
+    EntryOutside,   // %1 entry
+    EntryNameTaken, // %1 entry
+    Conflict,       // %1 path
+    NoSpace,        // %1 path
+    NoRights,       // %1 path
+    FileSystem,     // %1 path, %2 the system's text
+    NoCertificates, // %1 path
+};
+
+// A row: in English, before translation.
+struct CauseRow
+{
+    Cause cause;
+    const char *what;
+    const char *cure;
+};
+std::span<const CauseRow> causeTable();
+
+// A row in the user's language, with its places filled.
+struct Explanation
+{
+    Cause cause = Cause::None;
+    QString what{};
+    QString cure{};
+
+    // One line: the cause, then the cure.
+    QString text() const;
+};
+Explanation explain(Cause cause, const QStringList &places = {});
+
+// Why a device node could not be opened: `code` is the errno. Reads what the system shows of the
+// node and of the processes that hold it, which takes some milliseconds: not for the main thread.
+Explanation explainOpening(const QString &path, int code);
+// The same from facts.
+struct OpeningFacts
+{
+    QString path;
+    int code = 0; // errno
+    DeviceNodeFacts node;
+    QList<NodeHolder> holders;
+};
+Explanation explainOpening(const OpeningFacts &facts);
+
+// A device that was unplugged so soon after it was plugged in has a reason.
+inline constexpr std::chrono::seconds kSoon{5};
+Explanation explainVanishing(const QString &name, std::chrono::milliseconds after, bool brlttyRuns);
+
+// Of a success: Cause::None.
+Explanation explainUpdate(const UpdateResult &result);
+Explanation explainVersionQuery(const UpdateResult &result);
+// `hasNetwork`: whether the machine has a network at all. The names that a server chose are quoted,
+// their control characters escaped.
+Explanation explainDownload(const PackageProblem &problem, bool hasNetwork = true);
+
+// What an update waits for at a step, as it stands in the texts: "the erase command", or "data
+// frame 3 of 40".
+QString nameOfStep(UpdateStep step, qint64 frame = 0, qint64 frames = 0);
+// Seconds as a person reads them: with a decimal below ten.
+QString secondsText(std::chrono::milliseconds time);
+
+} // namespace vorn

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "window/FittedLabel.h"
+
+namespace vorn {
+
+// What belongs to the status line above it: the cause and the cure of a failure, or how a run comes
+// along. Empty when all is well. Main thread only.
+class DetailsLine : public FittedLabel
+{
+    Q_OBJECT
+
+public:
+    explicit DetailsLine(QWidget *parent = nullptr) : FittedLabel(Qt::ElideRight, parent) {}
+};
+
+} // namespace vorn
