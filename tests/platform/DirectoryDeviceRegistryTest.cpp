@@ -126,16 +126,16 @@ TEST_F(DirectoryDeviceRegistryTest, ManyChangesAtOnceLoseNothing)
 TEST_F(DirectoryDeviceRegistryTest, SeveralRegistriesAreOne)
 {
     EXPECT_TRUE(QDir(m_directory.path()).mkdir("a") && QDir(m_directory.path()).mkdir("b"));
-    CombinedDeviceRegistry::Parts parts;
+    CombinedDeviceRegistry::Registries registries;
     for (const QString &part : {path("a"), path("missing"), path("b")})
-        parts.push_back(std::make_unique<DirectoryDeviceRegistry>(part));
+        registries.push_back(std::make_unique<DirectoryDeviceRegistry>(part));
     struct : SerialDeviceRegistry::Observer
     {
         void serialPortsWerePublished(const SerialDeviceRegistry::Devices &) override {}
         void serialPortsWereTerminated(const SerialDeviceRegistry::Devices &) override {}
     } nobody;
-    EXPECT_FALSE(parts.at(1)->watch(nobody));
-    CombinedDeviceRegistry registry(std::move(parts));
+    EXPECT_FALSE(registries.at(1)->watch(nobody));
+    CombinedDeviceRegistry registry(std::move(registries));
     RegistryWatcher watcher(registry);
     link(m_terminal, "b/two");
     EXPECT_EQ(watcher.take(1), Batches({{"+two"}}));
