@@ -41,7 +41,7 @@ void installDeviceRegistry(const QString &deviceDirectory)
 {
     if (deviceDirectory.isEmpty())
         return;
-    vorn::CombinedDeviceRegistry::Parts registries;
+    vorn::CombinedDeviceRegistry::Registries registries;
     registries.push_back(std::make_unique<vorn::UdevDeviceRegistry>());
     registries.push_back(std::make_unique<vorn::DirectoryDeviceRegistry>(deviceDirectory));
     vorn::SerialDeviceRegistry::setSystem(

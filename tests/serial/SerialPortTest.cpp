@@ -1,14 +1,12 @@
-#include "platform/GlobalQueue.h"
 #include "serial/LineSpeed.h"
 #include "serial/ORSSerialPacketDescriptor.h"
 #include "tests/serial/SerialPortFixture.h"
+#include "tests/support/ThreadShortage.h"
 
 #include <QTemporaryDir>
 
-#include <pthread.h>
 #include <sys/ioctl.h>
 
-#include <latch>
 #include <numeric>
 #include <thread>
 
@@ -108,22 +106,13 @@ TEST_F(SerialPortTest, WhatCannotBeOpenedIsToldWithItsReason)
 
 TEST_F(SerialPortTest, WithoutAThreadTheOpeningFails)
 {
-    pthread_attr_t usual;
-    pthread_attr_t tooLarge;
-    ASSERT_EQ(::pthread_getattr_default_np(&usual), 0);
-    ASSERT_EQ(::pthread_getattr_default_np(&tooLarge), 0);
-    ASSERT_EQ(::pthread_attr_setstacksize(&tooLarge, std::size_t{1} << 46), 0);
-    ASSERT_EQ(::pthread_setattr_default_np(&tooLarge), 0);
-    // So that no idle thread is left.
-    const auto end = std::make_shared<std::latch>(1);
-    while (GlobalQueue::instance().post([end] { end->wait(); }))
-        ;
-    m_port->open();
-    EXPECT_FALSE(m_port->isOpen());
-    m_delegate.expect({"error EAGAIN"});
-    ASSERT_EQ(::pthread_setattr_default_np(&usual), 0);
+    {
+        const ThreadShortage shortage;
+        m_port->open();
+        EXPECT_FALSE(m_port->isOpen());
+        m_delegate.expect({"error EAGAIN"});
+    }
     openPort();
-    end->count_down();
 }
 
 TEST_F(SerialPortTest, NothingIsToldTwiceNeitherOfOpeningNorOfClosingNorOfMissingModemLines)
