@@ -26,12 +26,12 @@ struct DownloadTimes
     std::chrono::nanoseconds longestGap{0};
 };
 
-// How far a replay has come. Entries are those that bytes or a hang-up stand for.
+// The progress of a replay. Only entries of bytes or "gone" count.
 struct ReplayReport
 {
-    int entries = 0;     // of the transcript; 0: no replay
-    int replayed = 0;    // the most of them between two beginnings
-    int differences = 0; // entries for which other bytes came than were recorded
+    int entries = 0;     // in the transcript; 0: no replay
+    int replayed = 0;    // in one go, at most
+    int differences = 0; // entries whose received bytes were not those recorded
 };
 
 // What a simulated device has seen so far. A value, safe to keep and to pass on.
@@ -57,7 +57,7 @@ struct DeviceReport
     std::int64_t declaredLength = 0; // image length in the latest header
     DownloadTimes times;             // of the latest download
 
-    // A device that replays judges nothing: of the rest only openings and exchanges count then.
+    // A replaying device does not check what it receives, so most of the above stays empty.
     ReplayReport replay;
 
     // SHA-256 of the image in lower-case hexadecimal; empty without a completed update.

@@ -317,7 +317,7 @@ SimulatedDevice::Time SimulatedDevice::throughLine(Time &idleFrom, Time start,
 void SimulatedDevice::sendDue()
 {
     while (!m_pending.empty() && m_pending.front().due <= Clock::now()) {
-        // What is to arrive in pieces is not joined by a slow reader. There is no event for "has
+        // A slow reader must not join what is meant to arrive in pieces. There is no event for "has
         // been read".
         if ((m_replay || !m_options.connectPieces.empty()) && m_terminal->holdsUnread()) {
             m_pending.front().due = Clock::now() + kLookAgain;

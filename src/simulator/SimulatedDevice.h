@@ -100,7 +100,7 @@ private:
     bool m_stopped = false;
     BootLoader m_loader;
     AnswerPlan m_plan;
-    std::optional<Replay> m_replay; // takes the place of both
+    std::optional<Replay> m_replay; // used instead of loader and plan
     DeviceJournal m_journal;
     std::optional<PseudoTerminal> m_terminal; // only while plugged in
     std::deque<Pending> m_pending;            // in the order of their times

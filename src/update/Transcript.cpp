@@ -31,8 +31,8 @@ bool Transcript::isEmpty() const
 
 QString Transcript::text() const
 {
-    // The sequence goes on while its entries are written out; sharing the bytes would make it copy
-    // them at its next frame.
+    // The sequence may continue while the text is made. The bytes are deep-copied, since otherwise
+    // its next frame would have to copy them.
     std::unique_lock lock(m_mutex);
     const std::vector<Entry> entries = m_entries;
     const QByteArray bytes(m_bytes.constData(), m_bytes.size());
