@@ -21,8 +21,8 @@ struct DownloadTimes
     std::chrono::nanoseconds toHeader{0};     // until the download header was complete
     std::chrono::nanoseconds toRelease{0};    // until the first data frame was released
     std::chrono::nanoseconds toLastAnswer{0}; // until the latest answer was written
-    // The longest time from the writing of an answer to the first byte of the data frame that it
-    // released, which is the time that the updater and the way to it took.
+    // The longest time from writing an answer to the first byte of the data frame that it released,
+    // which is the time taken by the updater and the line.
     std::chrono::nanoseconds longestGap{0};
 };
 
@@ -34,7 +34,7 @@ struct ReplayReport
     int differences = 0; // entries whose received bytes were not those recorded
 };
 
-// What a simulated device has seen so far. A value, safe to keep and to pass on.
+// What a simulated device has seen so far.
 struct DeviceReport
 {
     QString path;      // the link, or the terminal when there is no link
