@@ -88,7 +88,7 @@ QString transcript(const CommandOptions &line)
     QFile file(line.text("replay"));
     if (!file.open(QIODevice::ReadOnly))
         line.fail(QStringLiteral("%1: %2").arg(file.fileName(), file.errorString()));
-    const QString text = QString::fromUtf8(file.readAll());
+    QString text = QString::fromUtf8(file.readAll());
     if (Replay(text).report().entries == 0)
         line.fail(QStringLiteral("%1: there is no transcript in it").arg(file.fileName()));
     return text;

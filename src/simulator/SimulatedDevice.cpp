@@ -300,8 +300,10 @@ void SimulatedDevice::replay(std::span<const std::uint8_t> bytes, Time now)
         ++m_journal.report().exchanges;
         m_changed.notify_all();
     }
-    for (Answer &answer : taken.answers)
-        m_pending.push_back({std::move(answer), now + answer.after});
+    for (Answer &answer : taken.answers) {
+        const Time due = now + answer.after;
+        m_pending.push_back({std::move(answer), due});
+    }
     sendDue();
 }
 

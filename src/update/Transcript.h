@@ -1,13 +1,12 @@
 #pragma once
 
-#include <QByteArray>
 #include <QByteArrayView>
 #include <QString>
 
 #include <array>
 #include <chrono>
+#include <deque>
 #include <mutex>
-#include <vector>
 
 namespace vorn {
 
@@ -44,8 +43,9 @@ private:
 
     mutable std::mutex m_mutex;
     Time m_began;
-    std::vector<Entry> m_entries;
-    QByteArray m_bytes;                     // of all kept entries
+    // Deques grow without copying, which would hold up a frame for milliseconds.
+    std::deque<Entry> m_entries;
+    std::deque<char> m_bytes;               // of all kept entries
     std::array<qsizetype, 2> m_keptBytes{}; // sent, received
 };
 
