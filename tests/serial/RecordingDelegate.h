@@ -13,8 +13,8 @@
 #include <functional>
 #include <utility>
 
-// Keeps what a port told, one line per event; the bytes of chunks in a row are one event, since it
-// is the line that decides how they are cut.
+// Records a port's events as text. Consecutive chunks are one event, since the line decides where
+// they are cut.
 class RecordingDelegate final : public ORSSerialPortDelegate
 {
 public:
@@ -27,9 +27,8 @@ public:
         else
             keep("data " + data);
     }
-    void serialPortDidReceivePacketMatchingDescriptor(
-        ORSSerialPort &, const QByteArray &packetData,
-        const std::shared_ptr<const ORSSerialPacketDescriptor> &) override
+    void serialPortDidReceivePacketMatchingDescriptor(ORSSerialPort &, const QByteArray &packetData,
+                                                      const ORSSerialPacketDescriptorPtr &) override
     {
         keep("packet " + packetData);
     }
@@ -42,10 +41,9 @@ public:
     void serialPortWasOpened(ORSSerialPort &) override { keep("opened"); }
     void serialPortWasClosed(ORSSerialPort &) override { keep("closed"); }
 
-    // A terminal that hangs up shows it by an end of file or by EIO, whoever looks first; then both
-    // are told as ENXIO.
+    // A terminal that hangs up yields an end of file to a reader and EIO to other calls: both are
+    // recorded as ENXIO.
     bool hangsUp = false;
-    // Called with each event as it comes.
     std::function<void(const QByteArray &event)> onEvent;
 
     // Waits for as many events as are expected and compares them.

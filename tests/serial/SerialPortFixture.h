@@ -7,17 +7,15 @@
 
 namespace vorn {
 
-// A port on a pseudo-terminal, which has no modem lines; that is told at each opening.
+// A port on a pseudo-terminal.
 class SerialPortFixture : public testing::Test
 {
 protected:
-    static inline const QByteArrayList kOpened{"error ENOTTY", "opened"};
-
     void openPort()
     {
         m_port->open();
         EXPECT_TRUE(m_port->isOpen());
-        m_delegate.expect(kOpened);
+        m_delegate.expect(m_opened);
     }
     void closePort()
     {
@@ -30,16 +28,18 @@ protected:
     static bool holdsTerminal(const QString &path)
     {
         namespace fs = std::filesystem;
-        std::error_code ended; // a descriptor may be closed while its turn comes
+        std::error_code closedMeanwhile;
         for (const auto &descriptor : fs::directory_iterator("/proc/self/fd")) {
             const auto target =
-                QString::fromStdString(fs::read_symlink(descriptor, ended).string());
+                QString::fromStdString(fs::read_symlink(descriptor, closedMeanwhile).string());
             if (target == path || target == path + QStringLiteral(" (deleted)"))
                 return true;
         }
         return false;
     }
 
+    // A pseudo-terminal has no modem lines, which is reported at each opening.
+    QByteArrayList m_opened{"error ENOTTY", "opened"};
     TestTerminal m_terminal;
     ORSSerialPortPtr m_port = ORSSerialPort::serialPortWithDevice(m_terminal.device());
     RecordingDelegate m_delegate;
