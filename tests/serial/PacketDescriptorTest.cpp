@@ -9,7 +9,6 @@ namespace {
 
 using Descriptor = ORSSerialPacketDescriptor;
 using Ends = Descriptor::PrefixSuffix;
-using EndStrings = Descriptor::PrefixSuffixStrings;
 
 constexpr quint64 kMaximum = 64;
 
@@ -78,19 +77,18 @@ TEST(PacketDescriptor, AsksAnEvaluatorFromTheShortestTailOn)
     EXPECT_EQ(anything.packetMatchingAtEndOfBuffer("ab"), "b");
     EXPECT_FALSE(anything.dataIsValidPacket(""));
 
-    const Descriptor strings(EndStrings{.prefixString = "ä", .suffixString = {}}, 9);
+    const Descriptor strings(Descriptor::PrefixSuffixStrings{"ä", {}}, 9);
     EXPECT_EQ(strings.packetMatchingAtEndOfBuffer("x\xC3\xA4y"), "\xC3\xA4y");
 }
 
 TEST(SerialBuffer, KeepsTheNewestBytesOfALongStream)
 {
     constexpr auto kEndless = std::numeric_limits<quint64>::max();
-    for (const quint64 maximum : {quint64{0}, quint64{4}, quint64{1000}, kEndless / 2, kEndless}) {
+    for (const quint64 maximum : {quint64{0}, quint64{4}, quint64{1000}, kEndless}) {
         ORSSerialBuffer buffer(maximum);
         QByteArray stream;
         for (int i = 0; i < 5000; ++i) {
-            // Of one byte mostly, sometimes of none or of more than is kept.
-            const QByteArray bytes(i % 50 == 0 ? i % 7 : 1, static_cast<char>(i * i >> 3));
+            const QByteArray bytes(i % 7, static_cast<char>(i));
             buffer.appendData(bytes);
             stream += bytes;
             const auto kept = std::min(maximum, static_cast<quint64>(stream.size()));
