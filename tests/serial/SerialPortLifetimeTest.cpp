@@ -40,7 +40,7 @@ TEST_F(SerialPortLifetimeTest, ADelegateMayReleaseThePortInAnyEvent)
         if (m_port)
             m_terminal.unplug();
         EXPECT_TRUE(eventually([&] { return !m_port; }));
-        EXPECT_TRUE(eventually([&] { return !holdsTerminal(m_terminal.path()); }));
+        EXPECT_TRUE(eventually([&] { return !holdsTerminal(); }));
         EXPECT_TRUE(m_delegate.take().endsWith(last));
     }
 }
@@ -57,7 +57,6 @@ TEST_F(SerialPortLifetimeTest, ADestroyedDelegateIsNotCalled)
 {
     auto shortLived = std::make_unique<RecordingDelegate>();
     m_port->setDelegate(shortLived.get());
-    shortLived->onEvent = [](const QByteArray &event) { EXPECT_EQ(event, "error ENOTTY"); };
     m_port->open(); // "opened" is queued now
     shortLived.reset();
     EXPECT_EQ(m_port->delegate(), nullptr);
@@ -85,7 +84,7 @@ TEST_F(SerialPortLifetimeTest, APortReleasedOnAnyThreadClosesItsTerminal)
 {
     openPort();
     std::thread([owner = std::move(m_port)]() mutable { owner.reset(); }).join();
-    EXPECT_TRUE(eventually([&] { return !holdsTerminal(m_terminal.path()); }));
+    EXPECT_TRUE(eventually([&] { return !holdsTerminal(); }));
 }
 
 } // namespace

@@ -1,8 +1,7 @@
 #include "platform/NotificationCenter.h"
 #include "serial/ORSSerialPortManager.h"
-#include "tests/serial/RecordingDelegate.h"
+#include "tests/serial/SerialPortFixture.h"
 #include "tests/support/TestRegistry.h"
-#include "tests/support/TestTerminal.h"
 
 #include <QProcess>
 

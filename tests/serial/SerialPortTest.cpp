@@ -174,13 +174,13 @@ TEST_F(SerialPortTest, UnpluggingIsReportedAsErrorRemovalAndCloseAndThePortOpens
     m_port->setDelegate(&m_delegate);
     m_delegate.onEvent = [&](const QByteArray &event) {
         if (event == "error ENXIO") {
-            EXPECT_FALSE(holdsTerminal(m_terminal.path())) << "its name is kept from the device";
+            EXPECT_FALSE(holdsTerminal()) << "its name is kept from the device";
         }
     };
     for (int turn = 0; turn < 2; ++turn) {
         ASSERT_TRUE(QFile::link(m_terminal.path(), link));
         openPort();
-        EXPECT_TRUE(holdsTerminal(m_terminal.path()));
+        EXPECT_TRUE(holdsTerminal());
         m_terminal.unplug();
         m_delegate.expect({"error ENXIO", "removed", "closed"});
         EXPECT_FALSE(m_port->isOpen());
