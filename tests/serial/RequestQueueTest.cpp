@@ -227,14 +227,22 @@ TEST_F(RequestQueueOnAPort, RequestsSentAfterTheCloseAreKept)
         m_port->sendRequest(again);
         m_port->sendRequest(request("b", {}));
     });
-    m_port->sendRequest(again);
-    m_port->sendRequest(request("forgotten", "ok"));
-    m_port->close();
-    EXPECT_EQ(m_terminal.take(2), "aa");
-    m_terminal.send("ok");
-    EXPECT_EQ(m_terminal.take(1), "b");
-    expect(delegate, {"closed", "a=ok"});
-    EXPECT_TRUE(isIdle());
+    for (const bool wasBusy : {true, false}) {
+        if (wasBusy) {
+            m_port->sendRequest(again);
+            m_port->sendRequest(request("forgotten", "ok"));
+            EXPECT_EQ(m_terminal.take(1), "a");
+        }
+        m_port->close();
+        EXPECT_EQ(m_terminal.take(1), "a");
+        expect(delegate, {"closed"});
+        runEventLoopFor(20ms);
+        m_terminal.send("ok");
+        EXPECT_EQ(m_terminal.take(1), "b");
+        expect(delegate, {"closed", "a=ok"});
+        EXPECT_TRUE(isIdle());
+        delegate.events.clear();
+    }
 }
 
 struct SilentHost : RequestQueueHost
