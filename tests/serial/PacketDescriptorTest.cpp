@@ -1,9 +1,6 @@
-#include "serial/ORSSerialBuffer.h"
 #include "serial/ORSSerialPacketDescriptor.h"
 
 #include <gtest/gtest.h>
-
-#include <limits>
 
 using Descriptor = ORSSerialPacketDescriptor;
 
@@ -16,6 +13,7 @@ TEST(PacketDescriptor, FindsTheShortestPacketAtTheEndOfABuffer)
     const Descriptor expression(QRegularExpression("b."), 64);
     const Descriptor invalid(QRegularExpression("("), 64);
     const Descriptor anything(64, {}, {});
+    const Descriptor evaluator(64, {}, [](QByteArrayView data) { return data.size() % 3 == 0; });
     const struct
     {
         const Descriptor &descriptor;
@@ -35,39 +33,12 @@ TEST(PacketDescriptor, FindsTheShortestPacketAtTheEndOfABuffer)
         {invalid, "(", {}},
         {anything, "xy", "y"},
         {anything, "", {}},
+        {evaluator, "abcdefg", "efg"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(&row - rows);
         EXPECT_EQ(row.descriptor.packetMatchingAtEndOfBuffer(row.buffer), row.packet);
         EXPECT_EQ(row.descriptor.dataIsValidPacket(row.packet.value_or(row.buffer)),
                   row.packet.has_value());
-    }
-}
-
-TEST(PacketDescriptor, AsksAnEvaluatorFromTheShortestTailOn)
-{
-    QByteArrayList asked;
-    const Descriptor descriptor(64, {}, [&](QByteArrayView data) {
-        asked.append(data.toByteArray());
-        return data.size() == 3;
-    });
-    EXPECT_EQ(descriptor.packetMatchingAtEndOfBuffer("abcde"), "cde");
-    EXPECT_EQ(asked, (QByteArrayList{"e", "de", "cde"}));
-}
-
-TEST(SerialBuffer, KeepsTheNewestBytes)
-{
-    for (const quint64 maximum : {quint64{0}, quint64{4}, std::numeric_limits<quint64>::max()}) {
-        ORSSerialBuffer buffer(maximum);
-        QByteArray stream;
-        for (int i = 0; i < 5000; ++i) {
-            const QByteArray bytes(i % 7, static_cast<char>(i));
-            buffer.appendData(bytes);
-            stream += bytes;
-            const auto kept = std::min(maximum, static_cast<quint64>(stream.size()));
-            ASSERT_EQ(buffer.data(), QByteArrayView(stream).last(static_cast<qsizetype>(kept)));
-        }
-        buffer.clearBuffer();
-        EXPECT_TRUE(buffer.data().isEmpty());
     }
 }
