@@ -28,7 +28,7 @@ struct RequestDelegate : ORSSerialPortDelegate
     QByteArrayList events;
 };
 
-struct TimeoutDelegate : RequestDelegate
+struct FullDelegate : RequestDelegate
 {
     void serialPortRequestDidTimeout(ORSSerialPort &, const ORSSerialRequestPtr &request) override
     {
@@ -36,12 +36,8 @@ struct TimeoutDelegate : RequestDelegate
         if (onTimeout)
             onTimeout();
     }
-    std::function<void()> onTimeout;
-};
-
-struct ClosingDelegate : RequestDelegate
-{
     void serialPortWasClosed(ORSSerialPort &) override { events += "closed"; }
+    std::function<void()> onTimeout;
 };
 
 ORSSerialRequestPtr request(const QByteArray &name, const QByteArray &answer,
@@ -105,7 +101,7 @@ TEST_F(RequestQueueOnAPort, SendsOneAtATimeHoweverTheAnswersAreSplit)
 
 TEST_F(RequestQueueOnAPort, MovesOnAfterATimeoutWhetherOrNotTheDelegateImplementsIt)
 {
-    TimeoutDelegate implementing;
+    FullDelegate implementing;
     open(implementing);
     const auto first = request("a", "ok", ORSSerialRequest::TimeInterval(1e-10)); // below 1 ns
     const auto second = request("b", "ok");
@@ -154,7 +150,7 @@ TEST_F(RequestQueueOnAPort, CancelsQueuedRequestsButNotThePendingOne)
 
 TEST_F(RequestQueueOnAPort, AnAnswerWhileItsTimeoutIsReportedAdvancesTheQueueTwice)
 {
-    TimeoutDelegate delegate;
+    FullDelegate delegate;
     open(delegate);
     const auto second = request("b", "ok");
     delegate.onTimeout = [&] {
@@ -173,7 +169,7 @@ TEST_F(RequestQueueOnAPort, AnAnswerWhileItsTimeoutIsReportedAdvancesTheQueueTwi
 
 TEST_F(RequestQueueOnAPort, ATimerOutlivesARequestThatExpectsNoAnswer)
 {
-    TimeoutDelegate delegate;
+    FullDelegate delegate;
     open(delegate);
     m_port->sendRequest(request("a", {}, 50ms));
     EXPECT_TRUE(isIdle());
@@ -186,7 +182,7 @@ TEST_F(RequestQueueOnAPort, ATimerOutlivesARequestThatExpectsNoAnswer)
 
 TEST_F(RequestQueueOnAPort, AFailedWriteStaysPendingUntilItsTimeout)
 {
-    TimeoutDelegate delegate;
+    FullDelegate delegate;
     m_port->setDelegate(&delegate);
     EXPECT_FALSE(m_port->sendRequest(request("a", "ok", 50ms))); // the port is closed
     EXPECT_TRUE(m_port->sendRequest(request("b", "ok", 50ms)));
@@ -206,7 +202,7 @@ TEST_F(RequestQueueOnAPort, RequestsSurviveACloseUnlessTheDelegateImplementsIt)
     EXPECT_TRUE(m_port->pendingRequest());
     EXPECT_EQ(m_port->queuedRequests().size(), 1);
 
-    ClosingDelegate implementing;
+    FullDelegate implementing;
     open(implementing);
     EXPECT_EQ(m_port->queuedRequests().size(), 1);
     m_terminal.unplug();
@@ -217,7 +213,7 @@ TEST_F(RequestQueueOnAPort, RequestsSurviveACloseUnlessTheDelegateImplementsIt)
 TEST_F(RequestQueueOnAPort, RequestsSentAfterTheCloseAreKept)
 {
     const auto again = request("a", "ok"); // the same request before and after
-    ClosingDelegate delegate;
+    FullDelegate delegate;
     open(delegate);
     // The signal comes before serialPortWasClosed().
     QObject::connect(m_port.get(), &ORSSerialPort::fileDescriptorChanged, m_port.get(), [&] {
@@ -276,7 +272,7 @@ TEST(RequestQueue, AnAnswerStopsTheTimer)
 // Every operation from several threads while the port closes and opens.
 TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
 {
-    struct CountingDelegate : TimeoutDelegate
+    struct CountingDelegate : FullDelegate
     {
         void serialPortDidReceiveResponseToRequest(ORSSerialPort &, const QByteArray &,
                                                    const ORSSerialRequestPtr &answered) override
@@ -285,7 +281,6 @@ TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
             answered->setUserInfo(true);
             ++count;
         }
-        void serialPortWasClosed(ORSSerialPort &) override {}
         int count = 0;
     };
     CountingDelegate delegate;

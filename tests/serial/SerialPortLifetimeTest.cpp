@@ -65,21 +65,6 @@ TEST_F(SerialPortLifetimeTest, ADestroyedDelegateIsNotCalled)
     EXPECT_TRUE(eventually([&] { return !m_port->isOpen(); }));
 }
 
-TEST_F(SerialPortLifetimeTest, ADelegateNeedsTheRequiredMethodOnly)
-{
-    struct Required final : ORSSerialPortDelegate
-    {
-        void serialPortWasRemovedFromSystem(ORSSerialPort &) override { ++removals; }
-        int removals = 0;
-    } required;
-    m_port->setDelegate(&required);
-    m_port->open();
-    m_terminal.send("x");
-    m_terminal.unplug();
-    EXPECT_TRUE(eventually([&] { return !m_port->isOpen(); }));
-    EXPECT_EQ(required.removals, 1);
-}
-
 TEST_F(SerialPortLifetimeTest, APortReleasedOnAnyThreadClosesItsTerminal)
 {
     openPort();

@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
-
 using namespace std::chrono_literals;
 
 TEST(SerialRequest, JudgesResponsesByItsDescriptor)
@@ -19,8 +17,7 @@ TEST(SerialRequest, JudgesResponsesByItsDescriptor)
         EXPECT_TRUE(request->dataIsValidResponse("OK"));
         EXPECT_FALSE(request->dataIsValidResponse("NO"));
     }
-    EXPECT_EQ(tested->responseDescriptor()->maximumPacketLength(),
-              quint64{std::numeric_limits<qint64>::max()});
+    EXPECT_GE(tested->responseDescriptor()->maximumPacketLength(), quint64{1} << 62);
     EXPECT_TRUE(ORSSerialRequest("?", {}, 1s).dataIsValidResponse("NO"));
 }
 
