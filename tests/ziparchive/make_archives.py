@@ -5,9 +5,12 @@ file is flawed. Everything is built byte by byte, so that each field can be wron
 """
 import bz2
 import os
+import pathlib
 import random
 import struct
+import subprocess
 import sys
+import tempfile
 import zlib
 
 out = sys.argv[1]
@@ -41,8 +44,7 @@ def archive(entries, count=None, offsets=None, before=b""):
 
 
 def write(name, content):
-    with open(os.path.join(out, name + ".zip"), "wb") as file:
-        file.write(content)
+    pathlib.Path(out, name + ".zip").write_bytes(content)
 
 
 def around(*middle):
@@ -82,36 +84,24 @@ write("bzip2", archive(around(entry("evil.bin", long, 12, packed=bz2.compress(lo
 write("strong-encryption", archive(around(entry("evil.bin", flags=0x41))))
 write("zip64-size", archive(around(entry("evil.bin", usize=0xFFFFFFFF))))
 
-# The same behind the right password, "secret".
-def encrypted(data, **fields):
-    def step(crc, byte):
-        return zlib.crc32(bytes([byte]), crc ^ 0xFFFFFFFF) ^ 0xFFFFFFFF
 
-    keys = [0x12345678, 0x23456789, 0x34567890]
-
-    def update(byte):
-        keys[0] = step(keys[0], byte)
-        keys[1] = ((keys[1] + (keys[0] & 0xFF)) * 134775813 + 1) & 0xFFFFFFFF
-        keys[2] = step(keys[2], keys[1] >> 24)
-
-    for byte in b"secret":
-        update(byte)
-    crc = fields.pop("crc", zlib.crc32(data))
-    deflate = zlib.compressobj(9, zlib.DEFLATED, -15)
-    plain = fields.pop("plain", None) or deflate.compress(data) + deflate.flush()
-    packed = bytearray()
-    for byte in noise(11) + bytes([crc >> 24]) + plain:
-        value = (keys[2] & 0xFFFF) | 2
-        packed.append(byte ^ (value * (value ^ 1) >> 8 & 0xFF))
-        update(byte)
-    return entry("evil.bin", data, flags=1, crc=crc, packed=bytes(packed), **fields)
+# The same behind the password "secret", as zip makes them, but for one field of the second entry's
+# directory header.
+def encrypted(offset, value):
+    with tempfile.TemporaryDirectory() as folder:
+        files = {"first.bin": b"data of an entry", "evil.bin": long, "last.bin": b"data of an entry"}
+        for name, data in files.items():
+            pathlib.Path(folder, name).write_bytes(data)
+        subprocess.run(["zip", "-qP", "secret", "a.zip", *files], cwd=folder, check=True)
+        content = bytearray(pathlib.Path(folder, "a.zip").read_bytes())
+    struct.pack_into("<I", content, content.rindex(b"evil.bin") - 46 + offset, value)
+    return content
 
 
-write("encrypted", archive(around(encrypted(long))))
-write("encrypted-wrong-crc", archive(around(encrypted(long, crc=1))))
-write("encrypted-claims-more", archive(around(encrypted(long, usize=len(long) + 1))))
-write("encrypted-damaged", archive(around(encrypted(long, plain=unknown_block, usize=2 * len(long)))))
-write("encrypted-short", archive(around(encrypted(long, csize=11))))
+write("encrypted", encrypted(24, len(long)))
+write("encrypted-wrong-crc", encrypted(16, 1))
+write("encrypted-short", encrypted(20, 11))
+write("encrypted-claims-more", encrypted(24, len(long) + 1))
 
 # Archives that are not what they say.
 good = archive(around(entry("evil.bin", long)))
