@@ -28,12 +28,12 @@ struct FirmwareLibraryTest : testing::Test, FirmwareLibraryObserver
         for (const std::string &name : names)
             ASSERT_TRUE(std::ofstream(folder / name).is_open()) << name;
     }
-    void firmwareListDidChange(const QStringList &files) override { told.append(files); }
+    void firmwareListDidChange(const QStringList &files) override { notified.append(files); }
 
     // Not a QDir: a name may be no valid text.
     const std::filesystem::path folder =
         QString(cachesDirectory() + u'/' + kFirmwareFolderName).toStdString();
-    QList<QStringList> told;
+    QList<QStringList> notified;
     FirmwareLibrary library{*this};
 };
 
@@ -50,10 +50,10 @@ TEST_F(FirmwareLibraryTest, EachModelCodeSelectsItsFilesInFolderOrder)
         {-1, all}, {0, all}, {1, modelI}, {2, modelI}, {8, {"VORN_PLATINA-x.bin"}}, {5, {}}};
     for (const auto &[modelCode, files] : expected) {
         EXPECT_TRUE(library.readFirmWare(modelCode));
-        EXPECT_THAT(told, IsEmpty()) << "told from the event loop, not at once";
+        EXPECT_THAT(notified, IsEmpty()) << "not before the event loop";
         MainQueue::instance().drain();
-        ASSERT_EQ(told.size(), 1);
-        EXPECT_THAT(told.takeFirst(), UnorderedElementsAreArray(files)) << modelCode;
+        ASSERT_EQ(notified.size(), 1);
+        EXPECT_THAT(notified.takeFirst(), UnorderedElementsAreArray(files)) << modelCode;
     }
     EXPECT_EQ(library.vorn_I_fileArray(),
               firmwareForModel(library.allFileArray().value_or(QStringList()), 1));
@@ -81,7 +81,7 @@ TEST_F(FirmwareLibraryTest, AMissingOrEmptyFolderLeavesTheListsByPrefixAlone)
     EXPECT_TRUE(library.readFirmWare(1)) << "an entry was found, although no firmware";
     EXPECT_THAT(library.vorn_I_fileArray(), IsEmpty());
     MainQueue::instance().drain();
-    EXPECT_EQ(told, (QList<QStringList>{{"VORN_I-1.bin"}, {}}));
+    EXPECT_EQ(notified, (QList<QStringList>{{"VORN_I-1.bin"}, {}}));
 }
 
 TEST_F(FirmwareLibraryTest, ABackgroundScanIsDroppedAfterALaterScanOrWithTheLibrary)
@@ -97,8 +97,8 @@ TEST_F(FirmwareLibraryTest, ABackgroundScanIsDroppedAfterALaterScanOrWithTheLibr
     }
     runEventLoopFor(std::chrono::milliseconds(50)); // for the results that are to be dropped
     library.readFirmWareInBackground(1);
-    EXPECT_TRUE(eventually([&] { return told.size() >= 2; }));
-    EXPECT_EQ(told, (QList<QStringList>{{"VORN_PLATINA-1.bin"}, {"VORN_I-1.bin"}}));
+    EXPECT_TRUE(eventually([&] { return notified.size() >= 2; }));
+    EXPECT_EQ(notified, (QList<QStringList>{{"VORN_PLATINA-1.bin"}, {"VORN_I-1.bin"}}));
 }
 
 } // namespace

@@ -17,7 +17,7 @@ TEST(ResponseHeadersTest, OnlyAPlainNumberIsAnExpectedLength)
         EXPECT_EQ(expectedLength(header), 0) << header.constData();
 }
 
-TEST(ResponseHeadersTest, AServerNamesAFileAndNeverAPlace)
+TEST(ResponseHeadersTest, ASuggestedNameIsReducedToAFileName)
 {
     struct Case
     {
@@ -61,7 +61,7 @@ TEST(ResponseHeadersTest, AServerNamesAFileAndNeverAPlace)
     }
 }
 
-TEST(PackageLocationTest, AHostIsANameOrAddressWithAPortAtMost)
+TEST(PackageLocationTest, AHostIsANameOrAddressWithAnOptionalPort)
 {
     for (const char *host : {"packages.example", "127.0.0.1:8443", "[::1]:443"}) {
         const auto location = PackageLocation::onHost(host);

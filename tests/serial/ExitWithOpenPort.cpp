@@ -14,7 +14,7 @@ ORSSerialPortPtr openPort;
 
 struct EndingDelegate final : ORSSerialPortDelegate
 {
-    void serialPortWasRemovedFromSystem(ORSSerialPort &) override {}
+    void serialPortWasRemovedFromSystem(ORSSerialPort &port) override { port.sendData("removed"); }
     void serialPortDidReceiveData(ORSSerialPort &, const QByteArray &) override
     {
         if (exits)
