@@ -91,12 +91,8 @@ public:
     // The transcript of the latest update, or of the latest version query if there was no update
     // yet; empty before the first sequence. It may still grow.
     std::shared_ptr<const Transcript> transcript() const { return m_transcript; }
-<<<<<<< HEAD
-    // When bytes last arrived from the device; the clock's epoch before the first.
-    Clock::time_point lastHeard() const { return m_lastHeard; }
-=======
     // When bytes last arrived from the device; the clock's epoch if none have.
-    std::chrono::steady_clock::time_point lastHeard() const { return m_lastHeard; }
+    Clock::time_point lastHeard() const { return m_lastHeard; }
 
     // ORSSerialPortDelegate
     void serialPortWasRemovedFromSystem(ORSSerialPort &serialPort) override;
@@ -128,14 +124,10 @@ private:
     Running m_running = Running::Nothing;
     UpdateProgress m_progress; // of the running sequence
     std::shared_ptr<Transcript> m_transcript = std::make_shared<Transcript>();
-<<<<<<< HEAD
-    bool m_hasUpdated = false; // m_transcript is an update's
+    bool m_hasUpdated = false; // m_transcript is that of an update
     Clock::time_point m_lastHeard{};
     Clock::time_point m_sequenceBegan{};
     Clock::time_point m_stepBegan{}; // when m_progress came to its step
-=======
-    bool m_hasUpdated = false; // m_transcript is that of an update
-    std::chrono::steady_clock::time_point m_lastHeard{};
     bool m_isOpen = false;
     QTimer m_closeLimit; // active from close() until the port has closed or the limit has passed
     bool m_closing = false;
