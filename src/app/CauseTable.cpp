@@ -50,7 +50,7 @@ constexpr CauseRow kRows[] = {
      QT_TRANSLATE_NOOP("Causes", "If nobody here needs a braille display, run “sudo apt remove "
                                  "brltty”, then plug the device in again.")},
     {Cause::HeldByUnknown,
-     QT_TRANSLATE_NOOP("Causes", "%1 is in use by a program of another user."),
+     QT_TRANSLATE_NOOP("Causes", "%1 is in use by a program that you cannot see."),
      QT_TRANSLATE_NOOP("Causes",
                        "“sudo fuser -v %1” shows which. End it, then press “Open” again.")},
     {Cause::NoTerminal, QT_TRANSLATE_NOOP("Causes", "%1 is not a serial port."),
@@ -121,7 +121,7 @@ constexpr CauseRow kRows[] = {
      QT_TRANSLATE_NOOP("Causes", "Put files that end in .bin into %1.")},
     {Cause::NoFirmwareForModel,
      QT_TRANSLATE_NOOP("Causes", "No firmware file is for this device (model code %1)."),
-     QT_TRANSLATE_NOOP("Causes", "Press “Download latest”, or check that it is the right device.")},
+     QT_TRANSLATE_NOOP("Causes", "Download or add one, or check that it is the right device.")},
     {Cause::NoNetwork, QT_TRANSLATE_NOOP("Causes", "This computer is not connected to a network."),
      QT_TRANSLATE_NOOP("Causes", "Connect it, then press “Download latest” again.")},
     {Cause::NameNotFound,
@@ -142,7 +142,8 @@ constexpr CauseRow kRows[] = {
      QT_TRANSLATE_NOOP("Causes", "Press “Download latest” again.")},
     {Cause::ServerSilent, QT_TRANSLATE_NOOP("Causes", "The server %1 did not go on within %2 s."),
      QT_TRANSLATE_NOOP("Causes", "Try again later.")},
-    {Cause::Certificate, QT_TRANSLATE_NOOP("Causes", "The certificate of %1 cannot be trusted: %2"),
+    {Cause::Certificate,
+     QT_TRANSLATE_NOOP("Causes", "The certificate of %1 cannot be trusted: %2."),
      QT_TRANSLATE_NOOP("Causes", "Check this computer's date and time; else somebody may be "
                                  "listening on this network. Nothing was downloaded.")},
     {Cause::Encryption, QT_TRANSLATE_NOOP("Causes", "No encrypted connection to %1 could be made."),

@@ -124,8 +124,7 @@ Explanation explainOpening(const OpeningFacts &facts)
         if ((facts.node.mode & kGroupMayUse) == kGroupMayUse &&
             facts.node.group != QStringLiteral("root"))
             return explain(Cause::NodeNotPermitted, {path, facts.node.group});
-        return explain(Cause::NodeNotForGroups,
-                       {path, QStringLiteral("%1").arg(facts.node.mode, 4, 8, QLatin1Char('0'))});
+        return explain(Cause::NodeNotForGroups, {path, octal(facts.node.mode)});
     case EBUSY: {
         if (facts.holders.isEmpty())
             return explain(Cause::HeldByUnknown, {path});
@@ -271,6 +270,11 @@ QString nameOfStep(UpdateStep step, qint64 frame, qint64 frames)
         break;
     }
     return {};
+}
+
+QString octal(unsigned mode)
+{
+    return QStringLiteral("%1").arg(mode, 4, 8, QLatin1Char('0'));
 }
 
 QString secondsText(std::chrono::milliseconds time)

@@ -138,6 +138,8 @@ Explanation explainDownload(const PackageProblem &problem, bool hasNetwork = tru
 // What an update waits for at a step, as it stands in the texts: "the erase command", or "data
 // frame 3 of 40".
 QString nameOfStep(UpdateStep step, qint64 frame = 0, qint64 frames = 0);
+// A node's mode as chmod takes it: "0660".
+QString octal(unsigned mode);
 // Seconds as a person reads them: with a decimal below ten.
 QString secondsText(std::chrono::milliseconds time);
 

@@ -51,16 +51,16 @@ void print(FILE *stream, const QString &text)
 std::optional<CommandLine> readCommandLine(const QStringList &arguments, int &exitCode)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        CommandLine::tr("Updates a device's firmware over its USB-serial link, and fetches firmware "
-                       "packages."));
+    parser.setApplicationDescription(CommandLine::tr(
+        "Updates a device's firmware over its USB-serial link, and fetches firmware "
+        "packages."));
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                   CommandLine::tr("Show this help and exit."));
     const QCommandLineOption version = parser.addVersionOption();
     const QCommandLineOption deviceDirectory(
         QStringLiteral("device-dir"),
         CommandLine::tr("Besides the system's devices, offer every entry of DIR (a link to a "
-                       "terminal) as a serial device named like the entry."),
+                        "terminal) as a serial device named like the entry."),
         QStringLiteral("DIR"));
     const QCommandLineOption packageHost(
         QStringLiteral("package-host"),
@@ -69,7 +69,7 @@ std::optional<CommandLine> readCommandLine(const QStringList &arguments, int &ex
     const QCommandLineOption packageCa(
         QStringLiteral("package-ca"),
         CommandLine::tr("Trust the certificates in FILE (PEM) besides the system's for the package "
-                       "server."),
+                        "server."),
         QStringLiteral("FILE"));
     parser.addOptions({help, deviceDirectory, packageHost, packageCa});
 
@@ -91,8 +91,8 @@ std::optional<CommandLine> readCommandLine(const QStringList &arguments, int &ex
     if (!parsed)
         problem = parser.errorText();
     else if (!parser.positionalArguments().isEmpty())
-        problem =
-            CommandLine::tr("Unexpected argument: %1").arg(parser.positionalArguments().constFirst());
+        problem = CommandLine::tr("Unexpected argument: %1")
+                      .arg(parser.positionalArguments().constFirst());
     else if (parser.isSet(deviceDirectory))
         problem = problemOfDirectory(wishes.deviceDirectory);
     if (problem.isEmpty()) {

@@ -23,13 +23,13 @@ constexpr qsizetype kMostEvents = 5000; // as many as the panel keeps
 QStringList linesAbout(const SerialDevice &device)
 {
     const DeviceNodeFacts node = deviceNodeFacts(device.calloutDevice);
-    QStringList lines{LogSection::tr("Device: %1, %2, %3")
-                          .arg(device.ttyDevice, device.calloutDevice, device.dialinDevice),
-                      node.exists ? LogSection::tr("Its node: group %1, mode %2")
-                                        .arg(node.group, QStringLiteral("%1").arg(node.mode, 4, 8,
-                                                                                  QLatin1Char('0')))
-                                  : LogSection::tr("Its node: gone")};
-    return lines;
+    return {LogSection::tr("Device: %1, %2, %3")
+                .arg(device.ttyDevice, device.calloutDevice, device.dialinDevice),
+            LogSection::tr("Adapter: %1, %2, serial number %3")
+                .arg(device.adapterMaker, device.adapterModel, device.adapterSerialNumber),
+            node.exists
+                ? LogSection::tr("Its node: group %1, mode %2").arg(node.group, octal(node.mode))
+                : LogSection::tr("Its node: gone")};
 }
 
 // Null when it was written, else why not.

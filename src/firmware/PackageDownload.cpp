@@ -1,5 +1,7 @@
 #include "firmware/PackageDownload.h"
 
+#include "firmware/EnvironmentProxy.h"
+
 #include "firmware/FirmwareLibrary.h"
 #include "firmware/PackageStore.h"
 #include "platform/MainQueue.h"
@@ -43,6 +45,7 @@ PackageDownload::PackageDownload(PackageLocation location, const FirmwareLibrary
                                  PackageObserver &observer, const PackageLimits &limits)
     : m_location(std::move(location)), m_library(library), m_observer(observer), m_limits(limits)
 {
+    m_network.setProxyFactory(std::make_unique<EnvironmentProxy>().release()); // which owns it
 }
 
 PackageDownload::~PackageDownload() = default;

@@ -15,6 +15,9 @@ struct SerialDevice
     QString ttyDevice;     // the display name: base name and suffix together
     QString ttyBaseName;   // "usbserial-", "usbmodem-", or the first part of the kernel's name
     QString ttySuffix;     // serial number or place of the adapter, or the kernel's number
+    QString adapterMaker{}; // of a USB adapter, as udev names it; else empty
+    QString adapterModel{};
+    QString adapterSerialNumber{};
     QString clientType = QStringLiteral("IOSerialStream"); // the kind of serial client
 };
 

@@ -77,7 +77,10 @@ std::vector<UdevPort> nameUdevPorts(const std::vector<UdevPort> &known,
                          .dialinDevice = stableLinkFor(port.tty, ports),
                          .ttyDevice = name.full(),
                          .ttyBaseName = name.baseName,
-                         .ttySuffix = name.suffix});
+                         .ttySuffix = name.suffix,
+                         .adapterMaker = port.tty.maker,
+                         .adapterModel = port.tty.model,
+                         .adapterSerialNumber = port.tty.serialNumber});
     }
     return ports;
 }

@@ -123,6 +123,12 @@ void readUsbFacts(udev_device *device, UdevTty &tty)
     if (serialNumber.isEmpty() && !rulesRan)
         serialNumber = attribute(usbDevice, "serial");
     tty.serialNumber = cleanSerialNumber(serialNumber);
+    tty.maker = property(device, "ID_VENDOR_FROM_DATABASE");
+    if (tty.maker.isEmpty())
+        tty.maker = property(device, "ID_VENDOR");
+    tty.model = property(device, "ID_MODEL_FROM_DATABASE");
+    if (tty.model.isEmpty())
+        tty.model = property(device, "ID_MODEL");
 
     // An adapter has one port on each of several interfaces, or several ports on one interface.
     bool known = false;

@@ -34,6 +34,8 @@ struct UdevTty
     QString adapter;      // the same for all ports of one USB adapter; else empty
     QString usbPath;      // the adapter's position on the bus, such as "1-2.3"; else empty
     QString serialNumber; // of the adapter, usable in a name; empty if it has none
+    QString maker;        // of the adapter, for people; else empty
+    QString model;        // likewise
     int number = 0;       // distinguishes the adapter's ports
     bool oneOfSeveral = false;
 
