@@ -81,8 +81,8 @@ bool FittedLabel::event(QEvent *event)
 
 QRect FittedLabel::firstLine() const
 {
-    const int top = (height() - static_cast<int>(fittedText().lines.size()) * lineHeight()) / 2;
-    return {0, top, width(), lineHeight()};
+    const int free = height() - static_cast<int>(fittedText().lines.size()) * lineHeight();
+    return {0, alignment() & Qt::AlignTop ? 0 : free / 2, width(), lineHeight()};
 }
 
 void FittedLabel::paintEvent(QPaintEvent *)
