@@ -82,7 +82,10 @@ bool FittedLabel::event(QEvent *event)
 QRect FittedLabel::firstLine() const
 {
     const int free = height() - static_cast<int>(fittedText().lines.size()) * lineHeight();
-    return {0, alignment() & Qt::AlignTop ? 0 : free / 2, width(), lineHeight()};
+    const int top = alignment() & Qt::AlignTop      ? 0
+                    : alignment() & Qt::AlignBottom ? free
+                                                    : free / 2;
+    return {0, top, width(), lineHeight()};
 }
 
 void FittedLabel::paintEvent(QPaintEvent *)

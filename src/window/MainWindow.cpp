@@ -167,12 +167,14 @@ void MainWindow::showLogNotice(const QString &text)
 void MainWindow::showLog(bool shown)
 {
     m_refocusUpdateButton = false;
+    const int before = height();
+    const int bottom = frameGeometry().bottom();
     for (QWidget *part :
          {static_cast<QWidget *>(m_ui->logPanel), static_cast<QWidget *>(m_ui->logCopyButton),
           static_cast<QWidget *>(m_ui->logSaveButton)})
         part->setVisible(shown);
     m_ui->logNotice->clear();
-    // Now, so that the window's smallest size fits.
+    // Now, so that the window's least size fits the panel.
     for (QLayout *each :
          {static_cast<QLayout *>(m_ui->columnLayout), m_ui->view->layout(), layout()})
         each->activate();
@@ -182,11 +184,11 @@ void MainWindow::showLog(bool shown)
         resize(width(), height() - std::exchange(m_grownForLog, 0));
         return;
     }
-    const int least = minimumSizeHint().height() - height();
+    const int least = minimumSizeHint().height() - before;
     const int wanted = least + kLogHeight - m_ui->logPanel->minimumSizeHint().height();
-    const int room = screen()->availableGeometry().bottom() - frameGeometry().bottom();
+    const int room = screen()->availableGeometry().bottom() - bottom;
     m_grownForLog = std::max(0, std::min(wanted, std::max(room, least)));
-    resize(width(), height() + m_grownForLog);
+    resize(width(), before + m_grownForLog);
 }
 
 void MainWindow::askWhereToSaveLog()
