@@ -110,9 +110,9 @@ TEST_F(MainWindowTest, TheTabKeyFollowsTheThreeStepsAndEnterPressesOnlyTheButton
     EXPECT_EQ(m_window.focusWidget(), tagged(1010));
 }
 
-TEST_F(MainWindowTest, TheUpdateBarNeverGoesBackUntilItIsReset)
+TEST_F(MainWindowTest, TheUpdateBarNeverGoesBackShowsEachPercentAndTellsTens)
 {
-    const auto *progress = m_window.findChild<QProgressBar *>("updateProgress");
+    auto *progress = m_window.findChild<QProgressBar *>("updateProgress");
     m_window.showUpdateProgress(40);
     m_window.showUpdateProgress(10);
     EXPECT_EQ(progress->value(), 40);
@@ -127,59 +127,49 @@ TEST_F(MainWindowTest, TheUpdateBarNeverGoesBackUntilItIsReset)
 
     m_window.resetUpdateProgress();
     EXPECT_EQ(progress->value(), 0);
-}
-
-TEST_F(MainWindowTest, TheBarShowsEachPercentAndScreenReadersHearTens)
-{
-    auto *progress = m_window.findChild<QProgressBar *>("updateProgress");
-    QSignalSpy heard(progress, &QProgressBar::valueChanged);
-    QImage last;
+    QSignalSpy told(progress, &QProgressBar::valueChanged);
     for (int percent = 1; percent <= 100; ++percent) {
+        const QImage before = progress->grab().toImage();
         m_window.showUpdateProgress(percent);
-        const QImage now = progress->grab().toImage();
-        EXPECT_TRUE(now != last) << percent;
-        last = now;
+        EXPECT_TRUE(progress->grab().toImage() != before) << percent;
     }
-    EXPECT_EQ(heard.count(), 10);
+    EXPECT_EQ(told.count(), 10);
 }
 
-TEST_F(MainWindowTest, DetailsAreFoundByTheirDescriptionAndWholeInTheToolTip)
+TEST_F(MainWindowTest, DetailsAreReadByTheirDescriptionAndWholeInTheToolTip)
 {
-    const QString text = "<b>not markup</b> " + QString("and so on ").repeated(40) + "end";
+    const QString text = QString("<b>no markup</b> ").repeated(30) + "end";
     m_window.showConnectionDetails(text);
     m_window.showFirmwareDetails(text);
     m_window.showUpdateDetails(text);
-    for (const QString description : {"Connection details", "Firmware details", "Update details"}) {
-        SCOPED_TRACE(description.toStdString());
-        QList<QLabel *> found = m_window.findChildren<QLabel *>();
-        found.removeIf([&](auto *each) { return each->accessibleDescription() != description; });
-        ASSERT_EQ(found.size(), 1);
-        EXPECT_EQ(QAccessible::queryAccessibleInterface(found[0])->text(QAccessible::Name), text);
-        QHelpEvent pointed(QEvent::ToolTip, {}, found[0]->mapToGlobal(QPoint(30, 5)));
-        QApplication::sendEvent(found[0], &pointed);
+    QStringList found;
+    for (auto *label : m_window.findChildren<QLabel *>()) {
+        if (label->text() != text)
+            continue;
+        found += label->accessibleDescription();
+        EXPECT_EQ(QAccessible::queryAccessibleInterface(label)->text(QAccessible::Name), text);
+        QHelpEvent pointed(QEvent::ToolTip, {}, label->mapToGlobal(QPoint(30, 5)));
+        QApplication::sendEvent(label, &pointed);
         EXPECT_TRUE(QToolTip::text().contains(text.toHtmlEscaped()));
-        QToolTip::hideText();
     }
+    EXPECT_EQ(found, QStringList({"Connection details", "Firmware details", "Update details"}));
 }
 
 TEST_F(MainWindowTest, TheLogButtonShowsAndHidesThePanelAndTheCardsStay)
 {
-    auto *button = m_window.findChild<QAbstractButton *>("logButton");
     const auto *panel = m_window.findChild<QPlainTextEdit *>();
-    const QSize size = m_window.size();
-    const QRect card = m_window.findChild<QWidget *>("updateCard")->geometry();
-    EXPECT_LE(size.height(), 620);
-    m_window.appendLog("12:00:04 <plugged in>");
+    const auto *card = m_window.findChild<QWidget *>("updateCard");
+    const QRect place = card->geometry();
+    const int height = m_window.height();
+    EXPECT_LE(height, 620);
     for (const bool shown : {true, false, true, false}) {
-        button->click();
+        m_window.findChild<QAbstractButton *>("logButton")->click();
         QApplication::processEvents();
         EXPECT_EQ(panel->isVisible(), shown);
-        EXPECT_EQ(m_window.height() > size.height(), shown);
+        EXPECT_EQ(m_window.height() == height, !shown);
         EXPECT_LE(m_window.height(), m_window.screen()->availableSize().height());
-        EXPECT_EQ(m_window.findChild<QWidget *>("updateCard")->geometry(), card);
+        EXPECT_EQ(card->geometry(), place);
     }
-    EXPECT_EQ(m_window.size(), size);
-    EXPECT_EQ(panel->toPlainText(), "12:00:04 <plugged in>");
 }
 
 TEST_F(MainWindowTest, ARunDisablesWhatCannotBeUsedAndGivesTheFocusBack)
@@ -187,10 +177,10 @@ TEST_F(MainWindowTest, ARunDisablesWhatCannotBeUsedAndGivesTheFocusBack)
     for (const bool movesOn : {false, true}) {
         tagged(2001)->setFocus();
         m_window.setUpdateRuns(true);
-        for (const int tag : {2001, 1010})
-            EXPECT_TRUE(!tagged(tag)->isEnabled() && !tagged(tag)->toolTip().isEmpty()) << tag;
-        for (const int tag : {1011, 1002, 2002})
-            EXPECT_TRUE(tagged(tag)->isEnabled()) << tag;
+        for (const int tag : {2001, 1010, 1011, 1002, 2002}) {
+            EXPECT_EQ(tagged(tag)->isEnabled(), tag != 2001 && tag != 1010) << tag;
+            EXPECT_EQ(tagged(tag)->toolTip().isEmpty(), tagged(tag)->isEnabled()) << tag;
+        }
         if (movesOn)
             tagged(1002)->setFocus();
         m_window.setUpdateRuns(false);
