@@ -18,11 +18,11 @@ QString problemOfDirectory(const QString &path)
 {
     const QFileInfo directory(path);
     if (!directory.exists())
-        return QStringLiteral("The device directory does not exist: ") + path;
+        return CommandLine::tr("The device directory does not exist: %1").arg(path);
     if (!directory.isDir())
-        return QStringLiteral("The device directory is not a directory: ") + path;
+        return CommandLine::tr("The device directory is not a directory: %1").arg(path);
     if (!directory.isReadable() || !directory.isExecutable())
-        return QStringLiteral("The device directory cannot be read: ") + path;
+        return CommandLine::tr("The device directory cannot be read: %1").arg(path);
     return {};
 }
 
@@ -32,7 +32,7 @@ QString problemOfPackages(const QString &host, const QString &caFile, PackageLoc
     if (!host.isEmpty()) {
         const auto location = PackageLocation::onHost(host);
         if (!location)
-            return QStringLiteral("The package host is not of the form HOST[:PORT]: ") + host;
+            return CommandLine::tr("The package host is not of the form HOST[:PORT]: %1").arg(host);
         packages = *location;
     }
     if (!caFile.isNull())
@@ -52,23 +52,23 @@ std::optional<CommandLine> readCommandLine(const QStringList &arguments, int &ex
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("Updates a device's firmware over its USB-serial link, and fetches firmware "
+        CommandLine::tr("Updates a device's firmware over its USB-serial link, and fetches firmware "
                        "packages."));
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("Show this help and exit."));
+                                  CommandLine::tr("Show this help and exit."));
     const QCommandLineOption version = parser.addVersionOption();
     const QCommandLineOption deviceDirectory(
         QStringLiteral("device-dir"),
-        QStringLiteral("Besides the system's devices, offer every entry of DIR (a link to a "
+        CommandLine::tr("Besides the system's devices, offer every entry of DIR (a link to a "
                        "terminal) as a serial device named like the entry."),
         QStringLiteral("DIR"));
     const QCommandLineOption packageHost(
         QStringLiteral("package-host"),
-        QStringLiteral("Fetch packages from this server, over HTTPS."),
+        CommandLine::tr("Fetch packages from this server, over HTTPS."),
         QStringLiteral("HOST[:PORT]"), QStringLiteral(VORN_PACKAGE_HOST));
     const QCommandLineOption packageCa(
         QStringLiteral("package-ca"),
-        QStringLiteral("Trust the certificates in FILE (PEM) besides the system's for the package "
+        CommandLine::tr("Trust the certificates in FILE (PEM) besides the system's for the package "
                        "server."),
         QStringLiteral("FILE"));
     parser.addOptions({help, deviceDirectory, packageHost, packageCa});
@@ -92,7 +92,7 @@ std::optional<CommandLine> readCommandLine(const QStringList &arguments, int &ex
         problem = parser.errorText();
     else if (!parser.positionalArguments().isEmpty())
         problem =
-            QStringLiteral("Unexpected argument: ") + parser.positionalArguments().constFirst();
+            CommandLine::tr("Unexpected argument: %1").arg(parser.positionalArguments().constFirst());
     else if (parser.isSet(deviceDirectory))
         problem = problemOfDirectory(wishes.deviceDirectory);
     if (problem.isEmpty()) {
@@ -101,7 +101,7 @@ std::optional<CommandLine> readCommandLine(const QStringList &arguments, int &ex
     }
     if (problem.isEmpty())
         return wishes;
-    print(stderr, problem + QStringLiteral("\nTry --help.\n"));
+    print(stderr, problem + u'\n' + CommandLine::tr("Try --help.") + u'\n');
     exitCode = kUsageError;
     return std::nullopt;
 }

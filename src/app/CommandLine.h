@@ -2,6 +2,7 @@
 
 #include "firmware/PackageLocation.h"
 
+#include <QCoreApplication>
 #include <QString>
 #include <QStringList>
 
@@ -12,6 +13,8 @@ namespace vorn {
 // What the program was asked for on its command line.
 struct CommandLine
 {
+    Q_DECLARE_TR_FUNCTIONS(CommandLine)
+public:
     QString deviceDirectory;  // empty: the system's devices only
     PackageLocation packages; // not configured without a package server
 };

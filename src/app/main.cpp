@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/Translations.h"
 #include "app/ViewController.h"
 #include "platform/CombinedDeviceRegistry.h"
 #include "platform/DirectoryDeviceRegistry.h"
@@ -40,7 +41,7 @@ void installDeviceRegistry(const QString &deviceDirectory)
 {
     if (deviceDirectory.isEmpty())
         return;
-    vorn::CombinedDeviceRegistry::Parts registries;
+    vorn::CombinedDeviceRegistry::Registries registries;
     registries.push_back(std::make_unique<vorn::UdevDeviceRegistry>());
     registries.push_back(std::make_unique<vorn::DirectoryDeviceRegistry>(deviceDirectory));
     vorn::SerialDeviceRegistry::setSystem(
@@ -66,10 +67,13 @@ void closePortsForSleep(const vorn::PowerEvents &powerEvents)
 int runWithoutDisplay(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
+    vorn::installTranslations();
     int exitCode = 0;
     if (!vorn::readCommandLine(QCoreApplication::arguments(), exitCode))
         return exitCode;
-    std::fputs("There is no display for the window (DISPLAY and WAYLAND_DISPLAY are not set).\n",
+    std::fputs(qPrintable(vorn::CommandLine::tr("There is no display for the window (DISPLAY and "
+                                                "WAYLAND_DISPLAY are not set).") +
+                          u'\n'),
                stderr);
     return kNoDisplay;
 }
@@ -90,6 +94,7 @@ int main(int argc, char **argv)
 
     vorn::disableSilentBuses();
     QApplication application(argc, argv);
+    vorn::installTranslations();
     int exitCode = 0;
     const auto wishes = vorn::readCommandLine(QCoreApplication::arguments(), exitCode);
     if (!wishes)

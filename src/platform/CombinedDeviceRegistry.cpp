@@ -5,16 +5,16 @@ namespace vorn {
 SerialDeviceRegistry::Devices CombinedDeviceRegistry::devices() const
 {
     Devices devices;
-    for (const auto &part : m_parts)
-        devices += part->devices();
+    for (const auto &registry : m_registries)
+        devices += registry->devices();
     return devices;
 }
 
 bool CombinedDeviceRegistry::watch(Observer &observer)
 {
     bool watching = false;
-    for (const auto &part : m_parts)
-        watching = part->watch(observer) || watching;
+    for (const auto &registry : m_registries)
+        watching = registry->watch(observer) || watching;
     return watching;
 }
 

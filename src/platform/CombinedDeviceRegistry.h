@@ -6,20 +6,21 @@
 
 namespace vorn {
 
-// Several registries as one: their devices one registry after the other, the events of all.
+// Presents several registries as one: lists their devices in the order of the registries and
+// forwards the events of all of them.
 class CombinedDeviceRegistry final : public SerialDeviceRegistry
 {
 public:
-    using Parts = std::vector<std::unique_ptr<SerialDeviceRegistry>>;
+    using Registries = std::vector<std::unique_ptr<SerialDeviceRegistry>>;
 
-    explicit CombinedDeviceRegistry(Parts parts) : m_parts(std::move(parts)) {}
+    explicit CombinedDeviceRegistry(Registries registries) : m_registries(std::move(registries)) {}
 
     Devices devices() const override;
-    // True when at least one of the registries can be watched.
+    // True if at least one of the registries can be watched.
     bool watch(Observer &observer) override;
 
 private:
-    Parts m_parts;
+    Registries m_registries;
 };
 
 } // namespace vorn

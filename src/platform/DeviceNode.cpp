@@ -22,8 +22,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Calls `visit` with each entry of a directory of /proc until it returns true; returns whether it
-// did. Processes may end meanwhile: what cannot be read any more is left out.
+// Calls `visit` with each entry of a directory in /proc until it returns true; returns whether it
+// did. Entries of processes that have ended in the meantime are skipped.
 template <typename Visit>
 bool anyEntry(const fs::path &directory, Visit visit)
 {
@@ -35,7 +35,7 @@ bool anyEntry(const fs::path &directory, Visit visit)
     return false;
 }
 
-// Calls `visit` with the directory and the number of each process, as anyEntry() does.
+// The same for each process: calls `visit` with its directory and its number.
 template <typename Visit>
 bool anyProcess(Visit visit)
 {
@@ -60,7 +60,7 @@ QString programOf(const fs::path &process)
 
 bool leadsTo(const fs::path &descriptor, dev_t device)
 {
-    // Never asks a server for the file's state: a file system that hangs would hang this walk.
+    // Without a round trip to a file server, which might hang.
     struct statx opened = {};
     return ::statx(AT_FDCWD, descriptor.c_str(), AT_STATX_DONT_SYNC, STATX_TYPE, &opened) == 0 &&
            S_ISCHR(opened.stx_mode) &&

@@ -5,10 +5,10 @@
 
 namespace vorn {
 
-// Who may use a device node, as the file system says it.
+// Who may use a device node.
 struct DeviceNodeFacts
 {
-    bool exists = false;       // false also where this user may not look the path up
+    bool exists = false;       // also false if this user may not search its directory
     bool isAccessible = false; // this process may read and write it (access(2))
     QString group;             // the group that owns it; its number when it has no name
     unsigned mode = 0;         // permission bits, 07777
@@ -20,16 +20,16 @@ DeviceNodeFacts deviceNodeFacts(const QString &path);
 // A process that has a device node open.
 struct NodeHolder
 {
-    QString program; // its name in /proc (comm: 15 bytes at most), safe to show on one line
+    QString program; // comm in /proc: at most 15 bytes; safe to display on one line
     qint64 pid = 0;
 };
 
-// The other processes that have the node open, under whatever path. Empty where the node does not
-// exist; without root rights only this user's processes can be seen. Any thread, but not the main
-// one: it walks all of /proc.
+// The other processes that have the node open, by whatever path they opened it. Empty if the node
+// does not exist. Without root privileges, only this user's processes are seen. Reads all of /proc,
+// so call it on a background thread.
 QList<NodeHolder> holdersOf(const QString &path);
 
-// Whether a process of this name (comm, as in NodeHolder) runs. Any thread.
+// Whether a process of this name (as in NodeHolder) is running. Any thread.
 bool isProgramRunning(const QString &program);
 
 } // namespace vorn

@@ -4,7 +4,7 @@
 
 namespace vorn {
 
-// The current user's caches directory ($XDG_CACHE_HOME, else ~/.cache), without a slash behind it.
+// The current user's caches directory ($XDG_CACHE_HOME, else ~/.cache), without a trailing slash.
 QString cachesDirectory();
 
 } // namespace vorn

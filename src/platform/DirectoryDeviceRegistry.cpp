@@ -30,7 +30,7 @@ DirectoryDeviceRegistry::DirectoryDeviceRegistry(const QString &directory)
                   std::strerror(errno));
         m_inotify.reset();
     }
-    // After the watch has begun, so that no entry is missed in between.
+    // After the watch has been added, so that no entry is missed in between.
     m_entries = scan({});
 }
 

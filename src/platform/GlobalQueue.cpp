@@ -7,7 +7,7 @@
 namespace vorn {
 namespace {
 
-// A scheduled job for which no thread could be started is tried again after this time.
+// A job for which no thread could be started is tried again after this time.
 constexpr std::chrono::milliseconds kRetryInterval{10};
 
 } // namespace
@@ -58,9 +58,23 @@ void GlobalQueue::work(Worker &self)
     }
 }
 
+bool GlobalQueue::post(Job job)
+{
+    if (start(job))
+        return true;
+    const std::lock_guard lock(m_mutex);
+    schedule(Clock::now() + kRetryInterval, std::move(job));
+    return !m_stopping;
+}
+
 GlobalQueue::Ticket GlobalQueue::postAt(Clock::time_point when, Job job)
 {
     const std::lock_guard lock(m_mutex);
+    return schedule(when, std::move(job));
+}
+
+GlobalQueue::Ticket GlobalQueue::schedule(Clock::time_point when, Job job)
+{
     const Ticket ticket(when, ++m_lastNumber);
     if (m_stopping)
         return ticket;

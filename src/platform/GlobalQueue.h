@@ -25,9 +25,11 @@ public:
 
     static GlobalQueue &instance();
 
-    // Runs the job in the background. Drops it and returns false after shutdown() and if the system
-    // refuses another thread.
-    bool post(Job job) { return start(job); }
+    // Runs the job in the background; while the system refuses another thread, the job waits for
+    // one. Drops it and returns false after shutdown().
+    bool post(Job job);
+    // The same, but if the system refuses another thread, drops the job and returns false.
+    bool tryPost(Job job) { return start(job); }
 
     // Posts the job at the given time, or after the given delay.
     Ticket postAt(Clock::time_point when, Job job);
@@ -59,6 +61,8 @@ private:
     ~GlobalQueue() { shutdown(); }
     // Moves the job to a thread, or leaves it and returns false.
     bool start(Job &job);
+    // With m_mutex locked.
+    Ticket schedule(Clock::time_point when, Job job);
     void work(Worker &self);
     void runScheduler();
 

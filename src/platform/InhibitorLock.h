@@ -16,7 +16,7 @@ inline constexpr QLatin1String kLogindService("org.freedesktop.login1");
 inline constexpr QLatin1String kLogindPath("/org/freedesktop/login1");
 inline constexpr QLatin1String kLogindInterface("org.freedesktop.login1.Manager");
 
-// A lock that logind granted; released with its last copy. Any thread.
+// A lock granted by logind; released with its last copy, on any thread.
 using InhibitorLock = std::shared_ptr<const void>;
 
 // Asks logind for a lock and returns at once. `what` is a list such as "sleep:shutdown", `why` is

@@ -4,21 +4,21 @@
 
 namespace vorn {
 
-// Held by an object, lets background jobs and queued calls see that the object is gone. Any thread
-// may ask; the object itself is to be reached only on the thread that destroys it.
+// A member that lets background jobs and queued calls see whether its owner still exists. Any
+// thread may ask, but only the thread that destroys the owner may use it.
 class Lifetime
 {
 public:
     using Token = std::weak_ptr<const void>;
 
     Lifetime() = default;
-    // A copy of the object is another object with a life of its own.
+    // A copy of the owner is another object with its own lifetime.
     Lifetime(const Lifetime &) {}
     // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is assigned.
     Lifetime &operator=(const Lifetime &) { return *this; }
     ~Lifetime() = default;
 
-    // Expires with the object.
+    // Expires with the owner.
     Token token() const { return m_life; }
 
 private:

@@ -22,15 +22,16 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// A bus as libdbus finds it: by a variable, else at its usual place.
+// Where libdbus looks for a bus: the environment variable, else the default address.
 struct Bus
 {
     const char *variable;
-    QByteArray usualAddress;
+    QByteArray defaultAddress;
 };
 
-// The socket of an address such as "unix:path=/run/user/1000/bus,guid=..."; the first one of a
-// list. Empty for other transports, which are not looked at. An abstract name begins with '\0'.
+// The socket in an address such as "unix:path=/run/user/1000/bus,guid=..."; in a list of addresses,
+// that of the first. Empty for other transports, which are not checked. An abstract name begins
+// with '\0'.
 QByteArray socketName(const QByteArray &address)
 {
     const QByteArray first = address.split(';').constFirst();
@@ -45,8 +46,8 @@ QByteArray socketName(const QByteArray &address)
     return {};
 }
 
-// A connection on which a bus was asked which ways to log in it knows; none when there is no bus.
-// `isFull` when the bus leaves its connections waiting.
+// Connects to a bus and asks it for its authentication mechanisms; returns no descriptor if there
+// is no bus. Sets `isFull` if the bus has stopped accepting connections.
 FileDescriptor ask(const QByteArray &name, bool &isFull)
 {
     sockaddr_un address{};
@@ -80,7 +81,7 @@ void disableSilentBuses(std::chrono::milliseconds limit)
     for (std::size_t i = 0; i < buses.size(); ++i) {
         const QByteArray address = qgetenv(buses[i].variable);
         connections[i] =
-            ask(socketName(address.isEmpty() ? buses[i].usualAddress : address), isSilent[i]);
+            ask(socketName(address.isEmpty() ? buses[i].defaultAddress : address), isSilent[i]);
     }
     for (std::size_t i = 0; i < buses.size(); ++i) {
         pollfd answer{connections[i].get(), POLLIN, 0};
@@ -91,7 +92,7 @@ void disableSilentBuses(std::chrono::milliseconds limit)
             isSilent[i] = true;
         if (!isSilent[i])
             continue;
-        qCWarning(logPlatform, "%s: the message bus does not answer and is left out",
+        qCWarning(logPlatform, "%s: the message bus does not answer; continuing without it",
                   buses[i].variable);
         qputenv(buses[i].variable, "disabled:");
     }

@@ -4,14 +4,13 @@
 
 namespace vorn {
 
-// Leaves the session's and the system's message bus out for this process (its address becomes
-// "disabled:") when it accepts a connection but does not answer within the limit, both together.
-// Whoever connects to such a bus waits for ever: this program's own classes and Qt's alike, which
-// do so while the window is made and when the process ends. A bus that answers does so within a
-// millisecond.
+// Disables the session bus and the system bus for this process, by setting its address to
+// "disabled:", if the bus accepts connections but does not answer within the limit, which covers
+// both buses. Connecting to such a bus blocks for ever, and Qt connects on its own while it creates
+// the window and when the process ends. A working bus answers within a millisecond.
 //
-// To be called at the start of main(), before there are other threads and before the application
-// object is made.
+// Call it at the start of main(), before any thread is started and before the application object is
+// created.
 void disableSilentBuses(std::chrono::milliseconds limit = std::chrono::milliseconds(250));
 
 } // namespace vorn

@@ -12,7 +12,7 @@ PowerEvents::PowerEvents(std::function<void()> willSleep, std::function<void()> 
 {
     if (!m_bus.connect(kLogindService, kLogindPath, kLogindInterface,
                        QStringLiteral("PrepareForSleep"), this, SLOT(prepareForSleep(bool)))) {
-        qCInfo(logPlatform) << "Sleep and wake cannot be followed:" << m_bus.lastError();
+        qCInfo(logPlatform) << "Sleep and wake events are not available:" << m_bus.lastError();
         return;
     }
     takeLock();

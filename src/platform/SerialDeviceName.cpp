@@ -8,7 +8,7 @@ namespace vorn {
 
 namespace {
 
-// The text with '_' in place of every character that the predicate refuses.
+// Replaces every character that the predicate rejects with '_'.
 template <typename Predicate>
 QString replaceUnless(const QString &text, Predicate keeps)
 {
@@ -46,9 +46,9 @@ QString cleanSerialNumber(const QString &serialNumber)
     return anyKept ? cleaned : QString();
 }
 
-QString printableName(const QString &fileName)
+QString printableName(const QString &name)
 {
-    return replaceUnless(fileName, [](char32_t character) {
+    return replaceUnless(name, [](char32_t character) {
         return QChar::isPrint(character) && QChar::category(character) != QChar::Separator_Line &&
                QChar::category(character) != QChar::Separator_Paragraph;
     });

@@ -4,7 +4,7 @@
 
 namespace vorn {
 
-// The display name of a serial device as the two halves that a device record keeps.
+// The display name of a serial device, in the two parts that a device record holds.
 struct SerialDeviceName
 {
     QString baseName;
@@ -13,17 +13,17 @@ struct SerialDeviceName
     QString full() const { return baseName + suffix; }
 };
 
-// Splits a name behind "usbserial-" or "usbmodem-", else behind its last '-', else before the
-// digits at its end; a name with none of them is all base name.
+// Splits a name after "usbserial-" or "usbmodem-", else after its last '-', else before its
+// trailing digits; without any of these, all of it is the base name.
 SerialDeviceName splitSerialDeviceName(const QString &name);
 
-// A serial number as part of a name: letters, digits and "#+-.:=@_" stay, every other character
-// (slashes, spaces, control characters, invalid UTF-8) becomes '_'. Empty when nothing stays, since
-// such a serial number distinguishes nothing.
+// Makes a serial number usable in a name: keeps letters, digits and "#+-.:=@_" and replaces every
+// other character (slashes, spaces, control characters, invalid UTF-8) with '_'. Empty if nothing
+// was kept, since such a serial number identifies nothing.
 QString cleanSerialNumber(const QString &serialNumber);
 
-// A file name as a display name: every character that cannot be shown on one line (control and
-// format characters, line separators) becomes '_'.
-QString printableName(const QString &fileName);
+// Makes a file or process name safe to display on one line: replaces control and format characters
+// and line separators with '_'.
+QString printableName(const QString &name);
 
 } // namespace vorn

@@ -11,18 +11,23 @@ struct SerialQueue::State : std::enable_shared_from_this<State>
 {
     std::mutex mutex;
     std::deque<Job> jobs;
-    bool running = false;
+    std::weak_ptr<const void> active; // the posted or current run; expires if it is dropped
 
-    void post(Job job)
+    // If the system refuses a thread, the jobs run on a caller that waits; else they wait for one.
+    void post(Job job, bool callerWaits)
     {
+        std::shared_ptr<const void> token;
         {
             const std::lock_guard lock(mutex);
             jobs.push_back(std::move(job));
-            if (running)
+            if (!active.expired())
                 return;
-            running = true;
+            token = std::make_shared<char>();
+            active = token;
         }
-        if (!GlobalQueue::instance().post([self = shared_from_this()] { self->run(); }))
+        GlobalQueue &global = GlobalQueue::instance();
+        const auto onThread = [self = shared_from_this(), token] { self->run(); };
+        if (!(callerWaits ? global.tryPost(onThread) : global.post(onThread)))
             run();
     }
 
@@ -37,7 +42,7 @@ struct SerialQueue::State : std::enable_shared_from_this<State>
             job = nullptr;
             lock.lock();
         }
-        running = false;
+        active.reset();
     }
 };
 
@@ -47,7 +52,7 @@ SerialQueue::~SerialQueue() = default;
 
 void SerialQueue::post(Job job)
 {
-    m_state->post(std::move(job));
+    m_state->post(std::move(job), /*callerWaits*/ false);
 }
 
 void SerialQueue::postAndWait(const Job &job)
@@ -55,7 +60,7 @@ void SerialQueue::postAndWait(const Job &job)
     // Shared, since the waiting thread may return before the task has ended.
     const auto task = std::make_shared<std::packaged_task<void()>>(std::cref(job));
     std::future<void> done = task->get_future();
-    m_state->post([task] { (*task)(); });
+    m_state->post([task] { (*task)(); }, /*callerWaits*/ true);
     done.get();
 }
 
@@ -69,7 +74,7 @@ QueueTimer::QueueTimer(const SerialQueue &queue, std::chrono::nanoseconds delay,
     m_ticket =
         GlobalQueue::instance().postAfter(delay, [queue = std::weak_ptr(queue.m_state), onQueue] {
             if (const auto target = queue.lock())
-                target->post(onQueue);
+                target->post(onQueue, /*callerWaits*/ false);
         });
 }
 

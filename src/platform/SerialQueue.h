@@ -10,8 +10,8 @@
 namespace vorn {
 
 // Runs jobs one at a time, in posting order, on the global queue's threads. Jobs posted before the
-// queue is destroyed still run. If no thread is available (when the process ends, for example), the
-// posting thread runs them. Any thread.
+// queue is destroyed still run. After GlobalQueue::shutdown() the posting thread runs them. Any
+// thread.
 class SerialQueue
 {
 public:
@@ -21,7 +21,8 @@ public:
     ~SerialQueue();
 
     void post(Job job);
-    // Returns when the job has run. Must not be called by a job of this queue.
+    // Returns when the job has run; runs it on the calling thread if the system refuses another
+    // one. Must not be called by a job of this queue.
     void postAndWait(const Job &job);
 
     SerialQueue(const SerialQueue &) = delete;

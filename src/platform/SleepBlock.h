@@ -7,9 +7,9 @@
 
 namespace vorn {
 
-// Keeps the computer from sleeping and shutting down while it exists, once logind has granted the
-// lock; the constructor does not wait for that. Without a bus or logind, or where logind refuses,
-// it does nothing but log a line. Main thread only.
+// Keeps the computer from sleeping and shutting down while it exists. The constructor requests the
+// lock from logind without waiting; if there is no bus or logind, or if logind refuses, that is
+// only logged. Main thread only.
 class SleepBlock
 {
 public:
@@ -19,7 +19,7 @@ public:
 
 private:
     InhibitorLock m_lock;
-    QObject m_pendingCall; // owns the request; its answer finds no receiver once this is gone
+    QObject m_pendingCall; // owns the request: a lock granted after destruction is released
 };
 
 } // namespace vorn

@@ -7,8 +7,8 @@
 
 namespace vorn {
 
-// Names the calling thread, for debuggers and `ps -L`, as long as this object lives; the name that
-// it had before comes back afterwards. The system keeps the first 15 bytes.
+// Names the calling thread, for debuggers and `ps -L`, and restores its previous name on
+// destruction. The system keeps the first 15 bytes.
 class ThreadName
 {
 public:

@@ -13,17 +13,17 @@ namespace vorn {
 
 namespace {
 
-// True if udev has yet to run its rules for an adapter that was just plugged in. The monitor
-// reports it afterwards.
-bool isStillToCome(udev_device *device, const UdevTty &tty)
+// True if udev has yet to run its rules for an adapter that was just plugged in. The monitor will
+// report it then.
+bool isAwaitingRules(udev_device *device, const UdevTty &tty)
 {
     return tty.family != UdevTty::Family::Other && !udev_device_get_is_initialized(device) &&
            !udev_device_get_property_value(device, "ID_BUS") &&
            ::access("/run/udev/control", F_OK) == 0;
 }
 
-// The serial ports that are present, in udev's order. Has its own context, so that it can run on
-// any thread.
+// The serial ports that are present, in udev's order. Uses its own udev context, so that it can run
+// on any thread.
 std::vector<UdevTty> scanTtys()
 {
     std::vector<UdevTty> ttys;
@@ -42,7 +42,7 @@ std::vector<UdevTty> scanTtys()
         if (!device)
             continue; // gone since the listing
         const auto tty = readUdevTty(device.get());
-        if (tty && !isStillToCome(device.get(), *tty))
+        if (tty && !isAwaitingRules(device.get(), *tty))
             ttys.push_back(*tty);
     }
     return ttys;
@@ -69,7 +69,7 @@ UdevDeviceRegistry::UdevDeviceRegistry() : m_udev(udev_new())
     if (!m_monitor)
         qCWarning(logPlatform,
                   "cannot monitor udev: added and removed serial devices will not be noticed");
-    // After the watch has begun, so that no device is missed in between.
+    // After the monitor has been enabled, so that no device is missed in between.
     m_ports = nameUdevPorts({}, scanTtys());
 }
 

@@ -9,9 +9,9 @@
 
 namespace vorn {
 
-// The serial ports that udev knows to have hardware behind them, each under a name that stays the
-// same when its node is renumbered (see nameUdevPorts). Hot-plug is taken from udev after its rules
-// have run, so that links and properties are complete.
+// udev's serial ports that are backed by hardware, each under a name that does not change when its
+// node is renumbered (see nameUdevPorts). Hot-plug events are received after udev's rules have run,
+// so that links and properties are complete.
 class UdevDeviceRegistry final : public SerialDeviceRegistry
 {
 public:

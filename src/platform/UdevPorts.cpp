@@ -24,25 +24,26 @@ QString nameFor(const UdevTty &tty, const std::vector<UdevPort> &all)
         return port.tty.family == tty.family && port.tty.serialNumber == tty.serialNumber &&
                !isOfAdapter(port);
     };
-    const bool goesBySerialNumber =
+    const bool isNamedAfterSerialNumber =
         !tty.serialNumber.isEmpty() && std::none_of(all.begin(), all.end(), hasSameNumber);
     const bool isOneOfSeveral =
         tty.oneOfSeveral ||
         (!tty.adapter.isEmpty() && std::count_if(all.begin(), all.end(), isOfAdapter) > 1);
-    const QString behind = isOneOfSeveral ? u'-' + QString::number(tty.number) : QString();
+    const QString numberSuffix = isOneOfSeveral ? u'-' + QString::number(tty.number) : QString();
 
     const QString prefix = tty.family == UdevTty::Family::UsbSerial ? QStringLiteral("usbserial-")
                                                                     : QStringLiteral("usbmodem-");
-    for (const QString &id : {goesBySerialNumber ? tty.serialNumber : QString(), tty.usbPath}) {
-        QString name = prefix + id + behind;
+    for (const QString &id :
+         {isNamedAfterSerialNumber ? tty.serialNumber : QString(), tty.usbPath}) {
+        QString name = prefix + id + numberSuffix;
         if (!id.isEmpty() && !isTaken(name, all))
             return name;
     }
     return prefix + tty.kernelName;
 }
 
-// The first stable link that leads to this port alone: adapters that share a serial number compete
-// for one link.
+// The first stable link that leads to this port alone; adapters with the same serial number claim
+// the same link.
 QString stableLinkFor(const UdevTty &tty, const std::vector<UdevPort> &all)
 {
     for (const QString &link : tty.stableLinks) {

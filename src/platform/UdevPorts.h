@@ -7,23 +7,24 @@
 
 namespace vorn {
 
-// A port that is present, and the record that was made of it.
+// A port that is present and its device record.
 struct UdevPort
 {
     UdevTty tty;
     SerialDeviceHandle device;
 };
 
-// Records for the ports that are present now, in their order. A port that is known already keeps
-// its record, and with it its name, whatever came or went around it. A new one is named
-//   - "usbserial-" (the kernel's usb-serial family) or "usbmodem-" (CDC-ACM) and the adapter's
-//     serial number; the adapter's USB path instead when it has no serial number, or when another
-//     adapter that is present has the same one; then "-" and the port's number when the adapter has
-//     several;
-//   - else as the kernel names it.
-// So the name does not depend on the number of the node. Of two adapters with one serial number
-// that are found together both are named by their USB path; of two that come one after the other
-// only the later.
+// Returns a record for each port in `present`, in the same order. A known port keeps its record,
+// and so its name, whatever else was added or removed. A new port is named as follows:
+//   - an adapter of the kernel's usb-serial family: "usbserial-", a CDC-ACM device: "usbmodem-",
+//   each
+//     followed by the adapter's serial number, or by its USB path if it has no serial number or
+//     shares it with another adapter that is present; then "-" and the port's number if the adapter
+//     has several ports;
+//   - any other port: the kernel's name.
+// So a name does not depend on the number of the device node. If two adapters with the same serial
+// number are found together, both are named after their USB path; if one is added later, only that
+// one is.
 std::vector<UdevPort> nameUdevPorts(const std::vector<UdevPort> &known,
                                     const std::vector<UdevTty> &present);
 

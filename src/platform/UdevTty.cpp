@@ -44,9 +44,9 @@ QStringList stableLinksOf(udev_device *device)
     return links;
 }
 
-// The number of a USB device's interfaces that can be serial ports, from its configuration
-// descriptors. The kernel sets interfaces up one after the other, so that the first port of an
-// adapter is reported before the last one exists; the descriptors are complete from the start.
+// Counts the interfaces of a USB device that can be serial ports, in its configuration descriptors.
+// The kernel sets up one interface after the other and reports the first port of an adapter before
+// the last one exists; the descriptors are complete from the start.
 int countSerialInterfaces(udev_device *usbDevice, UdevTty::Family family)
 {
     QFile file(QFile::decodeName(udev_device_get_syspath(usbDevice)) +
@@ -101,7 +101,7 @@ void readUsbFacts(udev_device *device, UdevTty &tty)
     udev_device *const usbDevice =
         udev_device_get_parent_with_subsystem_devtype(device, "usb", "usb_device");
 
-    // The port's own path names its parents also when they were unplugged in the meantime.
+    // The port's own path still names its parents when they have been unplugged in the meantime.
     static const QRegularExpression adapterInPath(
         QStringLiteral("^(.*/(\\d+-\\d+(?:\\.\\d+)*))/\\2:\\d+\\.(\\d+)/"));
     const QRegularExpressionMatch inPath = adapterInPath.match(tty.sysPath);
@@ -112,7 +112,7 @@ void readUsbFacts(udev_device *device, UdevTty &tty)
         tty.adapter = QFile::decodeName(udev_device_get_syspath(usbDevice));
         tty.usbPath = QFile::decodeName(udev_device_get_sysname(usbDevice));
     } else if (const QString path = property(device, "ID_PATH"); !path.isEmpty()) {
-        tty.adapter = path.left(path.lastIndexOf(u':')); // behind it is the interface
+        tty.adapter = path.left(path.lastIndexOf(u':')); // the interface follows it
         tty.usbPath = tty.adapter;
     }
 

@@ -21,7 +21,7 @@ struct UdevUnref
 template <typename Object>
 using UdevPointer = std::unique_ptr<Object, UdevUnref>;
 
-// What udev says about one serial port with hardware behind it.
+// What udev knows about a serial port that is backed by hardware.
 struct UdevTty
 {
     enum class Family { UsbSerial, CdcAcm, Other };
@@ -33,11 +33,11 @@ struct UdevTty
     Family family = Family::Other;
     QString adapter;      // the same for all ports of one USB adapter; else empty
     QString usbPath;      // the adapter's position on the bus, such as "1-2.3"; else empty
-    QString serialNumber; // the adapter's, fit for a name; empty when it has none
+    QString serialNumber; // of the adapter, usable in a name; empty if it has none
     int number = 0;       // distinguishes the adapter's ports
     bool oneOfSeveral = false;
 
-    // The same port of the same adapter, and not one that took its place.
+    // Whether this is the same port of the same adapter, and not one that replaced it.
     bool isSamePort(const UdevTty &other) const
     {
         return kernelName == other.kernelName && sysPath == other.sysPath &&
@@ -45,8 +45,8 @@ struct UdevTty
     }
 };
 
-// Reads a tty device; nullopt if it is not a serial port with hardware behind it: consoles,
-// pseudo-terminals, and ports of the legacy driver without a chip (sysfs `type` 0).
+// Reads a tty device; nullopt if it is not backed by hardware: consoles, pseudo-terminals, and
+// ports of the legacy driver without a chip (sysfs `type` 0).
 std::optional<UdevTty> readUdevTty(udev_device *device);
 
 } // namespace vorn

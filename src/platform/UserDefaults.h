@@ -4,15 +4,15 @@
 
 namespace vorn {
 
-// Strings that outlive the process, kept per user and application (QSettings). Main thread only.
+// Persistent strings, stored per user and application (QSettings). Main thread only.
 class UserDefaults
 {
 public:
-    // A null string when nothing is stored under the key.
+    // A null string if nothing is stored under the key.
     static QString stringForKey(const QString &key);
     // A null string removes the key.
     static void setStringForKey(const QString &value, const QString &key);
-    // Writes changes to disk now; false when that failed.
+    // Writes changes to disk now; false if that failed.
     static bool synchronize();
 };
 

@@ -4,7 +4,7 @@
 
 namespace vorn {
 
-// Base of a delegate or observer that others hold weakly.
+// Base class of delegates and observers that are held weakly.
 class DelegateBase
 {
 public:
@@ -20,8 +20,8 @@ private:
     Lifetime m_lifetime;
 };
 
-// A non-owning reference to a delegate. Whether it is gone may be asked on any thread; the object
-// itself is to be reached only on the thread that destroys it.
+// A non-owning reference to a delegate. Any thread may ask whether the delegate is gone, but only
+// the thread that destroys it may use it.
 template <typename Delegate>
 class WeakDelegate
 {

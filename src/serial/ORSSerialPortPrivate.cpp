@@ -48,11 +48,13 @@ int ORSSerialPortPrivate::openTerminalAtPath()
     if (const int error = opened->open(path); error != 0)
         return error;
     // Before anything is reported: without a thread the port is not open.
-    const bool isServed = vorn::GlobalQueue::instance().post([self = shared_from_this(), opened] {
-        // The opener holds this until the line is set and everything before its data is reported.
-        std::unique_lock(self->opening).unlock();
-        vorn::runPortLoop(*self, opened);
-    });
+    const bool isServed =
+        vorn::GlobalQueue::instance().tryPost([self = shared_from_this(), opened] {
+            // The opener holds this until the line is set and everything before its data is
+            // reported.
+            std::unique_lock(self->opening).unlock();
+            vorn::runPortLoop(*self, opened);
+        });
     if (!isServed) {
         opened->close(false);
         return EAGAIN;

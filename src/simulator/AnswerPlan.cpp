@@ -66,7 +66,7 @@ std::optional<Fault> AnswerPlan::faultAt(BootStep step, int frame)
 {
     for (CountedFault &counted : m_faults) {
         const Fault &fault = counted.fault;
-        // A frame's number means the last frame too, when that is its number.
+        // The last frame has a number, too.
         if (fault.step == BootStep::Frame ? fault.frame != frame : fault.step != step)
             continue;
         ++counted.reached;
@@ -127,7 +127,7 @@ std::vector<Answer> AnswerPlan::answersToHeader()
 {
     std::vector<Answer> answers;
     Answer ready = acknowledgement();
-    // A fault of the header that leaves the answers in place strikes the first one of them.
+    // A header fault that does not end the exchange affects the first answer.
     std::optional<Fault> fault = faultAt(BootStep::Header);
     if (endsExchange(fault)) {
         add(answers, ready, fault);

@@ -21,8 +21,8 @@ struct Answer
     bool unplugs = false;              // pulls the cable instead of writing
 };
 
-// Chooses the device's answers to its boot loader's events: the right ones, or what a fault puts in
-// their place. Counts how often the step of each fault was reached.
+// Chooses the device's answers to its boot loader's events: the right ones, or what a fault
+// replaces them with. Counts how often each fault's step was reached.
 class AnswerPlan
 {
 public:
@@ -31,7 +31,7 @@ public:
         setFaults(options.faults);
     }
 
-    // Replaces the faults; counting starts again.
+    // Replaces the faults and restarts their counts.
     void setFaults(const std::vector<Fault> &faults);
     // The answers to the event, in the order of their times.
     std::vector<Answer> answersTo(const BootEvent &event);

@@ -65,10 +65,9 @@ public:
     // Drops the unfinished frame. If its last byte is a sync byte, that begins an exchange.
     BootEvent silence();
 
-    // To be called when an acknowledgement has been written: the other side may send its next
-    // frame.
+    // Call this when an acknowledgement has been written: the other side may send its next frame.
     void release() { m_released = true; }
-    // The power went: only a sync byte is accepted next.
+    // Power was lost: only a sync byte is accepted next.
     void powerOff();
 
     qint64 declaredLength() const { return m_declared; } // of the image, by the latest header

@@ -33,7 +33,7 @@ constexpr const char *kExamples =
     "  vornsim device --exit-after 1 --image received.bin --report report.json\n"
     "      ends after one update and leaves the image and the report in files\n"
     "  vornsim device --dir /tmp/devices --name usbserial-1 --replay vornupdater-log.txt\n"
-    "      answers as the device in a saved log did\n";
+    "      answers as the device did whose exchange is in the saved log\n";
 
 CommandOptions deviceCommand()
 {
@@ -53,8 +53,8 @@ CommandOptions deviceCommand()
              {"fault", "FAULT", "A fault, see below; may be given several times."},
              {"replug-ms", "MS", "Plug in again this long after an unplug fault."},
              {"replay", "FILE",
-              "Answer as recorded in a transcript or a saved log; takes only --dir, "
-              "--name, --replug-ms and --report beside it."},
+              "Replay the transcript in a saved log; only --dir, --name, --replug-ms and "
+              "--report go with it."},
              {"exit-after", "N", "End after this many completed updates."},
              {"image", "FILE", "At the end, write the image of the last completed update."},
              {"report", "FILE", "Write the report to a file as well."}}};
@@ -88,7 +88,7 @@ QString transcript(const CommandOptions &line)
     QFile file(line.text("replay"));
     if (!file.open(QIODevice::ReadOnly))
         line.fail(QStringLiteral("%1: %2").arg(file.fileName(), file.errorString()));
-    const QString text = QString::fromUtf8(file.readAll());
+    QString text = QString::fromUtf8(file.readAll());
     if (Replay(text).report().entries == 0)
         line.fail(QStringLiteral("%1: there is no transcript in it").arg(file.fileName()));
     return text;

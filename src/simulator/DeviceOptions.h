@@ -61,8 +61,8 @@ struct DeviceOptions
     std::chrono::milliseconds pieceGap{5}; // between two pieces
     bool joinEraseAnswers = false;         // send both answers to the header in one write
 
-    // The text of a transcript (docs/simulator.md): the device answers as the recorded one did, and
-    // of the options only directory, name and replugAfter count. Empty: none.
+    // A transcript, or a log that contains one (docs/simulator.md): the device replays it, and only
+    // the options directory, name and replugAfter apply. Empty: no replay.
     QString replay{};
 
     std::vector<Fault> faults{}; // for each step the first one that matches applies

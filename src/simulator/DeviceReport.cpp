@@ -12,7 +12,7 @@ namespace {
 
 constexpr qsizetype kMaxErrors = 100;
 
-// A header's length alone reserves no more memory than this.
+// Limits the memory reserved on the word of a header.
 constexpr qint64 kMaxReserve = qint64{4} << 20;
 
 double milliseconds(std::chrono::nanoseconds time)

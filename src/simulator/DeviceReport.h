@@ -21,20 +21,20 @@ struct DownloadTimes
     std::chrono::nanoseconds toHeader{0};     // until the download header was complete
     std::chrono::nanoseconds toRelease{0};    // until the first data frame was released
     std::chrono::nanoseconds toLastAnswer{0}; // until the latest answer was written
-    // The longest time from the writing of an answer to the first byte of the data frame that it
-    // released, which is the time that the updater and the way to it took.
+    // The longest time from writing an answer to the first byte of the data frame that it released,
+    // which is the time taken by the updater and the line.
     std::chrono::nanoseconds longestGap{0};
 };
 
-// How far a replay has come. Entries are those that bytes or a hang-up stand for.
+// The progress of a replay. Only entries of bytes or "gone" count.
 struct ReplayReport
 {
-    int entries = 0;     // of the transcript; 0: no replay
-    int replayed = 0;    // the most of them between two beginnings
-    int differences = 0; // entries for which other bytes came than were recorded
+    int entries = 0;     // in the transcript; 0: no replay
+    int replayed = 0;    // in one go, at most
+    int differences = 0; // entries whose received bytes were not those recorded
 };
 
-// What a simulated device has seen so far. A value, safe to keep and to pass on.
+// What a simulated device has seen so far.
 struct DeviceReport
 {
     QString path;      // the link, or the terminal when there is no link
@@ -57,7 +57,7 @@ struct DeviceReport
     std::int64_t declaredLength = 0; // image length in the latest header
     DownloadTimes times;             // of the latest download
 
-    // A device that replays judges nothing: of the rest only openings and exchanges count then.
+    // A replaying device does not check what it receives, so most of the above stays empty.
     ReplayReport replay;
 
     // SHA-256 of the image in lower-case hexadecimal; empty without a completed update.

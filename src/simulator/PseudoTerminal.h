@@ -28,9 +28,9 @@ public:
 
     // Readable when other programs have opened or closed the slave; -1 when the system cannot tell.
     int watch() const { return m_watch.get(); }
-    // Takes account of that, and returns the number of new openings. A real port discards unread
-    // bytes and drops its exclusive claim when its last user closes it; here the slave stays open,
-    // so this does both.
+    // Handles that and returns the number of new openings. A real port discards unread bytes and
+    // its exclusive claim when its last user closes it; here the slave stays open, so this does
+    // both.
     int takeUses();
     bool isInUse() const { return m_users > 0; }
     // Whether the slave holds bytes that no user has read.

@@ -8,7 +8,7 @@ namespace vorn {
 
 Replay::Replay(const QString &text)
 {
-    // RTS does not reach a pseudo-terminal, and a silence is what happens without an answer.
+    // RTS does not reach a pseudo-terminal, and silence needs no action.
     static const QRegularExpression form(
         QStringLiteral("^(\\d{1,9})\\.(\\d{6}) (?:([<>])((?: [0-9A-F]{2})+)|> \\((\\d{1,9}) "
                        "bytes\\)|gone)\\r?$"),
@@ -25,7 +25,7 @@ Replay::Replay(const QString &text)
             entry.length = match.captured(5).toInt();
         else if (!match.hasCaptured(3))
             entry.kind = Entry::Kind::Gone;
-        // Nothing can be said before the other side begins.
+        // The device never speaks first.
         if (!m_entries.empty() || entry.kind == Entry::Kind::Sent)
             m_entries.push_back(entry);
     }

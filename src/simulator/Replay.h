@@ -12,29 +12,29 @@
 
 namespace vorn {
 
-// Plays the device's side of an exchange that an updater has recorded: counts the bytes that come
-// from the other side and answers where the recorded device did. It has neither a line nor a clock.
+// Replays the device's side of an exchange recorded by the updater: counts the bytes received and
+// gives the recorded answers at the recorded places. It has neither a line nor a clock.
 //
-// The number of bytes decides, not their content, since the image may be another one of the same
-// length. Only the recorded exchange's first bytes, read alone where others are due, are the other
-// side beginning again, and so does the replay.
+// Only the number of bytes matters, not their content, since the image may be a different one of
+// the same length. The exception: if the first bytes of the recording are read on their own where
+// other bytes are due, the other side has started over, and so does the replay.
 class Replay
 {
 public:
-    // Takes the transcript from a text that may hold more, such as a whole saved log: lines that do
-    // not have an entry's form are skipped.
+    // The text may contain more than the transcript, such as a whole saved log: lines that do not
+    // have the form of an entry are skipped.
     explicit Replay(const QString &text);
 
     struct Taken
     {
-        bool begins = false; // the exchange has begun: answers that are still to be sent lapse
+        bool begins = false; // the exchange has (re)started: drop answers not sent yet
         std::vector<Answer> answers{};
     };
-    // Takes bytes that were read at once.
+    // Takes the bytes of one read.
     Taken take(QByteArrayView bytes);
-    // One of these answers has been sent.
+    // One of the answers has been sent.
     void answered();
-    // The next bytes are the first ones.
+    // Starts over.
     void rewind();
 
     const ReplayReport &report() const { return m_report; }
@@ -44,17 +44,17 @@ private:
     {
         std::chrono::microseconds at;
         enum class Kind { Sent, Received, Gone } kind;
-        QByteArray bytes; // empty when only their number was recorded
+        QByteArray bytes; // empty if only their number was recorded
         qsizetype length;
     };
     bool beginsAgain(QByteArrayView bytes) const;
     void countEntry();
 
     std::vector<Entry> m_entries; // the first one is Sent
-    std::size_t m_next = 0;       // Sent, or the end
-    qsizetype m_taken = 0;        // of its bytes
-    bool m_differs = false;       // one of these is not the recorded one
-    int m_replayed = 0;           // entries since the beginning
+    std::size_t m_next = 0;       // a Sent entry, or the end
+    qsizetype m_taken = 0;        // bytes received for it
+    bool m_differs = false;       // some of them are not those recorded
+    int m_replayed = 0;           // entries since the start
     ReplayReport m_report;
 };
 

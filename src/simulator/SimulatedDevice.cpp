@@ -71,7 +71,7 @@ DeviceReport SimulatedDevice::report() const
     DeviceReport copy = m_journal.report();
     if (m_replay)
         copy.replay = m_replay->report();
-    // Deep copies, so that threads share no memory but under the lock.
+    // Deep copies, so that threads share memory only under the lock.
     for (QString *text : {&copy.path, &copy.slavePath})
         text->detach();
     for (QByteArray *bytes : {&copy.image, &copy.partialImage})
@@ -130,8 +130,8 @@ void SimulatedDevice::onThread(const std::function<void()> &job)
 
 void SimulatedDevice::run()
 {
-    // The program's signals are for its other threads. Answers are to leave on time to the
-    // microsecond, while by default the kernel may delay a timed wake-up by 50.
+    // The program's signals are for its other threads. Answers have to leave on time to the
+    // microsecond, but by default the kernel may delay a timed wake-up by 50 microseconds.
     sigset_t all;
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
@@ -146,8 +146,8 @@ void SimulatedDevice::run()
         sendDue();
         replugWhenDue();
         wait(lock);
-        // Silence is judged after a look at the terminal: bytes may have come while this thread did
-        // not run.
+        // Only after reading the terminal can silence be told: bytes may have arrived while this
+        // thread was not scheduled.
         const bool received = receive();
         if (!received && m_loader.isInsideFrame() && Clock::now() >= m_lastByte + kResyncTime)
             answer(m_loader.silence(), Clock::now());
@@ -268,8 +268,8 @@ void SimulatedDevice::take(std::span<const std::uint8_t> bytes, Time now)
 
 void SimulatedDevice::beginExchange()
 {
-    // An opening before the sync byte discards what an earlier user left unread. It is looked for
-    // here, before this exchange's answer is written, which it must not discard.
+    // Opening the terminal discards what an earlier user left unread. That is done here, before the
+    // first answer of this exchange is written, which must not be discarded.
     noteUses();
     m_pending.clear();
     m_outIdle = std::min(m_outIdle, Clock::now());
@@ -300,13 +300,15 @@ void SimulatedDevice::replay(std::span<const std::uint8_t> bytes, Time now)
         ++m_journal.report().exchanges;
         m_changed.notify_all();
     }
-    for (Answer &answer : taken.answers)
-        m_pending.push_back({std::move(answer), now + answer.after});
+    for (Answer &answer : taken.answers) {
+        const Time due = now + answer.after;
+        m_pending.push_back({std::move(answer), due});
+    }
     sendDue();
 }
 
-// When so many bytes that start at `start` are through one direction of the line. These are points
-// of time, so the delays of late wake-ups do not add up.
+// The time when `count` bytes that start at `start` have passed through one direction of the line.
+// Computed from earlier such times instead of the clock, so that late wake-ups do not add up.
 SimulatedDevice::Time SimulatedDevice::throughLine(Time &idleFrom, Time start,
                                                    std::size_t count) const
 {
@@ -317,8 +319,9 @@ SimulatedDevice::Time SimulatedDevice::throughLine(Time &idleFrom, Time start,
 void SimulatedDevice::sendDue()
 {
     while (!m_pending.empty() && m_pending.front().due <= Clock::now()) {
-        // What was taken in two chunks stays apart. There is no event for "has been read".
-        if (m_replay && m_terminal->holdsUnread()) {
+        // A slow reader must not join what is meant to arrive in pieces. There is no event for "has
+        // been read".
+        if ((m_replay || !m_options.connectPieces.empty()) && m_terminal->holdsUnread()) {
             m_pending.front().due = Clock::now() + kLookAgain;
             return;
         }

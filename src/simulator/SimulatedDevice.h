@@ -22,10 +22,10 @@
 
 namespace vorn {
 
-// A device's boot loader on a pseudo-terminal. It runs on a thread of its own without an event
-// loop, so a busy program around it never slows it down. Destruction unplugs it.
+// A device's boot loader on a pseudo-terminal. It runs on its own thread without an event loop, so
+// a busy program does not slow it down. The destructor unplugs it.
 //
-// Every method may be called from any thread once start() has succeeded.
+// Thread-safe once start() has succeeded.
 class SimulatedDevice
 {
 public:
@@ -44,16 +44,16 @@ public:
     DeviceReport report() const;
     // Set each time an update has been completed.
     const WakeEvent &updated() const { return m_updated; }
-    // Waits for the report to count so many exchanges; false when the limit passes first.
+    // Waits until the report counts `count` exchanges; false if the limit passes first.
     bool waitForExchanges(int count, std::chrono::milliseconds limit) const;
 
-    // Replaces the faults of the options; counting starts again.
+    // Replaces the faults and restarts their counts.
     void setFaults(const std::vector<Fault> &faults);
     // Returns when the other side has read all answers, but after a second at the latest.
     // Unplugging loses what is unread.
     void awaitReader() const;
-    // Removes the link and hangs up, as pulling the cable does. The boot loader starts afresh, the
-    // report goes on. Returns when that is done.
+    // Removes the link and hangs up, like pulling the cable, then returns. The boot loader is
+    // reset; the report is not.
     void unplug();
     // Plugs in again, with a new terminal under the same link. False, with the reason in *problem,
     // on failure.
@@ -70,7 +70,7 @@ private:
 
     void onThread(const std::function<void()> &job);
 
-    // All below are for the device's thread, with the mutex held.
+    // The methods below run on the device's thread, with the mutex held.
     void run();
     void plugIn(QString *problem);
     void pullOut();
@@ -93,24 +93,24 @@ private:
     const WakeEvent m_updated;
     std::mutex m_callers; // one job at a time
 
-    // The device's thread holds it whenever it does not wait for input.
+    // Held by the device's thread except while it waits for input.
     mutable std::mutex m_mutex;
     mutable std::condition_variable m_changed; // a job is done, an exchange has begun
     const std::function<void()> *m_job = nullptr;
     bool m_stopped = false;
     BootLoader m_loader;
     AnswerPlan m_plan;
-    std::optional<Replay> m_replay; // takes the place of both
+    std::optional<Replay> m_replay; // used instead of loader and plan
     DeviceJournal m_journal;
     std::optional<PseudoTerminal> m_terminal; // only while plugged in
     std::deque<Pending> m_pending;            // in the order of their times
     std::optional<Time> m_replugAt;
-    Time m_inIdle; // from when on the line is idle, to the device
+    Time m_inIdle; // when the line to the device becomes idle
     Time m_outIdle;
     Time m_frameBegun;
     Time m_lastByte;
-    // By how much this thread wrote the latest release too late. The frame released by it would
-    // have come that much sooner over a real line, so it counts as if it had.
+    // How late this thread wrote the latest release. Over a real line the frame that it released
+    // would have arrived sooner by as much, and is treated as if it had.
     Clock::duration m_lateness{0};
 
     std::thread m_thread;

@@ -65,7 +65,7 @@ int run(const QString &command, const QStringList &arguments)
 
 int main(int argc, char **argv)
 {
-    // A reader of the output that goes away must not cost the report's file.
+    // The report file has to be written even if nobody reads the standard output any more.
     std::signal(SIGPIPE, SIG_IGN);
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments().mid(1);

@@ -9,45 +9,46 @@
 
 namespace vorn {
 
-// How the models of a family take their image.
+// How a family of models receives its image.
 struct DeviceFamily
 {
-    // The family is the models of this code and above, up to the next family's first.
+    // The family covers the model codes from this one up to the next family's first.
     qint32 firstModel;
-    // The flash address that the image is loaded to, sent in the download header.
+    // The flash address of the image, sent in the download header.
     quint32 loadAddress;
-    // Image bytes in a data frame: 1 to 254, since a frame's count byte counts itself too.
+    // Image bytes per data frame: 1 to 254, since a frame's count byte includes itself.
     qsizetype imageBytesPerFrame;
 };
 
-// By first model, ascending. A further family is one more row.
+// In ascending order of first model. To support another family, add a row.
 inline constexpr std::array kDeviceFamilies{
     DeviceFamily{.firstModel = 0, .loadAddress = 0x08001800, .imageBytesPerFrame = 250},
 };
 
-// The numbers of an exchange with a boot loader that the protocol leaves open.
+// The parameters of an exchange that the protocol leaves open.
 struct BootParameters
 {
     // Bits per second on the line; 8 data bits, no parity, 1 stop bit.
     quint32 baudRate;
-    // One of them is chosen when the device has told its model code.
+    // One is selected by the model code that the device reports.
     std::span<const DeviceFamily> families;
-    // The byte of the answer to the connect command that holds the version, which is the model
-    // code.
+    // Index of the byte in the answer to the connect command that holds the version, which is the
+    // model code.
     std::size_t versionByte;
-    // Devices of this model code and above erase their flash after the header and say when it is
-    // done.
+    // Devices with this model code and above erase their flash after the header and acknowledge the
+    // end of the erase.
     qint32 firstErasingModel;
 
-    // RTS high, which holds the device in reset; then from RTS low to the first byte, for the boot
-    // loader to start.
+    // How long RTS is high, which holds the device in reset, and how long the boot loader then gets
+    // to start before the first byte is sent.
     std::chrono::milliseconds resetPulse;
     std::chrono::milliseconds bootLoaderStart;
-    // How long an ordinary answer may take, and one for which the device may be erasing: from the
-    // header until the first data frame is released.
+    // How long the device may take to answer: normally, and while it may be erasing (from the
+    // header until the first data frame is released).
     std::chrono::milliseconds answerLimit;
     std::chrono::milliseconds eraseLimit;
-    // How far the rest of a connect answer may lag behind its first bytes when the line cuts it.
+    // How late the rest of the connect answer may arrive after its first bytes when the line splits
+    // it.
     std::chrono::milliseconds answerGap;
 
     constexpr const DeviceFamily &familyOf(qint32 modelCode) const

@@ -27,7 +27,7 @@ UpdateFailureKind BootProtocol::queryVersion()
     const UpdateFailureKind failure = waitForAnswer();
     if (failure != UpdateFailureKind::None)
         return failure;
-    // Before the next frame goes out, since what arrives then answers that one.
+    // Must be complete before the next frame is sent: what arrives later answers that one.
     completeChunk(static_cast<qsizetype>(m_parameters.versionByte) + 1);
     m_line.send(CmdQueryVersion());
     return UpdateFailureKind::None;
@@ -94,7 +94,7 @@ LineEvent BootProtocol::nextChunk(DeviceLine::Clock::time_point deadline)
     return LineEvent::Chunk;
 }
 
-// Bytes that did not arrive count as zero.
+// Missing bytes count as zero.
 quint8 BootProtocol::byteAt(std::size_t index) const
 {
     return static_cast<quint8>(m_chunk.size() > static_cast<qsizetype>(index)
@@ -102,7 +102,7 @@ quint8 BootProtocol::byteAt(std::size_t index) const
                                    : '\0');
 }
 
-// Puts what follows closely behind the chunk: lines may cut one answer into several.
+// Appends chunks that follow closely: the line may split one answer into several chunks.
 void BootProtocol::completeChunk(qsizetype length)
 {
     const auto deadline = m_line.now() + m_parameters.answerGap;

@@ -12,14 +12,14 @@
 namespace vorn {
 namespace {
 
-// A port that has not closed by then is reported so; closing goes on.
+// A port that takes longer to close is reported; closing goes on.
 constexpr std::chrono::seconds kCloseLimit{2};
 
 } // namespace
 
-// Carries what a sequence tells from its thread to the session on the main thread, unless the
-// sequence was abandoned meanwhile. A session that goes abandons its sequence, so the buffer tells
-// whether the session is still there, too.
+// Forwards a sequence's notifications from its thread to the session on the main thread, unless the
+// sequence has been abandoned by then. A session abandons its sequence when it is destroyed, so the
+// buffer also says whether the session still exists.
 class DeviceSession::Relay final : public UpdateObserver
 {
 public:
@@ -43,8 +43,8 @@ public:
                 session->m_observer.updateDidProgress(progress);
             }
         };
-        // The image's share is seen before the update goes on; a step that only waits for the
-        // device need not wait for the window.
+        // A percentage is shown before the update continues; a step that only waits for the device
+        // does not have to wait for the window.
         if (progress.step == UpdateStep::Data)
             MainQueue::instance().postAndWait(tell);
         else
@@ -96,12 +96,12 @@ bool DeviceSession::hasItsSpeed() const
 
 bool DeviceSession::open()
 {
-    // A port that still closes would look like one that has opened.
+    // A port that is still closing would look like one that has just opened.
     if (m_isOpen || m_port->isOpen())
         return false;
     const Lifetime::Token alive = lifetime();
     endSequence();
-    // Whoever heard of that end may have destroyed the session, or opened it already.
+    // The observer may have destroyed the session or opened it in response.
     if (alive.expired())
         return false;
     if (m_isOpen)
@@ -243,7 +243,7 @@ void DeviceSession::serialPortWasOpened(ORSSerialPort &)
 
 void DeviceSession::serialPortWasClosed(ORSSerialPort &)
 {
-    // The closing that an earlier session began, or one that was followed by an opening.
+    // A close that an earlier session requested, or one that was followed by an open.
     if (!m_isOpen || m_port->isOpen())
         return;
     m_buffer->portDidClose();

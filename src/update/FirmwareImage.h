@@ -7,19 +7,19 @@
 
 namespace vorn {
 
-// A whole firmware file, 1 to 2^31 - 1 bytes long, the lengths that the protocol can announce; or
-// why there is none.
+// The content of a firmware file, 1 to 2^31 - 1 bytes (the lengths that the protocol can announce),
+// or why it could not be read.
 struct FirmwareImage
 {
     QByteArray bytes;
     UpdateFailure failure;
 };
 
-// Reads the file, whose content is not judged. A null path means that none was chosen. Never waits,
-// not even for a pipe.
+// Reads the file without checking its content. A null path means that no file was chosen. Never
+// blocks, not even on a pipe.
 FirmwareImage readFirmwareImage(const QString &path);
 
-// Why the file could not be read just now, without reading it; None when it could.
+// Checks whether readFirmwareImage() would succeed, without reading the file; None if so.
 UpdateFailure checkFirmwareImage(const QString &path);
 
 } // namespace vorn

@@ -5,29 +5,29 @@
 
 namespace vorn {
 
-// The frames of the boot loader's protocol; docs/protocol.md shows an exchange.
+// The frames of the boot loader protocol; docs/protocol.md shows an exchange.
 //
 // A frame is a count byte N (the number of bytes that the checksum covers, the count included), the
 // body of N - 1 bytes, and the XOR of those N bytes. Numbers in a body are big-endian.
 
-// Sent alone and unframed, right after the pulse on RTS that resets the device.
+// Sent on its own, unframed, right after the reset pulse on RTS.
 inline constexpr quint8 SyncByte = 0xF4;
-// The device is ready, or has accepted the last frame. First byte of an answer.
+// First byte of an answer: the device is ready or has accepted the last frame.
 inline constexpr quint8 AckByte = 0xAF;
-// The device has refused. First byte of an answer.
+// First byte of an answer: the device has refused.
 inline constexpr quint8 NakByte = 0xFC;
 
-// The XOR of the first `len` bytes, 0 for none.
+// XOR of the first `len` bytes; 0 if there are none.
 quint8 dataChecksumappendLen(QByteArrayView data, qsizetype len);
 
 QByteArray CmdConnect();
 QByteArray CmdQueryVersion();
 QByteArray CmdDownload();
-// Announces an image of that many bytes for that address in the device's flash.
+// Announces an image of `imageLength` bytes for that flash address.
 QByteArray DownloadHeader(quint32 loadAddress, quint32 imageLength);
-// As many bytes of the image as every data frame of the family carries, at most 254.
+// A full data frame with the family's number of image bytes, at most 254.
 QByteArray DataFrame(QByteArrayView imageBytes);
-// What is left of the image behind the data frames, possibly nothing.
+// The rest of the image after the full data frames; possibly empty.
 QByteArray LastDataFrame(QByteArrayView imageBytes);
 
 } // namespace vorn

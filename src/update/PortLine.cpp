@@ -19,7 +19,7 @@ void PortLine::send(QByteArrayView bytes)
     m_port->sendData(bytes);
 }
 
-// An abandoned sequence still ends the pulse that it began.
+// An abandoned sequence still ends a pulse that it has started.
 void PortLine::setRts(bool high)
 {
     if (!high || !m_buffer->isAbandoned())
@@ -31,8 +31,8 @@ LineEvent PortLine::waitForChunk(Clock::time_point deadline, QByteArray &chunk)
     const LineEvent event = m_buffer->waitForChunk(deadline, chunk);
     if (event != LineEvent::Silence)
         return event;
-    // The main thread delivers what the port has read, and may be busy: wait until it has run
-    // everything that was queued before, then look once more.
+    // The main thread delivers what the port has read, and may be busy: wait until it has handled
+    // everything queued so far, then check once more.
     MainQueue::instance().postAndWait([] {});
     return m_buffer->waitForChunk(deadline, chunk);
 }

@@ -8,8 +8,8 @@
 
 namespace vorn {
 
-// A sequence's line to a device on a serial port, whose chunks somebody else puts into the buffer
-// on the main thread. The port outlives the sequence.
+// The line of a sequence over a serial port. The port's delegate puts the received chunks into the
+// buffer on the main thread.
 class PortLine final : public DeviceLine
 {
 public:

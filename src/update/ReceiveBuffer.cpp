@@ -5,7 +5,7 @@
 namespace vorn {
 namespace {
 
-// A device owes one answer at a time; thousands are noise on the line and must not fill the memory.
+// A device sends one answer at a time; thousands of chunks are line noise and must not fill memory.
 constexpr std::size_t kMostHeldChunks = 4096;
 
 } // namespace

@@ -11,27 +11,27 @@
 
 namespace vorn {
 
-// The chunks that a device has sent, and the place where one sequence (a version query or an
-// update) sleeps until the next arrives.
+// Holds the chunks received from a device until a sequence (a version query or an update) takes
+// them; a sequence sleeps here until the next one arrives.
 //
-// The device answers when it likes, and the thread that delivers its answers may be late. So a
-// chunk that arrives while nobody waits is held for the next wait. Any thread.
+// The device answers at any time, and the thread that delivers its answers may be late. So a chunk
+// that arrives while nobody waits is kept for the next wait. Thread-safe.
 class ReceiveBuffer
 {
 public:
-    // A chunk longer than this is cut.
+    // Longer chunks are truncated.
     static constexpr qsizetype kSize = 255;
     using Clock = DeviceLine::Clock;
 
-    // Takes a chunk from the port.
+    // Adds a chunk from the port.
     void receive(QByteArrayView chunk);
-    // The port has closed: waits end as soon as what arrived before has been taken.
+    // The port has closed: waits end once all earlier chunks have been taken.
     void portDidClose();
-    // Ends every wait at once.
+    // Ends all waits at once.
     void abandon();
     bool isAbandoned() const;
 
-    // Drops the held chunks: they cannot answer what is sent next.
+    // Drops the held chunks, which cannot be answers to what is sent next.
     void drop();
     LineEvent waitForChunk(Clock::time_point deadline, QByteArray &chunk);
 

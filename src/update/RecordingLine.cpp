@@ -4,7 +4,7 @@ namespace vorn {
 
 using Kind = Transcript::Kind;
 
-// Recorded first: the answer may come before the sending returns.
+// Recorded first, so that the time is that of the first byte.
 void RecordingLine::send(QByteArrayView bytes)
 {
     m_transcript.add(Kind::Sent, now(), bytes);

@@ -5,12 +5,12 @@
 
 namespace vorn {
 
-// Passes everything on to a line and records it. What is sent on a line that is closed already is
-// recorded, too: the next wait tells that it is gone.
+// Forwards everything to a line and records it. Bytes sent on a closed line are recorded, too; the
+// next entry then says that it is gone.
 class RecordingLine final : public DeviceLine
 {
 public:
-    // Both outlive the object.
+    // Both must outlive the object.
     RecordingLine(DeviceLine &line, Transcript &transcript) : m_line(line), m_transcript(transcript)
     {
     }

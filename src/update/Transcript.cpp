@@ -1,5 +1,9 @@
 #include "update/Transcript.h"
 
+#include <QByteArray>
+
+#include <algorithm>
+
 namespace vorn {
 namespace {
 
@@ -20,7 +24,7 @@ void Transcript::add(Kind kind, Time when, QByteArrayView bytes)
     if (!isKept)
         return;
     kept += bytes.size();
-    m_bytes.append(bytes);
+    m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());
 }
 
 bool Transcript::isEmpty() const
@@ -31,18 +35,17 @@ bool Transcript::isEmpty() const
 
 QString Transcript::text() const
 {
-    // The sequence goes on while its entries are written out; sharing the bytes would make it copy
-    // them at its next frame.
+    // The sequence may continue while the text is made.
     std::unique_lock lock(m_mutex);
-    const std::vector<Entry> entries = m_entries;
-    const QByteArray bytes(m_bytes.constData(), m_bytes.size());
+    const std::deque<Entry> entries = m_entries;
+    const std::deque<char> bytes = m_bytes;
     lock.unlock();
 
     constexpr qint64 kPerSecond = 1'000'000;
-    constexpr qsizetype kLongestStart = 24;
+    constexpr std::size_t kLongestStart = 24;
     QByteArray text;
-    text.reserve(bytes.size() * 3 + static_cast<qsizetype>(entries.size()) * kLongestStart);
-    qsizetype position = 0;
+    text.reserve(static_cast<qsizetype>(bytes.size() * 3 + entries.size() * kLongestStart));
+    auto next = bytes.begin();
     for (const Entry &entry : entries) {
         const qint64 at = entry.at.count();
         text += QByteArray::number(at / kPerSecond) + '.' +
@@ -51,8 +54,10 @@ QString Transcript::text() const
         if (!entry.isKept) {
             text += " (" + QByteArray::number(entry.length) + " bytes)";
         } else if (entry.length > 0) {
-            text += ' ' + bytes.sliced(position, entry.length).toHex(' ').toUpper();
-            position += entry.length;
+            QByteArray chunk(static_cast<qsizetype>(entry.length), Qt::Uninitialized);
+            std::copy_n(next, entry.length, chunk.begin());
+            next += entry.length;
+            text += ' ' + chunk.toHex(' ').toUpper();
         }
         text += '\n';
     }

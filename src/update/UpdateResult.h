@@ -8,12 +8,12 @@
 
 namespace vorn {
 
-// The steps of an update, each named after the answer of the device that it waits for.
+// The steps of an update, each named after the answer that it waits for.
 enum class UpdateStep {
     Synchronize,  // the answer to the sync byte
     Connect,      // the answer to the connect command, which carries the version
     QueryVersion, // the answer to the version query
-    ReadImage,    // no answer: the image is read
+    ReadImage,    // none: the image is being read
     Download,     // the answer to the download command
     Erase,        // the end of the erase (erasing models only)
     Release,      // the release of the first data frame
@@ -28,9 +28,9 @@ enum class UpdateFailureKind {
     ImageEmpty,      // text: path
     ImageTooLong,    // more than 2^31 - 1 bytes; text: path
     Refused,         // the device answered NakByte
-    TimedOut,        // it did not answer in time
-    PortClosed,      // the port closed meanwhile
-    Abandoned,       // nobody waits for the end any more
+    TimedOut,        // the device did not answer in time
+    PortClosed,      // the port closed during the update
+    Abandoned,       // nobody is interested in the result any more
 };
 using UpdateFailure = Failure<UpdateFailureKind>;
 
@@ -38,31 +38,32 @@ using UpdateFailure = Failure<UpdateFailureKind>;
 struct UpdateResult
 {
     UpdateFailure failure;
-    // Where it ended: the step whose answer was a refusal or did not come.
+    // The step that failed because its answer was a refusal or did not come; Finish on success.
     UpdateStep step = UpdateStep::Synchronize;
     // In UpdateStep::Data: which data frame, from 0. The last frame counts as one of `frames`.
     qint64 frame = 0;
     qint64 frames = 0;
     qint64 imageBytes = 0; // 0 until the image was read
-    // From the download header on the device may have given up its old firmware.
+    // The download header was sent, so the device may have erased its old firmware.
     bool mayBeErased = false;
-    // How long the last answer was waited for, whether it came or not.
+    // How long the update waited for the last answer, whether or not it came.
     std::chrono::milliseconds waited{};
-    // From the reset pulse to the end, and the part of it from the first data frame on.
+    // From the reset pulse to the end, and from the first data frame to the end.
     std::chrono::milliseconds elapsed{};
     std::chrono::milliseconds sending{};
 
     bool succeeded() const { return !failure; }
 };
 
-// How far an update has come.
+// The progress of an update.
 struct UpdateProgress
 {
     UpdateStep step = UpdateStep::Synchronize;
-    // In UpdateStep::Data: the data frame sent last, from 0, of `frames`, the last frame included.
+    // In UpdateStep::Data: the latest data frame sent, from 0. The last frame counts as one of
+    // `frames`.
     qint64 frame = 0;
     qint64 frames = 0;
-    // Of the image, 0 to 99 and never less than before; 100 is success alone.
+    // Of the image, 0 to 99, never decreasing; only success counts as 100.
     int percent = 0;
     // How long the awaited answer may take.
     std::chrono::milliseconds limit{};

@@ -24,7 +24,7 @@ public:
     UpdateResult run();
 
 private:
-    // Each step is true when the update goes on, and else has left the reason in m_result.
+    // Each step returns whether the update continues; if not, m_result says why.
     bool handshake();
     bool readImage();
     bool startDownload();
@@ -64,8 +64,8 @@ UpdateResult UpdateRun::run()
     if (succeeded)
         m_boot.raiseRts();
     m_observer.updateDidEnd(m_result);
-    // RTS is low already when the last frame was not confirmed; that the device is not held in
-    // reset must be sure then.
+    // Without a confirmation of the last frame RTS is low already, but it must be certain that the
+    // device is not held in reset.
     if (m_result.step == UpdateStep::Finish && m_result.failure.kind != UpdateFailureKind::Refused)
         m_boot.lowerRtsAfterPulse();
     return m_result;
@@ -89,7 +89,7 @@ bool UpdateRun::readImage()
 {
     FirmwareImage image = m_readImage();
     if (image.failure) {
-        // The device has not been told to give up its old firmware yet.
+        // The device still has its old firmware: no download command has been sent.
         m_result.step = UpdateStep::ReadImage;
         m_result.failure = image.failure;
         return false;
@@ -151,7 +151,7 @@ bool UpdateRun::finish()
     return goesOn(m_boot.waitForAnswer());
 }
 
-// What the device answers from now on, it answers to this step.
+// From now on the device's answers belong to this step.
 void UpdateRun::reach(UpdateStep step, qint64 frame)
 {
     m_result.step = m_progress.step = step;
@@ -175,7 +175,7 @@ void UpdateRun::showProgress(qint64 frame)
 {
     const float share = static_cast<float>(frame) / static_cast<float>(m_result.frames - 1);
     const int percent = std::min(static_cast<int>(share * 100.0F), 99);
-    // Most frames change nothing that can be seen, and the device need not wait for that.
+    // Most frames do not change the percentage, and the device should not have to wait for them.
     if (percent == m_progress.percent && m_progress.step == UpdateStep::Data)
         return;
     m_progress.percent = percent;

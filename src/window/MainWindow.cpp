@@ -210,14 +210,14 @@ void MainWindow::askToClosePort()
 
 void MainWindow::showDownloadProgress(int percent)
 {
-    m_ui->downloadProgress->showPercent(percent);
     m_ui->downloadProgress->show();
+    m_ui->downloadProgress->showPercent(percent);
 }
 
 void MainWindow::showDownloadBusy()
 {
-    m_ui->downloadProgress->showBusy();
     m_ui->downloadProgress->show();
+    m_ui->downloadProgress->showBusy();
 }
 
 void MainWindow::hideDownloadProgress()

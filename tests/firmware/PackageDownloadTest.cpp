@@ -11,15 +11,12 @@
 
 #include <gmock/gmock.h>
 
-#include <tuple>
-
 using namespace vorn;
 using namespace std::chrono_literals;
 using Kind = PackageProblemKind;
 
 namespace {
 
-// What an observer is told of a download that installs its package.
 const QStringList kInstalled = {"response", "progress", "unpack", "installed", "folder changed"};
 const QString kArchive = "VornUpdate2.zip";
 const QByteArray kDate = "Tue, 01 Apr 2025 10:00:00 GMT";
@@ -41,7 +38,7 @@ PackageAnswer answerWith(const QByteArray &package = newPackage())
     return answer;
 }
 
-// The new package, or another answer, with one option that is not the usual one.
+// An answer with one unusual option.
 template <typename Value>
 PackageAnswer with(Value PackageAnswer::*option, std::type_identity_t<Value> value,
                    PackageAnswer answer = answerWith())
@@ -55,50 +52,46 @@ QString storedDate()
     return UserDefaults::stringForKey(PackageDownload::KEY_LAST_MODIFIED);
 }
 
-// Keeps what it is told; of progress in a row the last.
-class Recorder : public PackageObserver
+// Consecutive progress is one event.
+struct Recorder : PackageObserver
 {
-public:
-    void packageResponseDidArrive(qint64 total) override { note("response", {0, total}); }
+    void packageResponseDidArrive(qint64 total) override
+    {
+        events += "response";
+        bytes = {0, total};
+    }
     void packageDidProgress(qint64 received, qint64 total) override
     {
-        if (events.endsWith("progress"))
-            events.removeLast();
-        note("progress", {received, total});
+        if (!events.endsWith("progress"))
+            events += "progress";
+        bytes = {received, total};
     }
-    void packageWillUnpack() override { note("unpack", bytes); }
-    void packageIsUpToDate() override { end("up to date", {}); }
+    void packageWillUnpack() override { events += "unpack"; }
+    void packageIsUpToDate() override { end("up to date"); }
     void packageDidFail(const PackageProblem &problem, bool showsInStatus) override
     {
         end(showsInStatus ? "failed" : "failed quietly", problem);
     }
     void packageWasInstalled() override
     {
-        end("installed", {});
-        dates.append(storedDate());
+        end("installed");
+        dates += storedDate();
     }
     void firmwareFolderDidChange() override
     {
-        note("folder changed", bytes);
-        dates.append(storedDate());
+        events += "folder changed";
+        dates += storedDate();
+    }
+    void end(const QString &event, const PackageProblem &problem = {})
+    {
+        events += event;
+        ends += problem;
     }
 
     QStringList events;
     QList<PackageProblem> ends;
     QPair<qint64, qint64> bytes = {0, -1}; // received, of how many
-    QStringList dates;                     // stored when told of the end, and of the folder
-
-private:
-    void note(const QString &event, QPair<qint64, qint64> howFar)
-    {
-        events.append(event);
-        bytes = howFar;
-    }
-    void end(const QString &event, const PackageProblem &problem)
-    {
-        note(event, bytes);
-        ends.append(problem);
-    }
+    QStringList dates;                     // stored at the installation, and at the folder's change
 };
 
 struct PackageDownloadTest : testing::Test, FirmwareLibraryObserver
@@ -107,7 +100,7 @@ struct PackageDownloadTest : testing::Test, FirmwareLibraryObserver
 
     void firmwareListDidChange(const QStringList &) override {}
 
-    // A fresh program: what is in the caches directory, and the date stored by an earlier one.
+    // A program starts, with this in the caches directory and this date from an earlier run.
     void begin(const Tree &before, const QString &storedDate)
     {
         download.reset();
@@ -118,7 +111,7 @@ struct PackageDownloadTest : testing::Test, FirmwareLibraryObserver
         library->readFirmWare(-1);
     }
 
-    // A fresh program with older firmware, and a server that answers so.
+    // A program starts with older firmware, and a server that answers so.
     void serve(const PackageAnswer &answer, CertificateKind certificate = CertificateKind::Good)
     {
         begin(kOld, "before");
@@ -134,20 +127,18 @@ struct PackageDownloadTest : testing::Test, FirmwareLibraryObserver
             download = std::make_unique<PackageDownload>(location, *library, recorder, limits);
         ASSERT_TRUE(download->sendRequest());
     }
-
-    void pressAndWait()
+    void waitForEnds(qsizetype count)
     {
-        const qsizetype ends = recorder.ends.size() + 1;
-        press();
-        ASSERT_TRUE(eventually([&] { return recorder.ends.size() == ends; }));
-        EXPECT_FALSE(download->isRunning());
+        ASSERT_TRUE(eventually([&] { return recorder.ends.size() >= count; }));
     }
-
-    void expectEnd(const QString &event, Kind problem = Kind::None)
+    // Presses, and returns the events up to the end.
+    QStringList pressAndWait()
     {
-        ASSERT_FALSE(recorder.ends.isEmpty());
-        EXPECT_EQ(recorder.ends.back().kind, problem) << qPrintable(recorder.ends.back().text);
-        EXPECT_EQ(recorder.events.count(event), 1) << qPrintable(recorder.events.join(' '));
+        recorder.events.clear();
+        press();
+        waitForEnds(recorder.ends.size() + 1);
+        EXPECT_FALSE(download->isRunning());
+        return recorder.events;
     }
 
     bool serverSawTheEnd() const
@@ -161,17 +152,15 @@ struct PackageDownloadTest : testing::Test, FirmwareLibraryObserver
     // Only a completely received answer is saved, and nothing else changes.
     void pressAndFail(Kind problem, const QStringList &events)
     {
-        recorder.events.clear();
-        pressAndWait();
-        EXPECT_EQ(recorder.events, events);
-        expectEnd(events.last(), problem);
+        EXPECT_EQ(pressAndWait(), events);
+        EXPECT_EQ(recorder.ends.value(recorder.ends.size() - 1).kind, problem);
         const bool isWhole = problem == Kind::HttpStatus || problem == Kind::NotAnArchive;
         EXPECT_EQ(treeAt(cachesDirectory()).contains(kArchive), isWhole);
         EXPECT_EQ(tree(), kOld);
         EXPECT_EQ(storedDate(), "before");
     }
 
-    // What is in the caches directory but for the archive, which may be an error page.
+    // The caches directory without the archive, which may be an error page.
     static Tree tree() { return treeAt(cachesDirectory(), kArchive); }
 
     std::unique_ptr<PackageServer> server;
@@ -205,24 +194,21 @@ TEST_F(PackageDownloadTest, ANewPackageIsInstalledAndItsDateRemembered)
         const bool isCounted = answer.framing == BodyFraming::Length;
         serve(answer);
         begin(before, stored);
-        pressAndWait();
-        EXPECT_EQ(recorder.events, kInstalled);
+        EXPECT_EQ(pressAndWait(), kInstalled);
         const qint64 size = newPackage().size();
         EXPECT_EQ(recorder.bytes, qMakePair(size, isCounted ? size : 0));
         EXPECT_EQ(tree(), kNew);
         EXPECT_EQ(treeAt(cachesDirectory())[kArchive], newPackage());
         EXPECT_EQ(recorder.dates, (QStringList{stored, storedDate()}));
         EXPECT_EQ(storedDate(), QString(answer.lastModified.value_or(QByteArray())));
-        EXPECT_EQ(storedDate().isNull(), !answer.lastModified.has_value());
     }
 }
 
-TEST_F(PackageDownloadTest, APackageThatIsInstalledAlreadyIsNotReadAgain)
+TEST_F(PackageDownloadTest, AnInstalledPackageIsNotDownloadedAgain)
 {
     serve(with(&PackageAnswer::bodyPause, 60s));
     begin(kOld, kDate);
-    pressAndWait();
-    EXPECT_EQ(recorder.events, QStringList({"response", "up to date"}));
+    EXPECT_EQ(pressAndWait(), (QStringList{"response", "up to date"}));
     EXPECT_EQ(download->state().mIsCancel, 1);
     EXPECT_EQ(treeAt(cachesDirectory()), kOld);
     ASSERT_TRUE(serverSawTheEnd());
@@ -230,8 +216,7 @@ TEST_F(PackageDownloadTest, APackageThatIsInstalledAlreadyIsNotReadAgain)
 
     // A failure without a response still finds the installed package's date: nothing to show.
     server.reset();
-    pressAndWait();
-    expectEnd("failed quietly", Kind::Unreachable);
+    EXPECT_EQ(pressAndWait(), QStringList("failed quietly"));
 }
 
 // The status line shows a failure without an accepted response, and one of a whole answer.
@@ -262,7 +247,6 @@ TEST_F(PackageDownloadTest, AnAnswerThatCannotBeInstalledFailsAndChangesNothing)
     };
     const Case cases[] = {
         {Kind::HttpStatus, unpacked, with(&PackageAnswer::status, 401)},
-        {Kind::HttpStatus, unpacked, with(&PackageAnswer::status, 404)},
         {Kind::HttpStatus, unpacked, with(&PackageAnswer::status, 503)},
         {Kind::NotAnArchive, unpacked, answerWith("no archive")},
         {Kind::ConnectionLost, brokenOff, truncated},
@@ -285,13 +269,13 @@ TEST_F(PackageDownloadTest, AnAnswerThatCannotBeInstalledFailsAndChangesNothing)
         pressAndFail(c.problem, c.events);
         EXPECT_EQ(download->curDirName(), "VornUpdate2");
         EXPECT_EQ(server->report().plainConnections, 0);
-        EXPECT_TRUE(c.problem != Kind::HttpStatus ||
-                    recorder.ends.value(0).code == c.answer.status);
+        if (c.problem == Kind::HttpStatus) {
+            EXPECT_EQ(recorder.ends.value(0).code, c.answer.status);
+        }
     }
     limits.timeouts = {.idle = 2s}; // of each wait, not of the whole transfer
     serve(slow);
-    pressAndWait();
-    expectEnd("installed");
+    EXPECT_EQ(pressAndWait(), kInstalled);
 
     // The flag of the accepted download stays: a failure without a response is not shown either.
     serve(cut);
@@ -309,23 +293,15 @@ TEST_F(PackageDownloadTest, AnAnswerThatCannotBeInstalledFailsAndChangesNothing)
 
 TEST_F(PackageDownloadTest, TheServerNamesTheArchiveAndItsFolder)
 {
-    for (const auto &[name, archive, folder] :
-         {std::tuple("other.zip", "other.zip", QString("other")),
-          {"../../a.b.zip", "a.b.zip", "a"}}) {
-        SCOPED_TRACE(name);
-        PackageAnswer answer =
-            answerWith(makeArchive({{folder + '/', {}}, {folder + "/new.bin", "new"}}));
-        answer.suggestedName = name;
-        serve(answer);
-        pressAndWait();
-        expectEnd("installed");
-        Tree expected = kOld;
-        expected[folder + "/new.bin"] = "new";
-        expected[folder + "/.published-by-vornupdater"] = {};
-        expected[archive] = answer.package;
-        EXPECT_EQ(treeAt(cachesDirectory()), expected);
-        EXPECT_EQ(download->curDirName(), folder);
-    }
+    const QByteArray package = makeArchive({{"a/", {}}, {"a/new.bin", "new"}});
+    serve(with(&PackageAnswer::suggestedName, "../../a.b.zip", answerWith(package)));
+    EXPECT_EQ(pressAndWait(), kInstalled);
+    Tree expected = kOld;
+    expected["a/new.bin"] = "new";
+    expected["a/.published-by-vornupdater"] = {};
+    expected["a.b.zip"] = package;
+    EXPECT_EQ(treeAt(cachesDirectory()), expected);
+    EXPECT_EQ(download->curDirName(), "a");
 }
 
 TEST_F(PackageDownloadTest, ASecondDownloadDuringTheFirstNeverMixesWithIt)
@@ -340,7 +316,7 @@ TEST_F(PackageDownloadTest, ASecondDownloadDuringTheFirstNeverMixesWithIt)
     EXPECT_FALSE(download->sendRequest()) << "a third at once";
     const Tree fastTree = {{"VornUpdate2/fast.bin", "fast"}};
     for (const qsizetype ends : {1, 2}) {
-        ASSERT_TRUE(eventually([&] { return recorder.ends.size() >= ends; }));
+        waitForEnds(ends);
         EXPECT_EQ(recorder.events.count("installed"), recorder.ends.size());
         EXPECT_TRUE((tree() == fastTree && storedDate() == "fast") ||
                     (tree() == kNew && storedDate() == kDate))
@@ -356,15 +332,15 @@ TEST_F(PackageDownloadTest, ASecondDownloadThatFindsNoPackageLeavesTheFirstAlone
     ASSERT_TRUE(eventually([&] { return recorder.bytes.first > 0; }));
     server->setAnswer(with(&PackageAnswer::redirectTo, "http"));
     press();
-    ASSERT_TRUE(eventually([&] { return !recorder.ends.empty(); }));
-    expectEnd("failed quietly", Kind::InsecureRedirect);
+    waitForEnds(1);
+    EXPECT_TRUE(recorder.events.contains("failed quietly"));
     EXPECT_EQ(tree(), kOld);
-    ASSERT_TRUE(eventually([&] { return recorder.ends.size() >= 2; }));
-    expectEnd("installed");
+    waitForEnds(2);
+    EXPECT_TRUE(recorder.events.contains("installed"));
     EXPECT_EQ(tree(), kNew);
 }
 
-TEST_F(PackageDownloadTest, ADownloadThatIsNoLongerWantedIsNeverHeardOfAgain)
+TEST_F(PackageDownloadTest, ADestroyedDownloadReportsNothingMore)
 {
     limits.delayBeforeUnpacking = 0ms;
     serve(with(&PackageAnswer::bytesPerSecond, 200));

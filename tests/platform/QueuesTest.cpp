@@ -2,10 +2,12 @@
 #include "platform/MainQueue.h"
 #include "platform/SerialQueue.h"
 #include "tests/support/Eventually.h"
+#include "tests/support/ThreadShortage.h"
 
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <future>
 #include <latch>
 #include <memory>
 #include <thread>
@@ -84,6 +86,22 @@ TEST(GlobalQueueTest, ScheduledJobsRunWhenDueUnlessCancelled)
     late.wait();
     EXPECT_GE(GlobalQueue::Clock::now(), start + 60ms);
     EXPECT_FALSE(cancelledRan);
+}
+
+TEST(SerialQueueTest, AJobWaitsForAThreadInsteadOfBlockingItsPoster)
+{
+    const auto ranOn = std::make_shared<std::promise<std::thread::id>>();
+    auto future = ranOn->get_future();
+    SerialQueue queue;
+    {
+        const ThreadShortage shortage;
+        queue.post([=] { ranOn->set_value(std::this_thread::get_id()); });
+        SerialQueue other;
+        other.postAndWait([] {}); // hangs unless it runs here
+        future.wait_for(30ms);    // the next attempts fail, too
+    }
+    ASSERT_EQ(future.wait_for(20s), std::future_status::ready);
+    EXPECT_NE(future.get(), std::this_thread::get_id());
 }
 
 TEST(SerialQueueTest, JobsRunEvenIfTheQueueIsDestroyedFirst)

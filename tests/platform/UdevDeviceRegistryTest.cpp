@@ -62,8 +62,6 @@ TEST_F(UdevDeviceRegistryTest, OnlyTerminalsWithHardwareAreListedAlsoWhereUdevsR
     add("tty", "ttyS1", board, {{"type", "4\n"}}, {{"DEVNAME", "/dev/ttyS1"}});
     const auto devices = UdevDeviceRegistry().devices();
     ASSERT_THAT(namesOf(devices), ElementsAre("ttyS1"));
-    EXPECT_EQ(devices.first()->ttyBaseName, "ttyS");
-    EXPECT_EQ(devices.first()->ttySuffix, "1");
     EXPECT_EQ(devices.first()->dialinDevice, "/dev/ttyS1");
     const QByteArray device =
         add("usb", "1-1", {}, {{"serial", "A 9\n"}}, {{"DEVTYPE", "usb_device"}});
@@ -121,15 +119,12 @@ TEST_F(UdevDeviceRegistryTest, APortReplacedWithinOneWakeUpIsRemovedAndThenAdded
 
 TEST_F(UdevDeviceRegistryTest, AnAdapterIsNamedAfterItsSerialNumberAndASecondOneDoesNotRenameIt)
 {
-    const QByteArray first = plug({"1-1", "SAME"}, {"ttyUSB0"});
+    plug({"1-1", "SAME"}, {"ttyUSB0"});
     UdevDeviceRegistry registry;
     ASSERT_THAT(namesOf(registry.devices()), ElementsAre("usbserial-SAME"));
-    const SerialDeviceHandle device = registry.devices().first();
-    EXPECT_EQ(device->ttyBaseName, "usbserial-");
-    EXPECT_EQ(device->ttySuffix, "SAME");
-    EXPECT_EQ(device->calloutDevice, "/dev/ttyUSB0");
-    EXPECT_EQ(device->dialinDevice, "/dev/serial/by-id/usb-Maker_Model_SAME-if00-port0");
-    EXPECT_EQ(device->clientType, "IOSerialStream");
+    EXPECT_EQ(registry.devices().first()->clientType, "IOSerialStream");
+    EXPECT_EQ(registry.devices().first()->dialinDevice,
+              "/dev/serial/by-id/usb-Maker_Model_SAME-if00-port0");
     RegistryWatcher watcher(registry);
     plug({"1-2", "SAME"}, {"ttyUSB1"});
     EXPECT_EQ(watcher.take(1), Batches({{"+usbserial-1-2"}}));
@@ -137,9 +132,6 @@ TEST_F(UdevDeviceRegistryTest, AnAdapterIsNamedAfterItsSerialNumberAndASecondOne
               "/dev/serial/by-path/pci-0000:00:14.0-usb-0:1-2:1.0-port0")
         << "the link by serial number leads to one of the two only";
     EXPECT_THAT(namesOf(registry.devices()), ElementsAre("usbserial-SAME", "usbserial-1-2"));
-    unplug("1-1", {first});
-    EXPECT_EQ(watcher.take(1), Batches({{"-usbserial-SAME"}}));
-    EXPECT_THAT(namesOf(registry.devices()), ElementsAre("usbserial-1-2"));
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// exitwithopenport TERMINAL return|exit|without-manager: opens the terminal, sends "open" there,
-// and when something comes back, ends in that way with the port open.
+// exitwithopenport TERMINAL return|exit|without-manager: opens the terminal, sends "open", and when
+// something comes back, ends in that way with the port open.
 #include "serial/ORSSerialPortManager.h"
 #include "tests/support/TestRegistry.h"
 
@@ -12,22 +12,19 @@ namespace {
 // Lives until the static objects are destroyed.
 ORSSerialPortPtr openPort;
 
-class EndingDelegate final : public ORSSerialPortDelegate
+struct EndingDelegate final : ORSSerialPortDelegate
 {
-public:
-    explicit EndingDelegate(bool exits) : m_exits(exits) {}
-    void serialPortWasRemovedFromSystem(ORSSerialPort &) override {}
+    void serialPortWasRemovedFromSystem(ORSSerialPort &port) override { port.sendData("removed"); }
     void serialPortDidReceiveData(ORSSerialPort &, const QByteArray &) override
     {
-        if (m_exits)
+        if (exits)
             std::exit(0); // out of the running event loop
         QCoreApplication::quit();
     }
-    // That there is this method makes the port's thread wait for the main thread.
+    // Makes the port's thread wait for the main thread.
     void serialPortWasClosed(ORSSerialPort &) override {}
 
-private:
-    const bool m_exits;
+    bool exits = false;
 };
 
 } // namespace
@@ -35,18 +32,17 @@ private:
 int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
-    const QStringList arguments = QCoreApplication::arguments();
-    vorn::SerialDevice device;
-    device.calloutDevice = arguments.value(1);
-    const QString way = arguments.value(2);
-    EndingDelegate delegate(way == u"exit");
+    const auto device = std::make_shared<vorn::SerialDevice>();
+    device->calloutDevice = QCoreApplication::arguments().value(1);
+    const QString way = QCoreApplication::arguments().value(2);
+    EndingDelegate delegate;
+    delegate.exits = way == u"exit";
 
     if (way == u"without-manager") {
-        openPort =
-            ORSSerialPort::serialPortWithDevice(std::make_shared<vorn::SerialDevice>(device));
+        openPort = ORSSerialPort::serialPortWithDevice(device);
     } else {
-        vorn::SerialDeviceRegistry::setSystem(std::make_unique<vorn::TestRegistry>(
-            vorn::SerialDeviceRegistry::Devices{std::make_shared<vorn::SerialDevice>(device)}));
+        vorn::SerialDeviceRegistry::setSystem(
+            std::make_unique<vorn::TestRegistry>(vorn::SerialDeviceRegistry::Devices{device}));
         openPort = ORSSerialPortManager::sharedSerialPortManager().availablePorts().first();
     }
     openPort->setDelegate(&delegate);

@@ -1,14 +1,87 @@
-#include "tests/serial/RecordingDelegate.h"
-#include "tests/support/MockedUdev.h"
+// Modem lines and output queue of an adapter, which a pseudo-terminal does not have: ioctl() below
+// answers in the adapter's place.
+#include "tests/serial/SerialPortFixture.h"
 
 #include <gmock/gmock.h>
 
 #include <linux/serial.h>
 #include <sys/ioctl.h>
+#include <sys/syscall.h>
 
 #include <atomic>
+#include <cstdarg>
 #include <limits>
-#include <mutex>
+#include <thread>
+
+namespace {
+
+struct Adapter
+{
+    std::atomic<int> lines = TIOCM_DTR | TIOCM_RTS; // the kernel raises both when a terminal opens
+    std::vector<int> linesSet;                      // by each TIOCMSET; main thread only
+    std::atomic<int> polls = 0;
+    std::atomic<int> failures = 0; // how many more polls fail, and with which error
+    std::atomic<int> error = 0;
+    std::atomic<bool> hangs = false; // then polls do not return
+    std::atomic<bool> isHung = false;
+    // How many more queries report output in the driver (every query, if negative), and then in the
+    // adapter.
+    std::atomic<int> inDriver = 0;
+    std::atomic<int> inAdapter = 0;
+    std::atomic<int> serialFlags = 0;
+
+    // 0 or an errno; -1 for a request that the pseudo-terminal answers.
+    int answer(unsigned long request, void *argument)
+    {
+        const auto number = static_cast<int *>(argument);
+        const auto serial = static_cast<serial_struct *>(argument);
+        switch (request) {
+        case TIOCMGET:
+            ++polls;
+            while ((isHung = hangs.load()))
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            *number = lines;
+            return failures > 0 && failures-- > 0 ? error.load() : 0;
+        case TIOCMSET:
+            linesSet.push_back(lines = *number);
+            return 0;
+        case TIOCOUTQ:
+            *number = inDriver > 0 ? inDriver-- : -inDriver;
+            return 0;
+        case TIOCSERGETLSR:
+            *number = inAdapter > 0 && inAdapter-- > 0 ? 0 : TIOCSER_TEMT;
+            return 0;
+        case TIOCGSERIAL:
+            *serial = {};
+            serial->flags = serialFlags;
+            return 0;
+        case TIOCSSERIAL:
+            serialFlags = serial->flags;
+            return 0;
+        default:
+            return -1;
+        }
+    }
+};
+
+std::atomic<Adapter *> plugged = nullptr;
+
+} // namespace
+
+// In place of the C library's.
+extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept
+{
+    va_list arguments;
+    va_start(arguments, request);
+    void *const argument = va_arg(arguments, void *);
+    va_end(arguments);
+    Adapter *const adapter = plugged;
+    const int error = adapter ? adapter->answer(request, argument) : -1;
+    if (error < 0)
+        return static_cast<int>(::syscall(SYS_ioctl, descriptor, request, argument));
+    errno = error;
+    return error == 0 ? 0 : -1;
+}
 
 namespace vorn {
 namespace {
@@ -17,184 +90,78 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 using testing::ElementsAre;
 
-// A serial adapter with modem lines: a mocked device node whose ioctls this object answers on a
-// thread of the test bed.
-class MockedAdapter : MockedUdev
-{
-public:
-    MockedAdapter()
-    {
-        g_signal_connect(m_ioctls.get(), "handle-ioctl", G_CALLBACK(&MockedAdapter::handle), this);
-        EXPECT_TRUE(umockdev_testbed_add_from_string(
-            m_testbed.get(), "P: /devices/ttyUSB0\nN: ttyUSB0\nE: SUBSYSTEM=tty\n", nullptr));
-        EXPECT_TRUE(umockdev_testbed_attach_ioctl(m_testbed.get(), "/dev/ttyUSB0", m_ioctls.get(),
-                                                  nullptr));
-    }
-    ~MockedAdapter() { umockdev_testbed_detach_ioctl(m_testbed.get(), "/dev/ttyUSB0", nullptr); }
-
-    static SerialDeviceHandle device()
-    {
-        SerialDevice device;
-        device.calloutDevice = "/dev/ttyUSB0";
-        return std::make_shared<SerialDevice>(device);
-    }
-
-    // TIOCM_*; the system raises DTR and RTS when it opens a terminal.
-    std::atomic<int> lines = TIOCM_DTR | TIOCM_RTS;
-    // How many more times reading the lines fails, and with which error.
-    std::atomic<int> failures = 0;
-    std::atomic<int> error = 0;
-    // How many more queries report output in the driver (every query, if it stands still) and in
-    // the adapter.
-    std::atomic<int> inDriver = 0;
-    std::atomic<bool> standsStill = false;
-    std::atomic<int> inAdapter = 0;
-    std::atomic<int> outputQueries = 0;
-    std::atomic<int> serialFlags = 0;
-
-    // The lines of each TIOCMSET so far.
-    std::vector<int> takeSettings()
-    {
-        const std::lock_guard lock(m_mutex);
-        return std::exchange(m_settings, {});
-    }
-
-private:
-    static gboolean handle(UMockdevIoctlBase *, UMockdevIoctlClient *client, gpointer self)
-    {
-        return static_cast<MockedAdapter *>(self)->answer(client);
-    }
-
-    // The memory to which the ioctl's argument points.
-    template <typename Record>
-    static std::unique_ptr<UMockdevIoctlData, decltype(&g_object_unref)>
-    memory(UMockdevIoctlClient *client)
-    {
-        UMockdevIoctlData *argument = umockdev_ioctl_client_get_arg(client);
-        return {umockdev_ioctl_data_resolve(argument, 0, sizeof(Record), nullptr), &g_object_unref};
-    }
-    template <typename Record>
-    static void put(UMockdevIoctlClient *client, Record record)
-    {
-        umockdev_ioctl_data_update(memory<Record>(client).get(), 0,
-                                   reinterpret_cast<guint8 *>(&record), sizeof record);
-    }
-    template <typename Record>
-    static Record get(UMockdevIoctlClient *client)
-    {
-        Record record;
-        std::memcpy(&record, memory<Record>(client)->data, sizeof record);
-        return record;
-    }
-
-    gboolean answer(UMockdevIoctlClient *client)
-    {
-        const std::lock_guard lock(m_mutex);
-        int failure = 0;
-        int result = 0;
-        switch (umockdev_ioctl_client_get_request(client)) {
-        case TIOCMGET:
-            if (failures > 0) {
-                --failures;
-                failure = error;
-            } else
-                put<int>(client, lines);
-            break;
-        case TIOCMSET:
-            lines = get<int>(client);
-            m_settings.push_back(lines);
-            break;
-        case TIOCOUTQ:
-            ++outputQueries;
-            put(client, standsStill ? inDriver.load() : inDriver > 0 ? inDriver-- : 0);
-            break;
-        case TIOCSERGETLSR:
-            ++outputQueries;
-            put<unsigned>(client, inAdapter-- > 0 ? 0 : TIOCSER_TEMT);
-            break;
-        case TIOCGSERIAL: {
-            serial_struct serial{};
-            serial.flags = serialFlags;
-            put(client, serial);
-            break;
-        }
-        case TIOCSSERIAL:
-            serialFlags = get<serial_struct>(client).flags;
-            break;
-        default: // the pseudo-terminal behind the node answers
-            result = umockdev_ioctl_client_execute(client, &failure, nullptr);
-        }
-        umockdev_ioctl_client_complete(client, failure == 0 ? result : -1, failure);
-        return TRUE;
-    }
-
-    std::mutex m_mutex;
-    std::vector<int> m_settings;
-    const std::unique_ptr<UMockdevIoctlBase, decltype(&g_object_unref)> m_ioctls{
-        umockdev_ioctl_base_new(), &g_object_unref};
-};
-
-class ModemLinesTest : public testing::Test
+class ModemLines : public SerialPortFixture
 {
 protected:
-    void SetUp() override { m_port->setDelegate(&m_delegate); }
+    void SetUp() override
+    {
+        SerialPortFixture::SetUp();
+        m_opened = {"opened"};
+        m_delegate.hangsUp = false;
+        plugged = &m_adapter;
+    }
     void TearDown() override
     {
         m_port->close();
         EXPECT_TRUE(eventually([&] { return !m_port->isOpen(); }));
-    }
-    void openPort()
-    {
-        m_port->open();
-        m_delegate.expect({"opened"});
+        plugged = nullptr;
     }
 
-    MockedAdapter m_adapter;
-    ORSSerialPortPtr m_port = ORSSerialPort::serialPortWithDevice(MockedAdapter::device());
-    RecordingDelegate m_delegate;
+    Adapter m_adapter;
 };
 
-TEST_F(ModemLinesTest, BothOutputsAreSetAtOnceWhenThePortOpensAndEachWhenItChanges)
+TEST_F(ModemLines, BothOutputsAreSetAtOnceWhenThePortOpensAndEachWhenItChanges)
 {
     m_adapter.lines = TIOCM_DTR | TIOCM_RTS | TIOCM_CTS;
     m_port->setDTR(true);
     openPort();
-    EXPECT_THAT(m_adapter.takeSettings(), ElementsAre(TIOCM_DTR | TIOCM_CTS));
     m_port->setRTS(true);
     m_port->setRTS(true);
     m_port->setRTS(false);
     m_port->setDTR(false);
-    EXPECT_THAT(m_adapter.takeSettings(),
-                ElementsAre(TIOCM_DTR | TIOCM_CTS | TIOCM_RTS, TIOCM_DTR | TIOCM_CTS, TIOCM_CTS));
+    EXPECT_THAT(m_adapter.linesSet,
+                ElementsAre(TIOCM_DTR | TIOCM_CTS, TIOCM_DTR | TIOCM_CTS | TIOCM_RTS,
+                            TIOCM_DTR | TIOCM_CTS, TIOCM_CTS));
     EXPECT_TRUE(m_delegate.take().isEmpty());
 }
 
-TEST_F(ModemLinesTest, ObserversSeeEachInputChangeOnTheMainThread)
+TEST_F(ModemLines, EachInputChangeIsSignalledOnTheMainThread)
 {
     QByteArrayList seen;
     const auto observe = [&](auto changed, auto isOn, const char *name) {
-        QObject::connect(m_port.get(), changed, m_port.get(),
-                         [&seen, port = m_port.get(), isOn, name] {
-                             EXPECT_TRUE(MainQueue::instance().isCurrent());
-                             seen += QByteArray(name) + ((port->*isOn)() ? "+" : "-");
-                         });
+        QObject::connect(m_port.get(), changed, m_port.get(), [&, isOn, name] {
+            EXPECT_TRUE(MainQueue::instance().isCurrent());
+            seen += QByteArray(name) + ((*m_port.*isOn)() ? "+" : "-");
+        });
     };
     observe(&ORSSerialPort::CTSChanged, &ORSSerialPort::CTS, "CTS");
     observe(&ORSSerialPort::DSRChanged, &ORSSerialPort::DSR, "DSR");
     observe(&ORSSerialPort::DCDChanged, &ORSSerialPort::DCD, "DCD");
-    const auto expectSeen = [&](int lines, const QByteArrayList &expected) {
+    openPort();
+    const QList<QPair<int, QByteArrayList>> rows = {
+        {TIOCM_CAR | TIOCM_DSR | TIOCM_CTS, {"CTS+", "DSR+", "DCD+"}},
+        {TIOCM_CAR | TIOCM_CTS | TIOCM_RI, {"DSR-"}},
+        {0, {"CTS-", "DCD-"}},
+        {TIOCM_DSR, {"DSR+"}},
+    };
+    for (const auto &[lines, expected] : rows) {
         m_adapter.lines = lines;
         EXPECT_TRUE(eventually([&] { return seen.size() >= expected.size(); }));
         EXPECT_EQ(std::exchange(seen, {}), expected);
-    };
-    openPort();
-    expectSeen(TIOCM_CAR | TIOCM_DSR | TIOCM_CTS, {"CTS+", "DSR+", "DCD+"});
-    expectSeen(TIOCM_CAR | TIOCM_CTS | TIOCM_RI, {"DSR-"});
-    expectSeen(0, {"CTS-", "DCD-"});
-    expectSeen(TIOCM_DSR, {"DSR+"});
+    }
 }
 
-TEST_F(ModemLinesTest, AFailedPollOfAGoneDeviceClosesThePort)
+TEST_F(ModemLines, InputsArePolledEvery10Milliseconds)
+{
+    openPort();
+    m_adapter.polls = 0;
+    const auto begin = Clock::now();
+    EXPECT_TRUE(eventually([&] { return m_adapter.polls >= 21; }));
+    EXPECT_GE(Clock::now() - begin, milliseconds(190));
+    EXPECT_LT(Clock::now() - begin, milliseconds(1500)); // on a busy machine
+}
+
+TEST_F(ModemLines, AFailedPollOfAGoneDeviceClosesThePort)
 {
     for (const int error : {ENXIO, EIO, ENODEV}) {
         openPort();
@@ -205,7 +172,7 @@ TEST_F(ModemLinesTest, AFailedPollOfAGoneDeviceClosesThePort)
     }
 }
 
-TEST_F(ModemLinesTest, ASingleFailedTransferIsNotARemoval)
+TEST_F(ModemLines, ASingleFailedTransferIsNotARemoval)
 {
     openPort();
     m_adapter.error = EIO;
@@ -216,7 +183,22 @@ TEST_F(ModemLinesTest, ASingleFailedTransferIsNotARemoval)
     EXPECT_TRUE(m_port->isOpen());
 }
 
-TEST_F(ModemLinesTest, ClosingWaitsForOutputWhileItMovesAndRestoresTheLatency)
+// The kernel waits up to 5 s for an adapter that does not answer.
+TEST_F(ModemLines, APollThatHangsDelaysNoBytesAndTheTerminalIsNotClosedUnderIt)
+{
+    openPort();
+    m_adapter.hangs = true;
+    EXPECT_TRUE(eventually([&] { return m_adapter.isHung.load(); }));
+    m_terminal.send("x");
+    m_delegate.expect({"data x"});
+    m_port->close();
+    runEventLoopFor(milliseconds(20));
+    EXPECT_TRUE(holdsTerminal());
+    m_adapter.hangs = false;
+    m_delegate.expect({"closed"});
+}
+
+TEST_F(ModemLines, ClosingWaitsForOutputWhileItMovesAndRestoresTheLatency)
 {
     openPort();
     EXPECT_EQ(m_adapter.serialFlags, ASYNC_LOW_LATENCY);
@@ -224,15 +206,14 @@ TEST_F(ModemLinesTest, ClosingWaitsForOutputWhileItMovesAndRestoresTheLatency)
     m_adapter.inAdapter = 4;
     m_port->close();
     m_delegate.expect({"closed"});
-    EXPECT_EQ(m_adapter.outputQueries, 300 + 2 * (4 + 1));
+    EXPECT_EQ(m_adapter.inDriver + m_adapter.inAdapter, 0);
     EXPECT_EQ(m_adapter.serialFlags, 0);
 }
 
-TEST_F(ModemLinesTest, ClosingWaitsASecondForOutputThatDoesNotMove)
+TEST_F(ModemLines, ClosingWaitsASecondForOutputThatDoesNotMove)
 {
     openPort();
-    m_adapter.inDriver = 1;
-    m_adapter.standsStill = true;
+    m_adapter.inDriver = -1;
     const auto begin = Clock::now();
     m_port->close();
     EXPECT_TRUE(m_port->isOpen());

@@ -1,18 +1,16 @@
 #include "platform/NotificationCenter.h"
 #include "serial/ORSSerialPortManager.h"
-#include "tests/serial/RecordingDelegate.h"
+#include "tests/serial/SerialPortFixture.h"
 #include "tests/support/TestRegistry.h"
-#include "tests/support/TestTerminal.h"
 
 #include <QProcess>
 
-#include <gmock/gmock.h>
+#include <array>
 
 namespace vorn {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
+using Devices = SerialDeviceRegistry::Devices;
 
 SerialDeviceHandle deviceAt(const char *path)
 {
@@ -21,109 +19,93 @@ SerialDeviceHandle deviceAt(const char *path)
     return std::make_shared<SerialDevice>(device);
 }
 
+QStringList paths(const ORSSerialPortList &ports)
+{
+    QStringList all;
+    for (const ORSSerialPortPtr &port : ports)
+        all.append(port->path());
+    return all;
+}
+
 // There is one manager in a process, so the tests share it and its registry, whose devices at the
-// start are A and B; each test leaves it so.
+// start are A and B; each test restores that.
 class SerialPortManagerTest : public testing::Test
 {
 protected:
     static inline const SerialDeviceHandle kA = deviceAt("A");
     static inline const SerialDeviceHandle kB = deviceAt("B");
-    static inline const SerialDeviceHandle kC = deviceAt("C");
+    static inline TestRegistry *s_registry = nullptr;
 
-    static TestRegistry &registry()
+    static void SetUpTestSuite()
     {
-        static TestRegistry *const installed = [] {
-            auto own = std::make_unique<TestRegistry>(TestRegistry::Devices{kA, kB});
-            TestRegistry *const borrowed = own.get();
-            SerialDeviceRegistry::setSystem(std::move(own));
-            return borrowed;
-        }();
-        return *installed;
+        auto registry = std::make_unique<TestRegistry>(Devices{kA, kB});
+        s_registry = registry.get();
+        SerialDeviceRegistry::setSystem(std::move(registry));
     }
-
-    static std::vector<std::string> paths(const ORSSerialPortList &ports)
-    {
-        std::vector<std::string> all;
-        for (const ORSSerialPortPtr &port : ports)
-            all.push_back(port->path().toStdString());
-        return all;
-    }
-    std::vector<std::string> available() const { return paths(m_manager.availablePorts()); }
-    ORSSerialPortPtr portAt(const QString &path) const
-    {
-        for (const ORSSerialPortPtr &port : m_manager.availablePorts()) {
-            if (port->path() == path)
-                return port;
-        }
-        return nullptr;
-    }
-
     void SetUp() override
     {
-        ASSERT_THAT(available(), ElementsAre("A", "B"));
-        const auto keep = [this](const QString &name, const QString &key) {
+        ASSERT_EQ(available(), (QStringList{"A", "B"}));
+        for (const auto &[name, key] :
+             {std::pair(ORSSerialPortWasConnectedNotification, ORSConnectedSerialPortsKey),
+              {ORSSerialPortWasDisconnectedNotification, ORSDisconnectedSerialPortsKey}})
             NotificationCenter::defaultCenter().addObserver(
-                &m_observer, name, [this, key](const QVariantMap &userInfo) {
-                    m_told.append(userInfo.value(key).value<ORSSerialPortList>());
+                &m_observer, name, [this, itsKey = key](const QVariantMap &userInfo) {
+                    m_notified.append(userInfo.value(itsKey).value<ORSSerialPortList>());
                 });
-        };
-        keep(ORSSerialPortWasConnectedNotification, ORSConnectedSerialPortsKey);
-        keep(ORSSerialPortWasDisconnectedNotification, ORSDisconnectedSerialPortsKey);
-    }
-    // The ports of the one notification since the last time.
-    ORSSerialPortList takeTold()
-    {
-        EXPECT_EQ(m_told.size(), 1);
-        return std::exchange(m_told, {}).value(0);
     }
 
-    ORSSerialPortManager &m_manager = (registry(), ORSSerialPortManager::sharedSerialPortManager());
-    QList<ORSSerialPortList> m_told;
+    QStringList available() const { return paths(m_manager.availablePorts()); }
+    // The ports of the one notification since the last call.
+    ORSSerialPortList takeNotified()
+    {
+        EXPECT_EQ(m_notified.size(), 1);
+        return std::exchange(m_notified, {}).value(0);
+    }
+
+    ORSSerialPortManager &m_manager = ORSSerialPortManager::sharedSerialPortManager();
+    QList<ORSSerialPortList> m_notified;
     QObject m_observer;
 };
 
-TEST_F(SerialPortManagerTest, ABatchIsToldAsOneAndListedBehindTheOthersUnlessItIsListedAlready)
+TEST_F(SerialPortManagerTest, NewDevicesAreNotifiedTogetherAndListedOnceBehindTheOthers)
 {
-    registry().plug({kC, deviceAt("D")});
-    EXPECT_THAT(available(), ElementsAre("A", "B", "C", "D"));
-    const ORSSerialPortList connected = takeTold();
-    EXPECT_THAT(paths(connected), ElementsAre("C", "D"));
-    registry().plug({deviceAt("C")});
-    EXPECT_THAT(takeTold(), IsEmpty());
-    EXPECT_THAT(available(), ElementsAre("A", "B", "C", "D"));
-    EXPECT_EQ(connected.first(), portAt("C")) << "the very ports that are listed are told";
-    registry().unplug({deviceAt("D"), kC});
-    EXPECT_THAT(available(), ElementsAre("A", "B"));
-    EXPECT_THAT(paths(takeTold()), ElementsAre("D", "C"));
+    s_registry->plug({deviceAt("C"), deviceAt("D")});
+    EXPECT_EQ(available(), (QStringList{"A", "B", "C", "D"}));
+    EXPECT_EQ(takeNotified(), m_manager.availablePorts().sliced(2)) << "the same port objects";
+    s_registry->plug({deviceAt("C")});
+    EXPECT_EQ(takeNotified(), ORSSerialPortList());
+    EXPECT_EQ(available(), (QStringList{"A", "B", "C", "D"}));
+    s_registry->unplug({deviceAt("D"), deviceAt("C")});
+    EXPECT_EQ(available(), (QStringList{"A", "B"}));
+    EXPECT_EQ(paths(takeNotified()), (QStringList{"D", "C"}));
 }
 
-TEST_F(SerialPortManagerTest, ARemovalIsToldWithNewPortsAlsoOfADeviceThatWasNeverListed)
+TEST_F(SerialPortManagerTest, RemovedDevicesAreNotifiedWithNewPortsEvenIfNeverListed)
 {
-    const ORSSerialPortPtr listed = portAt("B");
+    const ORSSerialPortPtr listed = m_manager.availablePorts().at(1);
     RecordingDelegate delegate;
     listed->setDelegate(&delegate);
-    registry().unplug({kB, deviceAt("Z")});
-    EXPECT_THAT(available(), ElementsAre("A"));
-    const ORSSerialPortList disconnected = takeTold();
-    EXPECT_THAT(paths(disconnected), ElementsAre("B", "Z"));
-    EXPECT_NE(disconnected.first(), listed);
-    EXPECT_TRUE(disconnected.first()->isEqual(*listed));
-    EXPECT_THAT(delegate.take(), IsEmpty()) << "the listed port itself hears of it by its line";
-    registry().plug({kB});
+    s_registry->unplug({kB, deviceAt("Z")});
+    EXPECT_EQ(available(), QStringList("A"));
+    const ORSSerialPortList removed = takeNotified();
+    EXPECT_EQ(paths(removed), (QStringList{"B", "Z"}));
+    EXPECT_NE(removed.value(0), listed);
+    delegate.expect({}); // the port itself learns of it from its line
+    s_registry->plug({kB});
 }
 
 TEST_F(SerialPortManagerTest, OpenPortsAreClosedForSleepAndOpenedAgainInThatOrder)
 {
-    const TestTerminal first;
-    const TestTerminal second;
-    const TestRegistry::Devices devices{first.device(), second.device()};
-    registry().plug(devices);
+    const std::array<TestTerminal, 2> terminals;
+    const Devices devices{terminals[0].device(), terminals[1].device()};
+    s_registry->plug(devices);
+    const ORSSerialPortList ports = m_manager.availablePorts().sliced(2);
+    ASSERT_EQ(ports.size(), 2);
     QByteArrayList opened;
     std::array<RecordingDelegate, 2> delegates;
     for (size_t i = 0; i < 2; ++i) {
-        const ORSSerialPortPtr port = portAt(devices.at(qsizetype(i))->calloutDevice);
-        port->setDelegate(&delegates[i]);
-        port->open();
+        ports[qsizetype(i)]->setDelegate(&delegates[i]);
+        ports[qsizetype(i)]->open();
         delegates[i].expect({"error ENOTTY", "opened"});
         delegates[i].onEvent = [&opened, i](const QByteArray &event) {
             if (event == "opened")
@@ -133,21 +115,19 @@ TEST_F(SerialPortManagerTest, OpenPortsAreClosedForSleepAndOpenedAgainInThatOrde
     m_manager.systemWillSleep();
     delegates[0].expect({"closed"});
     delegates[1].expect({"closed"});
-    EXPECT_THAT(paths(m_manager.portsToReopenAfterSleep()),
-                ElementsAre(first.path().toStdString(), second.path().toStdString()));
+    EXPECT_EQ(m_manager.portsToReopenAfterSleep(), ports);
     m_manager.systemDidWake();
-    EXPECT_THAT(m_manager.portsToReopenAfterSleep(), IsEmpty());
-    EXPECT_TRUE(eventually([&] { return opened.size() == 2; }));
-    EXPECT_EQ(opened, QByteArrayList({"0", "1"}));
-    registry().unplug(devices);
+    EXPECT_EQ(m_manager.portsToReopenAfterSleep(), ORSSerialPortList());
+    EXPECT_TRUE(eventually([&] { return opened == QByteArrayList({"0", "1"}); }));
+    s_registry->unplug(devices);
 }
 
-// A program of its own ends in each of the ways that a program may, with its port open.
+// Another program ends in each of the ways in which a program may, with its port open.
 class ExitWithOpenPortTest : public testing::TestWithParam<const char *>
 {
 };
 
-TEST_P(ExitWithOpenPortTest, PutsTheLineBackAndEndsInPeace)
+TEST_P(ExitWithOpenPortTest, RestoresTheLineAndSucceeds)
 {
     const TestTerminal terminal;
     const termios before = terminal.lineSettings();
@@ -162,13 +142,13 @@ TEST_P(ExitWithOpenPortTest, PutsTheLineBackAndEndsInPeace)
     EXPECT_EQ(program.readAll(), "");
     EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(program.exitCode(), 0);
+    // Otherwise there is no manager, or no delegate any more.
+    EXPECT_EQ(terminal.take(), GetParam() == std::string("exit") ? "removed" : "");
     EXPECT_EQ(terminal.lineSettings().c_cflag, before.c_cflag);
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, ExitWithOpenPortTest,
-                         testing::Values("return", "exit", "without-manager"), [](const auto &way) {
-                             return QByteArray(way.param).replace('-', '_').toStdString();
-                         });
+                         testing::Values("return", "exit", "without-manager"));
 
 } // namespace
 } // namespace vorn

@@ -1,10 +1,9 @@
 #include "serial/ORSSerialRequest.h"
 
 #include <QRegularExpression>
+#include <QUuid>
 
 #include <gtest/gtest.h>
-
-#include <limits>
 
 using namespace std::chrono_literals;
 
@@ -12,30 +11,21 @@ TEST(SerialRequest, JudgesResponsesByItsDescriptor)
 {
     const auto descriptor = std::make_shared<const ORSSerialPacketDescriptor>(QByteArray("OK"));
     const auto described = ORSSerialRequest::requestWithDataToSend("?", {}, 1s, descriptor);
-    EXPECT_EQ(described->responseDescriptor(), descriptor);
-    EXPECT_TRUE(described->dataIsValidResponse("OK"));
-    EXPECT_FALSE(described->dataIsValidResponse("NO"));
-
     const auto tested = ORSSerialRequest::requestWithDataToSend(
-        "?", 5, 1s, [](QByteArrayView data) { return data.startsWith('O'); });
-    EXPECT_EQ(tested->responseDescriptor()->maximumPacketLength(),
-              quint64{std::numeric_limits<qint64>::max()});
-    EXPECT_FALSE(tested->responseDescriptor()->userInfo().isValid());
-    EXPECT_TRUE(tested->dataIsValidResponse("ON"));
-    EXPECT_FALSE(tested->dataIsValidResponse("NO"));
-
+        "?", 5, 1s, [](QByteArrayView data) { return data == "OK"; });
+    for (const auto &request : {described, tested}) {
+        EXPECT_TRUE(request->dataIsValidResponse("OK"));
+        EXPECT_FALSE(request->dataIsValidResponse("NO"));
+    }
+    EXPECT_GE(tested->responseDescriptor()->maximumPacketLength(), quint64{1} << 62);
     EXPECT_TRUE(ORSSerialRequest("?", {}, 1s).dataIsValidResponse("NO"));
 }
 
-TEST(SerialRequest, HasAnIdentityOfItsOwn)
+TEST(SerialRequest, HasAUuidAndADescription)
 {
     const QString one = ORSSerialRequest("?", {}, 1s).UUIDString();
     EXPECT_NE(one, ORSSerialRequest("?", {}, 1s).UUIDString());
     EXPECT_EQ(one, QUuid::fromString(one).toString(QUuid::WithoutBraces));
-}
-
-TEST(SerialRequest, DescribesItself)
-{
     const struct
     {
         QByteArray data;
@@ -46,9 +36,8 @@ TEST(SerialRequest, DescribesItself)
         {QByteArray::fromHex("f401af0007"), "tag", 2s,
          "^<ORSSerialRequest: 0x[0-9a-f]+> data: <f401af00 07> userInfo: tag "
          "timeout interval: 2\\.000000$"},
-        {"", QVariantMap(), 500ms,
-         "^<.*> data: <> userInfo: <QVariantMap> timeout interval: 0\\.500000$"},
-        {{}, {}, -1s, "^<.*> data: \\(null\\) userInfo: \\(null\\) timeout interval: -1\\.000000$"},
+        {{}, QVariantMap(), -1s, "data: \\(null\\) userInfo: <QVariantMap> .*: -1\\.000000$"},
+        {"", {}, 500ms, "data: <> userInfo: \\(null\\) .*: 0\\.500000$"},
     };
     for (const auto &row : rows) {
         const QString text = ORSSerialRequest(row.data, row.userInfo, row.timeout).description();

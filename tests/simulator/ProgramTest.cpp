@@ -2,7 +2,6 @@
 #include "tests/simulator/TestUpdater.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -65,42 +64,34 @@ TEST(Program, RunsADeviceUntilItsUpdatesAreDone)
     const TestUpdater updater(program.next("ready").value("path").toString());
     ASSERT_TRUE(updater.handshake());
     ASSERT_EQ(updater.ask(header(3), 2), kAck.repeated(2));
-    EXPECT_EQ(updater.ask(frame("abc"), 4).toHex(), "55005aaf");
+    EXPECT_EQ(updater.ask(DataFrame("abc"), 4).toHex(), "55005aaf");
 
     const QJsonObject end = program.next("report");
     EXPECT_EQ(end.value("updates"), 1);
-    EXPECT_EQ(end.value("plugged"), true);
     EXPECT_EQ(end.value("errorCount"), 0);
     EXPECT_GE(end.value("download").toObject().value("dataReleasedAfterMs").toDouble(), 150);
     EXPECT_EQ(program.endedWith(), 0);
     EXPECT_EQ(contentOf(image), "abc");
     EXPECT_EQ(QJsonDocument::fromJson(contentOf(report)).object().value("model"), 2);
-    EXPECT_FALSE(QFileInfo(directory.filePath("usbserial-1")).isSymLink());
+    EXPECT_EQ(QFile::symLinkTarget(directory.filePath("usbserial-1")), "");
 }
 
-TEST(Program, ReplaysTheTranscriptInALogAndBeginsAgainWithTheOtherSide)
+TEST(Program, ReplaysALogAndBeginsAgainWithTheOtherSide)
 {
-    const QTemporaryDir directory;
-    QFile log(directory.filePath("log"));
-    ASSERT_TRUE(log.open(QIODevice::WriteOnly));
-    log.write(
-        "Vorn updater\n12:00:01.000000 > F4\n0.000000 RTS high\n0.020514 > F4\r\n"
-        "0.120514 < AF\n0.120600 > 03 01 FE FC\n0.120700 < AF 00 00 08\n0.120800 > (4 bytes)\n"
-        "0.220800 gone\n0.220900 > f4\n");
-    log.close();
-    Vornsim program({"device", "--replay", log.fileName()});
+    Vornsim program({"device", "--replay", VORN_TRANSCRIPTS "/refused-in-the-data.txt"});
     const TestUpdater updater(program.next("ready").value("path").toString());
-    for (const QByteArray &connect : {kConnect, kVersion}) { // the second one differs
-        const auto begin = std::chrono::steady_clock::now();
-        EXPECT_EQ(updater.ask(kSync), kAck);
-        EXPECT_GE(std::chrono::steady_clock::now() - begin, 100ms);
-        EXPECT_EQ(updater.ask(connect, 4).toHex(), "af000008");
-    }
-    EXPECT_EQ(updater.ask(kVersion), "") << "the terminal hangs up";
+    ASSERT_TRUE(updater.handshake());
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(updater.ask(header(600), 2), kAck.repeated(2));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, 150ms) << "as long as was recorded";
+    for (const QByteArray &answer : {kAck, kNak})
+        EXPECT_EQ(updater.ask(DataFrame(QByteArray(250, 'x'))), answer) << "of another image";
+    EXPECT_TRUE(updater.handshake()) << "at the end";
+    EXPECT_TRUE(updater.handshake()) << "in the middle";
     program.terminate();
     EXPECT_EQ(
         program.next("report").value("replay").toObject(),
-        QJsonObject({{"entries", 6}, {"replayed", 6}, {"complete", true}, {"differences", 1}}));
+        QJsonObject({{"entries", 14}, {"replayed", 14}, {"complete", true}, {"differences", 2}}));
     EXPECT_EQ(program.endedWith(), 0);
 }
 
@@ -111,20 +102,16 @@ TEST(Program, ServesAPackageAsAskedForAndReportsWhatItServed)
     Vornsim program({"package-server", "--ca-file", authority, "--declared-length", "1099511627776",
                      "--cut-at", "5000", "--garbage-headers", "--header", "X-Mine: 1"});
     const QJsonObject ready = program.next("ready");
-    EXPECT_THAT(ready.value("host").toString().toStdString(), testing::StartsWith("127.0.0.1:"));
     EXPECT_EQ(ready.value("ca").toString(), authority);
     EXPECT_TRUE(contentOf(authority).startsWith("-----BEGIN CERTIFICATE-----"));
 
     // Over the port without TLS; package downloads are tested over the other one.
+    QTcpSocket socket;
+    socket.connectToHost("127.0.0.1", static_cast<quint16>(ready.value("plainPort").toInt()));
+    socket.write("GET /software/VornUpdate2.zip HTTP/1.1\r\nHost: here\r\n\r\n");
     QByteArray got;
-    for (const char *path : {"/other", "/software/VornUpdate2.zip"}) {
-        QTcpSocket socket;
-        socket.connectToHost("127.0.0.1", static_cast<quint16>(ready.value("plainPort").toInt()));
-        socket.write(QByteArray("GET ") + path + " HTTP/1.1\r\nHost: here\r\n\r\n");
-        while (socket.waitForReadyRead(kLimitMs))
-            got += socket.readAll();
-    }
-    EXPECT_TRUE(got.startsWith("HTTP/1.1 404 "));
+    while (socket.waitForReadyRead(kLimitMs))
+        got += socket.readAll();
     for (const char *line : {"HTTP/1.1 200 OK", "Content-Length: 1099511627776", "X-Mine: 1",
                              "this line has no colon", "Content-Type: application/zip"})
         EXPECT_TRUE(got.contains(QByteArray(line) + "\r\n")) << line;
@@ -132,15 +119,11 @@ TEST(Program, ServesAPackageAsAskedForAndReportsWhatItServed)
 
     program.terminate();
     const QJsonObject report = program.next("report");
-    EXPECT_EQ(report.value("plainConnections"), 2);
+    EXPECT_EQ(report.value("plainConnections"), 1);
     const QJsonArray requests = report.value("requests").toArray();
-    ASSERT_EQ(requests.size(), 2);
-    EXPECT_EQ(requests[1].toObject(), QJsonObject({{"method", "GET"},
-                                                   {"target", "/software/VornUpdate2.zip"},
-                                                   {"secure", false},
-                                                   {"status", 200},
-                                                   {"bodyBytes", 5000},
-                                                   {"end", "complete"}}));
+    ASSERT_EQ(requests.size(), 1);
+    EXPECT_EQ(requests[0].toObject().value("bodyBytes"), 5000);
+    EXPECT_EQ(requests[0].toObject().value("end"), "complete");
     EXPECT_EQ(program.endedWith(), 0);
 }
 
@@ -164,6 +147,10 @@ TEST(Program, ExplainsEachMistakeAndEndsWithItsStatus)
           {"device --modle 3", "modle", 2},
           {"device now", "\"now\" is not an option", 2},
           {"device --model 256", "\"256\" is not a number from 0 to 255", 2},
+          {"device --fault connect=refuse,often=1", "the form is STEP=KIND", 2},
+          {"device --fault conect=refuse", "the steps are sync, connect", 2},
+          {"device --fault frame:0=refuse", "takes a number from 1 on", 2},
+          {"device --fault connect=late", "takes milliseconds", 2},
           {"device --fault connect=nothing", "the kinds are silence, refuse", 2},
           {"device --fault erase=silence --model 1", "only model codes from 2 on", 2},
           {"device --split 1,4", "only the four bytes", 2},

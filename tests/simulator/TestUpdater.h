@@ -2,6 +2,7 @@
 
 #include "platform/FileDescriptor.h"
 #include "simulator/SimulatedDevice.h"
+#include "update/Frames.h"
 
 #include <QByteArray>
 #include <QFile>
@@ -15,28 +16,17 @@
 
 #include <algorithm>
 #include <array>
-#include <functional>
-#include <numeric>
 
 namespace vorn::test {
 
 using namespace std::chrono_literals;
 
-inline QByteArray frame(const QByteArray &body)
+inline QByteArray header(qsizetype length)
 {
-    const QByteArray bytes = static_cast<char>(body.size() + 1) + body;
-    return bytes + std::accumulate(bytes.begin(), bytes.end(), '\0', std::bit_xor<char>());
-}
-
-inline QByteArray header(qsizetype length, quint32 address = 0x08001800)
-{
-    return frame(QByteArray::fromHex(QString::asprintf("%08x%08llx", address, length).toLatin1()));
+    return DownloadHeader(0x08001800, static_cast<quint32>(length));
 }
 
 inline const QByteArray kSync = QByteArray::fromHex("f4");
-inline const QByteArray kConnect = QByteArray::fromHex("0301fefc");
-inline const QByteArray kVersion = QByteArray::fromHex("0302fdfc");
-inline const QByteArray kDownload = QByteArray::fromHex("0303fcfc");
 inline const QByteArray kAck = QByteArray::fromHex("af");
 inline const QByteArray kNak = QByteArray::fromHex("fc");
 
@@ -78,8 +68,8 @@ public:
     // The sync byte and the commands up to the download command; whether all were acknowledged.
     bool handshake() const
     {
-        return ask(kSync) == kAck && ask(kConnect, 4).startsWith(kAck) && ask(kVersion) == kAck &&
-               ask(kDownload) == kAck;
+        return ask(kSync) == kAck && ask(CmdConnect(), 4).startsWith(kAck) &&
+               ask(CmdQueryVersion()) == kAck && ask(CmdDownload()) == kAck;
     }
 
     // A whole update of a device that does not erase; whether each frame was acknowledged.
@@ -87,8 +77,8 @@ public:
     {
         bool good = handshake() && ask(header(length)) == kAck;
         for (; good && length >= 250; length -= 250)
-            good = ask(frame(QByteArray(250, 'x'))) == kAck;
-        return good && ask(frame(QByteArray(length, 'x'))) == kAck;
+            good = ask(DataFrame(QByteArray(250, 'x'))) == kAck;
+        return good && ask(DataFrame(QByteArray(length, 'x'))) == kAck;
     }
 
 private:

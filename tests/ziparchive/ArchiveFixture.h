@@ -13,7 +13,7 @@
 
 #include <memory>
 
-// What a ZipArchive said and asked.
+// Records what a ZipArchive reports and asks.
 struct Listener : ZipArchiveDelegate
 {
     void ErrorMessage(const QString &msg) override { errors.append(msg); }
@@ -28,7 +28,7 @@ struct Listener : ZipArchiveDelegate
     bool answer = true;
 };
 
-// A folder of its own for each test, with "out" in it to unpack into.
+// Each test has its own folder, with "out" in it to unpack into.
 class ArchiveTest : public ::testing::Test
 {
 protected:
@@ -37,8 +37,7 @@ protected:
     QString path(const QString &name) const { return m_folder.filePath(name); }
     QString out() const { return path("out"); }
 
-    // Runs a tool in the test's folder; its output when it succeeds. A tool that is missing or
-    // fails fails the test.
+    // Runs a tool in the test's folder, which must succeed; returns its output.
     QByteArray run(const QString &tool, const QStringList &arguments) const
     {
         QProcess process;
@@ -47,12 +46,11 @@ protected:
         process.start(tool, arguments);
         EXPECT_TRUE(process.waitForFinished(60'000)) << qPrintable(tool);
         QByteArray output = process.readAll();
-        EXPECT_EQ(process.exitCode(), 0) << qPrintable(tool + u' ' + arguments.join(u' ')) << "\n"
-                                         << output.constData();
+        EXPECT_EQ(process.exitCode(), 0) << qPrintable(arguments.join(u' ')) << output.constData();
         return output;
     }
 
-    // The archives of make_archives.py; beside them "outside", where an absolute path leads.
+    // The archives of make_archives.py, and beside them "outside", where an absolute path leads.
     static QString made()
     {
         static const QTemporaryDir folder;

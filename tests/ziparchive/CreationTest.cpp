@@ -21,7 +21,7 @@ protected:
     }
 };
 
-TEST_F(Creation, IsReadByUnzipSevenZipPythonBsdtarAndItself)
+TEST_F(Creation, IsReadByUnzipPythonAndItself)
 {
     const Tree contents = {{"a/text.txt", QByteArray("text ").repeated(50'000)},
                            {"empty.bin", ""},
@@ -30,21 +30,17 @@ TEST_F(Creation, IsReadByUnzipSevenZipPythonBsdtarAndItself)
     for (const auto &[password, level] :
          {std::pair(QString(), -1), {{}, 0}, {"secret", -1}, {"se cret!", 9}}) {
         SCOPED_TRACE(testing::Message() << qPrintable(password) << level);
-        ASSERT_TRUE(m_archive.CreateZipFile2(path("a.zip"), password));
         m_archive.setCompression(level);
+        bool appends = false;
         for (auto it = contents.begin(); it != contents.end(); ++it) {
-            // Half of them in a second go.
-            if (it.key() == "empty.bin") {
-                ASSERT_TRUE(m_archive.CloseZipFile2());
-                ASSERT_TRUE(m_archive.CreateZipFile2(path("a.zip"), password, true));
-            }
+            ASSERT_TRUE(m_archive.CreateZipFile2(path("a.zip"), password, appends));
             ASSERT_TRUE(m_archive.addDataToZip(it.value(), std::nullopt, it.key()));
+            ASSERT_TRUE(m_archive.CloseZipFile2());
+            appends = true;
         }
-        ASSERT_TRUE(m_archive.CloseZipFile2());
         EXPECT_TRUE(m_archive.password().isEmpty());
 
         run("unzip", {"-tqq", "-P", password, "a.zip"});
-        run("7z", {"t", "-bd", "-p" + password, "a.zip"});
         run("/usr/bin/python3",
             {"-c",
              "import sys, zipfile\n"
@@ -57,11 +53,6 @@ TEST_F(Creation, IsReadByUnzipSevenZipPythonBsdtarAndItself)
              "assert named == {'a/text.txt': encrypted, 'empty.bin': encrypted, gbk: encrypted,\n"
              "                 '\\U0001f600.bin': 0x800 | encrypted}, named",
              password});
-        // To its standard output: a file name in GBK is none that Qt could remove again.
-        const QByteArray unpackedByBsdtar = run(
-            "bsdtar", {"-xOf", "a.zip", "--passphrase", password.isEmpty() ? "none" : password});
-        EXPECT_EQ(unpackedByBsdtar, QByteArrayList(contents.values()).join());
-
         writeTree(out(), {});
         ASSERT_TRUE(m_archive.UnzipOpenFile(path("a.zip"), password));
         EXPECT_TRUE(m_archive.UnzipFileTo(out(), true));
@@ -69,7 +60,7 @@ TEST_F(Creation, IsReadByUnzipSevenZipPythonBsdtarAndItself)
     }
 }
 
-TEST_F(Creation, StoresDatesAMonthLateWithinWhatTheFormatCanSay)
+TEST_F(Creation, StoresDatesAMonthLateAndWithinTheRangeOfTheFormat)
 {
     for (const auto &[given, stored] : {std::pair("2023-01-15T12:30:20", "2023 2 15 12 30 20"),
                                         {"2023-07-15T12:30:20", "2023 8 15 12 30 20"},
@@ -88,9 +79,6 @@ TEST_F(Creation, StoresDatesAMonthLateWithinWhatTheFormatCanSay)
     ASSERT_TRUE(m_archive.UnzipFileTo(out(), true));
     EXPECT_EQ(QFileInfo(out() + "/x").lastModified(), QDateTime(QDate(2024, 1, 10), QTime(1, 2, 4)))
         << "a thirteenth month is the next January";
-    EXPECT_EQ(
-        QDateTime::fromSecsSinceEpoch(std::chrono::system_clock::to_time_t(ZipArchive::Date1980())),
-        QDateTime(QDate(1980, 1, 1), QTime(0, 0)));
 }
 
 TEST_F(Creation, AddsWhatALinkLeadsToWithItsDate)
@@ -134,7 +122,7 @@ TEST_F(Creation, RefusesWhatAnArchiveCannotHold)
     run("unzip", {"-tqq", "a.zip"});
 }
 
-TEST_F(Creation, FinishesAnArchiveAtTheEndButNotOneLeftForAnother)
+TEST_F(Creation, TheDestructorFinishesTheArchiveButNotOneAbandonedForIt)
 {
     {
         ZipArchive archive;

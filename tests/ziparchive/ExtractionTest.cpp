@@ -11,102 +11,61 @@ namespace {
 
 using Extraction = ArchiveTest;
 
-// How a tool packs the folder "pkg" into "a.zip".
-struct Packer
+// What other tools pack, with names that are no valid GBK: zip stores those as UTF-8 without saying
+// so.
+TEST_F(Extraction, UnpacksTheArchivesOfOtherToolsAndNothingWithoutTheRightPassword)
 {
-    const char *command;
-    const char *password = "";
-};
+    constexpr time_t kDate = 1'690'000'000; // in summer time
+    QByteArray large;
+    for (qint64 i = 0; i < 60'000; ++i)
+        large += QByteArray::number(i * i % 9973);
+    const Tree contents = {{"VORN-1.bin", large},
+                           {"a/b/deep.bin", "deep"},
+                           {"a/empty.bin", ""},
+                           {u"\u56fa.bin"_qs, QByteArray(5000, '\xff')}};
+    writeTree(path("pkg"), contents);
+    const utimbuf date = {.actime = 0, .modtime = kDate};
+    ASSERT_EQ(utime(qPrintable(path("pkg/VORN-1.bin")), &date), 0);
+    // One wrong password in 256 passes the check byte, and must fail by the decrypted data.
+    QStringList wrongPasswords = {QString(), u"schl\u00fcssel"_qs};
+    while (wrongPasswords.size() < 600)
+        wrongPasswords.append(QString("wrong%1").arg(wrongPasswords.size()));
 
-constexpr Packer kPackers[] = {
-    {"zip -qr a.zip pkg"},
-    {"zip -qrD a.zip pkg"}, // without entries for the folders
-    {"zip -qr0 a.zip pkg"},
-    {"7z a -bd a.zip pkg"},
-    {"7z a -bd -mx=0 a.zip pkg"},
-    {"bsdtar -a -cf a.zip pkg"},
-    {"bsdtar -a -cf a.zip --options=zip:compression=store pkg"},
-    {"/usr/bin/python3 -m zipfile -c a.zip pkg"},
-    {"zip -qr -P secret a.zip pkg", "secret"},
-    {"zip -qr0 -P secret a.zip pkg", "secret"},
-    {"7z a -bd -psecret -mem=ZipCrypto a.zip pkg", "secret"},
-    {"bsdtar -a -cf a.zip --options=zip:encryption=zipcrypt --passphrase=secret pkg", "secret"},
-};
-
-class ToolsArchive : public ArchiveTest
-{
-protected:
-    void pack(const Packer &packer) const
-    {
-        writeTree(m_folder.path(), {});
-        writeTree(path("pkg"), m_contents);
-        const utimbuf date = {.actime = 0, .modtime = kDate};
-        ASSERT_EQ(utime(qPrintable(path("pkg/VORN-1.bin")), &date), 0);
-        const QStringList command = QString(packer.command).split(u' ');
-        run(command.first(), command.mid(1));
-    }
-
-    static QByteArray large()
-    {
-        QByteArray bytes;
-        for (qint64 i = 0; i < 60'000; ++i)
-            bytes += QByteArray::number(i * i % 9973);
-        return bytes;
-    }
-
-    static constexpr time_t kDate = 1'690'000'000; // in summer time
-    const Tree m_contents = {{"VORN-1.bin", large()},
-                             {"a/b/deep.bin", "deep"},
-                             {"a/empty.bin", ""},
-                             // In UTF-8 no valid GBK: zip writes it without saying which it is.
-                             {u"\u56fa.bin"_qs, QByteArray(5000, '\xff')}};
-};
-
-TEST_F(ToolsArchive, UnpacksToTheSameFilesWithTheSameDates)
-{
-    for (const Packer &packer : kPackers) {
-        SCOPED_TRACE(packer.command);
-        pack(packer);
-        ASSERT_TRUE(m_archive.UnzipOpenFile(path("a.zip"), packer.password));
+    for (const char *command :
+         {"zip -qr a.zip pkg", "zip -qrD a.zip pkg", "zip -qr0 a.zip pkg", "7z a -bd a.zip pkg",
+          "bsdtar -a -cf a.zip pkg", "/usr/bin/python3 -m zipfile -c a.zip pkg",
+          "zip -qr -P secret a.zip pkg", "zip -qr0 -P secret a.zip pkg",
+          "7z a -bd -psecret -mem=ZipCrypto a.zip pkg",
+          "bsdtar -a -cf a.zip --options=zip:encryption=zipcrypt --passphrase=secret pkg"}) {
+        SCOPED_TRACE(command);
+        QFile::remove(path("a.zip"));
+        const QStringList words = QString(command).split(u' ');
+        run(words.first(), words.mid(1));
+        const bool isEncrypted = QByteArray(command).contains("secret");
+        m_listener->errors.clear();
+        writeTree(out(), {});
+        ASSERT_TRUE(m_archive.UnzipOpenFile(path("a.zip"), isEncrypted ? "secret" : ""));
         ASSERT_TRUE(m_archive.UnzipFileTo(out(), true));
-        EXPECT_EQ(treeAt(out() + "/pkg"), m_contents);
+        EXPECT_EQ(treeAt(out() + "/pkg"), contents);
         // 7z converts dates by today's offset from UTC, which may be another than on that day.
-        const bool isOffByAnHour = QString(packer.command).startsWith("7z");
-        const auto date = QFileInfo(out() + "/pkg/VORN-1.bin").lastModified().toSecsSinceEpoch();
-        EXPECT_TRUE(date == kDate || isOffByAnHour) << date;
+        const auto seconds = QFileInfo(out() + "/pkg/VORN-1.bin").lastModified().toSecsSinceEpoch();
+        EXPECT_TRUE(seconds == kDate || words.first() == "7z") << seconds;
         EXPECT_EQ(m_archive.unzippedFiles().size(), 4);
-        EXPECT_EQ(m_listener->errors, QStringList());
-
         const auto inMemory = m_archive.UnzipFileToMemory();
         EXPECT_EQ(inMemory.size(), 3); // all but the empty one
-        EXPECT_EQ(inMemory.value(u"pkg/\u56fa.bin"_qs), QByteArray(5000, '\xff'));
-        EXPECT_EQ(m_archive.getZipFileContents().size(),
-                  static_cast<qsizetype>(m_archive.numFiles()));
+        EXPECT_EQ(inMemory.value("pkg/VORN-1.bin"), large);
+        EXPECT_EQ(static_cast<quint64>(m_archive.getZipFileContents().size()),
+                  m_archive.numFiles());
+        EXPECT_EQ(m_listener->errors, QStringList());
         EXPECT_TRUE(m_archive.UnzipCloseFile());
         EXPECT_TRUE(m_archive.password().isEmpty());
-    }
-}
 
-TEST_F(ToolsArchive, LeavesNoWrongBytesWithoutTheRightPassword)
-{
-    // One wrong password in 256 passes the check byte, and must fail by what it makes of the data.
-    QStringList passwords = {QString(), u"schl\u00fcssel"_qs};
-    while (passwords.size() < 600)
-        passwords.append(QString("wrong%1").arg(passwords.size()));
-    for (const Packer &packer : kPackers) {
-        if (*packer.password == '\0')
-            continue;
-        SCOPED_TRACE(packer.command);
-        pack(packer);
-        for (const QString &password : passwords) {
+        for (const QString &password : isEncrypted ? wrongPasswords : QStringList()) {
             m_listener->errors.clear();
             ASSERT_TRUE(m_archive.UnzipOpenFile(path("a.zip"), password));
             ASSERT_FALSE(m_archive.UnzipFileTo(out(), true));
             ASSERT_EQ(m_listener->errors.size(), 1);
-            for (const QString &file : m_archive.unzippedFiles())
-                ASSERT_EQ(readFile(file),
-                          m_contents.value(QDir(path("out/pkg")).relativeFilePath(file), "none"));
-            ASSERT_TRUE(m_archive.UnzipCloseFile());
+            ASSERT_EQ(treeAt(out() + "/pkg"), contents);
         }
     }
 }
@@ -138,18 +97,12 @@ TEST_F(Extraction, NamesSurviveIntoListMemoryAndFolder)
         EXPECT_TRUE(treeAt(out()).value("twice.bin", "new") == "new");
         EXPECT_EQ(m_listener->errors, QStringList());
     }
-}
-
-TEST_F(Extraction, ReadsNamesInTheEncodingThatIsSet)
-{
     ASSERT_TRUE(open("gbk"));
-    for (const char *encoding : {"ISO-8859-1", "no such encoding"}) {
-        m_archive.setStringEncoding(encoding);
-        EXPECT_EQ(m_archive.getZipFileContents().value(1), u"\u00bf/.bin"_qs);
-    }
+    m_archive.setStringEncoding("ISO-8859-1");
+    EXPECT_EQ(m_archive.getZipFileContents().value(1), u"\u00bf/.bin"_qs);
 }
 
-TEST_F(Extraction, TellsItsProgressAndTheFilesWritten)
+TEST_F(Extraction, ReportsItsProgressAndTheFilesWritten)
 {
     QList<std::tuple<qint32, quint32, quint64>> told;
     m_archive.setProgressBlock([&](qint32 percent, quint32 index, quint64 total) {
@@ -160,12 +113,9 @@ TEST_F(Extraction, TellsItsProgressAndTheFilesWritten)
     EXPECT_EQ(told, (decltype(told){{33, 1, 3}, {66, 2, 3}, {100, 3, 3}}));
     EXPECT_EQ(m_archive.unzippedFiles(),
               (QStringList{out() + "/a/one.bin", out() + "/a/b/empty.bin", out() + "/two.bin"}));
-    EXPECT_TRUE(m_archive.UnzipCloseFile());
-    EXPECT_EQ(m_archive.numFiles(), 3U);
-    EXPECT_EQ(m_archive.unzippedFiles().size(), 3);
 }
 
-TEST_F(Extraction, EndsCleanlyInTheCurrentFolderWhenACallbackClosesTheArchive)
+TEST_F(Extraction, StopsWhenACallbackClosesTheArchiveAndUnpacksToTheCurrentFolder)
 {
     const QString before = QDir::currentPath();
     m_archive.setProgressBlock([this](qint32, quint32, quint64) { m_archive.UnzipCloseFile(); });
@@ -176,32 +126,34 @@ TEST_F(Extraction, EndsCleanlyInTheCurrentFolderWhenACallbackClosesTheArchive)
     EXPECT_EQ(treeAt(m_folder.path()), (Tree{{"a/one.bin", "1"}}));
 }
 
-TEST_F(Extraction, ReplacesAFileOnlyWhenToldOrAllowedTo)
+TEST_F(Extraction, ReplacesAFileOnlyWithPermission)
 {
     const QString file = out() + "/two.bin";
-    writeFile(file, "old");
-    ASSERT_EQ(::chmod(qPrintable(file), 0755), 0);
-    ASSERT_TRUE(open("three"));
-
-    m_listener->answer = false;
-    EXPECT_TRUE(m_archive.UnzipFileTo(out(), false));
-    EXPECT_EQ(m_listener->questions, (QStringList{file}));
-    EXPECT_EQ(readFile(file), "old");
-    EXPECT_EQ(m_archive.unzippedFiles().size(), 2);
-
-    m_listener->answer = true;
-    EXPECT_TRUE(m_archive.UnzipFileTo(out(), false));
-    EXPECT_EQ(m_listener->questions.size(), 4); // the two written before are there by now
-    EXPECT_EQ(QFileInfo(file).size(), 204'800);
-
-    for (const bool isTold : {true, false}) {
-        writeFile(file, "old");
-        EXPECT_TRUE(m_archive.UnzipFileTo(out(), isTold));
-        EXPECT_EQ(QFileInfo(file).size(), 204'800);
-        EXPECT_EQ(m_listener->questions.size(), 4);
-        m_archive.setDelegate(nullptr);
+    struct Case
+    {
+        bool overWrites;
+        bool hasDelegate;
+        bool answer;
+        bool isReplaced;
+    };
+    for (const auto &[overWrites, hasDelegate, answer, isReplaced] :
+         {Case{false, true, false, false},
+          {false, true, true, true},
+          {true, true, false, true},
+          {false, false, false, true}}) {
+        writeTree(out(), {{"two.bin", "old"}});
+        ASSERT_EQ(::chmod(qPrintable(file), 0755), 0);
+        m_listener->answer = answer;
+        m_listener->questions.clear();
+        m_archive.setDelegate(hasDelegate ? m_listener : nullptr);
+        ASSERT_TRUE(open("three"));
+        EXPECT_TRUE(m_archive.UnzipFileTo(out(), overWrites));
+        const bool isAsked = hasDelegate && !overWrites;
+        EXPECT_EQ(m_listener->questions, isAsked ? QStringList(file) : QStringList());
+        EXPECT_EQ(QFileInfo(file).size(), isReplaced ? 204'800 : 3);
+        EXPECT_EQ(m_archive.unzippedFiles().size(), isReplaced ? 3 : 2);
+        EXPECT_TRUE(QFileInfo(file).isExecutable());
     }
-    EXPECT_TRUE(QFileInfo(file).isExecutable());
 }
 
 TEST_F(Extraction, GoesOnPastNamesTakenByAnotherKind)
@@ -220,7 +172,7 @@ TEST_F(Extraction, GoesOnPastNamesTakenByAnotherKind)
     EXPECT_EQ(m_archive.unzippedFiles(), (QStringList{out() + "/last.bin"}));
 }
 
-TEST_F(Extraction, FailsInEveryWayOnAClosedArchive)
+TEST_F(Extraction, FailsWithoutAnOpenArchive)
 {
     EXPECT_TRUE(m_archive.UnzipCloseFile());
     EXPECT_FALSE(m_archive.UnzipOpenFile(path("missing.zip")));
