@@ -8,6 +8,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QPushButton>
+#include <QTranslator>
 
 #include <cstdio>
 
@@ -26,8 +27,9 @@ struct Status
     QString details = {}; // %1 likewise
 };
 
-// The window as it opens, with its least and its most width, or with the log.
-enum class Shape { Usual, Smallest, Widest, Log };
+// The window as it opens, with its least and its most width, with the log (and its least size), or
+// with texts as long as another language's.
+enum class Shape { Usual, Smallest, Widest, Log, SmallestLog, LongTexts };
 
 struct State
 {
@@ -151,6 +153,21 @@ const State kStates[] = {
     {"21-smallest", kDevice, kHeld, kNotDownloaded, kFailed, Shape::Smallest},
     {"22-widest", kDevice, kHeld, kNotDownloaded, kFailed, Shape::Widest},
     {"23-log", kDevice, kOpen, kReady, kFailed, Shape::Log},
+    {"24-smallest-log", kDevice, kOpen, kReady, kFailed, Shape::SmallestLog},
+    {"25-long-texts", kDevice, kForbidden, kNotDownloaded, kFailed, Shape::LongTexts},
+    {"26-long-question", kDevice, kOpen, kReady, kClosingWindow, Shape::LongTexts},
+};
+
+// Makes each text 40 % longer, as a translation may.
+class LongTexts : public QTranslator
+{
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char *, const char *text, const char *, int) const override
+    {
+        const QString given = QString::fromUtf8(text);
+        return given + QString("äöü ").repeated(given.size()).left(given.size() * 2 / 5);
+    }
 };
 
 QPalette darkPalette()
@@ -184,6 +201,9 @@ void fillLog(MainWindow &window)
 
 bool paint(const State &state, const QString &file)
 {
+    LongTexts longTexts; // uninstalls itself at its end
+    if (state.shape == Shape::LongTexts)
+        QCoreApplication::installTranslator(&longTexts);
     MainWindow window;
     const auto list = [&](const char *name, const QStringList &items, int current) {
         auto *box = window.findChild<QComboBox *>(name);
@@ -207,12 +227,12 @@ bool paint(const State &state, const QString &file)
     line("connectText_1001", &MainWindow::showConnectionDetails, state.connection);
     line("perText_1012", &MainWindow::showFirmwareDetails, state.firmware);
     line("updateText_1015", &MainWindow::showUpdateDetails, state.update);
-    if (state.shape == Shape::Smallest)
-        window.resize(window.minimumSizeHint());
-    else if (state.shape == Shape::Widest)
-        window.resize(1280, 800);
-    else if (state.shape == Shape::Log)
+    if (state.shape >= Shape::Log)
         fillLog(window);
+    if (state.shape == Shape::Widest)
+        window.resize(1280, 800);
+    else if (state.shape != Shape::Usual && state.shape != Shape::Log)
+        window.resize(window.minimumSizeHint());
     QCoreApplication::processEvents();
     QWidget *inFront = QApplication::activeModalWidget();
     return (inFront ? inFront : &window)->grab().save(file);

@@ -23,6 +23,17 @@ double contrast(const QColor &one, const QColor &other)
     return (high + 0.05) / (low + 0.05);
 }
 
+// `colour`, moved towards `away` until it has a contrast of 4.5 to 1 with `other`.
+QColor readable(const QColor &colour, const QColor &other, const QColor &away)
+{
+    constexpr double kReadable = 4.5;
+    constexpr int kSteps = 20;
+    QColor result = colour;
+    for (int step = 1; step <= kSteps && contrast(result, other) < kReadable; ++step)
+        result = vorn::blended(colour, away, qreal(step) / kSteps);
+    return result;
+}
+
 } // namespace
 
 QColor blended(const QColor &under, const QColor &over, qreal share)
@@ -42,15 +53,9 @@ bool isDark(const QPalette &palette)
 
 QColor accentColour(const QPalette &palette)
 {
-    constexpr double kReadable = 4.5;
-    constexpr int kSteps = 20;
-    const QColor accent = palette.color(QPalette::Highlight);
     const QColor text = palette.color(QPalette::HighlightedText);
-    const QColor away = luminance(text) > 0.5 ? Qt::black : Qt::white;
-    QColor result = accent;
-    for (int step = 1; step <= kSteps && contrast(result, text) < kReadable; ++step)
-        result = blended(accent, away, qreal(step) / kSteps);
-    return result;
+    return readable(palette.color(QPalette::Highlight), text,
+                    luminance(text) > 0.5 ? Qt::black : Qt::white);
 }
 
 QColor cardColour(const QPalette &palette)
@@ -59,6 +64,13 @@ QColor cardColour(const QPalette &palette)
     return isDark(palette)
                ? blended(palette.color(QPalette::Window), palette.color(QPalette::WindowText), 0.06)
                : palette.color(QPalette::Base);
+}
+
+QColor mutedTextColour(const QPalette &palette)
+{
+    const QColor card = cardColour(palette);
+    const QColor text = palette.color(QPalette::WindowText);
+    return readable(blended(card, text, 0.7), card, text);
 }
 
 } // namespace vorn

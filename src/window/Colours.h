@@ -18,4 +18,7 @@ QColor accentColour(const QPalette &palette);
 // The background of the window's cards.
 QColor cardColour(const QPalette &palette);
 
+// A text colour for a card that steps back behind the usual one, but has a contrast of 4.5 to 1.
+QColor mutedTextColour(const QPalette &palette);
+
 } // namespace vorn

@@ -5,13 +5,16 @@
 namespace vorn {
 
 // What belongs to the status line above it: the cause and the cure of a failure, or how a run comes
-// along. Empty when all is well. Main thread only.
+// along. Empty when all is well. It begins right below the status. Main thread only.
 class DetailsLine : public FittedLabel
 {
     Q_OBJECT
 
 public:
-    explicit DetailsLine(QWidget *parent = nullptr) : FittedLabel(Qt::ElideRight, parent) {}
+    explicit DetailsLine(QWidget *parent = nullptr) : FittedLabel(Qt::ElideRight, parent)
+    {
+        setAlignment(Qt::AlignTop);
+    }
 };
 
 } // namespace vorn

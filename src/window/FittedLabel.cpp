@@ -81,7 +81,10 @@ bool FittedLabel::event(QEvent *event)
 
 QRect FittedLabel::firstLine() const
 {
-    const int top = (height() - static_cast<int>(fittedText().lines.size()) * lineHeight()) / 2;
+    const int free = height() - static_cast<int>(fittedText().lines.size()) * lineHeight();
+    const int top = alignment() & Qt::AlignTop      ? 0
+                    : alignment() & Qt::AlignBottom ? free
+                                                    : free / 2;
     return {0, top, width(), lineHeight()};
 }
 

@@ -6,9 +6,9 @@
 namespace vorn {
 
 // A text that always has the height of two lines, so that a long one moves nothing around it. It
-// wraps between words; what needs more room is elided, and the tool tip then has the whole text, as
-// text() always has. Leaves room for a mark at the left. Plain text only: a device's name may look
-// like markup. Main thread only.
+// wraps between words, and a single line stands as `alignment()` says. What needs more room is
+// elided, and the tool tip then has the whole text, as text() always has. Leaves room for a mark at
+// the left. Plain text only: a device's name may look like markup. Main thread only.
 class FittedLabel : public QLabel
 {
     Q_OBJECT

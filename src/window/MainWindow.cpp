@@ -10,9 +10,11 @@
 #include <QFileDialog>
 #include <QFontDatabase>
 #include <QIcon>
+#include <QScreen>
 #include <QStandardPaths>
 #include <QTimerEvent>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -25,8 +27,11 @@ static void loadResources()
 
 namespace {
 
-constexpr int kFrameTime = 34;   // ms: at most 30 frames per second
+// ms: at most 30 frames per second. More cannot be read, and each takes time from the answers to
+// the device.
+constexpr int kFrameTime = 34;
 constexpr int kStartWidth = 688; // pixels, or more if the widgets need it
+constexpr int kLogHeight = 160;  // pixels, if the screen has room
 
 QIcon programIcon()
 {
@@ -47,6 +52,7 @@ QString styleSheetFor(const QPalette &palette, int badgeSide)
                "  background: %3; border-radius: %8px;"
                "  min-width: %9px; max-width: %9px; min-height: %9px; max-height: %9px; }"
                "#column > .QFrame > .QLabel { font-weight: bold; }"
+               "vorn--DetailsLine { color: %10; }"
                "QPushButton#updateButton_2001:enabled {"
                "  background: %4; color: %5; border-radius: 4px; padding: 4px; }"
                "QPushButton#updateButton_2001:hover { background: %6; }"
@@ -58,7 +64,8 @@ QString styleSheetFor(const QPalette &palette, int badgeSide)
              palette.color(QPalette::HighlightedText).name(),
              vorn::blended(accent, Qt::black, 0.1).name(),
              vorn::blended(accent, Qt::black, 0.22).name(), QString::number(badgeSide / 2),
-             QString::number(badgeSide));
+             QString::number(badgeSide))
+        .arg(vorn::mutedTextColour(palette).name());
 }
 
 } // namespace
@@ -132,7 +139,7 @@ void MainWindow::setUpdateRuns(bool runs)
 {
     m_updateRuns = runs;
     if (runs)
-        m_refocusUpdateButton = m_ui->updateButton_2001->hasFocus();
+        m_refocusUpdateButton = focusWidget() == m_ui->updateButton_2001;
     for (QWidget *control : {static_cast<QWidget *>(m_ui->updateButton_2001),
                              static_cast<QWidget *>(m_ui->deviceList_1010)}) {
         control->setDisabled(runs);
@@ -141,7 +148,7 @@ void MainWindow::setUpdateRuns(bool runs)
     if (runs)
         return;
     // The focus went to the next control by itself; a user who has moved on keeps theirs.
-    if (std::exchange(m_refocusUpdateButton, false) && m_ui->logButton->hasFocus())
+    if (std::exchange(m_refocusUpdateButton, false) && focusWidget() == m_ui->logButton)
         m_ui->updateButton_2001->setFocus();
     m_closeQuestion->updateDidEnd();
 }
@@ -156,18 +163,32 @@ void MainWindow::showLogNotice(const QString &text)
     m_ui->logNotice->setText(text);
 }
 
-// The window grows and shrinks by what the panel needs, so that nothing else moves.
+// The window grows and shrinks with the panel, so that nothing else moves.
 void MainWindow::showLog(bool shown)
 {
-    const int before = m_ui->column->sizeHint().height();
+    m_refocusUpdateButton = false;
+    const int before = height();
+    const int bottom = frameGeometry().bottom();
     for (QWidget *part :
          {static_cast<QWidget *>(m_ui->logPanel), static_cast<QWidget *>(m_ui->logCopyButton),
           static_cast<QWidget *>(m_ui->logSaveButton)})
         part->setVisible(shown);
     m_ui->logNotice->clear();
-    m_ui->columnLayout->activate();
-    if (!isMaximized() && !isFullScreen())
-        resize(width(), height() + m_ui->column->sizeHint().height() - before);
+    // Now, so that the window's least size fits the panel.
+    for (QLayout *each :
+         {static_cast<QLayout *>(m_ui->columnLayout), m_ui->view->layout(), layout()})
+        each->activate();
+    if (isMaximized() || isFullScreen())
+        return;
+    if (!shown) {
+        resize(width(), height() - std::exchange(m_grownForLog, 0));
+        return;
+    }
+    const int least = minimumSizeHint().height() - before;
+    const int wanted = least + kLogHeight - m_ui->logPanel->minimumSizeHint().height();
+    const int room = screen()->availableGeometry().bottom() - bottom;
+    m_grownForLog = std::max(0, std::min(wanted, std::max(room, least)));
+    resize(width(), before + m_grownForLog);
 }
 
 void MainWindow::askWhereToSaveLog()
@@ -189,14 +210,14 @@ void MainWindow::askToClosePort()
 
 void MainWindow::showDownloadProgress(int percent)
 {
-    m_ui->downloadProgress->showPercent(percent);
     m_ui->downloadProgress->show();
+    m_ui->downloadProgress->showPercent(percent);
 }
 
 void MainWindow::showDownloadBusy()
 {
-    m_ui->downloadProgress->showBusy();
     m_ui->downloadProgress->show();
+    m_ui->downloadProgress->showBusy();
 }
 
 void MainWindow::hideDownloadProgress()

@@ -89,6 +89,7 @@ private:
 
     bool m_updateRuns = false;
     bool m_refocusUpdateButton = false; // it had the focus when it was disabled
+    int m_grownForLog = 0;              // by how many pixels, when the log was shown
     CloseQuestion *const m_closeQuestion;
 
     const std::unique_ptr<Ui::MainWindow> m_ui;

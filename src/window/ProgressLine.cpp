@@ -14,6 +14,7 @@ namespace vorn {
 namespace {
 
 constexpr int kThickness = 6;      // pixels
+constexpr int kSpokenStep = 10;    // percent
 constexpr int kFrameTime = 50;     // ms
 constexpr int kFramesPerPass = 60; // 3 s from end to end
 
@@ -31,7 +32,9 @@ void ProgressLine::showPercent(int percent)
     m_timer.stop();
     m_percent = std::max(m_percent, std::clamp(percent, 0, 100));
     setRange(0, 100);
-    setValue(m_percent);
+    // A screen reader speaks each value.
+    setValue(m_percent / kSpokenStep * kSpokenStep);
+    update();
 }
 
 void ProgressLine::showBusy()

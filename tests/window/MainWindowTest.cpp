@@ -8,11 +8,14 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QElapsedTimer>
-#include <QEvent>
+#include <QHelpEvent>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QProgressBar>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
+#include <QToolTip>
 
 #include <gtest/gtest.h>
 
@@ -107,23 +110,83 @@ TEST_F(MainWindowTest, TheTabKeyFollowsTheThreeStepsAndEnterPressesOnlyTheButton
     EXPECT_EQ(m_window.focusWidget(), tagged(1010));
 }
 
-TEST_F(MainWindowTest, TheUpdateBarNeverGoesBackUntilItIsReset)
+TEST_F(MainWindowTest, TheUpdateBarNeverGoesBackShowsEachPercentAndTellsTens)
 {
-    const auto *progress = m_window.findChild<QProgressBar *>("updateProgress");
-    m_window.showUpdateProgress(42);
-    m_window.showUpdateProgress(17);
-    EXPECT_EQ(progress->value(), 42);
+    auto *progress = m_window.findChild<QProgressBar *>("updateProgress");
+    m_window.showUpdateProgress(40);
+    m_window.showUpdateProgress(10);
+    EXPECT_EQ(progress->value(), 40);
 
     m_window.showUpdateBusy();
     EXPECT_EQ(progress->maximum(), progress->minimum());
     m_window.showUpdateProgress(3);
     EXPECT_EQ(progress->maximum(), 100);
-    EXPECT_EQ(progress->value(), 42);
+    EXPECT_EQ(progress->value(), 40);
     m_window.showUpdateProgress(250);
     EXPECT_EQ(progress->value(), 100);
 
     m_window.resetUpdateProgress();
     EXPECT_EQ(progress->value(), 0);
+    QSignalSpy told(progress, &QProgressBar::valueChanged);
+    for (int percent = 1; percent <= 100; ++percent) {
+        const QImage before = progress->grab().toImage();
+        m_window.showUpdateProgress(percent);
+        EXPECT_TRUE(progress->grab().toImage() != before) << percent;
+    }
+    EXPECT_EQ(told.count(), 10);
+}
+
+TEST_F(MainWindowTest, DetailsAreReadByTheirDescriptionAndWholeInTheToolTip)
+{
+    const QString text = QString("<b>no markup</b> ").repeated(30) + "end";
+    m_window.showConnectionDetails(text);
+    m_window.showFirmwareDetails(text);
+    m_window.showUpdateDetails(text);
+    QStringList found;
+    for (auto *label : m_window.findChildren<QLabel *>()) {
+        if (label->text() != text)
+            continue;
+        found += label->accessibleDescription();
+        EXPECT_EQ(QAccessible::queryAccessibleInterface(label)->text(QAccessible::Name), text);
+        QHelpEvent pointed(QEvent::ToolTip, {}, label->mapToGlobal(QPoint(30, 5)));
+        QApplication::sendEvent(label, &pointed);
+        EXPECT_TRUE(QToolTip::text().contains(text.toHtmlEscaped()));
+    }
+    EXPECT_EQ(found, QStringList({"Connection details", "Firmware details", "Update details"}));
+}
+
+TEST_F(MainWindowTest, TheLogButtonShowsAndHidesThePanelAndTheCardsStay)
+{
+    const auto *panel = m_window.findChild<QPlainTextEdit *>();
+    const auto *card = m_window.findChild<QWidget *>("updateCard");
+    const QRect place = card->geometry();
+    const int height = m_window.height();
+    EXPECT_LE(height, 620);
+    for (const bool shown : {true, false, true, false}) {
+        m_window.findChild<QAbstractButton *>("logButton")->click();
+        QApplication::processEvents();
+        EXPECT_EQ(panel->isVisible(), shown);
+        EXPECT_EQ(m_window.height() == height, !shown);
+        EXPECT_LE(m_window.height(), m_window.screen()->availableSize().height());
+        EXPECT_EQ(card->geometry(), place);
+    }
+}
+
+TEST_F(MainWindowTest, ARunDisablesWhatCannotBeUsedAndGivesTheFocusBack)
+{
+    for (const bool movesOn : {false, true}) {
+        tagged(2001)->setFocus();
+        m_window.setUpdateRuns(true);
+        for (const int tag : {2001, 1010, 1011, 1002, 2002}) {
+            EXPECT_EQ(tagged(tag)->isEnabled(), tag != 2001 && tag != 1010) << tag;
+            EXPECT_EQ(tagged(tag)->toolTip().isEmpty(), tagged(tag)->isEnabled()) << tag;
+        }
+        if (movesOn)
+            tagged(1002)->setFocus();
+        m_window.setUpdateRuns(false);
+        EXPECT_TRUE(tagged(2001)->isEnabled() && tagged(2001)->toolTip().isEmpty());
+        EXPECT_EQ(m_window.focusWidget(), tagged(movesOn ? 1002 : 2001));
+    }
 }
 
 TEST_F(MainWindowTest, NothingMovesWhenTextsGrowAndTheDownloadBarComesAndGoes)
