@@ -100,6 +100,7 @@ protected:
             list >> what >> who >> why >> mode; // leaves out user and process
             locks += mode + ' ' + what + " by " + who + ": " + why;
         }
+        list.endArray();
         return locks;
     }
 
