@@ -5,924 +5,924 @@
     <name>Causes</name>
     <message>
         <source>No device is plugged in.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es ist kein Gerät angeschlossen.</translation>
     </message>
     <message>
         <source>Plug in the device&apos;s USB-serial adapter; it appears here by itself.</source>
-        <translation type="unfinished"></translation>
+        <translation>Schließen Sie den USB-Seriell-Adapter des Geräts an; er erscheint hier von selbst.</translation>
     </message>
     <message>
         <source>%1 is a serial device, but not a USB-serial adapter.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 ist ein serielles Gerät, aber kein USB-Seriell-Adapter.</translation>
     </message>
     <message>
         <source>Plug in the device&apos;s own USB-serial adapter.</source>
-        <translation type="unfinished"></translation>
+        <translation>Schließen Sie den zum Gerät gehörenden USB-Seriell-Adapter an.</translation>
     </message>
     <message>
         <source>%1 is plugged in, too, but only one device can be chosen.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 ist ebenfalls angeschlossen, aber es kann nur ein Gerät ausgewählt werden.</translation>
     </message>
     <message>
         <source>To use it, unplug %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>Um es zu verwenden, ziehen Sie %2 ab.</translation>
     </message>
     <message>
         <source>The list offers one device only, %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Liste bietet nur ein Gerät an: %1.</translation>
     </message>
     <message>
         <source>To use another one, unplug this one first.</source>
-        <translation type="unfinished"></translation>
+        <translation>Um ein anderes zu verwenden, ziehen Sie zuerst dieses ab.</translation>
     </message>
     <message>
         <source>The port is closed, although the button reads “Close”.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Port ist geschlossen, obwohl auf der Schaltfläche „Close“ steht.</translation>
     </message>
     <message>
         <source>Unplug all devices, then plug this one in again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ziehen Sie alle Geräte ab und schließen Sie dann dieses wieder an.</translation>
     </message>
     <message>
         <source>%1 was gone %2 s after it was plugged in.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 ist %2 s nach dem Anschließen wieder verschwunden.</translation>
     </message>
     <message>
         <source>Check the cable, and try another USB port.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen Sie das Kabel und versuchen Sie es an einem anderen USB-Anschluss.</translation>
     </message>
     <message>
         <source>%1 was gone %2 s after it was plugged in, and brltty, the driver for braille displays, is running: it takes some adapters for itself.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 ist %2 s nach dem Anschließen wieder verschwunden, und brltty, der Treiber für Braillezeilen, läuft: Er beansprucht manche Adapter für sich.</translation>
     </message>
     <message>
         <source>If nobody here needs a braille display, run “sudo apt remove brltty”, then plug the device in again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Falls hier niemand eine Braillezeile braucht, führen Sie „sudo apt remove brltty“ aus und schließen Sie das Gerät dann wieder an.</translation>
     </message>
     <message>
         <source>%1 is not there any more.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 ist nicht mehr vorhanden.</translation>
     </message>
     <message>
         <source>Plug the device in again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Schließen Sie das Gerät wieder an.</translation>
     </message>
     <message>
         <source>You have no access to %1, which belongs to the group %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>Sie haben keinen Zugriff auf %1; es gehört der Gruppe %2.</translation>
     </message>
     <message>
         <source>Run “sudo usermod -aG %2 $USER”, then log out and in again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Führen Sie „sudo usermod -aG %2 $USER“ aus, melden Sie sich dann ab und wieder an.</translation>
     </message>
     <message>
         <source>You have no access to %1 (mode %2).</source>
-        <translation type="unfinished"></translation>
+        <translation>Sie haben keinen Zugriff auf %1 (Modus %2).</translation>
     </message>
     <message>
         <source>Run “sudo chmod a+rw %1”; this holds until the device is unplugged.</source>
-        <translation type="unfinished"></translation>
+        <translation>Führen Sie „sudo chmod a+rw %1“ aus; das gilt, bis das Gerät abgezogen wird.</translation>
     </message>
     <message>
         <source>%1 is in use by %2 (process %3).</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 wird von %2 (Prozess %3) verwendet.</translation>
     </message>
     <message>
         <source>Close that program, then press “Open” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Schließen Sie dieses Programm und drücken Sie dann erneut „Open“.</translation>
     </message>
     <message>
         <source>%1 is in use by ModemManager (process %2), which examines each new serial device.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 wird von ModemManager (Prozess %2) verwendet, der jedes neue serielle Gerät untersucht.</translation>
     </message>
     <message>
         <source>Press “Open” again in half a minute, or keep it away with “sudo systemctl stop ModemManager”.</source>
-        <translation type="unfinished"></translation>
+        <translation>Drücken Sie in einer halben Minute erneut „Open“, oder beenden Sie ihn mit „sudo systemctl stop ModemManager“.</translation>
     </message>
     <message>
         <source>%1 is in use by brltty (process %2), the driver for braille displays.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 wird von brltty (Prozess %2) verwendet, dem Treiber für Braillezeilen.</translation>
     </message>
     <message>
         <source>%1 is in use by a program of another user.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 wird von einem Programm eines anderen Benutzers verwendet.</translation>
     </message>
     <message>
         <source>“sudo fuser -v %1” shows which. End it, then press “Open” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>„sudo fuser -v %1“ zeigt, von welchem. Beenden Sie es und drücken Sie dann erneut „Open“.</translation>
     </message>
     <message>
         <source>%1 is not a serial port.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 ist kein serieller Port.</translation>
     </message>
     <message>
         <source>Choose another device.</source>
-        <translation type="unfinished"></translation>
+        <translation>Wählen Sie ein anderes Gerät.</translation>
     </message>
     <message>
         <source>%1 cannot be opened: %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 kann nicht geöffnet werden: %2.</translation>
     </message>
     <message>
         <source>Unplug the device, plug it in again, then press “Open”.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ziehen Sie das Gerät ab, schließen Sie es wieder an und drücken Sie dann „Open“.</translation>
     </message>
     <message>
         <source>The adapter at %1 cannot run at %2 baud, which the device needs.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Adapter an %1 unterstützt die %2 Baud nicht, die das Gerät benötigt.</translation>
     </message>
     <message>
         <source>Use another USB-serial adapter.</source>
-        <translation type="unfinished"></translation>
+        <translation>Verwenden Sie einen anderen USB-Seriell-Adapter.</translation>
     </message>
     <message>
         <source>The system does not let go of %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das System gibt %1 nicht frei.</translation>
     </message>
     <message>
         <source>Unplug the device.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ziehen Sie das Gerät ab.</translation>
     </message>
     <message>
         <source>The connection to %1 was lost.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Verbindung zu %1 ist abgebrochen.</translation>
     </message>
     <message>
         <source>If the device is still plugged in, press “Open”.</source>
-        <translation type="unfinished"></translation>
+        <translation>Falls das Gerät noch angeschlossen ist, drücken Sie „Open“.</translation>
     </message>
     <message>
         <source>The device is not open.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät ist nicht geöffnet.</translation>
     </message>
     <message>
         <source>Press “Open” first.</source>
-        <translation type="unfinished"></translation>
+        <translation>Drücken Sie zuerst „Open“.</translation>
     </message>
     <message>
         <source>No firmware file is chosen.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es ist keine Firmware-Datei ausgewählt.</translation>
     </message>
     <message>
         <source>Choose one in the list of firmware files.</source>
-        <translation type="unfinished"></translation>
+        <translation>Wählen Sie eine in der Liste der Firmware-Dateien aus.</translation>
     </message>
     <message>
         <source>The firmware file %1 cannot be read: %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Firmware-Datei %1 kann nicht gelesen werden: %2.</translation>
     </message>
     <message>
         <source>The device was not changed. Choose another file, or download it again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät wurde nicht verändert. Wählen Sie eine andere Datei oder laden Sie diese erneut herunter.</translation>
     </message>
     <message>
         <source>The firmware file %1 is empty.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Firmware-Datei %1 ist leer.</translation>
     </message>
     <message>
         <source>The firmware file %1 is too large for a device.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Firmware-Datei %1 ist zu groß für ein Gerät.</translation>
     </message>
     <message>
         <source>No answer to %1 within %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>Keine Antwort auf %1 binnen %2 s.</translation>
     </message>
     <message>
         <source>The device still holds its old firmware. Check its power and cable, then press “Update firmware” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät hat noch seine alte Firmware. Prüfen Sie Strom und Kabel, drücken Sie dann erneut „Firmware aktualisieren“.</translation>
     </message>
     <message>
         <source>The device must be updated again before it can be used: check its power and cable, then press “Update firmware”.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät ist erst nach erneutem Update benutzbar: Prüfen Sie Strom und Kabel, drücken Sie dann „Firmware aktualisieren“.</translation>
     </message>
     <message>
         <source>The device refused %1 after %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät hat %1 nach %2 s abgelehnt.</translation>
     </message>
     <message>
         <source>It still holds its old firmware. Check that the file is meant for it, then press “Update firmware” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es hat noch seine alte Firmware. Prüfen Sie, ob die Datei zum Gerät passt, drücken Sie dann erneut „Firmware aktualisieren“.</translation>
     </message>
     <message>
         <source>It must be updated again before it can be used: check that the file is meant for it, then press “Update firmware”.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es ist erst nach erneutem Update benutzbar: Prüfen Sie, ob die Datei zum Gerät passt, drücken Sie dann „Firmware aktualisieren“.</translation>
     </message>
     <message>
         <source>The port closed during the wait for the answer to %1, after %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Port wurde nach %2 s Warten auf die Antwort auf %1 geschlossen.</translation>
     </message>
     <message>
         <source>The device still holds its old firmware. Plug it in, press “Open”, then “Update firmware”.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät hat noch seine alte Firmware. Schließen Sie es an, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
     </message>
     <message>
         <source>The device must be updated again before it can be used: plug it in, press “Open”, then “Update firmware”.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät ist erst nach erneutem Update benutzbar: Schließen Sie es an, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
     </message>
     <message>
         <source>The device did not tell its model: no answer to %1 within %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät hat sein Modell nicht gemeldet: Keine Antwort auf %1 binnen %2 s.</translation>
     </message>
     <message>
         <source>Check its power and cable, then close and open it.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen Sie Strom und Kabel, drücken Sie dann „Close“ und „Open“.</translation>
     </message>
     <message>
         <source>The device did not tell its model: it refused %1 after %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät hat sein Modell nicht gemeldet: Es hat %1 nach %2 s abgelehnt.</translation>
     </message>
     <message>
         <source>Close and open it to ask again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Drücken Sie „Close“ und „Open“, um erneut abzufragen.</translation>
     </message>
     <message>
         <source>The device did not tell its model: the port closed during the wait for the answer to %1, after %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät hat sein Modell nicht gemeldet: Der Port wurde nach %2 s Warten auf die Antwort auf %1 geschlossen.</translation>
     </message>
     <message>
         <source>Plug it in and press “Open” to ask again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Schließen Sie es an und drücken Sie „Open“, um erneut abzufragen.</translation>
     </message>
     <message>
         <source>There is no firmware file yet.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es ist noch keine Firmware-Datei vorhanden.</translation>
     </message>
     <message>
         <source>Press “Download latest”, or put files that end in .bin into %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Drücken Sie „Neueste herunterladen“ oder legen Sie Dateien mit der Endung .bin in %1 ab.</translation>
     </message>
     <message>
         <source>There is no firmware file yet, and no package server is configured.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es ist noch keine Firmware-Datei vorhanden und kein Paketserver eingerichtet.</translation>
     </message>
     <message>
         <source>Put files that end in .bin into %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Legen Sie Dateien mit der Endung .bin in %1 ab.</translation>
     </message>
     <message>
         <source>No firmware file is for this device (model code %1).</source>
-        <translation type="unfinished"></translation>
+        <translation>Für dieses Gerät (Modellcode %1) ist keine Firmware-Datei vorhanden.</translation>
     </message>
     <message>
         <source>Press “Download latest”, or check that it is the right device.</source>
-        <translation type="unfinished"></translation>
+        <translation>Drücken Sie „Neueste herunterladen“ oder prüfen Sie, ob es das richtige Gerät ist.</translation>
     </message>
     <message>
         <source>This computer is not connected to a network.</source>
-        <translation type="unfinished"></translation>
+        <translation>Dieser Computer ist mit keinem Netzwerk verbunden.</translation>
     </message>
     <message>
         <source>Connect it, then press “Download latest” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbinden Sie ihn und drücken Sie dann erneut „Neueste herunterladen“.</translation>
     </message>
     <message>
         <source>The address of the server %1 cannot be found.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Adresse des Servers %1 wurde nicht gefunden.</translation>
     </message>
     <message>
         <source>Check the network connection, then press “Download latest” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen Sie die Netzwerkverbindung und drücken Sie dann erneut „Neueste herunterladen“.</translation>
     </message>
     <message>
         <source>The server %1 cannot be reached (network error %2).</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server %1 ist nicht erreichbar (Netzwerkfehler %2).</translation>
     </message>
     <message>
         <source>Check the network connection and firewall, then press “Download latest” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen Sie Netzwerkverbindung und Firewall und drücken Sie dann erneut „Neueste herunterladen“.</translation>
     </message>
     <message>
         <source>The proxy on the way to %1 failed (network error %2).</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Zugriff auf %1 über den Proxy ist fehlgeschlagen (Netzwerkfehler %2).</translation>
     </message>
     <message>
         <source>Check the proxy settings (https_proxy), then start the program again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen Sie die Proxy-Einstellungen (https_proxy) und starten Sie das Programm dann neu.</translation>
     </message>
     <message>
         <source>The connection to %1 was lost before the package was complete.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Verbindung zu %1 ist abgebrochen, bevor das Paket vollständig war.</translation>
     </message>
     <message>
         <source>Press “Download latest” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Drücken Sie erneut „Neueste herunterladen“.</translation>
     </message>
     <message>
         <source>The server %1 did not go on within %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server %1 hat %2 s lang nichts gesendet.</translation>
     </message>
     <message>
         <source>Try again later.</source>
-        <translation type="unfinished"></translation>
+        <translation>Versuchen Sie es später erneut.</translation>
     </message>
     <message>
         <source>The certificate of %1 cannot be trusted: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Zertifikat von %1 ist nicht vertrauenswürdig: %2.</translation>
     </message>
     <message>
         <source>Check this computer&apos;s date and time; else somebody may be listening on this network. Nothing was downloaded.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen Sie Datum und Uhrzeit dieses Computers; stimmen sie, hört womöglich jemand in diesem Netzwerk mit. Es wurde nichts heruntergeladen.</translation>
     </message>
     <message>
         <source>No encrypted connection to %1 could be made.</source>
-        <translation type="unfinished"></translation>
+        <translation>Zu %1 konnte keine verschlüsselte Verbindung hergestellt werden.</translation>
     </message>
     <message>
         <source>Check proxy and firewall, or try another network.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen Sie Proxy und Firewall oder versuchen Sie es in einem anderen Netzwerk.</translation>
     </message>
     <message>
         <source>The server %1 leads to an address without encryption.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server %1 verweist auf eine Adresse ohne Verschlüsselung.</translation>
     </message>
     <message>
         <source>Tell the server&apos;s operator. Nothing was downloaded.</source>
-        <translation type="unfinished"></translation>
+        <translation>Informieren Sie den Betreiber des Servers. Es wurde nichts heruntergeladen.</translation>
     </message>
     <message>
         <source>The response of %1 is not valid (network error %2).</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Antwort von %1 ist ungültig (Netzwerkfehler %2).</translation>
     </message>
     <message>
         <source>The server %1 answered with HTTP status %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server %1 hat mit dem HTTP-Status %2 geantwortet.</translation>
     </message>
     <message>
         <source>Try again later; if it stays so, tell the server&apos;s operator.</source>
-        <translation type="unfinished"></translation>
+        <translation>Versuchen Sie es später erneut; bleibt es dabei, informieren Sie den Betreiber des Servers.</translation>
     </message>
     <message>
         <source>The server names the package %1, which cannot be a folder&apos;s name.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server nennt das Paket %1; so kann kein Ordner heißen.</translation>
     </message>
     <message>
         <source>Tell the server&apos;s operator.</source>
-        <translation type="unfinished"></translation>
+        <translation>Informieren Sie den Betreiber des Servers.</translation>
     </message>
     <message>
         <source>The package is too large (%1).</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Paket ist zu groß (%1).</translation>
     </message>
     <message>
         <source>Tell the server&apos;s operator. The old firmware files are still there.</source>
-        <translation type="unfinished"></translation>
+        <translation>Informieren Sie den Betreiber des Servers. Die alten Firmware-Dateien sind noch vorhanden.</translation>
     </message>
     <message>
         <source>The package %1 is not a zip archive.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Paket %1 ist kein ZIP-Archiv.</translation>
     </message>
     <message>
         <source>The package is damaged at the entry %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Paket ist beim Eintrag %1 beschädigt.</translation>
     </message>
     <message>
         <source>Press “Download latest” again. The old firmware files are still there.</source>
-        <translation type="unfinished"></translation>
+        <translation>Drücken Sie erneut „Neueste herunterladen“. Die alten Firmware-Dateien sind noch vorhanden.</translation>
     </message>
     <message>
         <source>The package&apos;s entry %1 would be written outside its folder.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Paketeintrag %1 würde außerhalb des Paketordners gespeichert.</translation>
     </message>
     <message>
         <source>Do not use this package; tell the server&apos;s operator. The old firmware files are still there.</source>
-        <translation type="unfinished"></translation>
+        <translation>Verwenden Sie dieses Paket nicht; informieren Sie den Betreiber des Servers. Die alten Firmware-Dateien sind noch vorhanden.</translation>
     </message>
     <message>
         <source>The package has a file and a folder of one name, %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Paket enthält eine Datei und einen Ordner gleichen Namens: %1.</translation>
     </message>
     <message>
         <source>%1 is in the way, and does not belong to this program.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 steht im Weg und gehört nicht zu diesem Programm.</translation>
     </message>
     <message>
         <source>Move it away, then press “Download latest” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Verschieben Sie es an einen anderen Ort und drücken Sie dann erneut „Neueste herunterladen“.</translation>
     </message>
     <message>
         <source>There is no room for the package at %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Unter %1 ist nicht genug Platz für das Paket.</translation>
     </message>
     <message>
         <source>Free some disk space, then press “Download latest” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Geben Sie Speicherplatz frei und drücken Sie dann erneut „Neueste herunterladen“.</translation>
     </message>
     <message>
         <source>You may not write to %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Schreibzugriff auf %1 ist nicht erlaubt.</translation>
     </message>
     <message>
         <source>Correct its access rights, then press “Download latest” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Berichtigen Sie die Zugriffsrechte und drücken Sie dann erneut „Neueste herunterladen“.</translation>
     </message>
     <message>
         <source>%1: %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: %2.</translation>
     </message>
     <message>
         <source>Check the disk. The old firmware files are still there.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen Sie den Datenträger. Die alten Firmware-Dateien sind noch vorhanden.</translation>
     </message>
     <message>
         <source>%1 holds no certificate in PEM format.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 enthält kein Zertifikat im PEM-Format.</translation>
     </message>
     <message>
         <source>Name a file that does.</source>
-        <translation type="unfinished"></translation>
+        <translation>Geben Sie eine Datei an, die eines enthält.</translation>
     </message>
 </context>
 <context>
     <name>CommandLine</name>
     <message>
         <source>The device directory does not exist: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Geräteverzeichnis existiert nicht: %1</translation>
     </message>
     <message>
         <source>The device directory is not a directory: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Geräteverzeichnis ist kein Verzeichnis: %1</translation>
     </message>
     <message>
         <source>The device directory cannot be read: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Geräteverzeichnis kann nicht gelesen werden: %1</translation>
     </message>
     <message>
         <source>The package host is not of the form HOST[:PORT]: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Paketserver ist nicht in der Form HOST[:PORT] angegeben: %1</translation>
     </message>
     <message>
         <source>Updates a device&apos;s firmware over its USB-serial link, and fetches firmware packages.</source>
-        <translation type="unfinished"></translation>
+        <translation>Aktualisiert die Firmware eines Geräts über dessen USB-Seriell-Verbindung und lädt Firmware-Pakete herunter.</translation>
     </message>
     <message>
         <source>Show this help and exit.</source>
-        <translation type="unfinished"></translation>
+        <translation>Zeigt diese Hilfe an und beendet das Programm.</translation>
     </message>
     <message>
         <source>Besides the system&apos;s devices, offer every entry of DIR (a link to a terminal) as a serial device named like the entry.</source>
-        <translation type="unfinished"></translation>
+        <translation>Bietet neben den Geräten des Systems jeden Eintrag von DIR (einen Link auf ein Terminal) als serielles Gerät an, das wie der Eintrag heißt.</translation>
     </message>
     <message>
         <source>Fetch packages from this server, over HTTPS.</source>
-        <translation type="unfinished"></translation>
+        <translation>Lädt Pakete über HTTPS von diesem Server herunter.</translation>
     </message>
     <message>
         <source>Trust the certificates in FILE (PEM) besides the system&apos;s for the package server.</source>
-        <translation type="unfinished"></translation>
+        <translation>Vertraut beim Paketserver neben den Zertifikaten des Systems auch denen in FILE (PEM).</translation>
     </message>
     <message>
         <source>Unexpected argument: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Unerwartetes Argument: %1</translation>
     </message>
     <message>
         <source>Try --help.</source>
-        <translation type="unfinished"></translation>
+        <translation>Hilfe erhalten Sie mit --help.</translation>
     </message>
     <message>
         <source>There is no display for the window (DISPLAY and WAYLAND_DISPLAY are not set).</source>
-        <translation type="unfinished"></translation>
+        <translation>Es gibt keine Anzeige für das Fenster (DISPLAY und WAYLAND_DISPLAY sind nicht gesetzt).</translation>
     </message>
 </context>
 <context>
     <name>Progress</name>
     <message>
         <source>%1 elapsed, about %2 left.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 vergangen, noch etwa %2.</translation>
     </message>
     <message>
         <source>%1 elapsed.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 vergangen.</translation>
     </message>
     <message>
         <source>Waiting for the device to erase, %1 of at most %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>Warten auf das Ende des Löschens: %1 von höchstens %2.</translation>
     </message>
     <message>
         <source>Waiting for the device to take the next data, %1 of at most %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>Warten, bis das Gerät die nächsten Daten annimmt: %1 von höchstens %2.</translation>
     </message>
     <message>
         <source>Waiting for the answer to %1, %2 of at most %3.</source>
-        <translation type="unfinished"></translation>
+        <translation>Warten auf die Antwort auf %1: %2 von höchstens %3.</translation>
     </message>
     <message>
         <source>The update took %1 s; the image was sent at %2 KiB/s.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Update hat %1 s gedauert; das Abbild wurde mit %2 KiB/s gesendet.</translation>
     </message>
     <message>
         <source>Waiting for the server, %1 of at most %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>Warten auf den Server: %1 von höchstens %2.</translation>
     </message>
     <message>
         <source>%1 of %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 von %2.</translation>
     </message>
     <message>
         <source>%1 so far.</source>
-        <translation type="unfinished"></translation>
+        <translation>Bisher %1.</translation>
     </message>
     <message>
         <source>%1 in %2 s, %3 KiB/s.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 in %2 s, %3 KiB/s.</translation>
     </message>
     <message>
         <source>%1 s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 s</translation>
     </message>
     <message>
         <source>%1 min %2 s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 min %2 s</translation>
     </message>
 </context>
 <context>
     <name>Steps</name>
     <message>
         <source>the sync byte</source>
-        <translation type="unfinished"></translation>
+        <translation>das Sync-Byte</translation>
     </message>
     <message>
         <source>the connect command</source>
-        <translation type="unfinished"></translation>
+        <translation>den Verbindungsbefehl</translation>
     </message>
     <message>
         <source>the version query</source>
-        <translation type="unfinished"></translation>
+        <translation>die Versionsabfrage</translation>
     </message>
     <message>
         <source>the download command</source>
-        <translation type="unfinished"></translation>
+        <translation>den Download-Befehl</translation>
     </message>
     <message>
         <source>the erase</source>
-        <translation type="unfinished"></translation>
+        <translation>das Löschen</translation>
     </message>
     <message>
         <source>the download header</source>
-        <translation type="unfinished"></translation>
+        <translation>den Download-Header</translation>
     </message>
     <message>
         <source>data frame %1 of %2</source>
-        <translation type="unfinished"></translation>
+        <translation>Datenblock %1 von %2</translation>
     </message>
     <message>
         <source>the last frame</source>
-        <translation type="unfinished"></translation>
+        <translation>den letzten Block</translation>
     </message>
 </context>
 <context>
     <name>ViewController</name>
     <message>
         <source>Package server: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Paketserver: %1</translation>
     </message>
     <message>
         <source>none</source>
-        <translation type="unfinished"></translation>
+        <translation>keiner</translation>
     </message>
     <message>
         <source>Line: %1 baud; limits: %2 s, %3 s while erasing</source>
-        <translation type="unfinished"></translation>
+        <translation>Leitung: %1 Baud; Zeitlimits: %2 s, beim Löschen %3 s</translation>
     </message>
     <message>
         <source>Serial Port Connected</source>
-        <translation type="unfinished"></translation>
+        <translation>Serieller Port verbunden</translation>
     </message>
     <message>
         <source>Serial Port %1 was connected to your Mac.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der serielle Port %1 wurde mit Ihrem Computer verbunden.</translation>
     </message>
     <message>
         <source>Serial Port Disconnected</source>
-        <translation type="unfinished"></translation>
+        <translation>Serieller Port getrennt</translation>
     </message>
     <message>
         <source>Serial Port %1 was disconnected from your Mac.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der serielle Port %1 wurde von Ihrem Computer getrennt.</translation>
     </message>
 </context>
 <context>
     <name>vorn::CloseQuestion</name>
     <message>
         <source>Update Running</source>
-        <translation type="unfinished"></translation>
+        <translation>Update läuft</translation>
     </message>
     <message>
         <source>The device is being updated.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät wird gerade aktualisiert.</translation>
     </message>
     <message>
         <source>Closing the window stops the update, and the device cannot be used until it has been updated again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Wenn Sie das Fenster schließen, wird das Update abgebrochen, und das Gerät ist erst nach einem erneuten Update wieder benutzbar.</translation>
     </message>
     <message>
         <source>Closing the device stops the update, and it cannot be used until it has been updated again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Wenn Sie das Gerät schließen, wird das Update abgebrochen, und das Gerät ist erst nach einem erneuten Update wieder benutzbar.</translation>
     </message>
     <message>
         <source>&amp;Keep Updating</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Weiter aktualisieren</translation>
     </message>
     <message>
         <source>Close &amp;Anyway</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Trotzdem schließen</translation>
     </message>
     <message>
         <source>The update has ended.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Update ist beendet.</translation>
     </message>
     <message>
         <source>The window shows the result.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Fenster zeigt das Ergebnis.</translation>
     </message>
     <message>
         <source>&amp;Keep Open</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Geöffnet lassen</translation>
     </message>
     <message>
         <source>Close &amp;Window</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Fenster schließen</translation>
     </message>
     <message>
         <source>Close &amp;Device</source>
-        <translation type="unfinished"></translation>
+        <translation>Gerät &amp;schließen</translation>
     </message>
 </context>
 <context>
     <name>vorn::ConnectionSection</name>
     <message>
         <source>%1 (%2): open</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 (%2): geöffnet</translation>
     </message>
     <message>
         <source>%1: closed</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: geschlossen</translation>
     </message>
     <message>
         <source>%1 (%2): plugged in</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 (%2): angeschlossen</translation>
     </message>
     <message>
         <source>%1: unplugged</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: abgezogen</translation>
     </message>
 </context>
 <context>
     <name>vorn::FirmwareSection</name>
     <message>
         <source>Fetch the latest firmware package</source>
-        <translation type="unfinished"></translation>
+        <translation>Das neueste Firmware-Paket herunterladen</translation>
     </message>
     <message>
         <source>No package server is configured</source>
-        <translation type="unfinished"></translation>
+        <translation>Es ist kein Paketserver eingerichtet</translation>
     </message>
     <message>
         <source>Download</source>
-        <translation type="unfinished"></translation>
+        <translation>Download</translation>
     </message>
     <message>
         <source>Unpacking the package.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Paket wird entpackt.</translation>
     </message>
     <message>
         <source>Unpacking</source>
-        <translation type="unfinished"></translation>
+        <translation>Entpacken</translation>
     </message>
 </context>
 <context>
     <name>vorn::LogSection</name>
     <message>
         <source>Device: %1, %2, %3</source>
-        <translation type="unfinished"></translation>
+        <translation>Gerät: %1, %2, %3</translation>
     </message>
     <message>
         <source>Its node: group %1, mode %2</source>
-        <translation type="unfinished"></translation>
+        <translation>Geräteknoten: Gruppe %1, Modus %2</translation>
     </message>
     <message>
         <source>Its node: gone</source>
-        <translation type="unfinished"></translation>
+        <translation>Geräteknoten: nicht mehr vorhanden</translation>
     </message>
     <message>
         <source>%1: START</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: START</translation>
     </message>
     <message>
         <source>%1: OK, %2 s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: OK, %2 s</translation>
     </message>
     <message>
         <source>%1: FAILED, %2 s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: FAILED, %2 s</translation>
     </message>
     <message>
         <source>Copied.</source>
-        <translation type="unfinished"></translation>
+        <translation>Kopiert.</translation>
     </message>
     <message>
         <source>Saved to %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Gespeichert unter %1.</translation>
     </message>
     <message>
         <source>Not saved: %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht gespeichert: %1.</translation>
     </message>
     <message>
         <source>Language: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Sprache: %1</translation>
     </message>
     <message>
         <source>Device: none</source>
-        <translation type="unfinished"></translation>
+        <translation>Gerät: keines</translation>
     </message>
     <message>
         <source>The last exchange with the device:</source>
-        <translation type="unfinished"></translation>
+        <translation>Der letzte Datenaustausch mit dem Gerät:</translation>
     </message>
 </context>
 <context>
     <name>vorn::MainWindow</name>
     <message>
         <source>Vorn Firmware Updater</source>
-        <translation type="unfinished"></translation>
+        <translation>Vorn Firmware Updater</translation>
     </message>
     <message>
         <source>De&amp;vice</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Gerät</translation>
     </message>
     <message>
         <source>Device</source>
-        <translation type="unfinished"></translation>
+        <translation>Gerät</translation>
     </message>
     <message>
         <source>Connection status</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbindungsstatus</translation>
     </message>
     <message>
         <source>Connection details</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbindungsdetails</translation>
     </message>
     <message>
         <source>&amp;Firmware</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Firmware</translation>
     </message>
     <message>
         <source>Firmware</source>
-        <translation type="unfinished"></translation>
+        <translation>Firmware</translation>
     </message>
     <message>
         <source>&amp;Download latest</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Neueste herunterladen</translation>
     </message>
     <message>
         <source>Firmware status</source>
-        <translation type="unfinished"></translation>
+        <translation>Firmware-Status</translation>
     </message>
     <message>
         <source>Firmware details</source>
-        <translation type="unfinished"></translation>
+        <translation>Firmware-Details</translation>
     </message>
     <message>
         <source>Download progress</source>
-        <translation type="unfinished"></translation>
+        <translation>Download-Fortschritt</translation>
     </message>
     <message>
         <source>Update</source>
-        <translation type="unfinished"></translation>
+        <translation>Update</translation>
     </message>
     <message>
         <source>Update status</source>
-        <translation type="unfinished"></translation>
+        <translation>Update-Status</translation>
     </message>
     <message>
         <source>&amp;Update firmware</source>
-        <translation type="unfinished"></translation>
+        <translation>Firmware &amp;aktualisieren</translation>
     </message>
     <message>
         <source>Update details</source>
-        <translation type="unfinished"></translation>
+        <translation>Update-Details</translation>
     </message>
     <message>
         <source>Update progress</source>
-        <translation type="unfinished"></translation>
+        <translation>Update-Fortschritt</translation>
     </message>
     <message>
         <source>&amp;Log</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Protokoll</translation>
     </message>
     <message>
         <source>Log</source>
-        <translation type="unfinished"></translation>
+        <translation>Protokoll</translation>
     </message>
     <message>
         <source>Show what happened since the start</source>
-        <translation type="unfinished"></translation>
+        <translation>Anzeigen, was seit dem Start geschehen ist</translation>
     </message>
     <message>
         <source>&amp;Copy</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Kopieren</translation>
     </message>
     <message>
         <source>Copy the log, with the versions and the last exchange with the device</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Protokoll samt Versionen und letztem Datenaustausch mit dem Gerät kopieren</translation>
     </message>
     <message>
         <source>&amp;Save…</source>
-        <translation type="unfinished"></translation>
+        <translation>&amp;Speichern …</translation>
     </message>
     <message>
         <source>Save the log, with the versions and the last exchange with the device</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Protokoll samt Versionen und letztem Datenaustausch mit dem Gerät speichern</translation>
     </message>
     <message>
         <source>Not possible while an update is running</source>
-        <translation type="unfinished"></translation>
+        <translation>Nicht möglich, während ein Update läuft</translation>
     </message>
     <message>
         <source>Save the log</source>
-        <translation type="unfinished"></translation>
+        <translation>Protokoll speichern</translation>
     </message>
 </context>
 <context>
     <name>vorn::PowerEvents</name>
     <message>
         <source>Serial ports are closed before sleep</source>
-        <translation type="unfinished"></translation>
+        <translation>Serielle Ports werden vor dem Energiesparmodus geschlossen</translation>
     </message>
 </context>
 <context>
     <name>vorn::UpdateSection</name>
     <message>
         <source>Synchronize</source>
-        <translation type="unfinished"></translation>
+        <translation>Synchronisieren</translation>
     </message>
     <message>
         <source>Connect</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbinden</translation>
     </message>
     <message>
         <source>Ask for the version</source>
-        <translation type="unfinished"></translation>
+        <translation>Version abfragen</translation>
     </message>
     <message>
         <source>Read the file</source>
-        <translation type="unfinished"></translation>
+        <translation>Datei lesen</translation>
     </message>
     <message>
         <source>Begin the download</source>
-        <translation type="unfinished"></translation>
+        <translation>Download einleiten</translation>
     </message>
     <message>
         <source>Erase</source>
-        <translation type="unfinished"></translation>
+        <translation>Löschen</translation>
     </message>
     <message>
         <source>Wait for the release</source>
-        <translation type="unfinished"></translation>
+        <translation>Auf die Freigabe warten</translation>
     </message>
     <message>
         <source>Send the image</source>
-        <translation type="unfinished"></translation>
+        <translation>Abbild senden</translation>
     </message>
     <message>
         <source>Confirm the image</source>
-        <translation type="unfinished"></translation>
+        <translation>Abbild bestätigen</translation>
     </message>
     <message>
         <source>Update not started: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Update nicht gestartet: %1</translation>
     </message>
     <message>
         <source>A device&apos;s firmware is being updated</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Firmware eines Geräts wird aktualisiert</translation>
     </message>
     <message>
         <source>Update of %1 with %2</source>
-        <translation type="unfinished"></translation>
+        <translation>Update von %1 mit %2</translation>
     </message>
     <message>
         <source>Update</source>
-        <translation type="unfinished"></translation>
+        <translation>Update</translation>
     </message>
     <message>
         <source>Version query</source>
-        <translation type="unfinished"></translation>
+        <translation>Versionsabfrage</translation>
     </message>
     <message>
         <source>Firmware updated</source>
-        <translation type="unfinished"></translation>
+        <translation>Firmware aktualisiert</translation>
     </message>
     <message>
         <source>%1 has its new firmware.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 hat die neue Firmware.</translation>
     </message>
     <message>
         <source>Firmware update failed</source>
-        <translation type="unfinished"></translation>
+        <translation>Firmware-Update fehlgeschlagen</translation>
     </message>
     <message>
         <source>%1: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: %2</translation>
     </message>
 </context>
 </TS>
