@@ -5,924 +5,924 @@
     <name>Causes</name>
     <message>
         <source>No device is plugged in.</source>
-        <translation type="unfinished"></translation>
+        <translation>未插入设备。</translation>
     </message>
     <message>
         <source>Plug in the device&apos;s USB-serial adapter; it appears here by itself.</source>
-        <translation type="unfinished"></translation>
+        <translation>请插入设备的 USB 转串口适配器，它会自动显示在此处。</translation>
     </message>
     <message>
         <source>%1 is a serial device, but not a USB-serial adapter.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 是串口设备，但不是 USB 转串口适配器。</translation>
     </message>
     <message>
         <source>Plug in the device&apos;s own USB-serial adapter.</source>
-        <translation type="unfinished"></translation>
+        <translation>请插入设备自带的 USB 转串口适配器。</translation>
     </message>
     <message>
         <source>%1 is plugged in, too, but only one device can be chosen.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 也已插入，但只能选择一个设备。</translation>
     </message>
     <message>
         <source>To use it, unplug %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>如需使用该设备，请拔下 %2。</translation>
     </message>
     <message>
         <source>The list offers one device only, %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>列表中只有一个设备可选：%1。</translation>
     </message>
     <message>
         <source>To use another one, unplug this one first.</source>
-        <translation type="unfinished"></translation>
+        <translation>如需使用其他设备，请先拔下此设备。</translation>
     </message>
     <message>
         <source>The port is closed, although the button reads “Close”.</source>
-        <translation type="unfinished"></translation>
+        <translation>串口已关闭，但按钮仍显示“Close”。</translation>
     </message>
     <message>
         <source>Unplug all devices, then plug this one in again.</source>
-        <translation type="unfinished"></translation>
+        <translation>请拔下所有设备，然后重新插入此设备。</translation>
     </message>
     <message>
         <source>%1 was gone %2 s after it was plugged in.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 在插入 %2 秒后消失。</translation>
     </message>
     <message>
         <source>Check the cable, and try another USB port.</source>
-        <translation type="unfinished"></translation>
+        <translation>请检查连接线，并换一个 USB 接口再试。</translation>
     </message>
     <message>
         <source>%1 was gone %2 s after it was plugged in, and brltty, the driver for braille displays, is running: it takes some adapters for itself.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 在插入 %2 秒后消失，而盲文点显器驱动程序 brltty 正在运行：它会占用某些适配器。</translation>
     </message>
     <message>
         <source>If nobody here needs a braille display, run “sudo apt remove brltty”, then plug the device in again.</source>
-        <translation type="unfinished"></translation>
+        <translation>如果没有人需要盲文点显器，请运行“sudo apt remove brltty”，然后重新插入设备。</translation>
     </message>
     <message>
         <source>%1 is not there any more.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 已不存在。</translation>
     </message>
     <message>
         <source>Plug the device in again.</source>
-        <translation type="unfinished"></translation>
+        <translation>请重新插入设备。</translation>
     </message>
     <message>
         <source>You have no access to %1, which belongs to the group %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>您无权访问 %1，它属于用户组 %2。</translation>
     </message>
     <message>
         <source>Run “sudo usermod -aG %2 $USER”, then log out and in again.</source>
-        <translation type="unfinished"></translation>
+        <translation>请运行“sudo usermod -aG %2 $USER”，然后注销并重新登录。</translation>
     </message>
     <message>
         <source>You have no access to %1 (mode %2).</source>
-        <translation type="unfinished"></translation>
+        <translation>您无权访问 %1（权限 %2）。</translation>
     </message>
     <message>
         <source>Run “sudo chmod a+rw %1”; this holds until the device is unplugged.</source>
-        <translation type="unfinished"></translation>
+        <translation>请运行“sudo chmod a+rw %1”；此设置在拔下设备前有效。</translation>
     </message>
     <message>
         <source>%1 is in use by %2 (process %3).</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 正被 %2（进程 %3）占用。</translation>
     </message>
     <message>
         <source>Close that program, then press “Open” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>请关闭该程序，然后再次点击“Open”。</translation>
     </message>
     <message>
         <source>%1 is in use by ModemManager (process %2), which examines each new serial device.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 正被 ModemManager（进程 %2）占用，该程序会检测每个新的串口设备。</translation>
     </message>
     <message>
         <source>Press “Open” again in half a minute, or keep it away with “sudo systemctl stop ModemManager”.</source>
-        <translation type="unfinished"></translation>
+        <translation>请在半分钟后再次点击“Open”，或运行“sudo systemctl stop ModemManager”阻止其占用串口。</translation>
     </message>
     <message>
         <source>%1 is in use by brltty (process %2), the driver for braille displays.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 正被盲文点显器驱动程序 brltty（进程 %2）占用。</translation>
     </message>
     <message>
         <source>%1 is in use by a program of another user.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 正被其他用户的程序占用。</translation>
     </message>
     <message>
         <source>“sudo fuser -v %1” shows which. End it, then press “Open” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>运行“sudo fuser -v %1”可查看是哪个程序。请结束该程序，然后再次点击“Open”。</translation>
     </message>
     <message>
         <source>%1 is not a serial port.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 不是串口。</translation>
     </message>
     <message>
         <source>Choose another device.</source>
-        <translation type="unfinished"></translation>
+        <translation>请选择其他设备。</translation>
     </message>
     <message>
         <source>%1 cannot be opened: %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>无法打开 %1：%2。</translation>
     </message>
     <message>
         <source>Unplug the device, plug it in again, then press “Open”.</source>
-        <translation type="unfinished"></translation>
+        <translation>请拔下设备并重新插入，然后点击“Open”。</translation>
     </message>
     <message>
         <source>The adapter at %1 cannot run at %2 baud, which the device needs.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 处的适配器不支持设备所需的波特率 %2。</translation>
     </message>
     <message>
         <source>Use another USB-serial adapter.</source>
-        <translation type="unfinished"></translation>
+        <translation>请使用其他 USB 转串口适配器。</translation>
     </message>
     <message>
         <source>The system does not let go of %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>系统未能释放 %1。</translation>
     </message>
     <message>
         <source>Unplug the device.</source>
-        <translation type="unfinished"></translation>
+        <translation>请拔下设备。</translation>
     </message>
     <message>
         <source>The connection to %1 was lost.</source>
-        <translation type="unfinished"></translation>
+        <translation>与 %1 的连接已断开。</translation>
     </message>
     <message>
         <source>If the device is still plugged in, press “Open”.</source>
-        <translation type="unfinished"></translation>
+        <translation>如果设备仍插在计算机上，请点击“Open”。</translation>
     </message>
     <message>
         <source>The device is not open.</source>
-        <translation type="unfinished"></translation>
+        <translation>设备连接尚未打开。</translation>
     </message>
     <message>
         <source>Press “Open” first.</source>
-        <translation type="unfinished"></translation>
+        <translation>请先点击“Open”。</translation>
     </message>
     <message>
         <source>No firmware file is chosen.</source>
-        <translation type="unfinished"></translation>
+        <translation>尚未选择固件文件。</translation>
     </message>
     <message>
         <source>Choose one in the list of firmware files.</source>
-        <translation type="unfinished"></translation>
+        <translation>请在固件文件列表中选择一个。</translation>
     </message>
     <message>
         <source>The firmware file %1 cannot be read: %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>无法读取固件文件 %1：%2。</translation>
     </message>
     <message>
         <source>The device was not changed. Choose another file, or download it again.</source>
-        <translation type="unfinished"></translation>
+        <translation>设备未被更改。请选择其他文件，或重新下载该文件。</translation>
     </message>
     <message>
         <source>The firmware file %1 is empty.</source>
-        <translation type="unfinished"></translation>
+        <translation>固件文件 %1 为空。</translation>
     </message>
     <message>
         <source>The firmware file %1 is too large for a device.</source>
-        <translation type="unfinished"></translation>
+        <translation>固件文件 %1 过大，设备无法容纳。</translation>
     </message>
     <message>
         <source>No answer to %1 within %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>%2 秒内未收到设备对%1的应答。</translation>
     </message>
     <message>
         <source>The device still holds its old firmware. Check its power and cable, then press “Update firmware” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>设备仍保留旧固件。请检查设备的电源和连接线，然后再次点击“更新固件”。</translation>
     </message>
     <message>
         <source>The device must be updated again before it can be used: check its power and cable, then press “Update firmware”.</source>
-        <translation type="unfinished"></translation>
+        <translation>设备必须重新更新后才能使用：请检查设备的电源和连接线，然后点击“更新固件”。</translation>
     </message>
     <message>
         <source>The device refused %1 after %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>设备在 %2 秒后拒绝了%1。</translation>
     </message>
     <message>
         <source>It still holds its old firmware. Check that the file is meant for it, then press “Update firmware” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>设备仍保留旧固件。请确认该文件适用于此设备，然后再次点击“更新固件”。</translation>
     </message>
     <message>
         <source>It must be updated again before it can be used: check that the file is meant for it, then press “Update firmware”.</source>
-        <translation type="unfinished"></translation>
+        <translation>设备必须重新更新后才能使用：请确认该文件适用于此设备，然后点击“更新固件”。</translation>
     </message>
     <message>
         <source>The port closed during the wait for the answer to %1, after %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>等待设备对%1的应答时，串口在 %2 秒后关闭。</translation>
     </message>
     <message>
         <source>The device still holds its old firmware. Plug it in, press “Open”, then “Update firmware”.</source>
-        <translation type="unfinished"></translation>
+        <translation>设备仍保留旧固件。请插入设备，点击“Open”，然后点击“更新固件”。</translation>
     </message>
     <message>
         <source>The device must be updated again before it can be used: plug it in, press “Open”, then “Update firmware”.</source>
-        <translation type="unfinished"></translation>
+        <translation>设备必须重新更新后才能使用：请插入设备，点击“Open”，然后点击“更新固件”。</translation>
     </message>
     <message>
         <source>The device did not tell its model: no answer to %1 within %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>设备未报告型号：%2 秒内未收到设备对%1的应答。</translation>
     </message>
     <message>
         <source>Check its power and cable, then close and open it.</source>
-        <translation type="unfinished"></translation>
+        <translation>请检查设备的电源和连接线，然后依次点击“Close”和“Open”。</translation>
     </message>
     <message>
         <source>The device did not tell its model: it refused %1 after %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>设备未报告型号：设备在 %2 秒后拒绝了%1。</translation>
     </message>
     <message>
         <source>Close and open it to ask again.</source>
-        <translation type="unfinished"></translation>
+        <translation>请依次点击“Close”和“Open”以重新查询。</translation>
     </message>
     <message>
         <source>The device did not tell its model: the port closed during the wait for the answer to %1, after %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>设备未报告型号：等待设备对%1的应答时，串口在 %2 秒后关闭。</translation>
     </message>
     <message>
         <source>Plug it in and press “Open” to ask again.</source>
-        <translation type="unfinished"></translation>
+        <translation>请插入设备并点击“Open”以重新查询。</translation>
     </message>
     <message>
         <source>There is no firmware file yet.</source>
-        <translation type="unfinished"></translation>
+        <translation>尚无固件文件。</translation>
     </message>
     <message>
         <source>Press “Download latest”, or put files that end in .bin into %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>请点击“下载最新固件”，或将扩展名为 .bin 的文件放入 %1。</translation>
     </message>
     <message>
         <source>There is no firmware file yet, and no package server is configured.</source>
-        <translation type="unfinished"></translation>
+        <translation>尚无固件文件，且未配置固件包服务器。</translation>
     </message>
     <message>
         <source>Put files that end in .bin into %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>请将扩展名为 .bin 的文件放入 %1。</translation>
     </message>
     <message>
         <source>No firmware file is for this device (model code %1).</source>
-        <translation type="unfinished"></translation>
+        <translation>没有适用于此设备的固件文件（型号代码 %1）。</translation>
     </message>
     <message>
         <source>Press “Download latest”, or check that it is the right device.</source>
-        <translation type="unfinished"></translation>
+        <translation>请点击“下载最新固件”，或确认所连设备是否正确。</translation>
     </message>
     <message>
         <source>This computer is not connected to a network.</source>
-        <translation type="unfinished"></translation>
+        <translation>此计算机未连接到网络。</translation>
     </message>
     <message>
         <source>Connect it, then press “Download latest” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>请连接网络，然后再次点击“下载最新固件”。</translation>
     </message>
     <message>
         <source>The address of the server %1 cannot be found.</source>
-        <translation type="unfinished"></translation>
+        <translation>找不到服务器 %1 的地址。</translation>
     </message>
     <message>
         <source>Check the network connection, then press “Download latest” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>请检查网络连接，然后再次点击“下载最新固件”。</translation>
     </message>
     <message>
         <source>The server %1 cannot be reached (network error %2).</source>
-        <translation type="unfinished"></translation>
+        <translation>无法连接到服务器 %1（网络错误 %2）。</translation>
     </message>
     <message>
         <source>Check the network connection and firewall, then press “Download latest” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>请检查网络连接和防火墙，然后再次点击“下载最新固件”。</translation>
     </message>
     <message>
         <source>The proxy on the way to %1 failed (network error %2).</source>
-        <translation type="unfinished"></translation>
+        <translation>连接 %1 所用的代理出错（网络错误 %2）。</translation>
     </message>
     <message>
         <source>Check the proxy settings (https_proxy), then start the program again.</source>
-        <translation type="unfinished"></translation>
+        <translation>请检查代理设置（https_proxy），然后重新启动本程序。</translation>
     </message>
     <message>
         <source>The connection to %1 was lost before the package was complete.</source>
-        <translation type="unfinished"></translation>
+        <translation>固件包尚未接收完整，与 %1 的连接就已断开。</translation>
     </message>
     <message>
         <source>Press “Download latest” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>请再次点击“下载最新固件”。</translation>
     </message>
     <message>
         <source>The server %1 did not go on within %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>%2 秒内未收到服务器 %1 的数据。</translation>
     </message>
     <message>
         <source>Try again later.</source>
-        <translation type="unfinished"></translation>
+        <translation>请稍后重试。</translation>
     </message>
     <message>
         <source>The certificate of %1 cannot be trusted: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>无法信任 %1 的证书：%2。</translation>
     </message>
     <message>
         <source>Check this computer&apos;s date and time; else somebody may be listening on this network. Nothing was downloaded.</source>
-        <translation type="unfinished"></translation>
+        <translation>请检查此计算机的日期和时间；如果无误，则可能有人在窃听此网络。未下载任何内容。</translation>
     </message>
     <message>
         <source>No encrypted connection to %1 could be made.</source>
-        <translation type="unfinished"></translation>
+        <translation>无法与 %1 建立加密连接。</translation>
     </message>
     <message>
         <source>Check proxy and firewall, or try another network.</source>
-        <translation type="unfinished"></translation>
+        <translation>请检查代理和防火墙，或换用其他网络。</translation>
     </message>
     <message>
         <source>The server %1 leads to an address without encryption.</source>
-        <translation type="unfinished"></translation>
+        <translation>服务器 %1 重定向到未加密的地址。</translation>
     </message>
     <message>
         <source>Tell the server&apos;s operator. Nothing was downloaded.</source>
-        <translation type="unfinished"></translation>
+        <translation>请告知服务器管理员。未下载任何内容。</translation>
     </message>
     <message>
         <source>The response of %1 is not valid (network error %2).</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 的响应无效（网络错误 %2）。</translation>
     </message>
     <message>
         <source>The server %1 answered with HTTP status %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>服务器 %1 返回 HTTP 状态码 %2。</translation>
     </message>
     <message>
         <source>Try again later; if it stays so, tell the server&apos;s operator.</source>
-        <translation type="unfinished"></translation>
+        <translation>请稍后重试；如果问题依旧，请告知服务器管理员。</translation>
     </message>
     <message>
         <source>The server names the package %1, which cannot be a folder&apos;s name.</source>
-        <translation type="unfinished"></translation>
+        <translation>服务器给出的固件包名称 %1 不能用作文件夹名称。</translation>
     </message>
     <message>
         <source>Tell the server&apos;s operator.</source>
-        <translation type="unfinished"></translation>
+        <translation>请告知服务器管理员。</translation>
     </message>
     <message>
         <source>The package is too large (%1).</source>
-        <translation type="unfinished"></translation>
+        <translation>固件包过大（%1）。</translation>
     </message>
     <message>
         <source>Tell the server&apos;s operator. The old firmware files are still there.</source>
-        <translation type="unfinished"></translation>
+        <translation>请告知服务器管理员。旧的固件文件仍然保留。</translation>
     </message>
     <message>
         <source>The package %1 is not a zip archive.</source>
-        <translation type="unfinished"></translation>
+        <translation>固件包 %1 不是 zip 压缩文件。</translation>
     </message>
     <message>
         <source>The package is damaged at the entry %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>固件包中的条目 %1 已损坏。</translation>
     </message>
     <message>
         <source>Press “Download latest” again. The old firmware files are still there.</source>
-        <translation type="unfinished"></translation>
+        <translation>请再次点击“下载最新固件”。旧的固件文件仍然保留。</translation>
     </message>
     <message>
         <source>The package&apos;s entry %1 would be written outside its folder.</source>
-        <translation type="unfinished"></translation>
+        <translation>固件包中的条目 %1 会被写到固件包文件夹之外。</translation>
     </message>
     <message>
         <source>Do not use this package; tell the server&apos;s operator. The old firmware files are still there.</source>
-        <translation type="unfinished"></translation>
+        <translation>请勿使用此固件包，并告知服务器管理员。旧的固件文件仍然保留。</translation>
     </message>
     <message>
         <source>The package has a file and a folder of one name, %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>固件包中有同名的文件和文件夹：%1。</translation>
     </message>
     <message>
         <source>%1 is in the way, and does not belong to this program.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 占用了所需位置，且不属于本程序。</translation>
     </message>
     <message>
         <source>Move it away, then press “Download latest” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>请将其移到别处，然后再次点击“下载最新固件”。</translation>
     </message>
     <message>
         <source>There is no room for the package at %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 处的空间不足，无法存放固件包。</translation>
     </message>
     <message>
         <source>Free some disk space, then press “Download latest” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>请释放一些磁盘空间，然后再次点击“下载最新固件”。</translation>
     </message>
     <message>
         <source>You may not write to %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>您无权写入 %1。</translation>
     </message>
     <message>
         <source>Correct its access rights, then press “Download latest” again.</source>
-        <translation type="unfinished"></translation>
+        <translation>请更正其访问权限，然后再次点击“下载最新固件”。</translation>
     </message>
     <message>
         <source>%1: %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1：%2。</translation>
     </message>
     <message>
         <source>Check the disk. The old firmware files are still there.</source>
-        <translation type="unfinished"></translation>
+        <translation>请检查磁盘。旧的固件文件仍然保留。</translation>
     </message>
     <message>
         <source>%1 holds no certificate in PEM format.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 中没有 PEM 格式的证书。</translation>
     </message>
     <message>
         <source>Name a file that does.</source>
-        <translation type="unfinished"></translation>
+        <translation>请指定包含此类证书的文件。</translation>
     </message>
 </context>
 <context>
     <name>CommandLine</name>
     <message>
         <source>The device directory does not exist: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>设备目录不存在：%1</translation>
     </message>
     <message>
         <source>The device directory is not a directory: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>设备目录不是目录：%1</translation>
     </message>
     <message>
         <source>The device directory cannot be read: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>无法读取设备目录：%1</translation>
     </message>
     <message>
         <source>The package host is not of the form HOST[:PORT]: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>固件包主机不符合 HOST[:PORT] 格式：%1</translation>
     </message>
     <message>
         <source>Updates a device&apos;s firmware over its USB-serial link, and fetches firmware packages.</source>
-        <translation type="unfinished"></translation>
+        <translation>通过 USB 转串口连接更新设备固件，并获取固件包。</translation>
     </message>
     <message>
         <source>Show this help and exit.</source>
-        <translation type="unfinished"></translation>
+        <translation>显示此帮助并退出。</translation>
     </message>
     <message>
         <source>Besides the system&apos;s devices, offer every entry of DIR (a link to a terminal) as a serial device named like the entry.</source>
-        <translation type="unfinished"></translation>
+        <translation>除系统的设备外，还将 DIR 中的每个条目（指向终端的链接）作为与条目同名的串口设备提供。</translation>
     </message>
     <message>
         <source>Fetch packages from this server, over HTTPS.</source>
-        <translation type="unfinished"></translation>
+        <translation>通过 HTTPS 从此服务器获取固件包。</translation>
     </message>
     <message>
         <source>Trust the certificates in FILE (PEM) besides the system&apos;s for the package server.</source>
-        <translation type="unfinished"></translation>
+        <translation>连接固件包服务器时，除系统的证书外，还信任 FILE（PEM 格式）中的证书。</translation>
     </message>
     <message>
         <source>Unexpected argument: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>意外的参数：%1</translation>
     </message>
     <message>
         <source>Try --help.</source>
-        <translation type="unfinished"></translation>
+        <translation>请尝试 --help。</translation>
     </message>
     <message>
         <source>There is no display for the window (DISPLAY and WAYLAND_DISPLAY are not set).</source>
-        <translation type="unfinished"></translation>
+        <translation>没有可显示窗口的图形环境（未设置 DISPLAY 和 WAYLAND_DISPLAY）。</translation>
     </message>
 </context>
 <context>
     <name>Progress</name>
     <message>
         <source>%1 elapsed, about %2 left.</source>
-        <translation type="unfinished"></translation>
+        <translation>已用时 %1，剩余约 %2。</translation>
     </message>
     <message>
         <source>%1 elapsed.</source>
-        <translation type="unfinished"></translation>
+        <translation>已用时 %1。</translation>
     </message>
     <message>
         <source>Waiting for the device to erase, %1 of at most %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>正在等待设备擦除，已等待 %1，最长 %2。</translation>
     </message>
     <message>
         <source>Waiting for the device to take the next data, %1 of at most %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>正在等待设备接收后续数据，已等待 %1，最长 %2。</translation>
     </message>
     <message>
         <source>Waiting for the answer to %1, %2 of at most %3.</source>
-        <translation type="unfinished"></translation>
+        <translation>正在等待设备对%1的应答，已等待 %2，最长 %3。</translation>
     </message>
     <message>
         <source>The update took %1 s; the image was sent at %2 KiB/s.</source>
-        <translation type="unfinished"></translation>
+        <translation>更新用时 %1 秒；镜像发送速度为 %2 KiB/s。</translation>
     </message>
     <message>
         <source>Waiting for the server, %1 of at most %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>正在等待服务器，已等待 %1，最长 %2。</translation>
     </message>
     <message>
         <source>%1 of %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>已下载 %1，共 %2。</translation>
     </message>
     <message>
         <source>%1 so far.</source>
-        <translation type="unfinished"></translation>
+        <translation>已下载 %1。</translation>
     </message>
     <message>
         <source>%1 in %2 s, %3 KiB/s.</source>
-        <translation type="unfinished"></translation>
+        <translation>已下载 %1，用时 %2 秒，速度 %3 KiB/s。</translation>
     </message>
     <message>
         <source>%1 s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 秒</translation>
     </message>
     <message>
         <source>%1 min %2 s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 分 %2 秒</translation>
     </message>
 </context>
 <context>
     <name>Steps</name>
     <message>
         <source>the sync byte</source>
-        <translation type="unfinished"></translation>
+        <translation>同步字节</translation>
     </message>
     <message>
         <source>the connect command</source>
-        <translation type="unfinished"></translation>
+        <translation>连接命令</translation>
     </message>
     <message>
         <source>the version query</source>
-        <translation type="unfinished"></translation>
+        <translation>版本查询</translation>
     </message>
     <message>
         <source>the download command</source>
-        <translation type="unfinished"></translation>
+        <translation>下载命令</translation>
     </message>
     <message>
         <source>the erase</source>
-        <translation type="unfinished"></translation>
+        <translation>擦除操作</translation>
     </message>
     <message>
         <source>the download header</source>
-        <translation type="unfinished"></translation>
+        <translation>下载报头</translation>
     </message>
     <message>
         <source>data frame %1 of %2</source>
-        <translation type="unfinished"></translation>
+        <translation>第 %1 个数据帧（共 %2 个）</translation>
     </message>
     <message>
         <source>the last frame</source>
-        <translation type="unfinished"></translation>
+        <translation>最后一帧</translation>
     </message>
 </context>
 <context>
     <name>ViewController</name>
     <message>
         <source>Package server: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>固件包服务器：%1</translation>
     </message>
     <message>
         <source>none</source>
-        <translation type="unfinished"></translation>
+        <translation>无</translation>
     </message>
     <message>
         <source>Line: %1 baud; limits: %2 s, %3 s while erasing</source>
-        <translation type="unfinished"></translation>
+        <translation>线路：%1 波特；时限：%2 秒，擦除时 %3 秒</translation>
     </message>
     <message>
         <source>Serial Port Connected</source>
-        <translation type="unfinished"></translation>
+        <translation>串口已连接</translation>
     </message>
     <message>
         <source>Serial Port %1 was connected to your Mac.</source>
-        <translation type="unfinished"></translation>
+        <translation>串口 %1 已连接到您的计算机。</translation>
     </message>
     <message>
         <source>Serial Port Disconnected</source>
-        <translation type="unfinished"></translation>
+        <translation>串口已断开</translation>
     </message>
     <message>
         <source>Serial Port %1 was disconnected from your Mac.</source>
-        <translation type="unfinished"></translation>
+        <translation>串口 %1 已与您的计算机断开。</translation>
     </message>
 </context>
 <context>
     <name>vorn::CloseQuestion</name>
     <message>
         <source>Update Running</source>
-        <translation type="unfinished"></translation>
+        <translation>正在更新</translation>
     </message>
     <message>
         <source>The device is being updated.</source>
-        <translation type="unfinished"></translation>
+        <translation>正在更新设备。</translation>
     </message>
     <message>
         <source>Closing the window stops the update, and the device cannot be used until it has been updated again.</source>
-        <translation type="unfinished"></translation>
+        <translation>关闭窗口会中止更新，设备必须重新更新后才能使用。</translation>
     </message>
     <message>
         <source>Closing the device stops the update, and it cannot be used until it has been updated again.</source>
-        <translation type="unfinished"></translation>
+        <translation>关闭设备连接会中止更新，设备必须重新更新后才能使用。</translation>
     </message>
     <message>
         <source>&amp;Keep Updating</source>
-        <translation type="unfinished"></translation>
+        <translation>继续更新(&amp;K)</translation>
     </message>
     <message>
         <source>Close &amp;Anyway</source>
-        <translation type="unfinished"></translation>
+        <translation>仍要关闭(&amp;A)</translation>
     </message>
     <message>
         <source>The update has ended.</source>
-        <translation type="unfinished"></translation>
+        <translation>更新已结束。</translation>
     </message>
     <message>
         <source>The window shows the result.</source>
-        <translation type="unfinished"></translation>
+        <translation>结果显示在窗口中。</translation>
     </message>
     <message>
         <source>&amp;Keep Open</source>
-        <translation type="unfinished"></translation>
+        <translation>保持打开(&amp;K)</translation>
     </message>
     <message>
         <source>Close &amp;Window</source>
-        <translation type="unfinished"></translation>
+        <translation>关闭窗口(&amp;W)</translation>
     </message>
     <message>
         <source>Close &amp;Device</source>
-        <translation type="unfinished"></translation>
+        <translation>关闭设备连接(&amp;D)</translation>
     </message>
 </context>
 <context>
     <name>vorn::ConnectionSection</name>
     <message>
         <source>%1 (%2): open</source>
-        <translation type="unfinished"></translation>
+        <translation>%1（%2）：已打开</translation>
     </message>
     <message>
         <source>%1: closed</source>
-        <translation type="unfinished"></translation>
+        <translation>%1：已关闭</translation>
     </message>
     <message>
         <source>%1 (%2): plugged in</source>
-        <translation type="unfinished"></translation>
+        <translation>%1（%2）：已插入</translation>
     </message>
     <message>
         <source>%1: unplugged</source>
-        <translation type="unfinished"></translation>
+        <translation>%1：已拔下</translation>
     </message>
 </context>
 <context>
     <name>vorn::FirmwareSection</name>
     <message>
         <source>Fetch the latest firmware package</source>
-        <translation type="unfinished"></translation>
+        <translation>获取最新的固件包</translation>
     </message>
     <message>
         <source>No package server is configured</source>
-        <translation type="unfinished"></translation>
+        <translation>未配置固件包服务器</translation>
     </message>
     <message>
         <source>Download</source>
-        <translation type="unfinished"></translation>
+        <translation>下载</translation>
     </message>
     <message>
         <source>Unpacking the package.</source>
-        <translation type="unfinished"></translation>
+        <translation>正在解压固件包。</translation>
     </message>
     <message>
         <source>Unpacking</source>
-        <translation type="unfinished"></translation>
+        <translation>解压</translation>
     </message>
 </context>
 <context>
     <name>vorn::LogSection</name>
     <message>
         <source>Device: %1, %2, %3</source>
-        <translation type="unfinished"></translation>
+        <translation>设备：%1，%2，%3</translation>
     </message>
     <message>
         <source>Its node: group %1, mode %2</source>
-        <translation type="unfinished"></translation>
+        <translation>设备节点：用户组 %1，权限 %2</translation>
     </message>
     <message>
         <source>Its node: gone</source>
-        <translation type="unfinished"></translation>
+        <translation>设备节点：已不存在</translation>
     </message>
     <message>
         <source>%1: START</source>
-        <translation type="unfinished"></translation>
+        <translation>%1：START</translation>
     </message>
     <message>
         <source>%1: OK, %2 s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1：OK，%2 秒</translation>
     </message>
     <message>
         <source>%1: FAILED, %2 s</source>
-        <translation type="unfinished"></translation>
+        <translation>%1：FAILED，%2 秒</translation>
     </message>
     <message>
         <source>Copied.</source>
-        <translation type="unfinished"></translation>
+        <translation>已复制。</translation>
     </message>
     <message>
         <source>Saved to %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>已保存到 %1。</translation>
     </message>
     <message>
         <source>Not saved: %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>未保存：%1。</translation>
     </message>
     <message>
         <source>Language: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>语言：%1</translation>
     </message>
     <message>
         <source>Device: none</source>
-        <translation type="unfinished"></translation>
+        <translation>设备：无</translation>
     </message>
     <message>
         <source>The last exchange with the device:</source>
-        <translation type="unfinished"></translation>
+        <translation>与设备的最近一次通信：</translation>
     </message>
 </context>
 <context>
     <name>vorn::MainWindow</name>
     <message>
         <source>Vorn Firmware Updater</source>
-        <translation type="unfinished"></translation>
+        <translation>Vorn Firmware Updater</translation>
     </message>
     <message>
         <source>De&amp;vice</source>
-        <translation type="unfinished"></translation>
+        <translation>设备(&amp;V)</translation>
     </message>
     <message>
         <source>Device</source>
-        <translation type="unfinished"></translation>
+        <translation>设备</translation>
     </message>
     <message>
         <source>Connection status</source>
-        <translation type="unfinished"></translation>
+        <translation>连接状态</translation>
     </message>
     <message>
         <source>Connection details</source>
-        <translation type="unfinished"></translation>
+        <translation>连接详情</translation>
     </message>
     <message>
         <source>&amp;Firmware</source>
-        <translation type="unfinished"></translation>
+        <translation>固件(&amp;F)</translation>
     </message>
     <message>
         <source>Firmware</source>
-        <translation type="unfinished"></translation>
+        <translation>固件</translation>
     </message>
     <message>
         <source>&amp;Download latest</source>
-        <translation type="unfinished"></translation>
+        <translation>下载最新固件(&amp;D)</translation>
     </message>
     <message>
         <source>Firmware status</source>
-        <translation type="unfinished"></translation>
+        <translation>固件状态</translation>
     </message>
     <message>
         <source>Firmware details</source>
-        <translation type="unfinished"></translation>
+        <translation>固件详情</translation>
     </message>
     <message>
         <source>Download progress</source>
-        <translation type="unfinished"></translation>
+        <translation>下载进度</translation>
     </message>
     <message>
         <source>Update</source>
-        <translation type="unfinished"></translation>
+        <translation>更新</translation>
     </message>
     <message>
         <source>Update status</source>
-        <translation type="unfinished"></translation>
+        <translation>更新状态</translation>
     </message>
     <message>
         <source>&amp;Update firmware</source>
-        <translation type="unfinished"></translation>
+        <translation>更新固件(&amp;U)</translation>
     </message>
     <message>
         <source>Update details</source>
-        <translation type="unfinished"></translation>
+        <translation>更新详情</translation>
     </message>
     <message>
         <source>Update progress</source>
-        <translation type="unfinished"></translation>
+        <translation>更新进度</translation>
     </message>
     <message>
         <source>&amp;Log</source>
-        <translation type="unfinished"></translation>
+        <translation>日志(&amp;L)</translation>
     </message>
     <message>
         <source>Log</source>
-        <translation type="unfinished"></translation>
+        <translation>日志</translation>
     </message>
     <message>
         <source>Show what happened since the start</source>
-        <translation type="unfinished"></translation>
+        <translation>显示自启动以来发生的事件</translation>
     </message>
     <message>
         <source>&amp;Copy</source>
-        <translation type="unfinished"></translation>
+        <translation>复制(&amp;P)</translation>
     </message>
     <message>
         <source>Copy the log, with the versions and the last exchange with the device</source>
-        <translation type="unfinished"></translation>
+        <translation>复制日志，包括版本信息和与设备的最近一次通信</translation>
     </message>
     <message>
         <source>&amp;Save…</source>
-        <translation type="unfinished"></translation>
+        <translation>保存(&amp;S)…</translation>
     </message>
     <message>
         <source>Save the log, with the versions and the last exchange with the device</source>
-        <translation type="unfinished"></translation>
+        <translation>保存日志，包括版本信息和与设备的最近一次通信</translation>
     </message>
     <message>
         <source>Not possible while an update is running</source>
-        <translation type="unfinished"></translation>
+        <translation>正在更新，此操作不可用</translation>
     </message>
     <message>
         <source>Save the log</source>
-        <translation type="unfinished"></translation>
+        <translation>保存日志</translation>
     </message>
 </context>
 <context>
     <name>vorn::PowerEvents</name>
     <message>
         <source>Serial ports are closed before sleep</source>
-        <translation type="unfinished"></translation>
+        <translation>睡眠前关闭串口</translation>
     </message>
 </context>
 <context>
     <name>vorn::UpdateSection</name>
     <message>
         <source>Synchronize</source>
-        <translation type="unfinished"></translation>
+        <translation>同步</translation>
     </message>
     <message>
         <source>Connect</source>
-        <translation type="unfinished"></translation>
+        <translation>连接</translation>
     </message>
     <message>
         <source>Ask for the version</source>
-        <translation type="unfinished"></translation>
+        <translation>查询版本</translation>
     </message>
     <message>
         <source>Read the file</source>
-        <translation type="unfinished"></translation>
+        <translation>读取文件</translation>
     </message>
     <message>
         <source>Begin the download</source>
-        <translation type="unfinished"></translation>
+        <translation>开始下载</translation>
     </message>
     <message>
         <source>Erase</source>
-        <translation type="unfinished"></translation>
+        <translation>擦除</translation>
     </message>
     <message>
         <source>Wait for the release</source>
-        <translation type="unfinished"></translation>
+        <translation>等待设备就绪</translation>
     </message>
     <message>
         <source>Send the image</source>
-        <translation type="unfinished"></translation>
+        <translation>发送镜像</translation>
     </message>
     <message>
         <source>Confirm the image</source>
-        <translation type="unfinished"></translation>
+        <translation>确认镜像</translation>
     </message>
     <message>
         <source>Update not started: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>更新未开始：%1</translation>
     </message>
     <message>
         <source>A device&apos;s firmware is being updated</source>
-        <translation type="unfinished"></translation>
+        <translation>正在更新设备固件</translation>
     </message>
     <message>
         <source>Update of %1 with %2</source>
-        <translation type="unfinished"></translation>
+        <translation>用 %2 更新 %1</translation>
     </message>
     <message>
         <source>Update</source>
-        <translation type="unfinished"></translation>
+        <translation>更新</translation>
     </message>
     <message>
         <source>Version query</source>
-        <translation type="unfinished"></translation>
+        <translation>版本查询</translation>
     </message>
     <message>
         <source>Firmware updated</source>
-        <translation type="unfinished"></translation>
+        <translation>固件已更新</translation>
     </message>
     <message>
         <source>%1 has its new firmware.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 已装入新固件。</translation>
     </message>
     <message>
         <source>Firmware update failed</source>
-        <translation type="unfinished"></translation>
+        <translation>固件更新失败</translation>
     </message>
     <message>
         <source>%1: %2</source>
-        <translation type="unfinished"></translation>
+        <translation>%1：%2</translation>
     </message>
 </context>
 </TS>
