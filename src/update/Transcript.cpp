@@ -42,9 +42,10 @@ QString Transcript::text() const
     lock.unlock();
 
     constexpr qint64 kPerSecond = 1'000'000;
-    constexpr std::size_t kLongestStart = 24;
+    constexpr qsizetype kLongestStart = 24;
     QByteArray text;
-    text.reserve(static_cast<qsizetype>(bytes.size() * 3 + entries.size() * kLongestStart));
+    text.reserve(static_cast<qsizetype>(bytes.size()) * 3 +
+                 static_cast<qsizetype>(entries.size()) * kLongestStart);
     auto next = bytes.begin();
     for (const Entry &entry : entries) {
         const qint64 at = entry.at.count();

@@ -170,8 +170,6 @@ TEST(Replay, EndsEveryUpdateAsTheRecordedOneEnded)
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         const QString recorded = QString::fromLatin1(file.readAll());
         BootParameters parameters = patientParameters();
-        // Nobody awaits the query's last answer: it is to be there before the update's sync byte.
-        parameters.resetPulse = 50ms;
         if (kind == UpdateFailureKind::TimedOut)
             parameters.eraseLimit = 200ms; // the recorded silence took 30 s
         SessionRig rig(with(&DeviceOptions::replay, recorded), parameters);

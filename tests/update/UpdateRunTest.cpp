@@ -179,7 +179,6 @@ TEST(UpdateRun, EndsAtEachStepAsTheDeviceAnswersIt)
             std::vector<bool> rts{true, false};
             if (variant.ending == Kind::None) {
                 rts.insert(rts.end(), {true, false});
-                EXPECT_EQ(run.targetVersion, 8);
                 EXPECT_EQ(run.percents, (std::vector{0, 33, 66}));
             } else {
                 EXPECT_EQ(result.step, row.endsAt);
