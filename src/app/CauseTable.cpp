@@ -23,11 +23,11 @@ constexpr CauseRow kRows[] = {
     {Cause::VanishedSoon, QT_TRANSLATE_NOOP("Causes", "%1 was gone %2 s after it was plugged in."),
      QT_TRANSLATE_NOOP("Causes", "Check the cable, and try another USB port.")},
     {Cause::VanishedToBrltty,
-     QT_TRANSLATE_NOOP("Causes",
-                       "%1 was gone %2 s after it was plugged in, and brltty, the driver for "
-                       "braille displays, is running: it takes some adapters for itself."),
-     QT_TRANSLATE_NOOP("Causes", "If nobody here needs a braille display, run “sudo apt remove "
-                                 "brltty”, then plug the device in again.")},
+     QT_TRANSLATE_NOOP("Causes", "%1 was gone after %2 s: brltty, the driver for braille displays, "
+                                 "is running and takes some adapters."),
+     QT_TRANSLATE_NOOP(
+         "Causes",
+         "If nobody needs it, run “sudo apt remove brltty”, then plug the device in again.")},
     {Cause::NodeMissing, QT_TRANSLATE_NOOP("Causes", "%1 is not there any more."),
      QT_TRANSLATE_NOOP("Causes", "Plug the device in again.")},
     {Cause::NodeNotPermitted,
@@ -39,16 +39,16 @@ constexpr CauseRow kRows[] = {
     {Cause::HeldByProgram, QT_TRANSLATE_NOOP("Causes", "%1 is in use by %2 (process %3)."),
      QT_TRANSLATE_NOOP("Causes", "Close that program, then press “Open” again.")},
     {Cause::HeldByModemManager,
+     QT_TRANSLATE_NOOP("Causes", "%1 is in use by ModemManager (process %2)."),
      QT_TRANSLATE_NOOP(
          "Causes",
-         "%1 is in use by ModemManager (process %2), which examines each new serial device."),
-     QT_TRANSLATE_NOOP("Causes", "Press “Open” again in half a minute, or keep it away with “sudo "
-                                 "systemctl stop ModemManager”.")},
+         "Press “Open” again in half a minute, or run “sudo systemctl stop ModemManager”.")},
     {Cause::HeldByBrltty,
      QT_TRANSLATE_NOOP("Causes",
                        "%1 is in use by brltty (process %2), the driver for braille displays."),
-     QT_TRANSLATE_NOOP("Causes", "If nobody here needs a braille display, run “sudo apt remove "
-                                 "brltty”, then plug the device in again.")},
+     QT_TRANSLATE_NOOP(
+         "Causes",
+         "If nobody needs it, run “sudo apt remove brltty”, then plug the device in again.")},
     {Cause::HeldByUnknown,
      QT_TRANSLATE_NOOP("Causes", "%1 is in use by a program that you cannot see."),
      QT_TRANSLATE_NOOP("Causes",
@@ -144,8 +144,8 @@ constexpr CauseRow kRows[] = {
      QT_TRANSLATE_NOOP("Causes", "Try again later.")},
     {Cause::Certificate,
      QT_TRANSLATE_NOOP("Causes", "The certificate of %1 cannot be trusted: %2."),
-     QT_TRANSLATE_NOOP("Causes", "Check this computer's date and time; else somebody may be "
-                                 "listening on this network. Nothing was downloaded.")},
+     QT_TRANSLATE_NOOP("Causes",
+                       "Check this computer's date and network. Nothing was downloaded.")},
     {Cause::Encryption, QT_TRANSLATE_NOOP("Causes", "No encrypted connection to %1 could be made."),
      QT_TRANSLATE_NOOP("Causes", "Check proxy and firewall, or try another network.")},
     {Cause::InsecureRedirect,
@@ -171,8 +171,7 @@ constexpr CauseRow kRows[] = {
                        "Press “Download latest” again. The old firmware files are still there.")},
     {Cause::EntryOutside,
      QT_TRANSLATE_NOOP("Causes", "The package's entry %1 would be written outside its folder."),
-     QT_TRANSLATE_NOOP("Causes", "Do not use this package; tell the server's operator. The old "
-                                 "firmware files are still there.")},
+     QT_TRANSLATE_NOOP("Causes", "Do not use this package; tell the server's operator.")},
     {Cause::EntryNameTaken,
      QT_TRANSLATE_NOOP("Causes", "The package has a file and a folder of one name, %1."),
      QT_TRANSLATE_NOOP("Causes",

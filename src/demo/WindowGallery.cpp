@@ -1,6 +1,9 @@
 // window_gallery FOLDER: pictures of the window in every state, light and dark, to look at after a
-// change. QT_SCALE_FACTOR=2 doubles their resolution; -style NAME takes another style.
+// change. QT_SCALE_FACTOR=2 doubles their resolution; LC_ALL=de_DE.UTF-8 is German; -style NAME
+// takes another style.
 
+#include "app/Causes.h"
+#include "app/Translations.h"
 #include "window/MainWindow.h"
 #include "window/StatusLine.h"
 
@@ -24,7 +27,9 @@ struct Status
     QString text = {}; // %1 is the device's name
     StatusTone tone = StatusTone::Neutral;
     void (*showMore)(MainWindow &) = [](MainWindow &) {};
-    QString details = {}; // %1 likewise
+    QString details = {};
+    vorn::Cause cause = vorn::Cause::None; // else the details are its text
+    QStringList places = {};
 };
 
 // The window as it opens, with its least and its most width, with the log (and its least size), or
@@ -43,33 +48,21 @@ struct State
 
 const QString kNone = "No device selected";
 const QString kDevice = "usbserial-FT4XYZ12";
-const Status kNoDevice{
-    .text = "Prompt:%1",
-    .details =
-        "No device is plugged in. Plug in the device's USB-serial adapter; it appears here by "
-        "itself."};
+const Status kNoDevice{.text = "Prompt:%1", .cause = vorn::Cause::NoDevice};
 const Status kUnopened{"Prompt:%1 Selected,not opened"};
-const Status kSecond{
-    .text = "Prompt:%1 Selected,not opened",
-    .details =
-        "usbserial-FT4ABC99 is plugged in, too, but only one device can be chosen. To use it, "
-        "unplug %1."};
+const Status kSecond{.text = "Prompt:%1 Selected,not opened",
+                     .cause = vorn::Cause::SecondDevice,
+                     .places = {"usbserial-FT4ABC99", kDevice}};
 const Status kOpen{"Prompt:%1 Selected,opened successfully", StatusTone::Good};
-const Status kForbidden{
-    .text = "Prompt:%1 Selected,failed to open,please try again",
-    .tone = StatusTone::Bad,
-    .details = "You have no access to /dev/ttyUSB0, which belongs to the group dialout. Run “sudo "
-               "usermod -aG dialout $USER”, then log out and in again."};
-const Status kHeld{
-    .text = "Prompt:%1 Selected,failed to open,please try again",
-    .tone = StatusTone::Bad,
-    .details =
-        "/dev/ttyUSB0 is in use by ModemManager (process 812), which examines each new serial "
-        "device. Press “Open” again in half a minute, or keep it away with “sudo systemctl "
-        "stop ModemManager”."};
-const Status kNoFiles{
-    .details = "There is no firmware file yet. Press “Download latest”, or put files that end in "
-               ".bin into ~/.cache/VornUpdate2."};
+const Status kForbidden{.text = "Prompt:%1 Selected,failed to open,please try again",
+                        .tone = StatusTone::Bad,
+                        .cause = vorn::Cause::NodeNotPermitted,
+                        .places = {"/dev/ttyUSB0", "dialout"}};
+const Status kHeld{.text = "Prompt:%1 Selected,failed to open,please try again",
+                   .tone = StatusTone::Bad,
+                   .cause = vorn::Cause::HeldByModemManager,
+                   .places = {"/dev/ttyUSB0", "812"}};
+const Status kNoFiles{.cause = vorn::Cause::NoFirmware, .places = {"~/.cache/VornUpdate2"}};
 const Status kReady{"Prompt:Firmware selected"};
 const Status kDownloading{"Prompt:Progress42%", StatusTone::Neutral,
                           [](MainWindow &window) { window.showDownloadProgress(42); },
@@ -77,20 +70,17 @@ const Status kDownloading{"Prompt:Progress42%", StatusTone::Neutral,
 const Status kUnknownLength{"Prompt:Progress--%", StatusTone::Neutral,
                             [](MainWindow &window) { window.showDownloadBusy(); },
                             "3.91 MiB so far. 4 s elapsed."};
-const Status kNotDownloaded{
-    .text = "Prompt:Failed to download the latest firmware",
-    .tone = StatusTone::Bad,
-    .details =
-        "The certificate of packages.example cannot be trusted: The certificate has expired. "
-        "Check this computer's date and time; else somebody may be listening on this "
-        "network. Nothing was downloaded."};
-const Status kNoServer{
-    .showMore =
-        [](MainWindow &window) {
-            window.setDownloadAvailable(false, "No package server is configured");
-        },
-    .details = "There is no firmware file yet, and no package server is configured. Put files that "
-               "end in .bin into ~/.cache/VornUpdate2."};
+const Status kNotDownloaded{.text = "Prompt:Failed to download the latest firmware",
+                            .tone = StatusTone::Bad,
+                            .cause = vorn::Cause::Certificate,
+                            .places = {"packages.example", "The certificate has expired"}};
+const Status kNoServer{.showMore =
+                           [](MainWindow &window) {
+                               window.setDownloadAvailable(false,
+                                                           "No package server is configured");
+                           },
+                       .cause = vorn::Cause::NoFirmwareNoServer,
+                       .places = {"~/.cache/VornUpdate2"}};
 const Status kErasing{.showMore =
                           [](MainWindow &window) {
                               window.setUpdateRuns(true);
@@ -107,11 +97,11 @@ const Status kUpdating{"Prompt:42%progress,updating firmware", StatusTone::Neutr
 const Status kUpdated{"Prompt:100% progress,successfully update", StatusTone::Good,
                       [](MainWindow &window) { window.showUpdateProgress(100); },
                       "The update took 14 s; the image was sent at 168 KiB/s."};
-const Status kFailed{
-    .text = "Prompt:Failed to erase the fixed phone of the device ,please try again",
-    .tone = StatusTone::Bad,
-    .details = "No answer to the erase within 30 s. The device must be updated again before it can "
-               "be used: check its power and cable, then press “Update firmware”."};
+const Status kFailed{.text =
+                         "Prompt:Failed to erase the fixed phone of the device ,please try again",
+                     .tone = StatusTone::Bad,
+                     .cause = vorn::Cause::SilentAndErased,
+                     .places = {"the erase", "30"}};
 const Status kClosingWindow{.showMore = [](MainWindow &window) {
     window.setUpdateRuns(true);
     window.close();
@@ -213,7 +203,9 @@ bool paint(const State &state, const QString &file)
     const auto line = [&](const char *name, auto showDetails, Status status) {
         window.findChild<StatusLine *>(name)->show(status.text.replace("%1", state.device),
                                                    status.tone);
-        (window.*showDetails)(status.details.replace("%1", state.device));
+        (window.*showDetails)(status.cause == vorn::Cause::None
+                                  ? status.details
+                                  : vorn::explain(status.cause, status.places).text());
         status.showMore(window);
     };
     window.setDownloadAvailable(true, {});
@@ -243,6 +235,7 @@ bool paint(const State &state, const QString &file)
 int main(int argc, char **argv)
 {
     QApplication application(argc, argv);
+    vorn::installTranslations();
     if (argc != 2 || !QDir().mkpath(QString::fromLocal8Bit(argv[1]))) {
         std::fprintf(stderr, "usage: window_gallery FOLDER\n");
         return 2;

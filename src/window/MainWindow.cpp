@@ -95,7 +95,9 @@ MainWindow::MainWindow(QWidget *parent)
     m_ui->downloadProgress->setSizePolicy(keepsItsPlace);
     m_ui->downloadProgress->hide();
     m_ui->logPanel->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    connect(m_ui->logButton, &QPushButton::toggled, this, &MainWindow::showLog);
+    // Not a checkable button: screen readers would call it a check box.
+    connect(m_ui->logButton, &QPushButton::clicked, this,
+            [this] { showLog(!m_ui->logPanel->isVisible()); });
     connect(m_ui->logCopyButton, &QPushButton::clicked, this, &MainWindow::logCopyRequested);
     connect(m_ui->logSaveButton, &QPushButton::clicked, this, &MainWindow::askWhereToSaveLog);
     showLog(false);
@@ -173,6 +175,8 @@ void MainWindow::showLog(bool shown)
          {static_cast<QWidget *>(m_ui->logPanel), static_cast<QWidget *>(m_ui->logCopyButton),
           static_cast<QWidget *>(m_ui->logSaveButton)})
         part->setVisible(shown);
+    m_ui->logButton->setToolTip(shown ? tr("Hide the log")
+                                      : tr("Show what happened since the start"));
     m_ui->logNotice->clear();
     // Now, so that the window's least size fits the panel.
     for (QLayout *each :

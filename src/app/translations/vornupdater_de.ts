@@ -52,14 +52,6 @@
         <translation>Prüfen Sie das Kabel und versuchen Sie es an einem anderen USB-Anschluss.</translation>
     </message>
     <message>
-        <source>%1 was gone %2 s after it was plugged in, and brltty, the driver for braille displays, is running: it takes some adapters for itself.</source>
-        <translation>%1 ist %2 s nach dem Anschließen wieder verschwunden, und brltty, der Treiber für Braillezeilen, läuft: Er beansprucht manche Adapter für sich.</translation>
-    </message>
-    <message>
-        <source>If nobody here needs a braille display, run “sudo apt remove brltty”, then plug the device in again.</source>
-        <translation>Falls hier niemand eine Braillezeile braucht, führen Sie „sudo apt remove brltty“ aus und schließen Sie das Gerät dann wieder an.</translation>
-    </message>
-    <message>
         <source>%1 is not there any more.</source>
         <translation>%1 ist nicht mehr vorhanden.</translation>
     </message>
@@ -92,20 +84,8 @@
         <translation>Schließen Sie dieses Programm und drücken Sie dann erneut „Open“.</translation>
     </message>
     <message>
-        <source>%1 is in use by ModemManager (process %2), which examines each new serial device.</source>
-        <translation>%1 wird von ModemManager (Prozess %2) verwendet, der jedes neue serielle Gerät untersucht.</translation>
-    </message>
-    <message>
-        <source>Press “Open” again in half a minute, or keep it away with “sudo systemctl stop ModemManager”.</source>
-        <translation>Drücken Sie in einer halben Minute erneut „Open“, oder beenden Sie ihn mit „sudo systemctl stop ModemManager“.</translation>
-    </message>
-    <message>
         <source>%1 is in use by brltty (process %2), the driver for braille displays.</source>
         <translation>%1 wird von brltty (Prozess %2) verwendet, dem Treiber für Braillezeilen.</translation>
-    </message>
-    <message>
-        <source>%1 is in use by a program of another user.</source>
-        <translation>%1 wird von einem Programm eines anderen Benutzers verwendet.</translation>
     </message>
     <message>
         <source>“sudo fuser -v %1” shows which. End it, then press “Open” again.</source>
@@ -264,10 +244,6 @@
         <translation>Für dieses Gerät (Modellcode %1) ist keine Firmware-Datei vorhanden.</translation>
     </message>
     <message>
-        <source>Press “Download latest”, or check that it is the right device.</source>
-        <translation>Drücken Sie „Neueste herunterladen“ oder prüfen Sie, ob es das richtige Gerät ist.</translation>
-    </message>
-    <message>
         <source>This computer is not connected to a network.</source>
         <translation>Dieser Computer ist mit keinem Netzwerk verbunden.</translation>
     </message>
@@ -314,14 +290,6 @@
     <message>
         <source>Try again later.</source>
         <translation>Versuchen Sie es später erneut.</translation>
-    </message>
-    <message>
-        <source>The certificate of %1 cannot be trusted: %2</source>
-        <translation>Das Zertifikat von %1 ist nicht vertrauenswürdig: %2.</translation>
-    </message>
-    <message>
-        <source>Check this computer&apos;s date and time; else somebody may be listening on this network. Nothing was downloaded.</source>
-        <translation>Prüfen Sie Datum und Uhrzeit dieses Computers; stimmen sie, hört womöglich jemand in diesem Netzwerk mit. Es wurde nichts heruntergeladen.</translation>
     </message>
     <message>
         <source>No encrypted connection to %1 could be made.</source>
@@ -384,10 +352,6 @@
         <translation>Der Paketeintrag %1 würde außerhalb des Paketordners gespeichert.</translation>
     </message>
     <message>
-        <source>Do not use this package; tell the server&apos;s operator. The old firmware files are still there.</source>
-        <translation>Verwenden Sie dieses Paket nicht; informieren Sie den Betreiber des Servers. Die alten Firmware-Dateien sind noch vorhanden.</translation>
-    </message>
-    <message>
         <source>The package has a file and a folder of one name, %1.</source>
         <translation>Das Paket enthält eine Datei und einen Ordner gleichen Namens: %1.</translation>
     </message>
@@ -430,6 +394,42 @@
     <message>
         <source>Name a file that does.</source>
         <translation>Geben Sie eine Datei an, die eines enthält.</translation>
+    </message>
+    <message>
+        <source>%1 is in use by a program that you cannot see.</source>
+        <translation>%1 wird von einem Programm benutzt, das Sie nicht sehen können.</translation>
+    </message>
+    <message>
+        <source>Download or add one, or check that it is the right device.</source>
+        <translation>Laden Sie eine herunter oder legen Sie eine ab, oder prüfen Sie, ob es das richtige Gerät ist.</translation>
+    </message>
+    <message>
+        <source>The certificate of %1 cannot be trusted: %2.</source>
+        <translation>Das Zertifikat von %1 ist nicht vertrauenswürdig: %2.</translation>
+    </message>
+    <message>
+        <source>%1 was gone after %2 s: brltty, the driver for braille displays, is running and takes some adapters.</source>
+        <translation>%1 war nach %2 s verschwunden: brltty, der Treiber für Braillezeilen, läuft und belegt manche Adapter.</translation>
+    </message>
+    <message>
+        <source>If nobody needs it, run “sudo apt remove brltty”, then plug the device in again.</source>
+        <translation>Wenn niemand ihn braucht, führen Sie „sudo apt remove brltty“ aus und stecken Sie das Gerät neu ein.</translation>
+    </message>
+    <message>
+        <source>%1 is in use by ModemManager (process %2).</source>
+        <translation>%1 wird von ModemManager (Prozess %2) benutzt.</translation>
+    </message>
+    <message>
+        <source>Press “Open” again in half a minute, or run “sudo systemctl stop ModemManager”.</source>
+        <translation>Klicken Sie in einer halben Minute erneut auf „Open“ oder führen Sie „sudo systemctl stop ModemManager“ aus.</translation>
+    </message>
+    <message>
+        <source>Check this computer&apos;s date and network. Nothing was downloaded.</source>
+        <translation>Prüfen Sie Datum und Netzwerk dieses Computers. Es wurde nichts heruntergeladen.</translation>
+    </message>
+    <message>
+        <source>Do not use this package; tell the server&apos;s operator.</source>
+        <translation>Verwenden Sie dieses Paket nicht; benachrichtigen Sie den Betreiber des Servers.</translation>
     </message>
 </context>
 <context>
@@ -739,6 +739,10 @@
         <source>The last exchange with the device:</source>
         <translation>Der letzte Datenaustausch mit dem Gerät:</translation>
     </message>
+    <message>
+        <source>Adapter: %1, %2, serial number %3</source>
+        <translation>Adapter: %1, %2, Seriennummer %3</translation>
+    </message>
 </context>
 <context>
     <name>vorn::MainWindow</name>
@@ -819,16 +823,12 @@
         <translation>Anzeigen, was seit dem Start geschehen ist</translation>
     </message>
     <message>
-        <source>&amp;Copy</source>
-        <translation>&amp;Kopieren</translation>
-    </message>
-    <message>
         <source>Copy the log, with the versions and the last exchange with the device</source>
         <translation>Das Protokoll samt Versionen und letztem Datenaustausch mit dem Gerät kopieren</translation>
     </message>
     <message>
         <source>&amp;Save…</source>
-        <translation>&amp;Speichern …</translation>
+        <translation>&amp;Speichern&#xa0;…</translation>
     </message>
     <message>
         <source>Save the log, with the versions and the last exchange with the device</source>
@@ -841,6 +841,18 @@
     <message>
         <source>Save the log</source>
         <translation>Protokoll speichern</translation>
+    </message>
+    <message>
+        <source>Log notice</source>
+        <translation>Hinweis zum Protokoll</translation>
+    </message>
+    <message>
+        <source>Co&amp;py</source>
+        <translation>&amp;Kopieren</translation>
+    </message>
+    <message>
+        <source>Hide the log</source>
+        <translation>Das Protokoll ausblenden</translation>
     </message>
 </context>
 <context>

@@ -52,14 +52,6 @@
         <translation>请检查连接线，并换一个 USB 接口再试。</translation>
     </message>
     <message>
-        <source>%1 was gone %2 s after it was plugged in, and brltty, the driver for braille displays, is running: it takes some adapters for itself.</source>
-        <translation>%1 在插入 %2 秒后消失，而盲文点显器驱动程序 brltty 正在运行：它会占用某些适配器。</translation>
-    </message>
-    <message>
-        <source>If nobody here needs a braille display, run “sudo apt remove brltty”, then plug the device in again.</source>
-        <translation>如果没有人需要盲文点显器，请运行“sudo apt remove brltty”，然后重新插入设备。</translation>
-    </message>
-    <message>
         <source>%1 is not there any more.</source>
         <translation>%1 已不存在。</translation>
     </message>
@@ -92,20 +84,8 @@
         <translation>请关闭该程序，然后再次点击“Open”。</translation>
     </message>
     <message>
-        <source>%1 is in use by ModemManager (process %2), which examines each new serial device.</source>
-        <translation>%1 正被 ModemManager（进程 %2）占用，该程序会检测每个新的串口设备。</translation>
-    </message>
-    <message>
-        <source>Press “Open” again in half a minute, or keep it away with “sudo systemctl stop ModemManager”.</source>
-        <translation>请在半分钟后再次点击“Open”，或运行“sudo systemctl stop ModemManager”阻止其占用串口。</translation>
-    </message>
-    <message>
         <source>%1 is in use by brltty (process %2), the driver for braille displays.</source>
         <translation>%1 正被盲文点显器驱动程序 brltty（进程 %2）占用。</translation>
-    </message>
-    <message>
-        <source>%1 is in use by a program of another user.</source>
-        <translation>%1 正被其他用户的程序占用。</translation>
     </message>
     <message>
         <source>“sudo fuser -v %1” shows which. End it, then press “Open” again.</source>
@@ -264,10 +244,6 @@
         <translation>没有适用于此设备的固件文件（型号代码 %1）。</translation>
     </message>
     <message>
-        <source>Press “Download latest”, or check that it is the right device.</source>
-        <translation>请点击“下载最新固件”，或确认所连设备是否正确。</translation>
-    </message>
-    <message>
         <source>This computer is not connected to a network.</source>
         <translation>此计算机未连接到网络。</translation>
     </message>
@@ -314,14 +290,6 @@
     <message>
         <source>Try again later.</source>
         <translation>请稍后重试。</translation>
-    </message>
-    <message>
-        <source>The certificate of %1 cannot be trusted: %2</source>
-        <translation>无法信任 %1 的证书：%2。</translation>
-    </message>
-    <message>
-        <source>Check this computer&apos;s date and time; else somebody may be listening on this network. Nothing was downloaded.</source>
-        <translation>请检查此计算机的日期和时间；如果无误，则可能有人在窃听此网络。未下载任何内容。</translation>
     </message>
     <message>
         <source>No encrypted connection to %1 could be made.</source>
@@ -384,10 +352,6 @@
         <translation>固件包中的条目 %1 会被写到固件包文件夹之外。</translation>
     </message>
     <message>
-        <source>Do not use this package; tell the server&apos;s operator. The old firmware files are still there.</source>
-        <translation>请勿使用此固件包，并告知服务器管理员。旧的固件文件仍然保留。</translation>
-    </message>
-    <message>
         <source>The package has a file and a folder of one name, %1.</source>
         <translation>固件包中有同名的文件和文件夹：%1。</translation>
     </message>
@@ -430,6 +394,42 @@
     <message>
         <source>Name a file that does.</source>
         <translation>请指定包含此类证书的文件。</translation>
+    </message>
+    <message>
+        <source>%1 is in use by a program that you cannot see.</source>
+        <translation>%1 正被一个您无权查看的程序使用。</translation>
+    </message>
+    <message>
+        <source>Download or add one, or check that it is the right device.</source>
+        <translation>请下载或添加一个，或确认设备是否正确。</translation>
+    </message>
+    <message>
+        <source>The certificate of %1 cannot be trusted: %2.</source>
+        <translation>无法信任 %1 的证书：%2。</translation>
+    </message>
+    <message>
+        <source>%1 was gone after %2 s: brltty, the driver for braille displays, is running and takes some adapters.</source>
+        <translation>%1 在 %2 秒后消失：盲文显示器驱动程序 brltty 正在运行，它会占用某些适配器。</translation>
+    </message>
+    <message>
+        <source>If nobody needs it, run “sudo apt remove brltty”, then plug the device in again.</source>
+        <translation>如果无人需要它，请运行“sudo apt remove brltty”，然后重新插入设备。</translation>
+    </message>
+    <message>
+        <source>%1 is in use by ModemManager (process %2).</source>
+        <translation>ModemManager（进程 %2）正在使用 %1。</translation>
+    </message>
+    <message>
+        <source>Press “Open” again in half a minute, or run “sudo systemctl stop ModemManager”.</source>
+        <translation>请在半分钟后再次点击“Open”，或运行“sudo systemctl stop ModemManager”。</translation>
+    </message>
+    <message>
+        <source>Check this computer&apos;s date and network. Nothing was downloaded.</source>
+        <translation>请检查本计算机的日期和网络。未下载任何内容。</translation>
+    </message>
+    <message>
+        <source>Do not use this package; tell the server&apos;s operator.</source>
+        <translation>请勿使用此固件包，并告知服务器管理员。</translation>
     </message>
 </context>
 <context>
@@ -739,6 +739,10 @@
         <source>The last exchange with the device:</source>
         <translation>与设备的最近一次通信：</translation>
     </message>
+    <message>
+        <source>Adapter: %1, %2, serial number %3</source>
+        <translation>适配器：%1，%2，序列号 %3</translation>
+    </message>
 </context>
 <context>
     <name>vorn::MainWindow</name>
@@ -819,10 +823,6 @@
         <translation>显示自启动以来发生的事件</translation>
     </message>
     <message>
-        <source>&amp;Copy</source>
-        <translation>复制(&amp;P)</translation>
-    </message>
-    <message>
         <source>Copy the log, with the versions and the last exchange with the device</source>
         <translation>复制日志，包括版本信息和与设备的最近一次通信</translation>
     </message>
@@ -841,6 +841,18 @@
     <message>
         <source>Save the log</source>
         <translation>保存日志</translation>
+    </message>
+    <message>
+        <source>Log notice</source>
+        <translation>日志提示</translation>
+    </message>
+    <message>
+        <source>Co&amp;py</source>
+        <translation>复制(&amp;P)</translation>
+    </message>
+    <message>
+        <source>Hide the log</source>
+        <translation>隐藏日志</translation>
     </message>
 </context>
 <context>
