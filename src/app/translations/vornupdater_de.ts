@@ -421,7 +421,7 @@
     </message>
     <message>
         <source>Press “Open” again in half a minute, or run “sudo systemctl stop ModemManager”.</source>
-        <translation>Klicken Sie in einer halben Minute erneut auf „Open“ oder führen Sie „sudo systemctl stop ModemManager“ aus.</translation>
+        <translation>Drücken Sie in einer halben Minute erneut „Open“ oder führen Sie „sudo systemctl stop ModemManager“ aus.</translation>
     </message>
     <message>
         <source>Check this computer&apos;s date and network. Nothing was downloaded.</source>
