@@ -169,7 +169,7 @@ TEST_F(PackageKillTest, AFailedWriteLeavesTheOldFirmware)
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &usual), 0);
     std::signal(SIGXFSZ, SIG_IGN);
     // Too short for the archive, for a piece of a file, and for its last byte.
-    for (const qsizetype longest : {archive.size() - 1, large.size() / 2, large.size() - 1}) {
+    for (const qsizetype longest : {archive.size() / 2, large.size() / 2, large.size() - 1}) {
         writeTree(cache, oldTree);
         const rlimit limited = {static_cast<rlim_t>(longest), usual.rlim_max};
         ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limited), 0);
