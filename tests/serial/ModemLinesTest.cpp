@@ -154,11 +154,15 @@ TEST_F(ModemLines, EachInputChangeIsSignalledOnTheMainThread)
 TEST_F(ModemLines, InputsArePolledEvery10Milliseconds)
 {
     openPort();
-    m_adapter.polls = 0;
-    const auto begin = Clock::now();
-    EXPECT_TRUE(eventually([&] { return m_adapter.polls >= 21; }));
-    EXPECT_GE(Clock::now() - begin, milliseconds(190));
-    EXPECT_LT(Clock::now() - begin, milliseconds(1500)); // on a busy machine
+    auto fastest = Clock::duration::max(); // of some turns, since a busy machine delays polls
+    for (int turn = 0; turn < 10 && fastest > milliseconds(500); ++turn) {
+        m_adapter.polls = 0;
+        const auto begin = Clock::now();
+        EXPECT_TRUE(eventually([&] { return m_adapter.polls >= 21; }));
+        fastest = std::min(fastest, Clock::now() - begin);
+    }
+    EXPECT_GE(fastest, milliseconds(190));
+    EXPECT_LE(fastest, milliseconds(500));
 }
 
 TEST_F(ModemLines, AFailedPollOfAGoneDeviceClosesThePort)

@@ -232,7 +232,7 @@ TEST_F(RequestQueueOnAPort, RequestsSentAfterTheCloseAreKept)
         m_port->close();
         EXPECT_EQ(m_terminal.take(1), "a");
         expect(delegate, {"closed"});
-        runEventLoopFor(20ms);
+        runEventLoopFor(20ms); // for requests that would be dropped after the callback
         m_terminal.send("ok");
         EXPECT_EQ(m_terminal.take(1), "b");
         expect(delegate, {"closed", "a=ok"});
