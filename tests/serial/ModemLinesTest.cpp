@@ -24,8 +24,8 @@ struct Adapter
     std::atomic<int> error = 0;
     std::atomic<bool> hangs = false; // then polls do not return
     std::atomic<bool> isHung = false;
-    // How many more queries report output in the driver (every query, if negative), and then in the
-    // adapter.
+    // How many more queries report output in the driver, and then in the adapter. Below 0, each
+    // query of the driver does, and is counted downwards.
     std::atomic<int> inDriver = 0;
     std::atomic<int> inAdapter = 0;
     std::atomic<int> serialFlags = 0;
@@ -46,7 +46,7 @@ struct Adapter
             linesSet.push_back(lines = *number);
             return 0;
         case TIOCOUTQ:
-            *number = inDriver > 0 ? inDriver-- : -inDriver;
+            *number = inDriver < 0 ? inDriver--, 1 : inDriver > 0 ? inDriver-- : 0;
             return 0;
         case TIOCSERGETLSR:
             *number = inAdapter > 0 && inAdapter-- > 0 ? 0 : TIOCSER_TEMT;
@@ -220,6 +220,7 @@ TEST_F(ModemLines, ClosingWaitsASecondForOutputThatDoesNotMove)
     m_adapter.inDriver = -1;
     const auto begin = Clock::now();
     m_port->close();
+    EXPECT_TRUE(eventually([&] { return m_adapter.inDriver < -1; }));
     EXPECT_TRUE(m_port->isOpen());
     m_port->setRTS(true); // does not block
     EXPECT_LT(Clock::now() - begin, milliseconds(500));
