@@ -46,7 +46,8 @@ struct Adapter
             linesSet.push_back(lines = *number);
             return 0;
         case TIOCOUTQ:
-            *number = inDriver < 0 ? inDriver--, 1 : inDriver > 0 ? inDriver-- : 0;
+            *number = inDriver < 0 ? 1 : inDriver.load();
+            inDriver -= inDriver == 0 ? 0 : 1;
             return 0;
         case TIOCSERGETLSR:
             *number = inAdapter > 0 && inAdapter-- > 0 ? 0 : TIOCSER_TEMT;
