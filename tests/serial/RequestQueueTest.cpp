@@ -303,12 +303,15 @@ TEST_F(RequestQueueOnAPort, SurvivesManyThreadsThatSendCancelCloseAndOpen)
         m_port->cancelQueuedRequest(m_port->queuedRequests().value(turn % 8));
         if (turn % 200 == 0)
             m_port->cancelAllQueuedRequests();
+        m_port->setNumberOfStopBits(turn % 2 ? 1 : 2);
     });
     repeat(1ms, [&](int turn) {
         m_port->setRTS(turn % 2 == 0);
         m_port->setBaudRate(turn % 3 ? 9600 : 2000000);
         m_port->setParity(turn % 2 ? 1 : 2);
+        m_port->startListeningForPacketsMatchingDescriptor(answer);
         m_port->sendData("y");
+        m_port->stopListeningForPacketsMatchingDescriptor(answer);
         if (turn % 64 == 0)
             m_port->setUsesRTSCTSFlowControl(turn % 128 == 0);
         m_port->open();
