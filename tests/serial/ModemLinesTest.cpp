@@ -139,16 +139,20 @@ TEST_F(ModemLines, EachInputChangeIsSignalledOnTheMainThread)
     observe(&ORSSerialPort::DSRChanged, &ORSSerialPort::DSR, "DSR");
     observe(&ORSSerialPort::DCDChanged, &ORSSerialPort::DCD, "DCD");
     openPort();
-    const QList<QPair<int, QByteArrayList>> rows = {
+    const struct
+    {
+        int lines;
+        QByteArrayList changes;
+    } rows[] = {
         {TIOCM_CAR | TIOCM_DSR | TIOCM_CTS, {"CTS+", "DSR+", "DCD+"}},
         {TIOCM_CAR | TIOCM_CTS | TIOCM_RI, {"DSR-"}},
         {0, {"CTS-", "DCD-"}},
         {TIOCM_DSR, {"DSR+"}},
     };
-    for (const auto &[lines, expected] : rows) {
-        m_adapter.lines = lines;
-        EXPECT_TRUE(eventually([&] { return seen.size() >= expected.size(); }));
-        EXPECT_EQ(std::exchange(seen, {}), expected);
+    for (const auto &row : rows) {
+        m_adapter.lines = row.lines;
+        EXPECT_TRUE(eventually([&] { return seen.size() >= row.changes.size(); }));
+        EXPECT_EQ(std::exchange(seen, {}), row.changes);
     }
 }
 
