@@ -87,8 +87,8 @@ constexpr CauseRow kRows[] = {
      QT_TRANSLATE_NOOP("Causes", "The device must be updated again before it can be used: check "
                                  "its power and cable, then press “Update firmware”.")},
     {Cause::RefusedButIntact, QT_TRANSLATE_NOOP("Causes", "The device refused %1 after %2 s."),
-     QT_TRANSLATE_NOOP("Causes", "It still holds its old firmware. Check that the file is meant "
-                                 "for it, then press “Update firmware” again.")},
+     QT_TRANSLATE_NOOP("Causes", "It still holds its old firmware. Unplug it, plug it in, press "
+                                 "“Open”, then “Update firmware”.")},
     {Cause::RefusedAndErased, QT_TRANSLATE_NOOP("Causes", "The device refused %1 after %2 s."),
      QT_TRANSLATE_NOOP("Causes", "It must be updated again before it can be used: check that the "
                                  "file is meant for it, then press “Update firmware”.")},

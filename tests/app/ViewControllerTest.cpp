@@ -205,6 +205,7 @@ TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
     ASSERT_TRUE(eventually([&] { return firmware->count() == 3; }));
     open();
     EXPECT_EQ(openButton->text(), "Close");
+    EXPECT_TRUE(window.findChild<QLabel *>("connectionDetails")->text().isEmpty());
     ASSERT_TRUE(eventually([&] { return titles(firmware) == kTitles; }));
     press(updateButton);
     EXPECT_EQ(status->text(), "Prompt:No firmware selected");
@@ -279,6 +280,7 @@ TEST_F(WindowTest, AfterACablePulledOutDuringAnUpdateTheNextOneSucceeds)
     open();
     ASSERT_TRUE(eventually([&] { return device->report().exchanges == 3; }));
     ASSERT_TRUE(eventually([&] { return firmware->currentIndex() == 0; })); // filled again
+    EXPECT_TRUE(explains("update", "updated again"));
     choose();
     press(updateButton);
     ASSERT_TRUE(eventually([&] { return says(status, "successfully update"); }));

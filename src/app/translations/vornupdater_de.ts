@@ -180,8 +180,8 @@
         <translation>Das Gerät hat %1 nach %2 s abgelehnt.</translation>
     </message>
     <message>
-        <source>It still holds its old firmware. Check that the file is meant for it, then press “Update firmware” again.</source>
-        <translation>Es hat noch seine alte Firmware. Prüfen Sie, ob die Datei zum Gerät passt, drücken Sie dann erneut „Firmware aktualisieren“.</translation>
+        <source>It still holds its old firmware. Unplug it, plug it in, press “Open”, then “Update firmware”.</source>
+        <translation>Es enthält noch seine alte Firmware. Ziehen Sie es ab, stecken Sie es ein, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
     </message>
     <message>
         <source>It must be updated again before it can be used: check that the file is meant for it, then press “Update firmware”.</source>

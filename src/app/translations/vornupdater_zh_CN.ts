@@ -180,8 +180,8 @@
         <translation>设备在 %2 秒后拒绝了%1。</translation>
     </message>
     <message>
-        <source>It still holds its old firmware. Check that the file is meant for it, then press “Update firmware” again.</source>
-        <translation>设备仍保留旧固件。请确认该文件适用于此设备，然后再次点击“更新固件”。</translation>
+        <source>It still holds its old firmware. Unplug it, plug it in, press “Open”, then “Update firmware”.</source>
+        <translation>设备仍保留旧固件。请拔出后重新插入，点击“Open”，再点击“更新固件”。</translation>
     </message>
     <message>
         <source>It must be updated again before it can be used: check that the file is meant for it, then press “Update firmware”.</source>
