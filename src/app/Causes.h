@@ -102,7 +102,7 @@ struct CauseRow
 {
     Cause cause;
     // For programs that read the command line's output: never changes, and decides the exit code.
-    // Empty where only a window can be at a loss.
+    // Empty for causes that only the window knows.
     const char *word;
     const char *what;
     const char *cure;
