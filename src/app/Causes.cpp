@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QLocale>
+#include <QNetworkInterface>
 #include <QNetworkReply>
 #include <QSslError>
 #include <QStringList>
@@ -91,6 +92,11 @@ QString Explanation::text() const
     return cure.isEmpty() ? what : what + u' ' + cure;
 }
 
+QString Explanation::terminalText() const
+{
+    return terminalCure.isEmpty() ? what : what + u' ' + terminalCure;
+}
+
 Explanation explain(Cause cause, const QStringList &places)
 {
     const auto rows = causeTable();
@@ -98,7 +104,9 @@ Explanation explain(Cause cause, const QStringList &places)
                                   [&](const CauseRow &each) { return each.cause == cause; });
     if (row == rows.end())
         return {};
-    return {cause, filled(row->what, places), filled(row->cure, places)};
+    const char *terminalCure = row->terminalCure ? row->terminalCure : row->cure;
+    return {cause, filled(row->what, places), filled(row->cure, places),
+            filled(terminalCure, places), row->word};
 }
 
 Explanation explainOpening(const QString &path, int code)
@@ -171,6 +179,12 @@ Explanation explainUpdate(const UpdateResult &result)
         return explain(Cause::ImageEmpty, {failure.text});
     case UpdateFailureKind::ImageTooLong:
         return explain(Cause::ImageTooLong, {failure.text});
+    case UpdateFailureKind::NoImageForModel:
+        return explain(Cause::NoFirmwareForModel, {QString::number(failure.code)});
+    case UpdateFailureKind::WrongModel:
+        return explain(Cause::WrongModel, {failure.text, QString::number(failure.code)});
+    case UpdateFailureKind::Interrupted:
+        return either(Cause::InterruptedButIntact, Cause::InterruptedAndErased);
     case UpdateFailureKind::Refused:
         return either(Cause::RefusedButIntact, Cause::RefusedAndErased);
     case UpdateFailureKind::TimedOut:
@@ -243,6 +257,16 @@ Explanation explainDownload(const PackageProblem &problem, bool hasNetwork)
         return explain(Cause::NoCertificates, places);
     }
     return {};
+}
+
+bool hasNetwork()
+{
+    const auto interfaces = QNetworkInterface::allInterfaces();
+    return std::any_of(interfaces.begin(), interfaces.end(), [](const QNetworkInterface &each) {
+        return each.flags().testFlag(QNetworkInterface::IsRunning) &&
+               !each.flags().testFlag(QNetworkInterface::IsLoopBack) &&
+               !each.addressEntries().isEmpty();
+    });
 }
 
 QString nameOfStep(UpdateStep step, qint64 frame, qint64 frames)

@@ -6,7 +6,6 @@
 
 #include <QDir>
 #include <QLoggingCategory>
-#include <QNetworkInterface>
 
 #include <algorithm>
 
@@ -22,17 +21,6 @@ constexpr auto kRefillDelay = 500ms;
 constexpr auto kRefresh = 250ms;
 
 using Clock = std::chrono::steady_clock;
-
-// Whether the machine has a connection at all, beside itself.
-bool hasNetwork()
-{
-    const auto interfaces = QNetworkInterface::allInterfaces();
-    return std::any_of(interfaces.begin(), interfaces.end(), [](const QNetworkInterface &each) {
-        return each.flags().testFlag(QNetworkInterface::IsRunning) &&
-               !each.flags().testFlag(QNetworkInterface::IsLoopBack) &&
-               !each.addressEntries().isEmpty();
-    });
-}
 
 } // namespace
 

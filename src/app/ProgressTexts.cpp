@@ -173,4 +173,29 @@ QString durationText(seconds time)
     return Progress::tr("%1 min %2 s").arg(total / 60).arg(total % 60);
 }
 
+QString titleOfStep(UpdateStep step)
+{
+    switch (step) {
+    case UpdateStep::Synchronize:
+        return QCoreApplication::translate("Steps", "Synchronize");
+    case UpdateStep::Connect:
+        return QCoreApplication::translate("Steps", "Connect");
+    case UpdateStep::QueryVersion:
+        return QCoreApplication::translate("Steps", "Ask for the version");
+    case UpdateStep::ReadImage:
+        return QCoreApplication::translate("Steps", "Read the file");
+    case UpdateStep::Download:
+        return QCoreApplication::translate("Steps", "Begin the download");
+    case UpdateStep::Erase:
+        return QCoreApplication::translate("Steps", "Erase");
+    case UpdateStep::Release:
+        return QCoreApplication::translate("Steps", "Wait for the release");
+    case UpdateStep::Data:
+        return QCoreApplication::translate("Steps", "Send the image");
+    case UpdateStep::Finish:
+        return QCoreApplication::translate("Steps", "Confirm the image");
+    }
+    return {};
+}
+
 } // namespace vorn

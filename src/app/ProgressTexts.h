@@ -67,6 +67,9 @@ private:
     TimeLeft m_timeLeft;
 };
 
+// What is done at a step.
+QString titleOfStep(UpdateStep step);
+
 // "8 s" or "2 min 5 s".
 QString durationText(std::chrono::seconds time);
 

@@ -16,32 +16,6 @@ using Clock = std::chrono::steady_clock;
 constexpr auto kRefresh = 250ms;
 constexpr auto kLongRun = 10s; // somebody may have turned to something else meanwhile
 
-// What is done at a step, for the log.
-QString titleOf(UpdateStep step)
-{
-    switch (step) {
-    case UpdateStep::Synchronize:
-        return UpdateSection::tr("Synchronize");
-    case UpdateStep::Connect:
-        return UpdateSection::tr("Connect");
-    case UpdateStep::QueryVersion:
-        return UpdateSection::tr("Ask for the version");
-    case UpdateStep::ReadImage:
-        return UpdateSection::tr("Read the file");
-    case UpdateStep::Download:
-        return UpdateSection::tr("Begin the download");
-    case UpdateStep::Erase:
-        return UpdateSection::tr("Erase");
-    case UpdateStep::Release:
-        return UpdateSection::tr("Wait for the release");
-    case UpdateStep::Data:
-        return UpdateSection::tr("Send the image");
-    case UpdateStep::Finish:
-        return UpdateSection::tr("Confirm the image");
-    }
-    return {};
-}
-
 } // namespace
 
 UpdateSection::UpdateSection(MainWindow &window, const TaggedControls &controls, LogSection &log,
@@ -87,7 +61,7 @@ void UpdateSection::showProgress(const UpdateProgress &progress)
         endStep();
         m_step = progress.step;
         m_stepBegan = now;
-        m_log.addStart(titleOf(progress.step));
+        m_log.addStart(titleOfStep(progress.step));
     }
     if (progress.step == UpdateStep::Erase)
         m_window.showUpdateBusy();
@@ -116,7 +90,7 @@ void UpdateSection::end(const UpdateResult &result)
         endStep();
         m_log.addOk(tr("Update"), result.elapsed);
     } else {
-        m_log.addFailed(titleOf(result.step), result.waited);
+        m_log.addFailed(titleOfStep(result.step), result.waited);
         m_log.addFailed(tr("Update"), result.elapsed, why);
         m_step.reset();
     }
@@ -151,7 +125,7 @@ void UpdateSection::showDetails()
 void UpdateSection::endStep()
 {
     if (m_step)
-        m_log.addOk(titleOf(*m_step), duration_cast<milliseconds>(Clock::now() - m_stepBegan));
+        m_log.addOk(titleOfStep(*m_step), duration_cast<milliseconds>(Clock::now() - m_stepBegan));
     m_step.reset();
 }
 

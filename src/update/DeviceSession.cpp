@@ -132,13 +132,27 @@ void DeviceSession::end()
     endSequence();
 }
 
-void DeviceSession::endSequence()
+void DeviceSession::interrupt()
+{
+    m_buffer->abandon();
+    // Behind the sequence, which sends nothing more once its frame is out.
+    m_sequences.post([this, port = m_port, token = lifetime()] {
+        port->setRTS(false);
+        MainQueue::instance().post(token, [this, token] {
+            endSequence(UpdateFailureKind::Interrupted);
+            if (!token.expired())
+                close();
+        });
+    });
+}
+
+void DeviceSession::endSequence(UpdateFailureKind why)
 {
     m_buffer->abandon();
     if (m_running == Running::Nothing)
         return;
     UpdateResult result;
-    result.failure.kind = UpdateFailureKind::PortClosed;
+    result.failure.kind = why;
     result.step = m_progress.step;
     result.frame = m_progress.frame;
     result.frames = m_progress.frames;
@@ -178,13 +192,17 @@ void DeviceSession::getTargetVersion()
 
 void DeviceSession::startUpdate(const QString &imagePath)
 {
+    startUpdate([imagePath](qint32) { return readFirmwareImage(imagePath); });
+}
+
+void DeviceSession::startUpdate(ImageReader readImage)
+{
     if (isUpdating())
         return;
-    runSequence(Running::Update,
-                [imagePath, parameters = m_parameters](DeviceLine &line, Relay &relay) {
-                    const auto readImage = [&] { return readFirmwareImage(imagePath); };
-                    runUpdate(line, readImage, parameters, relay);
-                });
+    runSequence(Running::Update, [readImage = std::move(readImage),
+                                  parameters = m_parameters](DeviceLine &line, Relay &relay) {
+        runUpdate(line, readImage, parameters, relay);
+    });
 }
 
 void DeviceSession::runSequence(Running which, Sequence sequence)

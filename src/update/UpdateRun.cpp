@@ -87,7 +87,7 @@ bool UpdateRun::handshake()
 
 bool UpdateRun::readImage()
 {
-    FirmwareImage image = m_readImage();
+    FirmwareImage image = m_readImage(m_targetVersion);
     if (image.failure) {
         // The device still has its old firmware: no download command has been sent.
         m_result.step = UpdateStep::ReadImage;

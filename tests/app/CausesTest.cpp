@@ -81,6 +81,16 @@ std::vector<Row> rows()
          {"/x.bin"}},
         {update({Ended::ImageTooLong, 0, "/x.bin"}, UpdateStep::ReadImage, false),
          Cause::ImageTooLong},
+        {update({Ended::WrongModel, 8, "/x.bin"}, UpdateStep::ReadImage, false),
+         Cause::WrongModel,
+         {"/x.bin", "8"}},
+        {update({Ended::NoImageForModel, 8}, UpdateStep::ReadImage, false),
+         Cause::NoFirmwareForModel,
+         {"8"}},
+        {update({Ended::Interrupted}, UpdateStep::Connect, false), Cause::InterruptedButIntact},
+        {update({Ended::Interrupted}, UpdateStep::Data, true),
+         Cause::InterruptedAndErased,
+         {"data frame 12 of 40"}},
         {update({Ended::TimedOut}, UpdateStep::Download, false),
          Cause::SilentButIntact,
          {"the download command", "5.0 s", "old firmware"}},
@@ -147,6 +157,25 @@ TEST(Causes, EachFactHasItsCauseAndNoOther)
             EXPECT_FALSE(text.contains(QRegularExpression("%\\d"))) << "a place is empty";
         }
     }
+}
+
+TEST(Causes, EachWordIsKnownAndItsCureNamesNoButton)
+{
+    const QSet<QString> words{"no-device",   "no-permission",   "busy",       "cannot-open",
+                              "no-answer",   "refused",         "unplugged",  "bad-image",
+                              "wrong-model", "download-failed", "interrupted"};
+    QSet<QString> seen;
+    for (const CauseRow &row : causeTable()) {
+        if (QString(row.word).isEmpty())
+            continue;
+        seen += row.word;
+        const Explanation found = explain(row.cause);
+        EXPECT_STREQ(found.word, row.word);
+        EXPECT_FALSE(found.terminalCure.contains(
+            QRegularExpression("“(Open|Update firmware|Download latest)”|[Cc]hoose")))
+            << qPrintable(found.terminalText());
+    }
+    EXPECT_EQ(seen, words);
 }
 
 TEST(Causes, TheTroubleshootingPageHasEachRowOfTheTable)
