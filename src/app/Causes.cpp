@@ -15,6 +15,8 @@
 namespace vorn {
 namespace {
 
+const QString kModemManager = QStringLiteral("ModemManager");
+const QString kBrltty = QStringLiteral("brltty");
 constexpr unsigned kGroupMayUse = 0060; // read and write, in a node's mode
 
 QString systemText(int error)
@@ -111,9 +113,13 @@ Explanation explain(Cause cause, const QStringList &places)
 
 Explanation explainOpening(const QString &path, int code)
 {
-    OpeningFacts facts{path, code, deviceNodeFacts(path), {}};
+    OpeningFacts facts{path, code, deviceNodeFacts(path), {}, {}};
     if (code == EBUSY)
         facts.holders = holdersOf(path);
+    if (code == EBUSY && facts.holders.isEmpty())
+        for (const QString &program : {kModemManager, kBrltty})
+            if (isProgramRunning(program))
+                facts.suspects += program;
     return explainOpening(facts);
 }
 
@@ -127,20 +133,24 @@ Explanation explainOpening(const OpeningFacts &facts)
         return explain(Cause::NodeMissing, {path});
     case EACCES:
     case EPERM:
-        if (facts.node.isAccessible)
+        if (facts.node.isAccessible || !facts.node.exists)
             break;
         if ((facts.node.mode & kGroupMayUse) == kGroupMayUse &&
             facts.node.group != QStringLiteral("root"))
             return explain(Cause::NodeNotPermitted, {path, facts.node.group});
         return explain(Cause::NodeNotForGroups, {path, octal(facts.node.mode)});
     case EBUSY: {
+        if (facts.holders.isEmpty() && facts.suspects.contains(kModemManager))
+            return explain(Cause::MayBeHeldByModemManager, {path});
+        if (facts.holders.isEmpty() && facts.suspects.contains(kBrltty))
+            return explain(Cause::MayBeHeldByBrltty, {path});
         if (facts.holders.isEmpty())
             return explain(Cause::HeldByUnknown, {path});
         const NodeHolder &holder = facts.holders.constFirst();
         const QString process = QString::number(holder.pid);
-        if (holder.program == QStringLiteral("ModemManager"))
+        if (holder.program == kModemManager)
             return explain(Cause::HeldByModemManager, {path, process});
-        if (holder.program == QStringLiteral("brltty"))
+        if (holder.program == kBrltty)
             return explain(Cause::HeldByBrltty, {path, process});
         return explain(Cause::HeldByProgram, {path, holder.program, process});
     }
@@ -281,7 +291,7 @@ QString nameOfStep(UpdateStep step, qint64 frame, qint64 frames)
     case UpdateStep::Download:
         return QCoreApplication::translate("Steps", "the download command");
     case UpdateStep::Erase:
-        return QCoreApplication::translate("Steps", "the erase");
+        return QCoreApplication::translate("Steps", "the erase command");
     case UpdateStep::Release:
         return QCoreApplication::translate("Steps", "the download header");
     case UpdateStep::Data:

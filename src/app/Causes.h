@@ -36,6 +36,8 @@ enum class Cause {
     HeldByModemManager, // %2 process
     HeldByBrltty,       // %2 process
     HeldByUnknown,
+    MayBeHeldByModemManager,
+    MayBeHeldByBrltty,
     NoTerminal,
     CannotOpen,       // %2 the system's text
     SpeedNotPossible, // %2 baud
@@ -135,6 +137,9 @@ struct OpeningFacts
     int code = 0; // errno
     DeviceNodeFacts node;
     QList<NodeHolder> holders;
+    // Of the system's programs that are known to take serial devices, those that run. Their open
+    // files are hidden from ordinary users.
+    QStringList suspects;
 };
 Explanation explainOpening(const OpeningFacts &facts);
 

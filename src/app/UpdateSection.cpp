@@ -26,13 +26,28 @@ UpdateSection::UpdateSection(MainWindow &window, const TaggedControls &controls,
     m_refresh.callOnTimeout(this, &UpdateSection::showDetails);
 }
 
+void UpdateSection::setDevice(const QString &name)
+{
+    if (m_device == name)
+        return;
+    m_device = name;
+    m_showsUpdate = m_hasUpdateTranscript = false;
+    m_window.showUpdateDetails({});
+}
+
+void UpdateSection::forgetRefusal()
+{
+    if (!m_showsUpdate)
+        m_window.showUpdateDetails({});
+}
+
 // Leaves the device alone.
 void UpdateSection::refuse(const QString &text, const Explanation &why)
 {
     m_log.add(tr("Update not started: %1").arg(why.text()));
     showStatus(m_controls.updateText, text, StatusTone::Bad);
     m_window.showUpdateDetails(why.text());
-    m_detailsMayGo = true;
+    m_showsUpdate = false;
     m_window.resetUpdateProgress();
 }
 
@@ -40,7 +55,7 @@ void UpdateSection::begin(const DeviceSession &session, const QString &imagePath
 {
     m_session = &session;
     m_percent = 0;
-    m_detailsMayGo = false;
+    m_showsUpdate = true;
     m_step.reset();
     m_progress.start(Clock::now());
     m_sleepBlock.emplace(tr("A device's firmware is being updated"));
@@ -72,8 +87,16 @@ void UpdateSection::showProgress(const UpdateProgress &progress)
     showStatus(m_controls.updateText, texts::ofProgress(progress), StatusTone::Neutral);
 }
 
-void UpdateSection::end(const UpdateResult &result)
+void UpdateSection::end(const UpdateResult &ended)
 {
+    UpdateResult result = ended;
+    const QString device = m_session->port()->name();
+    // Nothing that this run found out brings back what an earlier one has erased.
+    if (result.succeeded())
+        m_unfinished.remove(device);
+    else if (result.mayBeErased)
+        m_unfinished.insert(device);
+    result.mayBeErased = m_unfinished.contains(device);
     m_refresh.stop();
     m_sleepBlock.reset();
     const StatusTone tone = result.succeeded() ? StatusTone::Good : StatusTone::Bad;
@@ -90,26 +113,35 @@ void UpdateSection::end(const UpdateResult &result)
         endStep();
         m_log.addOk(tr("Update"), result.elapsed);
     } else {
+        if (m_step != result.step)
+            endStep();
         m_log.addFailed(titleOfStep(result.step), result.waited);
         m_log.addFailed(tr("Update"), result.elapsed, why);
         m_step.reset();
     }
     m_log.setTranscript(m_session->transcript());
+    m_hasUpdateTranscript = true;
     if (result.elapsed >= kLongRun && !m_window.isActiveWindow())
         announce(result);
     m_session = nullptr;
 }
 
+void UpdateSection::queryDidBegin()
+{
+    m_log.addStart(tr("Version query"));
+    forgetRefusal();
+}
+
 void UpdateSection::queryDidEnd(const DeviceSession &session, const UpdateResult &result)
 {
-    m_log.setTranscript(session.transcript());
+    if (!m_hasUpdateTranscript)
+        m_log.setTranscript(session.transcript());
     for (const QString &text : texts::ofVersionQueryEnd(result))
         showStatus(m_controls.updateText, text, StatusTone::Bad);
     const QString why = explainVersionQuery(result).text();
-    // What an update left behind stays until the next one.
-    if (!why.isEmpty() || m_detailsMayGo)
+    // What an update left behind stays; and of a port that closed the connection's details tell.
+    if (!m_showsUpdate && result.failure.kind != UpdateFailureKind::PortClosed)
         m_window.showUpdateDetails(why);
-    m_detailsMayGo = !why.isEmpty();
     if (result.succeeded())
         m_log.addOk(tr("Version query"), result.elapsed);
     else

@@ -7,6 +7,7 @@
 #include "update/ReceiveBuffer.h"
 #include "update/RecordingLine.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vorn {
@@ -91,7 +92,8 @@ DeviceSession::~DeviceSession()
 
 bool DeviceSession::hasItsSpeed() const
 {
-    return isCloseTo(outputSpeed(m_port->fileDescriptor()), m_parameters.baudRate);
+    const int terminal = m_port->fileDescriptor(); // 0 when it has closed meanwhile
+    return terminal == 0 || isCloseTo(outputSpeed(terminal), m_parameters.baudRate);
 }
 
 bool DeviceSession::open()
@@ -159,7 +161,8 @@ void DeviceSession::endSequence(UpdateFailureKind why)
     // The header may follow the download command before that is told.
     result.mayBeErased = m_running == Running::Update && m_progress.step >= UpdateStep::Download;
     const auto now = Clock::now();
-    result.waited = std::chrono::duration_cast<std::chrono::milliseconds>(now - m_stepBegan);
+    result.waited = std::chrono::duration_cast<std::chrono::milliseconds>(
+        now - std::max(m_stepBegan, m_lastHeard));
     result.elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now - m_sequenceBegan);
     sequenceDidEnd(result);
 }

@@ -19,9 +19,10 @@ using namespace std::chrono_literals;
 using Kind = PackageProblemKind;
 using Ended = UpdateFailureKind;
 
-Explanation opening(int code, DeviceNodeFacts node = {}, QList<NodeHolder> holders = {})
+Explanation opening(int code, DeviceNodeFacts node = {}, QList<NodeHolder> holders = {},
+                    const QStringList &suspects = {})
 {
-    return explainOpening({"/dev/ttyX", code, std::move(node), std::move(holders)});
+    return explainOpening({"/dev/ttyX", code, std::move(node), std::move(holders), suspects});
 }
 
 UpdateResult ended(UpdateFailure failure, UpdateStep step, bool mayBeErased)
@@ -67,6 +68,9 @@ std::vector<Row> rows()
         {opening(EBUSY, {}, {{"ModemManager", 7}}), Cause::HeldByModemManager, {"process 7"}},
         {opening(EBUSY, {}, {{"brltty", 8}}), Cause::HeldByBrltty, {"process 8"}},
         {opening(EBUSY), Cause::HeldByUnknown, {"fuser -v /dev/ttyX"}},
+        {opening(EBUSY, {}, {}, {"ModemManager"}), Cause::MayBeHeldByModemManager},
+        {opening(EBUSY, {}, {}, {"brltty"}), Cause::MayBeHeldByBrltty},
+        {opening(EACCES), Cause::CannotOpen},
         {opening(ENOTTY), Cause::NoTerminal, {"/dev/ttyX"}},
         {opening(EIO), Cause::CannotOpen, {"Input/output error"}},
         {explainVanishing("usbserial-A", 1500ms, false), Cause::VanishedSoon, {"1.5 s"}},
@@ -96,7 +100,7 @@ std::vector<Row> rows()
          {"the download command", "5.0 s", "old firmware"}},
         {update({Ended::TimedOut}, UpdateStep::Erase, true),
          Cause::SilentAndErased,
-         {"the erase", "updated again"}},
+         {"the erase command", "updated again"}},
         {update({Ended::Refused}, UpdateStep::Connect, false), Cause::RefusedButIntact},
         {update({Ended::Refused}, UpdateStep::Data, true),
          Cause::RefusedAndErased,
