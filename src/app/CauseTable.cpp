@@ -128,10 +128,10 @@ constexpr CauseRow kRows[] = {
                                  "its power and cable first.")},
     {Cause::RefusedButIntact, "refused",
      QT_TRANSLATE_NOOP("Causes", "The device refused %1 after %2 s."),
-     QT_TRANSLATE_NOOP("Causes", "It still holds its old firmware. Check that the file is meant "
-                                 "for it, then press “Update firmware” again."),
-     QT_TRANSLATE_NOOP("Causes", "It still holds its old firmware. Check that the file is meant "
-                                 "for it, then update it again.")},
+     QT_TRANSLATE_NOOP("Causes", "It still holds its old firmware. Unplug it, plug it in, press "
+                                 "“Open”, then “Update firmware”."),
+     QT_TRANSLATE_NOOP("Causes", "It still holds its old firmware. Unplug it, plug it in, then "
+                                 "update it again.")},
     {Cause::RefusedAndErased, "refused",
      QT_TRANSLATE_NOOP("Causes", "The device refused %1 after %2 s."),
      QT_TRANSLATE_NOOP("Causes", "It must be updated again before it can be used: check that the "

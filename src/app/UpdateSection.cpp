@@ -32,6 +32,7 @@ void UpdateSection::refuse(const QString &text, const Explanation &why)
     m_log.add(tr("Update not started: %1").arg(why.text()));
     showStatus(m_controls.updateText, text, StatusTone::Bad);
     m_window.showUpdateDetails(why.text());
+    m_detailsMayGo = true;
     m_window.resetUpdateProgress();
 }
 
@@ -39,6 +40,7 @@ void UpdateSection::begin(const DeviceSession &session, const QString &imagePath
 {
     m_session = &session;
     m_percent = 0;
+    m_detailsMayGo = false;
     m_step.reset();
     m_progress.start(Clock::now());
     m_sleepBlock.emplace(tr("A device's firmware is being updated"));
@@ -104,7 +106,10 @@ void UpdateSection::queryDidEnd(const DeviceSession &session, const UpdateResult
     for (const QString &text : texts::ofVersionQueryEnd(result))
         showStatus(m_controls.updateText, text, StatusTone::Bad);
     const QString why = explainVersionQuery(result).text();
-    m_window.showUpdateDetails(why);
+    // What an update left behind stays until the next one.
+    if (!why.isEmpty() || m_detailsMayGo)
+        m_window.showUpdateDetails(why);
+    m_detailsMayGo = !why.isEmpty();
     if (result.succeeded())
         m_log.addOk(tr("Version query"), result.elapsed);
     else

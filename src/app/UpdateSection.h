@@ -51,6 +51,8 @@ private:
     QTimer m_refresh; // of the details while an update runs
     std::optional<SleepBlock> m_sleepBlock;
     int m_percent = 0;
+    // The details are about a press or a query, which a later query makes obsolete.
+    bool m_detailsMayGo = false;
     // The step whose answer is awaited, and since when.
     std::optional<UpdateStep> m_step;
     SteadyTime m_stepBegan{};

@@ -180,8 +180,8 @@
         <translation>Das Gerät hat %1 nach %2 s abgelehnt.</translation>
     </message>
     <message>
-        <source>It still holds its old firmware. Check that the file is meant for it, then press “Update firmware” again.</source>
-        <translation>Es hat noch seine alte Firmware. Prüfen Sie, ob die Datei zum Gerät passt, drücken Sie dann erneut „Firmware aktualisieren“.</translation>
+        <source>It still holds its old firmware. Unplug it, plug it in, press “Open”, then “Update firmware”.</source>
+        <translation>Es enthält noch seine alte Firmware. Ziehen Sie es ab, stecken Sie es ein, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
     </message>
     <message>
         <source>It must be updated again before it can be used: check that the file is meant for it, then press “Update firmware”.</source>
@@ -421,7 +421,7 @@
     </message>
     <message>
         <source>Press “Open” again in half a minute, or run “sudo systemctl stop ModemManager”.</source>
-        <translation>Klicken Sie in einer halben Minute erneut auf „Open“ oder führen Sie „sudo systemctl stop ModemManager“ aus.</translation>
+        <translation>Drücken Sie in einer halben Minute erneut „Open“ oder führen Sie „sudo systemctl stop ModemManager“ aus.</translation>
     </message>
     <message>
         <source>Check this computer&apos;s date and network. Nothing was downloaded.</source>
@@ -430,6 +430,281 @@
     <message>
         <source>Do not use this package; tell the server&apos;s operator.</source>
         <translation>Verwenden Sie dieses Paket nicht; benachrichtigen Sie den Betreiber des Servers.</translation>
+    </message>
+    <message>
+        <source>Plug in the device&apos;s USB-serial adapter, then run the command again.</source>
+        <translation>Schließen Sie den USB-Seriell-Adapter des Geräts an und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Plug in the device&apos;s own USB-serial adapter, or name this one in the command.</source>
+        <translation>Schließen Sie den zum Gerät gehörenden USB-Seriell-Adapter an oder nennen Sie diesen im Befehl.</translation>
+    </message>
+    <message>
+        <source>There is no serial device %1.</source>
+        <translation>Es gibt kein serielles Gerät %1.</translation>
+    </message>
+    <message>
+        <source>“vornupdater-cli list” shows the ones there are.</source>
+        <translation>„vornupdater-cli list“ zeigt die vorhandenen.</translation>
+    </message>
+    <message>
+        <source>Several devices are plugged in: %1.</source>
+        <translation>Es sind mehrere Geräte angeschlossen: %1.</translation>
+    </message>
+    <message>
+        <source>Name one of them in the command, or give --all.</source>
+        <translation>Nennen Sie eines davon im Befehl oder geben Sie --all an.</translation>
+    </message>
+    <message>
+        <source>Close that program, then run the command again.</source>
+        <translation>Beenden Sie dieses Programm und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Run the command again in half a minute, or run “sudo systemctl stop ModemManager”.</source>
+        <translation>Führen Sie den Befehl in einer halben Minute erneut aus oder führen Sie „sudo systemctl stop ModemManager“ aus.</translation>
+    </message>
+    <message>
+        <source>“sudo fuser -v %1” shows which. End it, then run the command again.</source>
+        <translation>„sudo fuser -v %1“ zeigt, welches. Beenden Sie es und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Name another device; “vornupdater-cli list” shows them.</source>
+        <translation>Nennen Sie ein anderes Gerät; „vornupdater-cli list“ zeigt sie.</translation>
+    </message>
+    <message>
+        <source>Unplug the device, plug it in again, then run the command again.</source>
+        <translation>Ziehen Sie das Gerät ab, schließen Sie es wieder an und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>The device was not changed. Name another file, or download it again.</source>
+        <translation>Das Gerät wurde nicht verändert. Nennen Sie eine andere Datei oder laden Sie diese erneut herunter.</translation>
+    </message>
+    <message>
+        <source>The file %1 is meant for another model than this device (model code %2).</source>
+        <translation>Die Datei %1 ist für ein anderes Modell als dieses Gerät (Modellcode %2) bestimmt.</translation>
+    </message>
+    <message>
+        <source>The device was not changed. Name a file for its model, or give --force.</source>
+        <translation>Das Gerät wurde nicht verändert. Nennen Sie eine Datei für sein Modell oder geben Sie --force an.</translation>
+    </message>
+    <message>
+        <source>The device still holds its old firmware. Check its power and cable, then update it again.</source>
+        <translation>Das Gerät enthält noch seine alte Firmware. Prüfen Sie Stromversorgung und Kabel und aktualisieren Sie es dann erneut.</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used: check its power and cable first.</source>
+        <translation>Das Gerät muss erneut aktualisiert werden, bevor es verwendet werden kann: Prüfen Sie zuerst Stromversorgung und Kabel.</translation>
+    </message>
+    <message>
+        <source>It still holds its old firmware. Unplug it, plug it in, then update it again.</source>
+        <translation>Es enthält noch seine alte Firmware. Ziehen Sie es ab, schließen Sie es wieder an und aktualisieren Sie es dann erneut.</translation>
+    </message>
+    <message>
+        <source>It must be updated again before it can be used: check that the file is meant for it first.</source>
+        <translation>Es muss erneut aktualisiert werden, bevor es verwendet werden kann: Prüfen Sie zuerst, ob die Datei für das Gerät bestimmt ist.</translation>
+    </message>
+    <message>
+        <source>The device still holds its old firmware. Plug it in, then update it again.</source>
+        <translation>Das Gerät enthält noch seine alte Firmware. Schließen Sie es an und aktualisieren Sie es dann erneut.</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used: plug it in first.</source>
+        <translation>Das Gerät muss erneut aktualisiert werden, bevor es verwendet werden kann: Schließen Sie es zuerst an.</translation>
+    </message>
+    <message>
+        <source>Interrupted before the device was changed.</source>
+        <translation>Abgebrochen, bevor das Gerät verändert wurde.</translation>
+    </message>
+    <message>
+        <source>It still holds its old firmware.</source>
+        <translation>Es enthält noch seine alte Firmware.</translation>
+    </message>
+    <message>
+        <source>Interrupted during the wait for the answer to %1.</source>
+        <translation>Abgebrochen während des Wartens auf die Antwort auf %1.</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used.</source>
+        <translation>Das Gerät muss erneut aktualisiert werden, bevor es verwendet werden kann.</translation>
+    </message>
+    <message>
+        <source>Check its power and cable, then run the command again.</source>
+        <translation>Prüfen Sie Stromversorgung und Kabel und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Run the command again.</source>
+        <translation>Führen Sie den Befehl erneut aus.</translation>
+    </message>
+    <message>
+        <source>Plug it in, then run the command again.</source>
+        <translation>Schließen Sie es an und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Run “vornupdater-cli download”, or put files that end in .bin into %1.</source>
+        <translation>Führen Sie „vornupdater-cli download“ aus oder legen Sie Dateien, die auf .bin enden, in %1 ab.</translation>
+    </message>
+    <message>
+        <source>Connect it, then run the command again.</source>
+        <translation>Verbinden Sie ihn und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Check the network connection, then run the command again.</source>
+        <translation>Prüfen Sie die Netzwerkverbindung und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Check the network connection and firewall, then run the command again.</source>
+        <translation>Prüfen Sie Netzwerkverbindung und Firewall und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Check the proxy settings (https_proxy), then run the command again.</source>
+        <translation>Prüfen Sie die Proxy-Einstellungen (https_proxy) und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Run the command again. The old firmware files are still there.</source>
+        <translation>Führen Sie den Befehl erneut aus. Die alten Firmware-Dateien sind noch vorhanden.</translation>
+    </message>
+    <message>
+        <source>Move it away, then run the command again.</source>
+        <translation>Verschieben Sie es und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Free some disk space, then run the command again.</source>
+        <translation>Schaffen Sie Platz auf dem Datenträger und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Correct its access rights, then run the command again.</source>
+        <translation>Korrigieren Sie die Zugriffsrechte und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>The download was interrupted.</source>
+        <translation>Der Download wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>The old firmware files are still there.</source>
+        <translation>Die alten Firmware-Dateien sind noch vorhanden.</translation>
+    </message>
+    <message>
+        <source>No package server is configured.</source>
+        <translation>Es ist kein Paketserver eingerichtet.</translation>
+    </message>
+    <message>
+        <source>Name one with --package-host.</source>
+        <translation>Geben Sie mit --package-host einen an.</translation>
+    </message>
+</context>
+<context>
+    <name>CliOptions</name>
+    <message>
+        <source>List the serial devices: name, node, adapter&apos;s maker and serial number.</source>
+        <translation>Die seriellen Geräte auflisten: Name, Gerätedatei, Hersteller und Seriennummer des Adapters.</translation>
+    </message>
+    <message>
+        <source>Ask devices for their model code.</source>
+        <translation>Geräte nach ihrem Modellcode fragen.</translation>
+    </message>
+    <message>
+        <source>List the files of the firmware folder.</source>
+        <translation>Die Dateien des Firmware-Ordners auflisten.</translation>
+    </message>
+    <message>
+        <source>Fetch the latest firmware package, unless it is the one that was fetched last.</source>
+        <translation>Das neueste Firmware-Paket holen, sofern es nicht das zuletzt geholte ist.</translation>
+    </message>
+    <message>
+        <source>Update devices, side by side.</source>
+        <translation>Geräte aktualisieren, mehrere gleichzeitig.</translation>
+    </message>
+    <message>
+        <source>Update each device that is plugged in, until Ctrl-C.</source>
+        <translation>Jedes angeschlossene Gerät aktualisieren, bis Strg+C gedrückt wird.</translation>
+    </message>
+    <message>
+        <source>Commands:</source>
+        <translation>Befehle:</translation>
+    </message>
+    <message>
+        <source>“%1 COMMAND --help” describes a command&apos;s options.</source>
+        <translation>„%1 COMMAND --help“ beschreibt die Optionen eines Befehls.</translation>
+    </message>
+    <message>
+        <source>A device&apos;s name or node; without one, the only device there is.</source>
+        <translation>Name oder Gerätedatei eines Geräts; ohne Angabe das einzige vorhandene Gerät.</translation>
+    </message>
+    <message>
+        <source>Name devices or give --all, not both.</source>
+        <translation>Nennen Sie Geräte oder geben Sie --all an, nicht beides.</translation>
+    </message>
+    <message>
+        <source>Give either --firmware FILE or --newest.</source>
+        <translation>Geben Sie entweder --firmware FILE oder --newest an.</translation>
+    </message>
+    <message>
+        <source>--%1 takes a number from 0 to %2.</source>
+        <translation>--%1 verlangt eine Zahl von 0 bis %2.</translation>
+    </message>
+    <message>
+        <source>Take every USB-serial adapter.</source>
+        <translation>Alle USB-Seriell-Adapter nehmen.</translation>
+    </message>
+    <message>
+        <source>Only the files for the model code N.</source>
+        <translation>Nur die Dateien für den Modellcode N.</translation>
+    </message>
+    <message>
+        <source>Update with this file.</source>
+        <translation>Mit dieser Datei aktualisieren.</translation>
+    </message>
+    <message>
+        <source>Update with the file in the firmware folder that has the highest version in its name for the device&apos;s model.</source>
+        <translation>Mit der Datei im Firmware-Ordner aktualisieren, die für das Modell des Geräts die höchste Version im Namen trägt.</translation>
+    </message>
+    <message>
+        <source>Accept a file whose name says another model than the device&apos;s.</source>
+        <translation>Auch eine Datei annehmen, deren Name ein anderes Modell als das des Geräts nennt.</translation>
+    </message>
+    <message>
+        <source>Begin a failed update again, up to N times (0).</source>
+        <translation>Eine fehlgeschlagene Aktualisierung neu beginnen, bis zu N-mal (0).</translation>
+    </message>
+    <message>
+        <source>Append a JSON line for each update to FILE.</source>
+        <translation>Für jede Aktualisierung eine JSON-Zeile an FILE anhängen.</translation>
+    </message>
+    <message>
+        <source>--timeout-scale takes a number above 0, up to %1.</source>
+        <translation>--timeout-scale verlangt eine Zahl über 0, höchstens %1.</translation>
+    </message>
+    <message>
+        <source>Updates devices&apos; firmware over their USB-serial links, and fetches firmware packages. Options come before the command.</source>
+        <translation>Aktualisiert die Firmware von Geräten über ihre USB-Seriell-Verbindungen und holt Firmware-Pakete. Optionen stehen vor dem Befehl.</translation>
+    </message>
+    <message>
+        <source>Write a JSON object a line instead of text to standard output.</source>
+        <translation>Statt Text je Zeile ein JSON-Objekt auf die Standardausgabe schreiben.</translation>
+    </message>
+    <message>
+        <source>Tell each step, and what the system reports.</source>
+        <translation>Jeden Schritt und die Meldungen des Systems ausgeben.</translation>
+    </message>
+    <message>
+        <source>Wait X times as long as usual for a slow device&apos;s answers.</source>
+        <translation>X-mal so lange wie üblich auf die Antworten eines langsamen Geräts warten.</translation>
+    </message>
+    <message>
+        <source>What to do; see below.</source>
+        <translation>Was zu tun ist; siehe unten.</translation>
+    </message>
+    <message>
+        <source>No command was given.</source>
+        <translation>Es wurde kein Befehl angegeben.</translation>
+    </message>
+    <message>
+        <source>Unknown command: %1</source>
+        <translation>Unbekannter Befehl: %1</translation>
+    </message>
+    <message>
+        <source>The update goes on. Pressing Ctrl-C again would leave the device half written.</source>
+        <translation>Die Aktualisierung läuft weiter. Erneutes Strg+C ließe das Gerät halb beschrieben zurück.</translation>
     </message>
 </context>
 <context>
@@ -484,6 +759,40 @@
     </message>
 </context>
 <context>
+    <name>DeviceRun</name>
+    <message>
+        <source>Model code %1</source>
+        <translation>Modellcode %1</translation>
+    </message>
+    <message>
+        <source>%1: %2 Beginning again with the reset pulse (%3 of %4).</source>
+        <translation>%1: %2 Neubeginn mit dem Reset-Impuls (%3 von %4).</translation>
+    </message>
+    <message>
+        <source>Updated with %1 in %2 s</source>
+        <translation>Mit %1 in %2 s aktualisiert</translation>
+    </message>
+</context>
+<context>
+    <name>Download</name>
+    <message>
+        <source>Receive the package</source>
+        <translation>Paket empfangen</translation>
+    </message>
+    <message>
+        <source>Unpack the package</source>
+        <translation>Paket entpacken</translation>
+    </message>
+    <message>
+        <source>The latest package is installed already.</source>
+        <translation>Das neueste Paket ist bereits installiert.</translation>
+    </message>
+    <message>
+        <source>The latest package is installed.</source>
+        <translation>Das neueste Paket ist installiert.</translation>
+    </message>
+</context>
+<context>
     <name>Progress</name>
     <message>
         <source>%1 elapsed, about %2 left.</source>
@@ -535,6 +844,21 @@
     </message>
 </context>
 <context>
+    <name>Station</name>
+    <message>
+        <source>The record %1 cannot be written: %2.</source>
+        <translation>Das Protokoll %1 kann nicht geschrieben werden: %2.</translation>
+    </message>
+    <message>
+        <source>Plug in a device to update it; Ctrl-C ends.</source>
+        <translation>Schließen Sie ein Gerät an, um es zu aktualisieren; Strg+C beendet.</translation>
+    </message>
+    <message>
+        <source>To try again, unplug it and plug it in again.</source>
+        <translation>Um es erneut zu versuchen, ziehen Sie es ab und schließen Sie es wieder an.</translation>
+    </message>
+</context>
+<context>
     <name>Steps</name>
     <message>
         <source>the sync byte</source>
@@ -567,6 +891,57 @@
     <message>
         <source>the last frame</source>
         <translation>den letzten Block</translation>
+    </message>
+    <message>
+        <source>Synchronize</source>
+        <translation>Synchronisieren</translation>
+    </message>
+    <message>
+        <source>Connect</source>
+        <translation>Verbinden</translation>
+    </message>
+    <message>
+        <source>Ask for the version</source>
+        <translation>Version abfragen</translation>
+    </message>
+    <message>
+        <source>Read the file</source>
+        <translation>Datei lesen</translation>
+    </message>
+    <message>
+        <source>Begin the download</source>
+        <translation>Download einleiten</translation>
+    </message>
+    <message>
+        <source>Erase</source>
+        <translation>Löschen</translation>
+    </message>
+    <message>
+        <source>Wait for the release</source>
+        <translation>Auf die Freigabe warten</translation>
+    </message>
+    <message>
+        <source>Send the image</source>
+        <translation>Abbild senden</translation>
+    </message>
+    <message>
+        <source>Confirm the image</source>
+        <translation>Abbild bestätigen</translation>
+    </message>
+</context>
+<context>
+    <name>TextOutput</name>
+    <message>
+        <source>Model code %1</source>
+        <translation>Modellcode %1</translation>
+    </message>
+    <message>
+        <source>%1 %</source>
+        <translation>%1 %</translation>
+    </message>
+    <message>
+        <source>Good: %1. Failed: %2.</source>
+        <translation>Erfolgreich: %1. Fehlgeschlagen: %2.</translation>
     </message>
 </context>
 <context>
@@ -864,42 +1239,6 @@
 </context>
 <context>
     <name>vorn::UpdateSection</name>
-    <message>
-        <source>Synchronize</source>
-        <translation>Synchronisieren</translation>
-    </message>
-    <message>
-        <source>Connect</source>
-        <translation>Verbinden</translation>
-    </message>
-    <message>
-        <source>Ask for the version</source>
-        <translation>Version abfragen</translation>
-    </message>
-    <message>
-        <source>Read the file</source>
-        <translation>Datei lesen</translation>
-    </message>
-    <message>
-        <source>Begin the download</source>
-        <translation>Download einleiten</translation>
-    </message>
-    <message>
-        <source>Erase</source>
-        <translation>Löschen</translation>
-    </message>
-    <message>
-        <source>Wait for the release</source>
-        <translation>Auf die Freigabe warten</translation>
-    </message>
-    <message>
-        <source>Send the image</source>
-        <translation>Abbild senden</translation>
-    </message>
-    <message>
-        <source>Confirm the image</source>
-        <translation>Abbild bestätigen</translation>
-    </message>
     <message>
         <source>Update not started: %1</source>
         <translation>Update nicht gestartet: %1</translation>
