@@ -433,11 +433,11 @@
     </message>
     <message>
         <source>Plug in the device&apos;s USB-serial adapter, then run the command again.</source>
-        <translation>请接上设备的 USB 串口适配器，然后重新运行该命令。</translation>
+        <translation>请接上设备的 USB 转串口适配器，然后重新运行该命令。</translation>
     </message>
     <message>
         <source>Plug in the device&apos;s own USB-serial adapter, or name this one in the command.</source>
-        <translation>请接上设备自带的 USB 串口适配器，或在命令中指定此设备。</translation>
+        <translation>请接上设备自带的 USB 转串口适配器，或在命令中指定此设备。</translation>
     </message>
     <message>
         <source>There is no serial device %1.</source>
@@ -585,7 +585,7 @@
     </message>
     <message>
         <source>No package server is configured.</source>
-        <translation>未配置软件包服务器。</translation>
+        <translation>未配置固件包服务器。</translation>
     </message>
     <message>
         <source>Name one with --package-host.</source>
@@ -608,7 +608,7 @@
     </message>
     <message>
         <source>Fetch the latest firmware package, unless it is the one that was fetched last.</source>
-        <translation>获取最新的固件软件包，除非它就是上次获取的那个。</translation>
+        <translation>获取最新的固件包，除非它就是上次获取的那个。</translation>
     </message>
     <message>
         <source>Update devices, side by side.</source>
@@ -644,7 +644,7 @@
     </message>
     <message>
         <source>Take every USB-serial adapter.</source>
-        <translation>使用每个 USB 串口适配器。</translation>
+        <translation>使用每个 USB 转串口适配器。</translation>
     </message>
     <message>
         <source>Only the files for the model code N.</source>
@@ -676,7 +676,7 @@
     </message>
     <message>
         <source>Updates devices&apos; firmware over their USB-serial links, and fetches firmware packages. Options come before the command.</source>
-        <translation>通过 USB 串口连接更新设备的固件，并获取固件软件包。选项位于命令之前。</translation>
+        <translation>通过 USB 转串口连接更新设备的固件，并获取固件包。选项位于命令之前。</translation>
     </message>
     <message>
         <source>Write a JSON object a line instead of text to standard output.</source>
@@ -777,19 +777,19 @@
     <name>Download</name>
     <message>
         <source>Receive the package</source>
-        <translation>接收软件包</translation>
+        <translation>接收固件包</translation>
     </message>
     <message>
         <source>Unpack the package</source>
-        <translation>解压软件包</translation>
+        <translation>解压固件包</translation>
     </message>
     <message>
         <source>The latest package is installed already.</source>
-        <translation>最新的软件包已经安装。</translation>
+        <translation>最新的固件包已经安装。</translation>
     </message>
     <message>
         <source>The latest package is installed.</source>
-        <translation>已安装最新的软件包。</translation>
+        <translation>已安装最新的固件包。</translation>
     </message>
 </context>
 <context>
