@@ -169,7 +169,7 @@
     </message>
     <message>
         <source>It still holds its old firmware. Unplug it, plug it in, press “Open”, then “Update firmware”.</source>
-        <translation>Es enthält noch seine alte Firmware. Ziehen Sie es ab, stecken Sie es ein, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
+        <translation>Es hat noch seine alte Firmware. Ziehen Sie es ab, stecken Sie es ein, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
     </message>
     <message>
         <source>It must be updated again before it can be used: check that the file is meant for it, then press “Update firmware”.</source>
@@ -341,378 +341,378 @@
     </message>
     <message>
         <source>Do not use this package; tell the server&apos;s operator.</source>
-        <translation>Verwenden Sie dieses Paket nicht; benachrichtigen Sie den Betreiber des Servers.</translation>
+        <translation>Verwenden Sie dieses Paket nicht; informieren Sie den Betreiber des Servers.</translation>
     </message>
     <message>
         <source>Plug in the device&apos;s USB-serial adapter, then run the command again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Schließen Sie den USB-Seriell-Adapter des Geräts an und führen Sie den Befehl dann erneut aus.</translation>
     </message>
     <message>
         <source>%1 is a serial device, but its name does not begin with “usbserial-”.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 ist ein serielles Gerät, aber sein Name beginnt nicht mit „usbserial-“.</translation>
     </message>
     <message>
         <source>Plug in the device&apos;s own USB-serial adapter, or name this one in the command.</source>
-        <translation type="unfinished"></translation>
+        <translation>Schließen Sie den zum Gerät gehörenden USB-Seriell-Adapter an oder nennen Sie diesen im Befehl.</translation>
     </message>
     <message>
         <source>There is no serial device %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es gibt kein serielles Gerät %1.</translation>
     </message>
     <message>
         <source>“vornupdater-cli list” shows the ones there are.</source>
-        <translation type="unfinished"></translation>
+        <translation>„vornupdater-cli list“ zeigt die vorhandenen.</translation>
     </message>
     <message>
         <source>Several devices are plugged in: %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es sind mehrere Geräte angeschlossen: %1.</translation>
     </message>
     <message>
         <source>Name one of them in the command, or give --all.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nennen Sie eines davon im Befehl oder geben Sie --all an.</translation>
     </message>
     <message>
         <source>%1 was gone after %2 s: brltty, a braille driver, is running and takes some adapters.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 war nach %2 s verschwunden: brltty, ein Braille-Treiber, läuft und belegt manche Adapter.</translation>
     </message>
     <message>
         <source>%1 no longer exists.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 existiert nicht mehr.</translation>
     </message>
     <message>
         <source>Close that program, then run the command again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Beenden Sie dieses Programm und führen Sie den Befehl dann erneut aus.</translation>
     </message>
     <message>
         <source>Run the command again in half a minute, or run “sudo systemctl stop ModemManager”.</source>
-        <translation type="unfinished"></translation>
+        <translation>Führen Sie den Befehl in einer halben Minute erneut aus oder führen Sie „sudo systemctl stop ModemManager“ aus.</translation>
     </message>
     <message>
         <source>%1 is in use by a system program; ModemManager is running and may hold it.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 wird von einem Systemprogramm benutzt; ModemManager läuft und könnte es belegen.</translation>
     </message>
     <message>
         <source>%1 is in use by a system program; brltty, a braille driver, is running and may hold it.</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 wird von einem Systemprogramm benutzt; brltty, ein Braille-Treiber, läuft und könnte es belegen.</translation>
     </message>
     <message>
         <source>“sudo fuser -v %1” shows which. End it, then run the command again.</source>
-        <translation type="unfinished"></translation>
+        <translation>„sudo fuser -v %1“ zeigt, welches. Beenden Sie es und führen Sie den Befehl dann erneut aus.</translation>
     </message>
     <message>
         <source>Correct the entry in the device directory.</source>
-        <translation type="unfinished"></translation>
+        <translation>Berichtigen Sie den Eintrag im Geräteverzeichnis.</translation>
     </message>
     <message>
         <source>Name another device; “vornupdater-cli list” shows them.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nennen Sie ein anderes Gerät; „vornupdater-cli list“ zeigt sie.</translation>
     </message>
     <message>
         <source>Unplug the device, plug it in again, then run the command again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Ziehen Sie das Gerät ab, schließen Sie es wieder an und führen Sie den Befehl dann erneut aus.</translation>
     </message>
     <message>
         <source>The device was not changed. Name another file, or download it again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät wurde nicht verändert. Nennen Sie eine andere Datei oder laden Sie diese erneut herunter.</translation>
     </message>
     <message>
         <source>The file %1 is meant for another model than this device (model code %2).</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Datei %1 ist für ein anderes Modell als dieses Gerät (Modellcode %2) bestimmt.</translation>
     </message>
     <message>
         <source>The device was not changed. Name a file for its model, or give --force.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät wurde nicht verändert. Nennen Sie eine Datei für sein Modell oder geben Sie --force an.</translation>
     </message>
     <message>
         <source>The device still holds its old firmware. Check its power and cable, then update it again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät hat noch seine alte Firmware. Prüfen Sie Stromversorgung und Kabel und aktualisieren Sie es dann erneut.</translation>
     </message>
     <message>
         <source>The device must be updated again before it can be used: check its power and cable first.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät muss erneut aktualisiert werden, bevor es verwendet werden kann: Prüfen Sie zuerst Stromversorgung und Kabel.</translation>
     </message>
     <message>
         <source>It still holds its old firmware. Unplug it, plug it in, then update it again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es hat noch seine alte Firmware. Ziehen Sie es ab, schließen Sie es wieder an und aktualisieren Sie es dann erneut.</translation>
     </message>
     <message>
         <source>It must be updated again before it can be used: check that the file is meant for it first.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es muss erneut aktualisiert werden, bevor es verwendet werden kann: Prüfen Sie zuerst, ob die Datei für das Gerät bestimmt ist.</translation>
     </message>
     <message>
         <source>The port closed %2 s into the wait for the answer to %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Port wurde nach %2 s Warten auf die Antwort auf %1 geschlossen.</translation>
     </message>
     <message>
         <source>The device still holds its old firmware. Check that it is plugged in, press “Open”, then “Update firmware”.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät hat noch seine alte Firmware. Prüfen Sie, ob es eingesteckt ist, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
     </message>
     <message>
         <source>The device still holds its old firmware. Plug it in, then update it again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät hat noch seine alte Firmware. Schließen Sie es an und aktualisieren Sie es dann erneut.</translation>
     </message>
     <message>
         <source>The device must be updated again before it can be used: check that it is plugged in, press “Open”, then “Update firmware”.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät ist erst nach erneutem Update benutzbar: Prüfen Sie, ob es eingesteckt ist, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
     </message>
     <message>
         <source>The device must be updated again before it can be used: plug it in first.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät muss erneut aktualisiert werden, bevor es verwendet werden kann: Schließen Sie es zuerst an.</translation>
     </message>
     <message>
         <source>Interrupted before the device was changed.</source>
-        <translation type="unfinished"></translation>
+        <translation>Abgebrochen, bevor das Gerät verändert wurde.</translation>
     </message>
     <message>
         <source>It still holds its old firmware.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es hat noch seine alte Firmware.</translation>
     </message>
     <message>
         <source>Interrupted during the wait for the answer to %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Abgebrochen während des Wartens auf die Antwort auf %1.</translation>
     </message>
     <message>
         <source>The device must be updated again before it can be used.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät muss erneut aktualisiert werden, bevor es verwendet werden kann.</translation>
     </message>
     <message>
         <source>The device did not report its model: no answer to %1 within %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät hat sein Modell nicht gemeldet: keine Antwort auf %1 binnen %2 s.</translation>
     </message>
     <message>
         <source>Check its power and cable, then run the command again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen Sie Stromversorgung und Kabel und führen Sie den Befehl dann erneut aus.</translation>
     </message>
     <message>
         <source>The device did not report its model: it refused %1 after %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät hat sein Modell nicht gemeldet: Es hat %1 nach %2 s abgelehnt.</translation>
     </message>
     <message>
         <source>Run the command again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Führen Sie den Befehl erneut aus.</translation>
     </message>
     <message>
         <source>The device did not report its model: the port closed.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Gerät hat sein Modell nicht gemeldet: Der Port wurde geschlossen.</translation>
     </message>
     <message>
         <source>Check that it is plugged in, then press “Open”.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen Sie, ob es eingesteckt ist, und drücken Sie dann „Open“.</translation>
     </message>
     <message>
         <source>Plug it in, then run the command again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Schließen Sie es an und führen Sie den Befehl dann erneut aus.</translation>
     </message>
     <message>
         <source>Run “vornupdater-cli download”, or put files that end in .bin into %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Führen Sie „vornupdater-cli download“ aus oder legen Sie Dateien, die auf .bin enden, in %1 ab.</translation>
     </message>
     <message>
         <source>Add a firmware file for it, or check that it is the right device.</source>
-        <translation type="unfinished"></translation>
+        <translation>Legen Sie eine Firmware-Datei für das Gerät ab, oder prüfen Sie, ob es das richtige ist.</translation>
     </message>
     <message>
         <source>Connect it, then run the command again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Verbinden Sie ihn und führen Sie den Befehl dann erneut aus.</translation>
     </message>
     <message>
         <source>Check the network connection, then run the command again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen Sie die Netzwerkverbindung und führen Sie den Befehl dann erneut aus.</translation>
     </message>
     <message>
         <source>Check the network connection and firewall, then run the command again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen Sie Netzwerkverbindung und Firewall und führen Sie den Befehl dann erneut aus.</translation>
     </message>
     <message>
         <source>Check the proxy settings (https_proxy), then run the command again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen Sie die Proxy-Einstellungen (https_proxy) und führen Sie den Befehl dann erneut aus.</translation>
     </message>
     <message>
         <source>The server %1 sent nothing for %2 s.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Server %1 hat %2 s lang nichts gesendet.</translation>
     </message>
     <message>
         <source>Try again later; if it persists, tell the server&apos;s operator.</source>
-        <translation type="unfinished"></translation>
+        <translation>Versuchen Sie es später erneut; wenn es dabei bleibt, informieren Sie den Betreiber des Servers.</translation>
     </message>
     <message>
         <source>Tell the server&apos;s operator. Nothing was replaced.</source>
-        <translation type="unfinished"></translation>
+        <translation>Informieren Sie den Betreiber des Servers. Es wurde nichts ersetzt.</translation>
     </message>
     <message>
         <source>The package&apos;s entry %1 is damaged, encrypted or of an unknown kind.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Eintrag %1 des Pakets ist beschädigt, verschlüsselt oder von unbekannter Art.</translation>
     </message>
     <message>
         <source>Press “Download latest” again. Nothing was replaced.</source>
-        <translation type="unfinished"></translation>
+        <translation>Drücken Sie erneut „Neueste herunterladen“. Es wurde nichts ersetzt.</translation>
     </message>
     <message>
         <source>Run the command again. Nothing was replaced.</source>
-        <translation type="unfinished"></translation>
+        <translation>Führen Sie den Befehl erneut aus. Es wurde nichts ersetzt.</translation>
     </message>
     <message>
         <source>The package has a file and a folder with the same name, %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Paket enthält eine Datei und einen Ordner mit demselben Namen, %1.</translation>
     </message>
     <message>
         <source>Move it away, then run the command again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Verschieben Sie es und führen Sie den Befehl dann erneut aus.</translation>
     </message>
     <message>
         <source>Not enough disk space for the package in %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Zu wenig Speicherplatz für das Paket in %1.</translation>
     </message>
     <message>
         <source>Free some disk space, then run the command again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Schaffen Sie Platz auf dem Datenträger und führen Sie den Befehl dann erneut aus.</translation>
     </message>
     <message>
         <source>No permission to write to %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Keine Berechtigung, in %1 zu schreiben.</translation>
     </message>
     <message>
         <source>Correct its access rights, then run the command again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Korrigieren Sie die Zugriffsrechte und führen Sie den Befehl dann erneut aus.</translation>
     </message>
     <message>
         <source>Check the disk. Nothing was replaced.</source>
-        <translation type="unfinished"></translation>
+        <translation>Prüfen Sie den Datenträger. Es wurde nichts ersetzt.</translation>
     </message>
     <message>
         <source>Use a file that holds certificates in PEM format.</source>
-        <translation type="unfinished"></translation>
+        <translation>Verwenden Sie eine Datei mit Zertifikaten im PEM-Format.</translation>
     </message>
     <message>
         <source>The download was interrupted.</source>
-        <translation type="unfinished"></translation>
+        <translation>Der Download wurde abgebrochen.</translation>
     </message>
     <message>
         <source>Nothing was replaced.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es wurde nichts ersetzt.</translation>
     </message>
     <message>
         <source>No package server is configured.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es ist kein Paketserver eingerichtet.</translation>
     </message>
     <message>
         <source>Name one with --package-host.</source>
-        <translation type="unfinished"></translation>
+        <translation>Geben Sie mit --package-host einen an.</translation>
     </message>
 </context>
 <context>
     <name>CliOptions</name>
     <message>
         <source>List the serial devices: name, node, adapter&apos;s maker and serial number.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die seriellen Geräte auflisten: Name, Gerätedatei, Hersteller und Seriennummer des Adapters.</translation>
     </message>
     <message>
         <source>Ask devices for their model code.</source>
-        <translation type="unfinished"></translation>
+        <translation>Geräte nach ihrem Modellcode fragen.</translation>
     </message>
     <message>
         <source>List the files of the firmware folder.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Dateien des Firmware-Ordners auflisten.</translation>
     </message>
     <message>
         <source>Fetch the latest firmware package, unless it is the one that was fetched last.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das neueste Firmware-Paket holen, sofern es nicht das zuletzt geholte ist.</translation>
     </message>
     <message>
         <source>Update devices, side by side.</source>
-        <translation type="unfinished"></translation>
+        <translation>Geräte aktualisieren, mehrere gleichzeitig.</translation>
     </message>
     <message>
         <source>Update each device that is plugged in, until Ctrl-C.</source>
-        <translation type="unfinished"></translation>
+        <translation>Jedes angeschlossene Gerät aktualisieren, bis Strg+C gedrückt wird.</translation>
     </message>
     <message>
         <source>Commands:</source>
-        <translation type="unfinished"></translation>
+        <translation>Befehle:</translation>
     </message>
     <message>
         <source>“%1 COMMAND --help” describes a command&apos;s options.</source>
-        <translation type="unfinished"></translation>
+        <translation>„%1 COMMAND --help“ beschreibt die Optionen eines Befehls.</translation>
     </message>
     <message>
         <source>A device&apos;s name or node; without one, the only device there is.</source>
-        <translation type="unfinished"></translation>
+        <translation>Name oder Gerätedatei eines Geräts; ohne Angabe das einzige vorhandene Gerät.</translation>
     </message>
     <message>
         <source>Name devices or give --all, not both.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nennen Sie Geräte oder geben Sie --all an, nicht beides.</translation>
     </message>
     <message>
         <source>Give either --firmware FILE or --newest.</source>
-        <translation type="unfinished"></translation>
+        <translation>Geben Sie entweder --firmware FILE oder --newest an.</translation>
     </message>
     <message>
         <source>--%1 takes a number from 0 to %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>--%1 verlangt eine Zahl von 0 bis %2.</translation>
     </message>
     <message>
         <source>Take every USB-serial adapter.</source>
-        <translation type="unfinished"></translation>
+        <translation>Alle USB-Seriell-Adapter nehmen.</translation>
     </message>
     <message>
         <source>Only the files for the model code N.</source>
-        <translation type="unfinished"></translation>
+        <translation>Nur die Dateien für den Modellcode N.</translation>
     </message>
     <message>
         <source>Update with this file.</source>
-        <translation type="unfinished"></translation>
+        <translation>Mit dieser Datei aktualisieren.</translation>
     </message>
     <message>
         <source>Update with the file in the firmware folder that has the highest version in its name for the device&apos;s model.</source>
-        <translation type="unfinished"></translation>
+        <translation>Mit der Datei im Firmware-Ordner aktualisieren, die für das Modell des Geräts die höchste Version im Namen trägt.</translation>
     </message>
     <message>
         <source>Accept a file whose name says another model than the device&apos;s.</source>
-        <translation type="unfinished"></translation>
+        <translation>Auch eine Datei annehmen, deren Name ein anderes Modell als das des Geräts nennt.</translation>
     </message>
     <message>
         <source>Begin a failed update again, up to N times (0).</source>
-        <translation type="unfinished"></translation>
+        <translation>Eine fehlgeschlagene Aktualisierung neu beginnen, bis zu N-mal (0).</translation>
     </message>
     <message>
         <source>Append a JSON line for each update to FILE.</source>
-        <translation type="unfinished"></translation>
+        <translation>Für jede Aktualisierung eine JSON-Zeile an FILE anhängen.</translation>
     </message>
     <message>
         <source>--timeout-scale takes a number above 0, up to %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>--timeout-scale verlangt eine Zahl über 0, höchstens %1.</translation>
     </message>
     <message>
         <source>Updates devices&apos; firmware over their USB-serial links, and fetches firmware packages. Options come before the command.</source>
-        <translation type="unfinished"></translation>
+        <translation>Aktualisiert die Firmware von Geräten über ihre USB-Seriell-Verbindungen und holt Firmware-Pakete. Optionen stehen vor dem Befehl.</translation>
     </message>
     <message>
         <source>Write a JSON object a line instead of text to standard output.</source>
-        <translation type="unfinished"></translation>
+        <translation>Statt Text je Zeile ein JSON-Objekt auf die Standardausgabe schreiben.</translation>
     </message>
     <message>
         <source>Tell each step, and what the system reports.</source>
-        <translation type="unfinished"></translation>
+        <translation>Jeden Schritt und die Meldungen des Systems ausgeben.</translation>
     </message>
     <message>
         <source>Wait X times as long as usual for a slow device&apos;s answers.</source>
-        <translation type="unfinished"></translation>
+        <translation>X-mal so lange wie üblich auf die Antworten eines langsamen Geräts warten.</translation>
     </message>
     <message>
         <source>What to do; see below.</source>
-        <translation type="unfinished"></translation>
+        <translation>Was zu tun ist; siehe unten.</translation>
     </message>
     <message>
         <source>No command was given.</source>
-        <translation type="unfinished"></translation>
+        <translation>Es wurde kein Befehl angegeben.</translation>
     </message>
     <message>
         <source>Unknown command: %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Unbekannter Befehl: %1</translation>
     </message>
     <message>
         <source>The update goes on. Pressing Ctrl-C again would leave the device half written.</source>
-        <translation type="unfinished"></translation>
+        <translation>Die Aktualisierung läuft weiter. Erneutes Strg+C ließe das Gerät halb beschrieben zurück.</translation>
     </message>
 </context>
 <context>
@@ -770,34 +770,34 @@
     <name>DeviceRun</name>
     <message>
         <source>Model code %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Modellcode %1</translation>
     </message>
     <message>
         <source>%1: %2 Beginning again with the reset pulse (%3 of %4).</source>
-        <translation type="unfinished"></translation>
+        <translation>%1: %2 Neubeginn mit dem Reset-Impuls (%3 von %4).</translation>
     </message>
     <message>
         <source>Updated with %1 in %2 s</source>
-        <translation type="unfinished"></translation>
+        <translation>Mit %1 in %2 s aktualisiert</translation>
     </message>
 </context>
 <context>
     <name>Download</name>
     <message>
         <source>Receive the package</source>
-        <translation type="unfinished"></translation>
+        <translation>Paket empfangen</translation>
     </message>
     <message>
         <source>Unpack the package</source>
-        <translation type="unfinished"></translation>
+        <translation>Paket entpacken</translation>
     </message>
     <message>
         <source>The latest package is installed already.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das neueste Paket ist bereits installiert.</translation>
     </message>
     <message>
         <source>The latest package is installed.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das neueste Paket ist installiert.</translation>
     </message>
 </context>
 <context>
@@ -852,22 +852,22 @@
     </message>
     <message>
         <source>Waiting for the server, %1.</source>
-        <translation type="unfinished"></translation>
+        <translation>Warten auf den Server, %1.</translation>
     </message>
 </context>
 <context>
     <name>Station</name>
     <message>
         <source>The record %1 cannot be written: %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>Das Protokoll %1 kann nicht geschrieben werden: %2.</translation>
     </message>
     <message>
         <source>Plug in a device to update it; Ctrl-C ends.</source>
-        <translation type="unfinished"></translation>
+        <translation>Schließen Sie ein Gerät an, um es zu aktualisieren; Strg+C beendet.</translation>
     </message>
     <message>
         <source>To try again, unplug it and plug it in again.</source>
-        <translation type="unfinished"></translation>
+        <translation>Um es erneut zu versuchen, ziehen Sie es ab und schließen Sie es wieder an.</translation>
     </message>
 </context>
 <context>
@@ -902,58 +902,58 @@
     </message>
     <message>
         <source>the erase command</source>
-        <translation type="unfinished"></translation>
+        <translation>den Löschbefehl</translation>
     </message>
     <message>
         <source>Synchronize</source>
-        <translation type="unfinished">Synchronisieren</translation>
+        <translation>Synchronisieren</translation>
     </message>
     <message>
         <source>Connect</source>
-        <translation type="unfinished">Verbinden</translation>
+        <translation>Verbinden</translation>
     </message>
     <message>
         <source>Ask for the version</source>
-        <translation type="unfinished">Version abfragen</translation>
+        <translation>Version abfragen</translation>
     </message>
     <message>
         <source>Read the file</source>
-        <translation type="unfinished">Datei lesen</translation>
+        <translation>Datei lesen</translation>
     </message>
     <message>
         <source>Begin the download</source>
-        <translation type="unfinished">Download einleiten</translation>
+        <translation>Download einleiten</translation>
     </message>
     <message>
         <source>Erase</source>
-        <translation type="unfinished">Löschen</translation>
+        <translation>Löschen</translation>
     </message>
     <message>
         <source>Wait for the release</source>
-        <translation type="unfinished">Auf die Freigabe warten</translation>
+        <translation>Auf die Freigabe warten</translation>
     </message>
     <message>
         <source>Send the image</source>
-        <translation type="unfinished">Abbild senden</translation>
+        <translation>Abbild senden</translation>
     </message>
     <message>
         <source>Confirm the image</source>
-        <translation type="unfinished">Abbild bestätigen</translation>
+        <translation>Abbild bestätigen</translation>
     </message>
 </context>
 <context>
     <name>TextOutput</name>
     <message>
         <source>Model code %1</source>
-        <translation type="unfinished"></translation>
+        <translation>Modellcode %1</translation>
     </message>
     <message>
         <source>%1 %</source>
-        <translation type="unfinished"></translation>
+        <translation>%1 %</translation>
     </message>
     <message>
         <source>Good: %1. Failed: %2.</source>
-        <translation type="unfinished"></translation>
+        <translation>Erfolgreich: %1. Fehlgeschlagen: %2.</translation>
     </message>
 </context>
 <context>
