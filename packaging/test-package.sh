@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# test-package.sh BUILD: packs the programs of a build and checks the packages, here and in a clean root.
+# Ends with 77 (skipped) where no such root can be made.
+set -euo pipefail
+build=$(readlink -f "$1") here=$(dirname "$(readlink -f "$0")") work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+fail() { echo "$*" >&2 && exit 1; }
+
+mkdir "$work/packages" "$work/tree"
+cmake --build "$build" --target packages >/dev/null
+cp "$here/test-in-root.sh" "$build"/packages/*.deb "$work/packages"
+cmake --build "$build" --target packages >/dev/null
+for package in "$build"/packages/*.deb; do
+    cmp "$package" "$work/packages/${package##*/}"
+    dpkg-deb -x "$package" "$work/tree"
+done
+lintian --allow-root --fail-on error "$build"/packages/*.deb
+cd "$work/tree/usr/share"
+appstreamcli validate --no-net metainfo/*.xml
+desktop-file-validate applications/*.desktop
+! grep -rF "${here%/packaging}/" "$work/tree" || fail "The place of the build is in the packages."
+
+for program in ../bin/*; do
+    page=man/man1/${program##*/}.1.gz
+    [ -z "$(LC_ALL=C.UTF-8 man --warnings -E UTF-8 -l -Tutf8 -Z "$page" 2>&1 >/dev/null)" ] ||
+        fail "$page has warnings."
+    for command in '' device package-server firmware update watch; do
+        "$program" $command --help 2>/dev/null | grep -oE -- '--[a-z][a-z-]+' || true
+    done | sort -u >"$work/options"
+    zcat "$page" | sed 's/\\-/-/g' >"$work/page"
+    while read -r option; do
+        grep -qF -- "$option" "$work/page" || fail "$page lacks $option."
+    done <"$work/options"
+done
+
+suite=$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)
+if ! mmdebstrap --quiet --variant=apt --customize-hook="copy-in '$work/packages' /tmp" \
+    --chrooted-customize-hook="bash /tmp/packages/test-in-root.sh" \
+    "$suite" /dev/null >"$work/log" 2>&1; then
+    tail -n 40 "$work/log" >&2
+    ! grep -q "^In a clean root:" "$work/log" || fail "The packages failed in a clean root."
+    echo "Skipped: no clean root can be made here, so the packages were not installed." >&2
+    exit 77
+fi
