@@ -95,7 +95,7 @@ void DeviceRun::startUpdate()
     m_step.reset();
     m_session.startUpdate([this, task = m_task, token = m_lifetime.token()](qint32 model) {
         QString path;
-        const FirmwareImage image = readImage(task, model, path);
+        FirmwareImage image = readImage(task, model, path);
         QByteArray sha256;
         if (!image.failure)
             sha256 = QCryptographicHash::hash(image.bytes, QCryptographicHash::Sha256).toHex();

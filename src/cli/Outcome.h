@@ -11,19 +11,18 @@
 namespace vorn {
 
 // How the program ends. Scripts rely on the numbers.
-enum ExitCode : int {
-    kDone = 0,
-    kSeveralWithFailures = 1, // several devices, and at least one failed
-    kUsage = 2,
-    kNoDevice = 3,
-    kCannotOpen = 4,
-    kNoAnswer = 5,
-    kRefused = 6,
-    kUnplugged = 7,
-    kBadImage = 8,
-    kDownloadFailed = 9,
-    kInterrupted = 10,
-};
+using ExitCode = int;
+inline constexpr ExitCode kDone = 0;
+inline constexpr ExitCode kSeveralWithFailures = 1; // several devices, and at least one failed
+inline constexpr ExitCode kUsage = 2;
+inline constexpr ExitCode kNoDevice = 3;
+inline constexpr ExitCode kCannotOpen = 4;
+inline constexpr ExitCode kNoAnswer = 5;
+inline constexpr ExitCode kRefused = 6;
+inline constexpr ExitCode kUnplugged = 7;
+inline constexpr ExitCode kBadImage = 8;
+inline constexpr ExitCode kDownloadFailed = 9;
+inline constexpr ExitCode kInterrupted = 10;
 // By its word.
 ExitCode exitCodeOf(const Explanation &why);
 

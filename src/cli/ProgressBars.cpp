@@ -98,11 +98,11 @@ void ProgressBars::show()
         if (static_cast<std::size_t>(m_shown) == room)
             break;
         const int filled = bar.percent * kBarWidth / 100;
-        const QString line =
-            QStringLiteral("%1 [%2%3] %4 %  %5")
-                .arg(bar.device, QString(filled, u'#'), QString(kBarWidth - filled, u'-'))
-                .arg(bar.percent, 3)
-                .arg(bar.step);
+        // On a narrow terminal only the end is missing.
+        const QString line = QStringLiteral("%1 % %2 [%3%4] %5")
+                                 .arg(bar.percent, 3)
+                                 .arg(bar.device, QString(filled, u'#'),
+                                      QString(kBarWidth - filled, u'-'), bar.step);
         print(stdout, fitted(line, size.ws_col - 1) + u'\n');
         ++m_shown;
     }
