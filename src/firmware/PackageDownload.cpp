@@ -1,7 +1,6 @@
 #include "firmware/PackageDownload.h"
 
 #include "firmware/EnvironmentProxy.h"
-
 #include "firmware/FirmwareLibrary.h"
 #include "firmware/PackageStore.h"
 #include "platform/MainQueue.h"

@@ -10,11 +10,11 @@ namespace vorn {
 // One serial device as the registry knows it. Immutable: a device that comes back is a new record.
 struct SerialDevice
 {
-    QString calloutDevice; // the device node; what is opened to talk to the device
-    QString dialinDevice;  // a path that stays the same when nodes are renumbered, else the node
-    QString ttyDevice;     // the display name: base name and suffix together
-    QString ttyBaseName;   // "usbserial-", "usbmodem-", or the first part of the kernel's name
-    QString ttySuffix;     // serial number or place of the adapter, or the kernel's number
+    QString calloutDevice;  // the device node; what is opened to talk to the device
+    QString dialinDevice;   // a path that stays the same when nodes are renumbered, else the node
+    QString ttyDevice;      // the display name: base name and suffix together
+    QString ttyBaseName;    // "usbserial-", "usbmodem-", or the first part of the kernel's name
+    QString ttySuffix;      // serial number or place of the adapter, or the kernel's number
     QString adapterMaker{}; // of a USB adapter, as udev names it; else empty
     QString adapterModel{};
     QString adapterSerialNumber{};

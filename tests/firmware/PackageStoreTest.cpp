@@ -104,7 +104,11 @@ TEST(PackageStoreTest, InstallsPackagesOfEveryLayoutOrLeavesTheFirmwareAsItWas)
          Kind::Conflict},
         // Entries that lead outside, and a file and a folder of one name.
         {usual, "VornUpdate2/ ../evil.bin=evil", old, {}, Kind::EntryOutside},
-        {usual, "VornUpdate2/ VornUpdate2/x/a.bin=A VornUpdate2/x=file", old, {}, Kind::EntryNameTaken},
+        {usual,
+         "VornUpdate2/ VornUpdate2/x/a.bin=A VornUpdate2/x=file",
+         old,
+         {},
+         Kind::EntryNameTaken},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(&c - cases);
