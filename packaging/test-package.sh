@@ -3,7 +3,8 @@
 # Ends with 77 (skipped) where no such root can be made.
 set -euo pipefail
 build=$(readlink -f "$1") here=$(dirname "$(readlink -f "$0")") work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+trap 'rm -rf --one-file-system "$work"' EXIT
+export TMPDIR=$work
 fail() { echo "$*" >&2 && exit 1; }
 
 mkdir "$work/packages" "$work/tree"
