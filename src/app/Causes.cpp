@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QLocale>
+#include <QNetworkInterface>
 #include <QNetworkReply>
 #include <QSslError>
 #include <QStringList>
@@ -14,6 +15,8 @@
 namespace vorn {
 namespace {
 
+const QString kModemManager = QStringLiteral("ModemManager");
+const QString kBrltty = QStringLiteral("brltty");
 constexpr unsigned kGroupMayUse = 0060; // read and write, in a node's mode
 
 QString systemText(int error)
@@ -91,6 +94,11 @@ QString Explanation::text() const
     return cure.isEmpty() ? what : what + u' ' + cure;
 }
 
+QString Explanation::terminalText() const
+{
+    return terminalCure.isEmpty() ? what : what + u' ' + terminalCure;
+}
+
 Explanation explain(Cause cause, const QStringList &places)
 {
     const auto rows = causeTable();
@@ -98,14 +106,20 @@ Explanation explain(Cause cause, const QStringList &places)
                                   [&](const CauseRow &each) { return each.cause == cause; });
     if (row == rows.end())
         return {};
-    return {cause, filled(row->what, places), filled(row->cure, places)};
+    const char *terminalCure = row->terminalCure ? row->terminalCure : row->cure;
+    return {cause, filled(row->what, places), filled(row->cure, places),
+            filled(terminalCure, places), row->word};
 }
 
 Explanation explainOpening(const QString &path, int code)
 {
-    OpeningFacts facts{path, code, deviceNodeFacts(path), {}};
+    OpeningFacts facts{path, code, deviceNodeFacts(path), {}, {}};
     if (code == EBUSY)
         facts.holders = holdersOf(path);
+    if (code == EBUSY && facts.holders.isEmpty())
+        for (const QString &program : {kModemManager, kBrltty})
+            if (isProgramRunning(program))
+                facts.suspects += program;
     return explainOpening(facts);
 }
 
@@ -119,20 +133,24 @@ Explanation explainOpening(const OpeningFacts &facts)
         return explain(Cause::NodeMissing, {path});
     case EACCES:
     case EPERM:
-        if (facts.node.isAccessible)
+        if (facts.node.isAccessible || !facts.node.exists)
             break;
         if ((facts.node.mode & kGroupMayUse) == kGroupMayUse &&
             facts.node.group != QStringLiteral("root"))
             return explain(Cause::NodeNotPermitted, {path, facts.node.group});
         return explain(Cause::NodeNotForGroups, {path, octal(facts.node.mode)});
     case EBUSY: {
+        if (facts.holders.isEmpty() && facts.suspects.contains(kModemManager))
+            return explain(Cause::MayBeHeldByModemManager, {path});
+        if (facts.holders.isEmpty() && facts.suspects.contains(kBrltty))
+            return explain(Cause::MayBeHeldByBrltty, {path});
         if (facts.holders.isEmpty())
             return explain(Cause::HeldByUnknown, {path});
         const NodeHolder &holder = facts.holders.constFirst();
         const QString process = QString::number(holder.pid);
-        if (holder.program == QStringLiteral("ModemManager"))
+        if (holder.program == kModemManager)
             return explain(Cause::HeldByModemManager, {path, process});
-        if (holder.program == QStringLiteral("brltty"))
+        if (holder.program == kBrltty)
             return explain(Cause::HeldByBrltty, {path, process});
         return explain(Cause::HeldByProgram, {path, holder.program, process});
     }
@@ -171,6 +189,12 @@ Explanation explainUpdate(const UpdateResult &result)
         return explain(Cause::ImageEmpty, {failure.text});
     case UpdateFailureKind::ImageTooLong:
         return explain(Cause::ImageTooLong, {failure.text});
+    case UpdateFailureKind::NoImageForModel:
+        return explain(Cause::NoFirmwareForModel, {QString::number(failure.code)});
+    case UpdateFailureKind::WrongModel:
+        return explain(Cause::WrongModel, {failure.text, QString::number(failure.code)});
+    case UpdateFailureKind::Interrupted:
+        return either(Cause::InterruptedButIntact, Cause::InterruptedAndErased);
     case UpdateFailureKind::Refused:
         return either(Cause::RefusedButIntact, Cause::RefusedAndErased);
     case UpdateFailureKind::TimedOut:
@@ -245,6 +269,16 @@ Explanation explainDownload(const PackageProblem &problem, bool hasNetwork)
     return {};
 }
 
+bool hasNetwork()
+{
+    const auto interfaces = QNetworkInterface::allInterfaces();
+    return std::any_of(interfaces.begin(), interfaces.end(), [](const QNetworkInterface &each) {
+        return each.flags().testFlag(QNetworkInterface::IsRunning) &&
+               !each.flags().testFlag(QNetworkInterface::IsLoopBack) &&
+               !each.addressEntries().isEmpty();
+    });
+}
+
 QString nameOfStep(UpdateStep step, qint64 frame, qint64 frames)
 {
     switch (step) {
@@ -257,7 +291,7 @@ QString nameOfStep(UpdateStep step, qint64 frame, qint64 frames)
     case UpdateStep::Download:
         return QCoreApplication::translate("Steps", "the download command");
     case UpdateStep::Erase:
-        return QCoreApplication::translate("Steps", "the erase");
+        return QCoreApplication::translate("Steps", "the erase command");
     case UpdateStep::Release:
         return QCoreApplication::translate("Steps", "the download header");
     case UpdateStep::Data:

@@ -23,6 +23,8 @@ enum class Cause {
     SecondDevice,     // %1 the other device's name, %2 the current one's
     FixedChoice,      // %1 the current device's name
     StaleButton,
+    DeviceNotFound,   // %1 what was named
+    SeveralDevices,   // %1 names
     VanishedSoon,     // %1 name, %2 seconds
     VanishedToBrltty, // %1 name, %2 seconds
 
@@ -34,6 +36,8 @@ enum class Cause {
     HeldByModemManager, // %2 process
     HeldByBrltty,       // %2 process
     HeldByUnknown,
+    MayBeHeldByModemManager,
+    MayBeHeldByBrltty,
     NoTerminal,
     CannotOpen,       // %2 the system's text
     SpeedNotPossible, // %2 baud
@@ -46,6 +50,7 @@ enum class Cause {
     ImageUnreadable, // %1 path, %2 the system's text
     ImageEmpty,      // %1 path
     ImageTooLong,    // %1 path
+    WrongModel,      // %1 path, %2 the device's model code
 
     // Updating. %1 is what was not acknowledged, %2 seconds.
     SilentButIntact,
@@ -54,6 +59,8 @@ enum class Cause {
     RefusedAndErased,
     GoneButIntact,
     GoneAndErased,
+    InterruptedButIntact,
+    InterruptedAndErased,
 
     // Asking for the model, likewise
     QuerySilent,
@@ -88,14 +95,20 @@ enum class Cause {
     NoRights,       // %1 path
     FileSystem,     // %1 path, %2 the system's text
     NoCertificates, // %1 path
+    DownloadInterrupted,
+    NoServer,
 };
 
 // A row: in English, before translation.
 struct CauseRow
 {
     Cause cause;
+    // For programs that read the command line's output: never changes, and decides the exit code.
+    // Empty for causes that only the window knows.
+    const char *word;
     const char *what;
     const char *cure;
+    const char *terminalCure = nullptr; // where the window's cure names its buttons
 };
 std::span<const CauseRow> causeTable();
 
@@ -105,9 +118,12 @@ struct Explanation
     Cause cause = Cause::None;
     QString what{};
     QString cure{};
+    QString terminalCure{};
+    const char *word = "";
 
-    // One line: the cause, then the cure.
+    // One line: the cause, then the cure, for the window and for the command line.
     QString text() const;
+    QString terminalText() const;
 };
 Explanation explain(Cause cause, const QStringList &places = {});
 
@@ -121,6 +137,9 @@ struct OpeningFacts
     int code = 0; // errno
     DeviceNodeFacts node;
     QList<NodeHolder> holders;
+    // Of the system's programs that are known to take serial devices, those that run. Their open
+    // files are hidden from ordinary users.
+    QStringList suspects;
 };
 Explanation explainOpening(const OpeningFacts &facts);
 
@@ -134,6 +153,9 @@ Explanation explainVersionQuery(const UpdateResult &result);
 // `hasNetwork`: whether the machine has a network at all. The names that a server chose are quoted,
 // their control characters escaped.
 Explanation explainDownload(const PackageProblem &problem, bool hasNetwork = true);
+
+// Whether the machine has a connection at all, beside itself.
+bool hasNetwork();
 
 // What an update waits for at a step, as it stands in the texts: "the erase command", or "data
 // frame 3 of 40".

@@ -96,6 +96,7 @@ void ConnectionSection::portsWereConnected(const ORSSerialPortList &ports)
 
 void ConnectionSection::portsWereDisconnected(const ORSSerialPortList &ports)
 {
+    m_vanished.reset();
     for (const ORSSerialPortPtr &port : ports) {
         m_log.add(tr("%1: unplugged").arg(port->name()));
         const auto since = m_pluggedIn.constFind(port->name());

@@ -6,7 +6,6 @@
 
 #include <QDir>
 #include <QLoggingCategory>
-#include <QNetworkInterface>
 
 #include <algorithm>
 
@@ -22,17 +21,6 @@ constexpr auto kRefillDelay = 500ms;
 constexpr auto kRefresh = 250ms;
 
 using Clock = std::chrono::steady_clock;
-
-// Whether the machine has a connection at all, beside itself.
-bool hasNetwork()
-{
-    const auto interfaces = QNetworkInterface::allInterfaces();
-    return std::any_of(interfaces.begin(), interfaces.end(), [](const QNetworkInterface &each) {
-        return each.flags().testFlag(QNetworkInterface::IsRunning) &&
-               !each.flags().testFlag(QNetworkInterface::IsLoopBack) &&
-               !each.addressEntries().isEmpty();
-    });
-}
 
 } // namespace
 
@@ -87,7 +75,7 @@ void FirmwareSection::fileHandlePopBtn()
     const QString title = currentTitle(m_controls.filePopUpBtn);
     qCInfo(logFirmwareSection) << "Firmware list:" << title;
     m_fileName = title;
-    if (!m_download.isRunning())
+    if (!m_download.isRunning() && title != texts::kNoFirmware)
         showDetails({}, false);
     show(title == texts::kNoFirmware ? texts::kNoFirmwareSelected : texts::kFirmwareSelected);
 }
@@ -173,6 +161,8 @@ void FirmwareSection::packageDidProgress(qint64 received, qint64 total)
 {
     show(texts::ofPackageProgress(received, total));
     m_progress.update(received, total, Clock::now());
+    if (!m_refresh.isActive()) // another download unpacks
+        m_refresh.start();
     showProgress(received, total);
 }
 
@@ -181,7 +171,8 @@ void FirmwareSection::packageWillUnpack()
     m_window.showDownloadBusy();
     m_refresh.stop();
     showDetails(tr("Unpacking the package."), false);
-    m_log.add(m_progress.textOfTime(Clock::now()));
+    m_arrived = m_progress.textOfTime(Clock::now());
+    m_log.add(m_arrived);
     m_log.addStart(tr("Unpacking"));
 }
 
@@ -206,7 +197,7 @@ void FirmwareSection::packageWasInstalled()
 {
     show(texts::kPackageInstalled);
     m_log.addOk(tr("Download"), m_progress.elapsed(Clock::now()));
-    endDownload(StatusTone::Good, m_progress.textOfTime(Clock::now()));
+    endDownload(StatusTone::Good, m_arrived);
 }
 
 void FirmwareSection::firmwareFolderDidChange()

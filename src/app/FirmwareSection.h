@@ -76,10 +76,11 @@ private:
     qint32 m_targetVersion = -1;
     qint32 m_listedVersion = -1; // the model that the list was filled for last
     QTimer m_refill;
-    DownloadProgress m_progress;
-    QTimer m_refresh;         // of the details while a package arrives
-    bool m_showsHint = false; // the details line leads to firmware files
-    QString m_fileName;       // null while none was chosen
+    DownloadProgress m_progress; // of the latest download
+    QString m_arrived;           // how long its package took to arrive
+    QTimer m_refresh;            // of the details while a package arrives
+    bool m_showsHint = false;    // the details line leads to firmware files
+    QString m_fileName;          // null while none was chosen
 };
 
 } // namespace vorn

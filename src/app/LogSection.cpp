@@ -114,7 +114,8 @@ std::function<QString()> LogSection::report() const
                 QStringLiteral("%1, %2 %3, %4")
                     .arg(QSysInfo::prettyProductName(), QSysInfo::kernelType(),
                          QSysInfo::kernelVersion(), QSysInfo::currentCpuArchitecture()),
-                tr("Language: %1").arg(QLocale().name())};
+                tr("Language: %1").arg(QLocale().name()),
+                QDateTime::currentDateTime().toString(Qt::ISODate)};
             lines += settings;
             lines += device ? linesAbout(*device) : QStringList{tr("Device: none")};
             lines += QString();
@@ -128,16 +129,18 @@ std::function<QString()> LogSection::report() const
 
 QString withoutPersonalNames(QString text)
 {
+    const auto replaceWord = [&](const QString &word, const QString &by) {
+        const QRegularExpression whole(
+            QStringLiteral("(?<![\\w-])%1(?![\\w-])").arg(QRegularExpression::escape(word)));
+        text.replace(whole, by);
+    };
     const QString home = QDir::homePath();
     if (home.size() > 1)
-        text.replace(home, QStringLiteral("~"));
-    const QString user = home.section(u'/', -1);
-    if (!user.isEmpty()) {
-        static const QString kPattern = QStringLiteral("(?<=/)%1(?=[/\\s\"'”]|$)");
-        text.replace(QRegularExpression(kPattern.arg(QRegularExpression::escape(user)),
-                                        QRegularExpression::MultilineOption),
-                     QStringLiteral("user"));
-    }
+        replaceWord(home, QStringLiteral("~"));
+    // Everybody has heard of root, and its name is a group's, too.
+    for (const QString &name : {home.section(u'/', -1), qEnvironmentVariable("USER")})
+        if (!name.isEmpty() && name != QStringLiteral("root"))
+            replaceWord(name, QStringLiteral("user"));
     return text;
 }
 

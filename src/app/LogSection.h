@@ -31,7 +31,7 @@ public:
     void addOk(const QString &what, std::chrono::milliseconds after);
     void addFailed(const QString &what, std::chrono::milliseconds after, const QString &why = {});
 
-    // What the report is about, each set anew when it changes.
+    // The device and the exchange that the report describes.
     void setDevice(const SerialDeviceHandle &device) { m_device = device; }
     void setTranscript(std::shared_ptr<const Transcript> transcript);
     // One line about the settings that the program runs with.
@@ -50,8 +50,8 @@ private:
     Lifetime m_lifetime;
 };
 
-// The text with the user's home folder as "~" and the user's name in paths as "user": it may be
-// sent to strangers.
+// The text with the user's home folder as "~" and the user's name as "user": it may be sent to
+// strangers.
 QString withoutPersonalNames(QString text);
 
 } // namespace vorn

@@ -67,9 +67,9 @@ void TimeLeft::update(double share, SteadyTime now)
 
 std::optional<seconds> TimeLeft::at(SteadyTime now) const
 {
-    if (!m_end)
+    if (!m_end || *m_end <= now) // nothing comes, or less than was expected
         return std::nullopt;
-    return std::max(std::chrono::ceil<seconds>(*m_end - now), 0s);
+    return std::chrono::ceil<seconds>(*m_end - now);
 }
 
 void RunProgress::start(SteadyTime now)
@@ -130,6 +130,7 @@ void DownloadProgress::start(SteadyTime now)
 void DownloadProgress::update(qint64 received, qint64 total, SteadyTime now)
 {
     m_lastHeard = now;
+    m_hasResponse = true;
     m_received = received;
     m_total = total;
     if (total > 0)
@@ -140,6 +141,10 @@ QString DownloadProgress::text(SteadyTime now) const
 {
     const QString elapsed = elapsedText(m_began, now, m_timeLeft);
     const auto silence = now - m_lastHeard;
+    if (silence >= kSilence && !m_hasResponse)
+        return Progress::tr("Waiting for the server, %1.")
+                   .arg(durationText(std::chrono::floor<seconds>(silence))) +
+               u' ' + elapsed;
     if (silence >= kSilence)
         return Progress::tr("Waiting for the server, %1 of at most %2.")
                    .arg(durationText(std::chrono::floor<seconds>(silence)),
@@ -171,6 +176,31 @@ QString durationText(seconds time)
     if (total < 60)
         return Progress::tr("%1 s").arg(total);
     return Progress::tr("%1 min %2 s").arg(total / 60).arg(total % 60);
+}
+
+QString titleOfStep(UpdateStep step)
+{
+    switch (step) {
+    case UpdateStep::Synchronize:
+        return QCoreApplication::translate("Steps", "Synchronize");
+    case UpdateStep::Connect:
+        return QCoreApplication::translate("Steps", "Connect");
+    case UpdateStep::QueryVersion:
+        return QCoreApplication::translate("Steps", "Ask for the version");
+    case UpdateStep::ReadImage:
+        return QCoreApplication::translate("Steps", "Read the file");
+    case UpdateStep::Download:
+        return QCoreApplication::translate("Steps", "Begin the download");
+    case UpdateStep::Erase:
+        return QCoreApplication::translate("Steps", "Erase");
+    case UpdateStep::Release:
+        return QCoreApplication::translate("Steps", "Wait for the release");
+    case UpdateStep::Data:
+        return QCoreApplication::translate("Steps", "Send the image");
+    case UpdateStep::Finish:
+        return QCoreApplication::translate("Steps", "Confirm the image");
+    }
+    return {};
 }
 
 } // namespace vorn

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <optional>
 
-// How a run comes along, in words for its details line. Times are the steady clock's.
+// The progress of a run in words, for its details line. Times are the steady clock's.
 namespace vorn {
 
 using SteadyTime = std::chrono::steady_clock::time_point;
@@ -19,7 +19,8 @@ class TimeLeft
 public:
     // `share` is between 0 and 1 and does not fall; the first call begins.
     void update(double share, SteadyTime now);
-    // Never negative; no value before a second and a fiftieth of the whole are over.
+    // Never negative; no value before a second and a fiftieth of the whole are over, nor when the
+    // estimate has run out.
     std::optional<std::chrono::seconds> at(SteadyTime now) const;
 
 private:
@@ -62,10 +63,14 @@ public:
 private:
     SteadyTime m_began{};
     SteadyTime m_lastHeard{};
+    bool m_hasResponse = false;
     qint64 m_received = 0;
     qint64 m_total = 0;
     TimeLeft m_timeLeft;
 };
+
+// What is done at a step.
+QString titleOfStep(UpdateStep step);
 
 // "8 s" or "2 min 5 s".
 QString durationText(std::chrono::seconds time);

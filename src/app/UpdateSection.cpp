@@ -16,32 +16,6 @@ using Clock = std::chrono::steady_clock;
 constexpr auto kRefresh = 250ms;
 constexpr auto kLongRun = 10s; // somebody may have turned to something else meanwhile
 
-// What is done at a step, for the log.
-QString titleOf(UpdateStep step)
-{
-    switch (step) {
-    case UpdateStep::Synchronize:
-        return UpdateSection::tr("Synchronize");
-    case UpdateStep::Connect:
-        return UpdateSection::tr("Connect");
-    case UpdateStep::QueryVersion:
-        return UpdateSection::tr("Ask for the version");
-    case UpdateStep::ReadImage:
-        return UpdateSection::tr("Read the file");
-    case UpdateStep::Download:
-        return UpdateSection::tr("Begin the download");
-    case UpdateStep::Erase:
-        return UpdateSection::tr("Erase");
-    case UpdateStep::Release:
-        return UpdateSection::tr("Wait for the release");
-    case UpdateStep::Data:
-        return UpdateSection::tr("Send the image");
-    case UpdateStep::Finish:
-        return UpdateSection::tr("Confirm the image");
-    }
-    return {};
-}
-
 } // namespace
 
 UpdateSection::UpdateSection(MainWindow &window, const TaggedControls &controls, LogSection &log,
@@ -52,12 +26,28 @@ UpdateSection::UpdateSection(MainWindow &window, const TaggedControls &controls,
     m_refresh.callOnTimeout(this, &UpdateSection::showDetails);
 }
 
+void UpdateSection::setDevice(const QString &name)
+{
+    if (m_device == name)
+        return;
+    m_device = name;
+    m_showsUpdate = m_hasUpdateTranscript = false;
+    m_window.showUpdateDetails({});
+}
+
+void UpdateSection::forgetRefusal()
+{
+    if (!m_showsUpdate)
+        m_window.showUpdateDetails({});
+}
+
 // Leaves the device alone.
 void UpdateSection::refuse(const QString &text, const Explanation &why)
 {
     m_log.add(tr("Update not started: %1").arg(why.text()));
     showStatus(m_controls.updateText, text, StatusTone::Bad);
     m_window.showUpdateDetails(why.text());
+    m_showsUpdate = false;
     m_window.resetUpdateProgress();
 }
 
@@ -65,6 +55,7 @@ void UpdateSection::begin(const DeviceSession &session, const QString &imagePath
 {
     m_session = &session;
     m_percent = 0;
+    m_showsUpdate = true;
     m_step.reset();
     m_progress.start(Clock::now());
     m_sleepBlock.emplace(tr("A device's firmware is being updated"));
@@ -85,7 +76,7 @@ void UpdateSection::showProgress(const UpdateProgress &progress)
         endStep();
         m_step = progress.step;
         m_stepBegan = now;
-        m_log.addStart(titleOf(progress.step));
+        m_log.addStart(titleOfStep(progress.step));
     }
     if (progress.step == UpdateStep::Erase)
         m_window.showUpdateBusy();
@@ -96,8 +87,16 @@ void UpdateSection::showProgress(const UpdateProgress &progress)
     showStatus(m_controls.updateText, texts::ofProgress(progress), StatusTone::Neutral);
 }
 
-void UpdateSection::end(const UpdateResult &result)
+void UpdateSection::end(const UpdateResult &ended)
 {
+    UpdateResult result = ended;
+    const QString device = m_session->port()->name();
+    // Nothing that this run found out brings back what an earlier one has erased.
+    if (result.succeeded())
+        m_unfinished.remove(device);
+    else if (result.mayBeErased)
+        m_unfinished.insert(device);
+    result.mayBeErased = m_unfinished.contains(device);
     m_refresh.stop();
     m_sleepBlock.reset();
     const StatusTone tone = result.succeeded() ? StatusTone::Good : StatusTone::Bad;
@@ -114,23 +113,35 @@ void UpdateSection::end(const UpdateResult &result)
         endStep();
         m_log.addOk(tr("Update"), result.elapsed);
     } else {
-        m_log.addFailed(titleOf(result.step), result.waited);
+        if (m_step != result.step)
+            endStep();
+        m_log.addFailed(titleOfStep(result.step), result.waited);
         m_log.addFailed(tr("Update"), result.elapsed, why);
         m_step.reset();
     }
     m_log.setTranscript(m_session->transcript());
+    m_hasUpdateTranscript = true;
     if (result.elapsed >= kLongRun && !m_window.isActiveWindow())
         announce(result);
     m_session = nullptr;
 }
 
+void UpdateSection::queryDidBegin()
+{
+    m_log.addStart(tr("Version query"));
+    forgetRefusal();
+}
+
 void UpdateSection::queryDidEnd(const DeviceSession &session, const UpdateResult &result)
 {
-    m_log.setTranscript(session.transcript());
+    if (!m_hasUpdateTranscript)
+        m_log.setTranscript(session.transcript());
     for (const QString &text : texts::ofVersionQueryEnd(result))
         showStatus(m_controls.updateText, text, StatusTone::Bad);
     const QString why = explainVersionQuery(result).text();
-    m_window.showUpdateDetails(why);
+    // What an update left behind stays; and of a port that closed the connection's details tell.
+    if (!m_showsUpdate && result.failure.kind != UpdateFailureKind::PortClosed)
+        m_window.showUpdateDetails(why);
     if (result.succeeded())
         m_log.addOk(tr("Version query"), result.elapsed);
     else
@@ -146,7 +157,7 @@ void UpdateSection::showDetails()
 void UpdateSection::endStep()
 {
     if (m_step)
-        m_log.addOk(titleOf(*m_step), duration_cast<milliseconds>(Clock::now() - m_stepBegan));
+        m_log.addOk(titleOfStep(*m_step), duration_cast<milliseconds>(Clock::now() - m_stepBegan));
     m_step.reset();
 }
 

@@ -10,6 +10,7 @@
 #include "window/MainWindow.h"
 
 #include <QObject>
+#include <QSet>
 #include <QTimer>
 
 #include <optional>
@@ -27,6 +28,11 @@ public:
     UpdateSection(MainWindow &window, const TaggedControls &controls, LogSection &log,
                   DesktopNotifications &notifications);
 
+    // The device of this name became current. What was said of another one goes.
+    void setDevice(const QString &name);
+    // A file was chosen or the device opened: what was said of a press that could not start an
+    // update, or of a query, goes.
+    void forgetRefusal();
     // A press that cannot start an update.
     void refuse(const QString &text, const Explanation &why);
     // An update with the file begins; the session lives until the end() that follows.
@@ -34,7 +40,8 @@ public:
     void showProgress(const UpdateProgress &progress);
     void end(const UpdateResult &result);
 
-    // The query for the device's model, which opening starts, has ended.
+    // The query for the device's model, which opening starts, begins and has ended.
+    void queryDidBegin();
     void queryDidEnd(const DeviceSession &session, const UpdateResult &result);
 
 private:
@@ -51,6 +58,10 @@ private:
     QTimer m_refresh; // of the details while an update runs
     std::optional<SleepBlock> m_sleepBlock;
     int m_percent = 0;
+    bool m_showsUpdate = false;         // the details are about an update
+    bool m_hasUpdateTranscript = false; // so is the transcript in the log
+    QString m_device;                   // the current or last device's name
+    QSet<QString> m_unfinished;         // devices that an update may have left without firmware
     // The step whose answer is awaited, and since when.
     std::optional<UpdateStep> m_step;
     SteadyTime m_stepBegan{};

@@ -45,7 +45,7 @@ ViewController::ViewController(MainWindow &window, const vorn::PackageLocation &
       m_firmware(window, m_controls, m_log, packages),
       m_update(window, m_controls, m_log, m_notifications), m_parameters(parameters)
 {
-    writeDownSettings(packages);
+    logSettings(packages);
     connect(&m_window, &MainWindow::closePortAnyway, this, [this] {
         if (m_session)
             m_session->close();
@@ -82,15 +82,17 @@ void ViewController::wireControls()
     wire(m_controls.openBtn.get(), &QPushButton::clicked, this, &ViewController::openHandleBtn);
     wire(m_controls.filePopUpBtn.get(), &QComboBox::activated, &m_firmware,
          &FirmwareSection::fileHandlePopBtn);
+    wire(m_controls.filePopUpBtn.get(), &QComboBox::activated, &m_update,
+         &vorn::UpdateSection::forgetRefusal);
     wire(m_controls.devPopUpBtn.get(), &QComboBox::activated, this,
          &ViewController::devHandlePopBtn);
 }
 
-void ViewController::writeDownSettings(const vorn::PackageLocation &packages)
+void ViewController::logSettings(const vorn::PackageLocation &packages)
 {
     const auto seconds = [](auto time) { return vorn::secondsText(time); };
-    m_log.addSetting(
-        tr("Package server: %1").arg(packages.isConfigured() ? packages.url().host() : tr("none")));
+    m_log.addSetting(tr("Package server: %1")
+                         .arg(packages.isConfigured() ? packages.url().authority() : tr("none")));
     m_log.addSetting(tr("Line: %1 baud; limits: %2 s, %3 s while erasing")
                          .arg(m_parameters.baudRate)
                          .arg(seconds(m_parameters.answerLimit), seconds(m_parameters.eraseLimit)));
@@ -126,6 +128,7 @@ void ViewController::getDeviceConnected()
             list->setItemText(list->currentIndex(), port->name());
         }
         setSerialPort(port);
+        m_update.setDevice(port->name());
         m_connection.showChosen(*port, ports);
         break;
     }
@@ -172,6 +175,7 @@ void ViewController::openSerialPort()
         return;
     }
     deviceDidReopen();
+    m_update.queryDidBegin();
     m_firmware.deviceDidOpen();
 }
 
@@ -205,7 +209,7 @@ void ViewController::send()
         return m_update.refuse(vorn::texts::kNoFirmwareSelected, explain(Cause::NoImageChosen));
 
     const QString imagePath = m_firmware.imagePath();
-    // A list that shows a file which nobody chose is told only when the device is ready for it.
+    // A listed file that nobody chose counts as none only once the device is ready for it.
     vorn::UpdateResult check;
     check.step = vorn::UpdateStep::ReadImage;
     if (!imagePath.isNull())

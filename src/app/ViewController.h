@@ -71,7 +71,7 @@ private:
     void announce(const QString &title, const QString &text, const ORSSerialPortList &ports);
     void openSerialPort();
     bool isUpdating() const { return m_session && m_session->isUpdating(); }
-    void writeDownSettings(const vorn::PackageLocation &packages);
+    void logSettings(const vorn::PackageLocation &packages);
 
     vorn::MainWindow &m_window;
     const vorn::TaggedControls m_controls;

@@ -2,12 +2,9 @@
 #include "app/CommandLine.h"
 #include "app/Translations.h"
 #include "app/ViewController.h"
-#include "platform/CombinedDeviceRegistry.h"
-#include "platform/DirectoryDeviceRegistry.h"
 #include "platform/MessageBus.h"
 #include "platform/PowerEvents.h"
 #include "platform/QuitSignals.h"
-#include "platform/UdevDeviceRegistry.h"
 #include "serial/ORSSerialPortManager.h"
 #include "window/MainWindow.h"
 
@@ -35,17 +32,6 @@ bool isAskedForText(const QStringList &arguments)
         if (arguments.contains(QLatin1StringView(option)))
             return true;
     return false;
-}
-
-void installDeviceRegistry(const QString &deviceDirectory)
-{
-    if (deviceDirectory.isEmpty())
-        return;
-    vorn::CombinedDeviceRegistry::Registries registries;
-    registries.push_back(std::make_unique<vorn::UdevDeviceRegistry>());
-    registries.push_back(std::make_unique<vorn::DirectoryDeviceRegistry>(deviceDirectory));
-    vorn::SerialDeviceRegistry::setSystem(
-        std::make_unique<vorn::CombinedDeviceRegistry>(std::move(registries)));
 }
 
 // The sleep waits until the ports have let go of their lines: what is still closing then could not
@@ -99,7 +85,7 @@ int main(int argc, char **argv)
     const auto wishes = vorn::readCommandLine(QCoreApplication::arguments(), exitCode);
     if (!wishes)
         return exitCode;
-    installDeviceRegistry(wishes->deviceDirectory);
+    vorn::installDeviceRegistry(wishes->deviceDirectory);
 
     const AppDelegate delegate;
     QObject::connect(&application, &QCoreApplication::aboutToQuit,

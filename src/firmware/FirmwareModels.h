@@ -30,4 +30,23 @@ inline QStringList firmwareForModel(QStringList files, qint32 modelCode)
     return {};
 }
 
+// Whether the name says that the file is meant for another model than this one. A name that says
+// nothing, and a device that takes every file, suit everything.
+inline bool isForOtherModel(QStringView name, qint32 modelCode)
+{
+    // "VORN-" is for models that are not listed.
+    constexpr QStringView kPrefixes[] = {u"VORN_I-", u"VORN-", u"VORN_PLATINA-"};
+    for (const FirmwareModel &model : kFirmwareModels)
+        if (model.modelCode == modelCode && name.startsWith(model.prefix))
+            return false;
+    for (const QStringView prefix : kPrefixes)
+        if (name.startsWith(prefix))
+            return true;
+    return false;
+}
+
+// The one with the highest version in its name ("VORN_I-1.10.0.bin" above "VORN_I-1.9.3.bin", and
+// above "VORN_I-1.10.0-beta.bin"); null for no files.
+QString newestFirmware(const QStringList &files);
+
 } // namespace vorn

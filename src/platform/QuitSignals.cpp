@@ -19,6 +19,17 @@ sigset_t quitSignals()
     return set;
 }
 
+class EventLoopEnd final : public QuitSignalsObserver
+{
+public:
+    bool quitSignalDidArrive(int /*signal*/) override
+    {
+        // quit() would first try to close the window, which stays open during an update.
+        QCoreApplication::exit();
+        return true;
+    }
+};
+
 } // namespace
 
 QuitSignals::QuitSignals()
@@ -32,21 +43,28 @@ QuitSignals::QuitSignals()
 
 void QuitSignals::watch()
 {
+    static EventLoopEnd end;
+    watch(end);
+}
+
+void QuitSignals::watch(QuitSignalsObserver &observer)
+{
     if (!m_fd.isValid())
         return;
     m_notifier = std::make_unique<QSocketNotifier>(m_fd.get(), QSocketNotifier::Read);
-    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] {
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [&, this] {
+        bool ends = false;
+        signalfd_siginfo arrived{};
+        while (::read(m_fd.get(), &arrived, sizeof arrived) > 0)
+            ends = observer.quitSignalDidArrive(static_cast<int>(arrived.ssi_signo)) || ends;
+        if (!ends)
+            return;
         m_notifier->setEnabled(false);
-        signalfd_siginfo first{};
-        while (::read(m_fd.get(), &first, sizeof first) > 0) {
-        }
         // From now on SIGINT and SIGTERM kill, in case the clean-up hangs. SIGHUP remains blocked:
         // a closing terminal sends it more than once.
         sigset_t set = quitSignals();
         sigdelset(&set, SIGHUP);
         ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-        // quit() would first try to close the window, which stays open during an update.
-        QCoreApplication::exit();
     });
 }
 

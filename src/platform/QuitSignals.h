@@ -8,6 +8,18 @@
 
 namespace vorn {
 
+// Decides what a signal does. Called in the main thread's event loop.
+class QuitSignalsObserver
+{
+public:
+    // SIGINT, SIGTERM or SIGHUP arrived. True if the program ends now: from then on SIGINT and
+    // SIGTERM kill it, in case that its clean-up hangs.
+    virtual bool quitSignalDidArrive(int signal) = 0;
+
+protected:
+    ~QuitSignalsObserver() = default;
+};
+
 // Ends the event loop on SIGINT, SIGTERM or SIGHUP, so that the program can clean up (close ports,
 // restore their lines, write a report). Construct it before starting any thread, since threads
 // inherit the blocked signals, and call watch() once the application exists. A second SIGINT or
@@ -20,6 +32,8 @@ public:
     QuitSignals &operator=(const QuitSignals &) = delete;
 
     void watch();
+    // Leaves the decision to the observer, which must exist as long as the event loop runs.
+    void watch(QuitSignalsObserver &observer);
 
 private:
     FileDescriptor m_fd;

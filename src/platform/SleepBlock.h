@@ -7,9 +7,9 @@
 
 namespace vorn {
 
-// Keeps the computer from sleeping and shutting down while it exists. The constructor requests the
-// lock from logind without waiting; if there is no bus or logind, or if logind refuses, that is
-// only logged. Main thread only.
+// Keeps the computer from sleeping (also when its lid is closed) and shutting down while it exists.
+// The constructor requests the lock from logind without waiting; if there is no bus or logind, or
+// if logind refuses, that is only logged. Main thread only.
 class SleepBlock
 {
 public:
@@ -19,6 +19,7 @@ public:
 
 private:
     InhibitorLock m_lock;
+    InhibitorLock m_lidLock;
     QObject m_pendingCall; // owns the request: a lock granted after destruction is released
 };
 

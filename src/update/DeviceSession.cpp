@@ -7,6 +7,7 @@
 #include "update/ReceiveBuffer.h"
 #include "update/RecordingLine.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vorn {
@@ -91,7 +92,8 @@ DeviceSession::~DeviceSession()
 
 bool DeviceSession::hasItsSpeed() const
 {
-    return isCloseTo(outputSpeed(m_port->fileDescriptor()), m_parameters.baudRate);
+    const int terminal = m_port->fileDescriptor(); // 0 when it has closed meanwhile
+    return terminal == 0 || isCloseTo(outputSpeed(terminal), m_parameters.baudRate);
 }
 
 bool DeviceSession::open()
@@ -132,20 +134,35 @@ void DeviceSession::end()
     endSequence();
 }
 
-void DeviceSession::endSequence()
+void DeviceSession::interrupt()
+{
+    m_buffer->abandon();
+    // Behind the sequence, which sends nothing more once its frame is out.
+    m_sequences.post([this, port = m_port, token = lifetime()] {
+        port->setRTS(false);
+        MainQueue::instance().post(token, [this, token] {
+            endSequence(UpdateFailureKind::Interrupted);
+            if (!token.expired())
+                close();
+        });
+    });
+}
+
+void DeviceSession::endSequence(UpdateFailureKind why)
 {
     m_buffer->abandon();
     if (m_running == Running::Nothing)
         return;
     UpdateResult result;
-    result.failure.kind = UpdateFailureKind::PortClosed;
+    result.failure.kind = why;
     result.step = m_progress.step;
     result.frame = m_progress.frame;
     result.frames = m_progress.frames;
     // The header may follow the download command before that is told.
     result.mayBeErased = m_running == Running::Update && m_progress.step >= UpdateStep::Download;
     const auto now = Clock::now();
-    result.waited = std::chrono::duration_cast<std::chrono::milliseconds>(now - m_stepBegan);
+    result.waited = std::chrono::duration_cast<std::chrono::milliseconds>(
+        now - std::max(m_stepBegan, m_lastHeard));
     result.elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now - m_sequenceBegan);
     sequenceDidEnd(result);
 }
@@ -178,13 +195,17 @@ void DeviceSession::getTargetVersion()
 
 void DeviceSession::startUpdate(const QString &imagePath)
 {
+    startUpdate([imagePath](qint32) { return readFirmwareImage(imagePath); });
+}
+
+void DeviceSession::startUpdate(ImageReader readImage)
+{
     if (isUpdating())
         return;
-    runSequence(Running::Update,
-                [imagePath, parameters = m_parameters](DeviceLine &line, Relay &relay) {
-                    const auto readImage = [&] { return readFirmwareImage(imagePath); };
-                    runUpdate(line, readImage, parameters, relay);
-                });
+    runSequence(Running::Update, [readImage = std::move(readImage),
+                                  parameters = m_parameters](DeviceLine &line, Relay &relay) {
+        runUpdate(line, readImage, parameters, relay);
+    });
 }
 
 void DeviceSession::runSequence(Running which, Sequence sequence)

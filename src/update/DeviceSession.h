@@ -86,6 +86,12 @@ public:
     // Updates the device with the image file, taking over from a version query in progress. Does
     // nothing while an update is running. A null path means that no file was chosen.
     void startUpdate(const QString &imagePath);
+    // The same with an image that is chosen once the device has reported its model.
+    void startUpdate(ImageReader readImage);
+    // Ends a running sequence between two frames, lowers RTS and closes the port. The observer is
+    // told of the end (UpdateFailureKind::Interrupted) and of the closing. While the device accepts
+    // no bytes, neither happens.
+    void interrupt();
     bool isUpdating() const { return m_running == Running::Update; }
 
     // The transcript of the latest update, or of the latest version query if there was no update
@@ -110,7 +116,7 @@ private:
     void getTargetVersion();
     void runSequence(Running which, Sequence sequence);
     void sequenceDidEnd(const UpdateResult &result);
-    void endSequence();
+    void endSequence(UpdateFailureKind why = UpdateFailureKind::PortClosed);
     void noteProgress(const UpdateProgress &progress);
     void letGoOfPort();
 

@@ -27,9 +27,12 @@ enum class UpdateFailureKind {
     ImageUnreadable, // code: errno, text: path
     ImageEmpty,      // text: path
     ImageTooLong,    // more than 2^31 - 1 bytes; text: path
+    NoImageForModel, // no file is meant for the device; code: model code
+    WrongModel,      // the file is meant for another model; code: the device's, text: path
     Refused,         // the device answered NakByte
     TimedOut,        // the device did not answer in time
     PortClosed,      // the port closed during the update
+    Interrupted,     // DeviceSession::interrupt()
     Abandoned,       // nobody is interested in the result any more
 };
 using UpdateFailure = Failure<UpdateFailureKind>;

@@ -87,7 +87,7 @@ bool UpdateRun::handshake()
 
 bool UpdateRun::readImage()
 {
-    FirmwareImage image = m_readImage();
+    FirmwareImage image = m_readImage(m_targetVersion);
     if (image.failure) {
         // The device still has its old firmware: no download command has been sent.
         m_result.step = UpdateStep::ReadImage;
@@ -187,6 +187,7 @@ void UpdateRun::showProgress(qint64 frame)
 UpdateResult queryTargetVersion(DeviceLine &line, const BootParameters &parameters,
                                 UpdateObserver &observer)
 {
+    const auto began = line.now();
     BootProtocol boot(line, parameters);
     UpdateResult result;
     result.failure.kind = boot.connect();
@@ -199,6 +200,7 @@ UpdateResult queryTargetVersion(DeviceLine &line, const BootParameters &paramete
         boot.lowerRtsAfterPulse();
     }
     result.waited = boot.waited();
+    result.elapsed = duration_cast<milliseconds>(line.now() - began);
     if (result.failure.kind != UpdateFailureKind::Abandoned)
         observer.updateDidEnd(result);
     return result;

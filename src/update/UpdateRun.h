@@ -27,8 +27,9 @@ protected:
     ~UpdateObserver() = default;
 };
 
-// Reads the image just before the download starts. Called at most once.
-using ImageReader = std::function<FirmwareImage()>;
+// Reads the image for a device of this model, just before the download starts. Called at most once,
+// on the thread that runs the update.
+using ImageReader = std::function<FirmwareImage(qint32 targetVersion)>;
 
 // Resets the device into its boot loader and queries its version. Returns the result that the
 // observer was given.

@@ -4,8 +4,8 @@
 
 namespace vorn {
 
-// What belongs to the status line above it: the cause and the cure of a failure, or how a run comes
-// along. Empty when all is well. It begins right below the status. Main thread only.
+// What belongs to the status line above it: the cause and the cure of a failure, or the progress of
+// a run. Empty when all is well. It begins right below the status. Main thread only.
 class DetailsLine : public FittedLabel
 {
     Q_OBJECT

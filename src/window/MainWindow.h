@@ -36,7 +36,7 @@ public:
     // Empties the update's bar, for a new run.
     void resetUpdateProgress();
 
-    // Under a status line: the cause and the cure of its last failure, or how a run comes along.
+    // Under a status line: the cause and the cure of its last failure, or the progress of a run.
     // Empty for nothing. Nothing moves when a text comes or goes.
     void showConnectionDetails(const QString &text);
     void showFirmwareDetails(const QString &text);

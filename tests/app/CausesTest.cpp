@@ -19,9 +19,10 @@ using namespace std::chrono_literals;
 using Kind = PackageProblemKind;
 using Ended = UpdateFailureKind;
 
-Explanation opening(int code, DeviceNodeFacts node = {}, QList<NodeHolder> holders = {})
+Explanation opening(int code, DeviceNodeFacts node = {}, QList<NodeHolder> holders = {},
+                    const QStringList &suspects = {})
 {
-    return explainOpening({"/dev/ttyX", code, std::move(node), std::move(holders)});
+    return explainOpening({"/dev/ttyX", code, std::move(node), std::move(holders), suspects});
 }
 
 UpdateResult ended(UpdateFailure failure, UpdateStep step, bool mayBeErased)
@@ -67,6 +68,9 @@ std::vector<Row> rows()
         {opening(EBUSY, {}, {{"ModemManager", 7}}), Cause::HeldByModemManager, {"process 7"}},
         {opening(EBUSY, {}, {{"brltty", 8}}), Cause::HeldByBrltty, {"process 8"}},
         {opening(EBUSY), Cause::HeldByUnknown, {"fuser -v /dev/ttyX"}},
+        {opening(EBUSY, {}, {}, {"ModemManager"}), Cause::MayBeHeldByModemManager},
+        {opening(EBUSY, {}, {}, {"brltty"}), Cause::MayBeHeldByBrltty},
+        {opening(EACCES), Cause::CannotOpen},
         {opening(ENOTTY), Cause::NoTerminal, {"/dev/ttyX"}},
         {opening(EIO), Cause::CannotOpen, {"Input/output error"}},
         {explainVanishing("usbserial-A", 1500ms, false), Cause::VanishedSoon, {"1.5 s"}},
@@ -81,12 +85,22 @@ std::vector<Row> rows()
          {"/x.bin"}},
         {update({Ended::ImageTooLong, 0, "/x.bin"}, UpdateStep::ReadImage, false),
          Cause::ImageTooLong},
+        {update({Ended::WrongModel, 8, "/x.bin"}, UpdateStep::ReadImage, false),
+         Cause::WrongModel,
+         {"/x.bin", "8"}},
+        {update({Ended::NoImageForModel, 8}, UpdateStep::ReadImage, false),
+         Cause::NoFirmwareForModel,
+         {"8"}},
+        {update({Ended::Interrupted}, UpdateStep::Connect, false), Cause::InterruptedButIntact},
+        {update({Ended::Interrupted}, UpdateStep::Data, true),
+         Cause::InterruptedAndErased,
+         {"data frame 12 of 40"}},
         {update({Ended::TimedOut}, UpdateStep::Download, false),
          Cause::SilentButIntact,
          {"the download command", "5.0 s", "old firmware"}},
         {update({Ended::TimedOut}, UpdateStep::Erase, true),
          Cause::SilentAndErased,
-         {"the erase", "updated again"}},
+         {"the erase command", "updated again"}},
         {update({Ended::Refused}, UpdateStep::Connect, false), Cause::RefusedButIntact},
         {update({Ended::Refused}, UpdateStep::Data, true),
          Cause::RefusedAndErased,
@@ -147,6 +161,25 @@ TEST(Causes, EachFactHasItsCauseAndNoOther)
             EXPECT_FALSE(text.contains(QRegularExpression("%\\d"))) << "a place is empty";
         }
     }
+}
+
+TEST(Causes, EachWordIsKnownAndItsCureNamesNoButton)
+{
+    const QSet<QString> words{"no-device",   "no-permission",   "busy",       "cannot-open",
+                              "no-answer",   "refused",         "unplugged",  "bad-image",
+                              "wrong-model", "download-failed", "interrupted"};
+    QSet<QString> seen;
+    for (const CauseRow &row : causeTable()) {
+        if (QString(row.word).isEmpty())
+            continue;
+        seen += row.word;
+        const Explanation found = explain(row.cause);
+        EXPECT_STREQ(found.word, row.word);
+        EXPECT_FALSE(found.terminalCure.contains(
+            QRegularExpression("“(Open|Update firmware|Download latest)”|[Cc]hoose")))
+            << qPrintable(found.terminalText());
+    }
+    EXPECT_EQ(seen, words);
 }
 
 TEST(Causes, TheTroubleshootingPageHasEachRowOfTheTable)

@@ -9,6 +9,7 @@
 #include "tests/ziparchive/Tree.h"
 #include "window/MainWindow.h"
 
+#include <QClipboard>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
@@ -142,6 +143,11 @@ struct WindowTest : testing::Test
     {
         return line->text().contains(QLatin1StringView(text));
     }
+    // What the line below the status says; `line` is "connection", "firmware" or "update".
+    bool explains(const char *line, const char *text) const
+    {
+        return says(window.findChild<QLabel *>(QLatin1StringView(line) + "Details"), text);
+    }
     static QStringList titles(const QComboBox *list)
     {
         QStringList all;
@@ -178,11 +184,14 @@ TEST_F(WindowTest, WithoutADeviceOrFirmwareEveryPressSaysWhatIsMissing)
     EXPECT_EQ(firmware->count(), 0);
     EXPECT_FALSE(downloadButton->isEnabled());
     EXPECT_FALSE(downloadButton->toolTip().isEmpty());
+    EXPECT_TRUE(explains("connection", "Plug in"));
+    EXPECT_TRUE(explains("firmware", "no package server is configured"));
 
     press(openButton);
     EXPECT_EQ(connection->text(), "Prompt:No device selected");
     press(updateButton);
     EXPECT_EQ(status->text(), "Prompt:No device selected");
+    EXPECT_TRUE(explains("update", "Plug in"));
 }
 
 TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
@@ -191,10 +200,12 @@ TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
     EXPECT_EQ(titles(devices), QStringList(2, "usbserial-one"));
     press(updateButton);
     EXPECT_EQ(status->text(), "Prompt:Device not opened");
+    EXPECT_TRUE(explains("update", "is not open"));
 
     ASSERT_TRUE(eventually([&] { return firmware->count() == 3; }));
     open();
     EXPECT_EQ(openButton->text(), "Close");
+    EXPECT_TRUE(window.findChild<QLabel *>("connectionDetails")->text().isEmpty());
     ASSERT_TRUE(eventually([&] { return titles(firmware) == kTitles; }));
     press(updateButton);
     EXPECT_EQ(status->text(), "Prompt:No firmware selected");
@@ -210,6 +221,16 @@ TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
     EXPECT_EQ(device->report().updates, 1);
     EXPECT_EQ(device->report().exchanges, 2);
     EXPECT_EQ(device->report().errors, QStringList());
+    EXPECT_TRUE(explains("update", "KiB/s"));
+
+    press(window.findChild<QPushButton *>("logButton"));
+    press(window.findChild<QPushButton *>("logCopyButton"));
+    const auto copied = [] { return QGuiApplication::clipboard()->text(); };
+    ASSERT_TRUE(eventually([&] { return !copied().isEmpty(); }));
+    for (const char *part :
+         {"Device: usbserial-one", "Send the image: OK", "Update: OK", "RTS high"})
+        EXPECT_TRUE(copied().contains(part)) << part;
+    EXPECT_FALSE(copied().contains(QDir::homePath() + '/'));
 
     press(openButton);
     ASSERT_TRUE(eventually(
@@ -252,12 +273,14 @@ TEST_F(WindowTest, AfterACablePulledOutDuringAnUpdateTheNextOneSucceeds)
     ASSERT_TRUE(eventually(
         [&] { return status->text() == "Prompt:Firmware update failed,please try again"; }));
     EXPECT_EQ(openButton->text(), "Open");
+    EXPECT_TRUE(explains("update", "updated again"));
 
     ASSERT_TRUE(device->replug());
     ASSERT_TRUE(eventually([&] { return says(connection, "not opened"); }));
     open();
     ASSERT_TRUE(eventually([&] { return device->report().exchanges == 3; }));
     ASSERT_TRUE(eventually([&] { return firmware->currentIndex() == 0; })); // filled again
+    EXPECT_TRUE(explains("update", "updated again"));
     choose();
     press(updateButton);
     ASSERT_TRUE(eventually([&] { return says(status, "successfully update"); }));
@@ -309,9 +332,11 @@ TEST_F(WindowTest, OtherDevicesThatComeAndGoWaitForTheEndOfTheUpdate)
     };
     auto goes = std::make_unique<SimulatedDevice>(deviceNamed("goes"));
     ASSERT_TRUE(goes->start());
-    ASSERT_NO_FATAL_FAILURE(openAndChoose("erase=late:1000"));
+    ASSERT_NO_FATAL_FAILURE(openAndChoose("erase=late:1600"));
     press(updateButton);
     ASSERT_TRUE(eventually([&] { return progress->maximum() == 0; })); // it erases
+    EXPECT_FALSE(updateButton->isEnabled());
+    EXPECT_TRUE(eventually([&] { return explains("update", "Waiting for the device to erase"); }));
     goes.reset();
     SimulatedDevice comes(deviceNamed("comes"));
     ASSERT_TRUE(comes.start());
@@ -334,6 +359,7 @@ TEST_F(WindowTest, TheFirstOfTwoDevicesIsChosen)
     show();
     EXPECT_EQ(titles(devices), QStringList(2, "usbserial-a"));
     EXPECT_EQ(controller->serialPort()->name(), "usbserial-a");
+    EXPECT_TRUE(explains("connection", "usbserial-b is plugged in, too"));
 }
 
 TEST_F(WindowTest, APortThatClosesByItselfOrOpensAgainShowsIt)
@@ -406,6 +432,7 @@ TEST_F(WindowTest, TheDownloadButtonFetchesThePackageAndListsItsFiles)
     ASSERT_TRUE(eventually(
         [&] { return choice->text() == "Prompt:Successfully downloaded the latest firmware"; }));
     EXPECT_EQ(choice->tone(), StatusTone::Good);
+    EXPECT_TRUE(explains("firmware", "KiB/s"));
     EXPECT_TRUE(eventually([&] { return firmware->findText(kImage) < 0; }));
     EXPECT_EQ(titles(firmware), (QStringList{"No firmware selected", "VORN-2.bin"}));
 }
@@ -430,6 +457,7 @@ TEST_F(WindowTest, APortThatAnotherProgramHoldsFailsToOpen)
     ASSERT_EQ(::flock(other.get(), LOCK_EX | LOCK_NB), 0);
     press(openButton);
     EXPECT_EQ(connection->text(), "Prompt:usbserial-one Selected,failed to open,please try again");
+    EXPECT_TRUE(eventually([&] { return explains("connection", "in use by"); }));
     EXPECT_EQ(openButton->text(), "Open");
 }
 
@@ -443,6 +471,7 @@ TEST_F(WindowTest, AnotherDeviceThatComesClosesTheOpenPortAndKeepsTheButton)
     ASSERT_TRUE(eventually([&] { return says(connection, "usbserial-one Selected,not opened"); }));
     ASSERT_TRUE(eventually([&] { return !port->isOpen(); }));
     EXPECT_EQ(openButton->text(), "Close");
+    EXPECT_TRUE(explains("connection", "although the button reads"));
     press(openButton);
     EXPECT_FALSE(port->isOpen());
     EXPECT_EQ(titles(devices), QStringList(2, "usbserial-one"));

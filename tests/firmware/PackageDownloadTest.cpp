@@ -201,6 +201,7 @@ TEST_F(PackageDownloadTest, ANewPackageIsInstalledAndItsDateRemembered)
         EXPECT_EQ(treeAt(cachesDirectory())[kArchive], newPackage());
         EXPECT_EQ(recorder.dates, (QStringList{stored, storedDate()}));
         EXPECT_EQ(storedDate(), QString(answer.lastModified.value_or(QByteArray())));
+        EXPECT_EQ(storedDate().isNull(), !answer.lastModified.has_value());
     }
 }
 
@@ -251,7 +252,7 @@ TEST_F(PackageDownloadTest, AnAnswerThatCannotBeInstalledFailsAndChangesNothing)
         {Kind::NotAnArchive, unpacked, answerWith("no archive")},
         {Kind::ConnectionLost, brokenOff, truncated},
         {Kind::ConnectionLost, brokenOff, cutChunks},
-        {Kind::TooLarge, refused, answerWith(), {}, 1},
+        {Kind::TooLarge, refused, paused, {}, 1}, // by the announced length
         {Kind::TooLarge, refused, endless, {}, 1},
         {Kind::UnusableName, refused, hidden},
         {Kind::TimedOut, {"response", "failed quietly"}, paused, {.idle = 2s}},

@@ -26,6 +26,8 @@ using namespace vorn;
 
 namespace {
 
+constexpr long kNone = -1;
+
 PackageProblem install(const QByteArray &archive)
 {
     PackageStore store("VornUpdate2.zip", "VornUpdate2");
@@ -33,12 +35,12 @@ PackageProblem install(const QByteArray &archive)
     return problem ? problem : store.install();
 }
 
-// A child process that installs a package, traced from one change of a file to the next. Without
-// `canExchange`, its kernel cannot exchange two names.
+// A child process that installs a package, traced from one change of a file to the next. For it,
+// the kernel lacks the call `missing`.
 class TracedInstall
 {
 public:
-    TracedInstall(const QByteArray &archive, bool canExchange) : m_canExchange(canExchange)
+    TracedInstall(const QByteArray &archive, long missing) : m_missing(missing)
     {
         m_pid = ::fork();
         if (m_pid == 0) {
@@ -89,14 +91,14 @@ private:
         if (info.op != PTRACE_SYSCALL_INFO_ENTRY)
             return false;
         const auto call = static_cast<long>(info.entry.nr);
-        if (call == SYS_renameat2 && !m_canExchange) // fails with ENOSYS, like any unknown call
+        if (call == m_missing) // fails with ENOSYS, like any unknown call
             ::ptrace(PTRACE_POKEUSER, m_pid, offsetof(user, regs.orig_rax), -1L);
         if (call == SYS_openat)
             return (info.entry.args[2] & O_CREAT) != 0;
         return std::find(kChanges.begin(), kChanges.end(), call) != kChanges.end();
     }
 
-    const bool m_canExchange;
+    const long m_missing;
     pid_t m_pid = -1;
     int m_status = 0;
 };
@@ -124,14 +126,14 @@ struct PackageKillTest : testing::Test
 
 TEST_F(PackageKillTest, AProgramKilledBeforeAnyChangeLeavesTheOldFirmwareOrTheNew)
 {
-    for (const bool canExchange : {true, false}) {
+    for (const long missing : {kNone, long{SYS_renameat2}}) { // which exchanges two names
         int oldSets = 0;
         int newSets = 0;
         bool wasKilled = true;
         for (int change = 1; wasKilled && change < limit; ++change) {
             SCOPED_TRACE(change);
             writeTree(cache, oldTree);
-            TracedInstall install(archive, canExchange);
+            TracedInstall install(archive, missing);
             wasKilled = install.goToNextChange(change);
             install.kill();
             StagingFolder::recoverInterruptedPublish();
@@ -148,12 +150,12 @@ TEST_F(PackageKillTest, AProgramKilledBeforeAnyChangeLeavesTheOldFirmwareOrTheNe
 
 TEST_F(PackageKillTest, AnInstanceThatStartsBeforeAnyChangeDisturbsNothing)
 {
-    for (const bool canExchange : {true, false}) {
+    for (const long missing : {kNone, long{SYS_renameat2}}) { // which exchanges two names
         bool isRunning = true;
         for (int change = 1; isRunning && change < limit; ++change) {
             SCOPED_TRACE(change);
             writeTree(cache, oldTree);
-            TracedInstall install(archive, canExchange);
+            TracedInstall install(archive, missing);
             isRunning = install.goToNextChange(change);
             StagingFolder::recoverInterruptedPublish(); // as the other instance does
             install.goToNextChange(limit);
@@ -163,13 +165,24 @@ TEST_F(PackageKillTest, AnInstanceThatStartsBeforeAnyChangeDisturbsNothing)
     }
 }
 
+TEST_F(PackageKillTest, AFailedFlushLeavesTheOldFirmware)
+{
+    for (const long missing : {SYS_fsync, SYS_syncfs}) {
+        writeTree(cache, oldTree);
+        TracedInstall install(archive, missing);
+        install.goToNextChange(limit);
+        EXPECT_FALSE(install.hasSucceeded());
+        EXPECT_EQ(tree(), oldTree);
+    }
+}
+
 TEST_F(PackageKillTest, AFailedWriteLeavesTheOldFirmware)
 {
     rlimit usual = {};
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &usual), 0);
     std::signal(SIGXFSZ, SIG_IGN);
     // Too short for the archive, for a piece of a file, and for its last byte.
-    for (const qsizetype longest : {archive.size() - 1, large.size() / 2, large.size() - 1}) {
+    for (const qsizetype longest : {archive.size() / 2, large.size() / 2, large.size() - 1}) {
         writeTree(cache, oldTree);
         const rlimit limited = {static_cast<rlim_t>(longest), usual.rlim_max};
         ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limited), 0);

@@ -24,8 +24,8 @@ struct Adapter
     std::atomic<int> error = 0;
     std::atomic<bool> hangs = false; // then polls do not return
     std::atomic<bool> isHung = false;
-    // How many more queries report output in the driver (every query, if negative), and then in the
-    // adapter.
+    // How many more queries report output in the driver, and then in the adapter. Below 0, each
+    // query of the driver does, and is counted downwards.
     std::atomic<int> inDriver = 0;
     std::atomic<int> inAdapter = 0;
     std::atomic<int> serialFlags = 0;
@@ -46,7 +46,8 @@ struct Adapter
             linesSet.push_back(lines = *number);
             return 0;
         case TIOCOUTQ:
-            *number = inDriver > 0 ? inDriver-- : -inDriver;
+            *number = inDriver < 0 ? 1 : inDriver.load();
+            inDriver -= inDriver == 0 ? 0 : 1;
             return 0;
         case TIOCSERGETLSR:
             *number = inAdapter > 0 && inAdapter-- > 0 ? 0 : TIOCSER_TEMT;
@@ -138,27 +139,35 @@ TEST_F(ModemLines, EachInputChangeIsSignalledOnTheMainThread)
     observe(&ORSSerialPort::DSRChanged, &ORSSerialPort::DSR, "DSR");
     observe(&ORSSerialPort::DCDChanged, &ORSSerialPort::DCD, "DCD");
     openPort();
-    const QList<QPair<int, QByteArrayList>> rows = {
+    const struct
+    {
+        int lines;
+        QByteArrayList changes;
+    } rows[] = {
         {TIOCM_CAR | TIOCM_DSR | TIOCM_CTS, {"CTS+", "DSR+", "DCD+"}},
         {TIOCM_CAR | TIOCM_CTS | TIOCM_RI, {"DSR-"}},
         {0, {"CTS-", "DCD-"}},
         {TIOCM_DSR, {"DSR+"}},
     };
-    for (const auto &[lines, expected] : rows) {
-        m_adapter.lines = lines;
-        EXPECT_TRUE(eventually([&] { return seen.size() >= expected.size(); }));
-        EXPECT_EQ(std::exchange(seen, {}), expected);
+    for (const auto &row : rows) {
+        m_adapter.lines = row.lines;
+        EXPECT_TRUE(eventually([&] { return seen.size() >= row.changes.size(); }));
+        EXPECT_EQ(std::exchange(seen, {}), row.changes);
     }
 }
 
 TEST_F(ModemLines, InputsArePolledEvery10Milliseconds)
 {
     openPort();
-    m_adapter.polls = 0;
-    const auto begin = Clock::now();
-    EXPECT_TRUE(eventually([&] { return m_adapter.polls >= 21; }));
-    EXPECT_GE(Clock::now() - begin, milliseconds(190));
-    EXPECT_LT(Clock::now() - begin, milliseconds(1500)); // on a busy machine
+    auto fastest = Clock::duration::max(); // of some turns, since a busy machine delays polls
+    for (int turn = 0; turn < 10 && fastest > milliseconds(500); ++turn) {
+        m_adapter.polls = 0;
+        const auto begin = Clock::now();
+        EXPECT_TRUE(eventually([&] { return m_adapter.polls >= 21; }));
+        fastest = std::min(fastest, Clock::now() - begin);
+    }
+    EXPECT_GE(fastest, milliseconds(190));
+    EXPECT_LE(fastest, milliseconds(500));
 }
 
 TEST_F(ModemLines, AFailedPollOfAGoneDeviceClosesThePort)
@@ -216,6 +225,7 @@ TEST_F(ModemLines, ClosingWaitsASecondForOutputThatDoesNotMove)
     m_adapter.inDriver = -1;
     const auto begin = Clock::now();
     m_port->close();
+    EXPECT_TRUE(eventually([&] { return m_adapter.inDriver < -1; }));
     EXPECT_TRUE(m_port->isOpen());
     m_port->setRTS(true); // does not block
     EXPECT_LT(Clock::now() - begin, milliseconds(500));

@@ -35,7 +35,7 @@ struct ScriptedUpdate final : UpdateObserver
     {
         result = runUpdate(
             line,
-            [this] {
+            [this](qint32) {
                 return FirmwareImage{image, failure};
             },
             parameters, *this);

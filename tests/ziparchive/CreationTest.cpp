@@ -39,6 +39,7 @@ TEST_F(Creation, IsReadByUnzipPythonAndItself)
             appends = true;
         }
         EXPECT_TRUE(m_archive.password().isEmpty());
+        EXPECT_EQ(QFileInfo(path("a.zip")).size() > 500'000, level == 0);
 
         run("unzip", {"-tqq", "-P", password, "a.zip"});
         run("/usr/bin/python3",

@@ -19,7 +19,7 @@ noise = random.Random(1).randbytes
 
 def entry(name, data=b"data of an entry", method=8, flags=0, **fields):
     """One entry: its local header and data, and its directory header without the offset. A field given
-    by keyword (csize, usize, crc: in both headers; local_csize...: in the local one) replaces the right value."""
+    by keyword (csize, usize, crc, signature, packed) replaces the right value."""
     name = name if isinstance(name, bytes) else name.encode()
     packed = fields.get("packed")
     if packed is None:

@@ -12,10 +12,6 @@
         <translation>Schließen Sie den USB-Seriell-Adapter des Geräts an; er erscheint hier von selbst.</translation>
     </message>
     <message>
-        <source>%1 is a serial device, but not a USB-serial adapter.</source>
-        <translation>%1 ist ein serielles Gerät, aber kein USB-Seriell-Adapter.</translation>
-    </message>
-    <message>
         <source>Plug in the device&apos;s own USB-serial adapter.</source>
         <translation>Schließen Sie den zum Gerät gehörenden USB-Seriell-Adapter an.</translation>
     </message>
@@ -50,10 +46,6 @@
     <message>
         <source>Check the cable, and try another USB port.</source>
         <translation>Prüfen Sie das Kabel und versuchen Sie es an einem anderen USB-Anschluss.</translation>
-    </message>
-    <message>
-        <source>%1 is not there any more.</source>
-        <translation>%1 ist nicht mehr vorhanden.</translation>
     </message>
     <message>
         <source>Plug the device in again.</source>
@@ -94,10 +86,6 @@
     <message>
         <source>%1 is not a serial port.</source>
         <translation>%1 ist kein serieller Port.</translation>
-    </message>
-    <message>
-        <source>Choose another device.</source>
-        <translation>Wählen Sie ein anderes Gerät.</translation>
     </message>
     <message>
         <source>%1 cannot be opened: %2.</source>
@@ -180,48 +168,20 @@
         <translation>Das Gerät hat %1 nach %2 s abgelehnt.</translation>
     </message>
     <message>
-        <source>It still holds its old firmware. Check that the file is meant for it, then press “Update firmware” again.</source>
-        <translation>Es hat noch seine alte Firmware. Prüfen Sie, ob die Datei zum Gerät passt, drücken Sie dann erneut „Firmware aktualisieren“.</translation>
+        <source>It still holds its old firmware. Unplug it, plug it in, press “Open”, then “Update firmware”.</source>
+        <translation>Es hat noch seine alte Firmware. Ziehen Sie es ab, stecken Sie es ein, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
     </message>
     <message>
         <source>It must be updated again before it can be used: check that the file is meant for it, then press “Update firmware”.</source>
         <translation>Es ist erst nach erneutem Update benutzbar: Prüfen Sie, ob die Datei zum Gerät passt, drücken Sie dann „Firmware aktualisieren“.</translation>
     </message>
     <message>
-        <source>The port closed during the wait for the answer to %1, after %2 s.</source>
-        <translation>Der Port wurde nach %2 s Warten auf die Antwort auf %1 geschlossen.</translation>
-    </message>
-    <message>
-        <source>The device still holds its old firmware. Plug it in, press “Open”, then “Update firmware”.</source>
-        <translation>Das Gerät hat noch seine alte Firmware. Schließen Sie es an, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
-    </message>
-    <message>
-        <source>The device must be updated again before it can be used: plug it in, press “Open”, then “Update firmware”.</source>
-        <translation>Das Gerät ist erst nach erneutem Update benutzbar: Schließen Sie es an, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
-    </message>
-    <message>
-        <source>The device did not tell its model: no answer to %1 within %2 s.</source>
-        <translation>Das Gerät hat sein Modell nicht gemeldet: Keine Antwort auf %1 binnen %2 s.</translation>
-    </message>
-    <message>
         <source>Check its power and cable, then close and open it.</source>
         <translation>Prüfen Sie Strom und Kabel, drücken Sie dann „Close“ und „Open“.</translation>
     </message>
     <message>
-        <source>The device did not tell its model: it refused %1 after %2 s.</source>
-        <translation>Das Gerät hat sein Modell nicht gemeldet: Es hat %1 nach %2 s abgelehnt.</translation>
-    </message>
-    <message>
         <source>Close and open it to ask again.</source>
         <translation>Drücken Sie „Close“ und „Open“, um erneut abzufragen.</translation>
-    </message>
-    <message>
-        <source>The device did not tell its model: the port closed during the wait for the answer to %1, after %2 s.</source>
-        <translation>Das Gerät hat sein Modell nicht gemeldet: Der Port wurde nach %2 s Warten auf die Antwort auf %1 geschlossen.</translation>
-    </message>
-    <message>
-        <source>Plug it in and press “Open” to ask again.</source>
-        <translation>Schließen Sie es an und drücken Sie „Open“, um erneut abzufragen.</translation>
     </message>
     <message>
         <source>There is no firmware file yet.</source>
@@ -284,10 +244,6 @@
         <translation>Drücken Sie erneut „Neueste herunterladen“.</translation>
     </message>
     <message>
-        <source>The server %1 did not go on within %2 s.</source>
-        <translation>Der Server %1 hat %2 s lang nichts gesendet.</translation>
-    </message>
-    <message>
         <source>Try again later.</source>
         <translation>Versuchen Sie es später erneut.</translation>
     </message>
@@ -316,10 +272,6 @@
         <translation>Der Server %1 hat mit dem HTTP-Status %2 geantwortet.</translation>
     </message>
     <message>
-        <source>Try again later; if it stays so, tell the server&apos;s operator.</source>
-        <translation>Versuchen Sie es später erneut; bleibt es dabei, informieren Sie den Betreiber des Servers.</translation>
-    </message>
-    <message>
         <source>The server names the package %1, which cannot be a folder&apos;s name.</source>
         <translation>Der Server nennt das Paket %1; so kann kein Ordner heißen.</translation>
     </message>
@@ -332,28 +284,12 @@
         <translation>Das Paket ist zu groß (%1).</translation>
     </message>
     <message>
-        <source>Tell the server&apos;s operator. The old firmware files are still there.</source>
-        <translation>Informieren Sie den Betreiber des Servers. Die alten Firmware-Dateien sind noch vorhanden.</translation>
-    </message>
-    <message>
         <source>The package %1 is not a zip archive.</source>
         <translation>Das Paket %1 ist kein ZIP-Archiv.</translation>
     </message>
     <message>
-        <source>The package is damaged at the entry %1.</source>
-        <translation>Das Paket ist beim Eintrag %1 beschädigt.</translation>
-    </message>
-    <message>
-        <source>Press “Download latest” again. The old firmware files are still there.</source>
-        <translation>Drücken Sie erneut „Neueste herunterladen“. Die alten Firmware-Dateien sind noch vorhanden.</translation>
-    </message>
-    <message>
         <source>The package&apos;s entry %1 would be written outside its folder.</source>
         <translation>Der Paketeintrag %1 würde außerhalb des Paketordners gespeichert.</translation>
-    </message>
-    <message>
-        <source>The package has a file and a folder of one name, %1.</source>
-        <translation>Das Paket enthält eine Datei und einen Ordner gleichen Namens: %1.</translation>
     </message>
     <message>
         <source>%1 is in the way, and does not belong to this program.</source>
@@ -364,16 +300,8 @@
         <translation>Verschieben Sie es an einen anderen Ort und drücken Sie dann erneut „Neueste herunterladen“.</translation>
     </message>
     <message>
-        <source>There is no room for the package at %1.</source>
-        <translation>Unter %1 ist nicht genug Platz für das Paket.</translation>
-    </message>
-    <message>
         <source>Free some disk space, then press “Download latest” again.</source>
         <translation>Geben Sie Speicherplatz frei und drücken Sie dann erneut „Neueste herunterladen“.</translation>
-    </message>
-    <message>
-        <source>You may not write to %1.</source>
-        <translation>Schreibzugriff auf %1 ist nicht erlaubt.</translation>
     </message>
     <message>
         <source>Correct its access rights, then press “Download latest” again.</source>
@@ -384,32 +312,16 @@
         <translation>%1: %2.</translation>
     </message>
     <message>
-        <source>Check the disk. The old firmware files are still there.</source>
-        <translation>Prüfen Sie den Datenträger. Die alten Firmware-Dateien sind noch vorhanden.</translation>
-    </message>
-    <message>
         <source>%1 holds no certificate in PEM format.</source>
         <translation>%1 enthält kein Zertifikat im PEM-Format.</translation>
-    </message>
-    <message>
-        <source>Name a file that does.</source>
-        <translation>Geben Sie eine Datei an, die eines enthält.</translation>
     </message>
     <message>
         <source>%1 is in use by a program that you cannot see.</source>
         <translation>%1 wird von einem Programm benutzt, das Sie nicht sehen können.</translation>
     </message>
     <message>
-        <source>Download or add one, or check that it is the right device.</source>
-        <translation>Laden Sie eine herunter oder legen Sie eine ab, oder prüfen Sie, ob es das richtige Gerät ist.</translation>
-    </message>
-    <message>
         <source>The certificate of %1 cannot be trusted: %2.</source>
         <translation>Das Zertifikat von %1 ist nicht vertrauenswürdig: %2.</translation>
-    </message>
-    <message>
-        <source>%1 was gone after %2 s: brltty, the driver for braille displays, is running and takes some adapters.</source>
-        <translation>%1 war nach %2 s verschwunden: brltty, der Treiber für Braillezeilen, läuft und belegt manche Adapter.</translation>
     </message>
     <message>
         <source>If nobody needs it, run “sudo apt remove brltty”, then plug the device in again.</source>
@@ -421,7 +333,7 @@
     </message>
     <message>
         <source>Press “Open” again in half a minute, or run “sudo systemctl stop ModemManager”.</source>
-        <translation>Klicken Sie in einer halben Minute erneut auf „Open“ oder führen Sie „sudo systemctl stop ModemManager“ aus.</translation>
+        <translation>Drücken Sie in einer halben Minute erneut „Open“ oder führen Sie „sudo systemctl stop ModemManager“ aus.</translation>
     </message>
     <message>
         <source>Check this computer&apos;s date and network. Nothing was downloaded.</source>
@@ -429,7 +341,378 @@
     </message>
     <message>
         <source>Do not use this package; tell the server&apos;s operator.</source>
-        <translation>Verwenden Sie dieses Paket nicht; benachrichtigen Sie den Betreiber des Servers.</translation>
+        <translation>Verwenden Sie dieses Paket nicht; informieren Sie den Betreiber des Servers.</translation>
+    </message>
+    <message>
+        <source>Plug in the device&apos;s USB-serial adapter, then run the command again.</source>
+        <translation>Schließen Sie den USB-Seriell-Adapter des Geräts an und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>%1 is a serial device, but its name does not begin with “usbserial-”.</source>
+        <translation>%1 ist ein serielles Gerät, aber sein Name beginnt nicht mit „usbserial-“.</translation>
+    </message>
+    <message>
+        <source>Plug in the device&apos;s own USB-serial adapter, or name this one in the command.</source>
+        <translation>Schließen Sie den zum Gerät gehörenden USB-Seriell-Adapter an oder nennen Sie diesen im Befehl.</translation>
+    </message>
+    <message>
+        <source>There is no serial device %1.</source>
+        <translation>Es gibt kein serielles Gerät %1.</translation>
+    </message>
+    <message>
+        <source>“vornupdater-cli list” shows the ones there are.</source>
+        <translation>„vornupdater-cli list“ zeigt die vorhandenen.</translation>
+    </message>
+    <message>
+        <source>Several devices are plugged in: %1.</source>
+        <translation>Es sind mehrere Geräte angeschlossen: %1.</translation>
+    </message>
+    <message>
+        <source>Name one of them in the command, or give --all.</source>
+        <translation>Nennen Sie eines davon im Befehl oder geben Sie --all an.</translation>
+    </message>
+    <message>
+        <source>%1 was gone after %2 s: brltty, a braille driver, is running and takes some adapters.</source>
+        <translation>%1 war nach %2 s verschwunden: brltty, ein Braille-Treiber, läuft und belegt manche Adapter.</translation>
+    </message>
+    <message>
+        <source>%1 no longer exists.</source>
+        <translation>%1 existiert nicht mehr.</translation>
+    </message>
+    <message>
+        <source>Close that program, then run the command again.</source>
+        <translation>Beenden Sie dieses Programm und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Run the command again in half a minute, or run “sudo systemctl stop ModemManager”.</source>
+        <translation>Führen Sie den Befehl in einer halben Minute erneut aus oder führen Sie „sudo systemctl stop ModemManager“ aus.</translation>
+    </message>
+    <message>
+        <source>%1 is in use by a system program; ModemManager is running and may hold it.</source>
+        <translation>%1 wird von einem Systemprogramm benutzt; ModemManager läuft und könnte es belegen.</translation>
+    </message>
+    <message>
+        <source>%1 is in use by a system program; brltty, a braille driver, is running and may hold it.</source>
+        <translation>%1 wird von einem Systemprogramm benutzt; brltty, ein Braille-Treiber, läuft und könnte es belegen.</translation>
+    </message>
+    <message>
+        <source>“sudo fuser -v %1” shows which. End it, then run the command again.</source>
+        <translation>„sudo fuser -v %1“ zeigt, welches. Beenden Sie es und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Correct the entry in the device directory.</source>
+        <translation>Berichtigen Sie den Eintrag im Geräteverzeichnis.</translation>
+    </message>
+    <message>
+        <source>Name another device; “vornupdater-cli list” shows them.</source>
+        <translation>Nennen Sie ein anderes Gerät; „vornupdater-cli list“ zeigt sie.</translation>
+    </message>
+    <message>
+        <source>Unplug the device, plug it in again, then run the command again.</source>
+        <translation>Ziehen Sie das Gerät ab, schließen Sie es wieder an und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>The device was not changed. Name another file, or download it again.</source>
+        <translation>Das Gerät wurde nicht verändert. Nennen Sie eine andere Datei oder laden Sie diese erneut herunter.</translation>
+    </message>
+    <message>
+        <source>The file %1 is meant for another model than this device (model code %2).</source>
+        <translation>Die Datei %1 ist für ein anderes Modell als dieses Gerät (Modellcode %2) bestimmt.</translation>
+    </message>
+    <message>
+        <source>The device was not changed. Name a file for its model, or give --force.</source>
+        <translation>Das Gerät wurde nicht verändert. Nennen Sie eine Datei für sein Modell oder geben Sie --force an.</translation>
+    </message>
+    <message>
+        <source>The device still holds its old firmware. Check its power and cable, then update it again.</source>
+        <translation>Das Gerät hat noch seine alte Firmware. Prüfen Sie Stromversorgung und Kabel und aktualisieren Sie es dann erneut.</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used: check its power and cable first.</source>
+        <translation>Das Gerät muss erneut aktualisiert werden, bevor es verwendet werden kann: Prüfen Sie zuerst Stromversorgung und Kabel.</translation>
+    </message>
+    <message>
+        <source>It still holds its old firmware. Unplug it, plug it in, then update it again.</source>
+        <translation>Es hat noch seine alte Firmware. Ziehen Sie es ab, schließen Sie es wieder an und aktualisieren Sie es dann erneut.</translation>
+    </message>
+    <message>
+        <source>It must be updated again before it can be used: check that the file is meant for it first.</source>
+        <translation>Es muss erneut aktualisiert werden, bevor es verwendet werden kann: Prüfen Sie zuerst, ob die Datei für das Gerät bestimmt ist.</translation>
+    </message>
+    <message>
+        <source>The port closed %2 s into the wait for the answer to %1.</source>
+        <translation>Der Port wurde nach %2 s Warten auf die Antwort auf %1 geschlossen.</translation>
+    </message>
+    <message>
+        <source>The device still holds its old firmware. Check that it is plugged in, press “Open”, then “Update firmware”.</source>
+        <translation>Das Gerät hat noch seine alte Firmware. Prüfen Sie, ob es eingesteckt ist, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
+    </message>
+    <message>
+        <source>The device still holds its old firmware. Plug it in, then update it again.</source>
+        <translation>Das Gerät hat noch seine alte Firmware. Schließen Sie es an und aktualisieren Sie es dann erneut.</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used: check that it is plugged in, press “Open”, then “Update firmware”.</source>
+        <translation>Das Gerät ist erst nach erneutem Update benutzbar: Prüfen Sie, ob es eingesteckt ist, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used: plug it in first.</source>
+        <translation>Das Gerät muss erneut aktualisiert werden, bevor es verwendet werden kann: Schließen Sie es zuerst an.</translation>
+    </message>
+    <message>
+        <source>Interrupted before the device was changed.</source>
+        <translation>Abgebrochen, bevor das Gerät verändert wurde.</translation>
+    </message>
+    <message>
+        <source>It still holds its old firmware.</source>
+        <translation>Es hat noch seine alte Firmware.</translation>
+    </message>
+    <message>
+        <source>Interrupted during the wait for the answer to %1.</source>
+        <translation>Abgebrochen während des Wartens auf die Antwort auf %1.</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used.</source>
+        <translation>Das Gerät muss erneut aktualisiert werden, bevor es verwendet werden kann.</translation>
+    </message>
+    <message>
+        <source>The device did not report its model: no answer to %1 within %2 s.</source>
+        <translation>Das Gerät hat sein Modell nicht gemeldet: keine Antwort auf %1 binnen %2 s.</translation>
+    </message>
+    <message>
+        <source>Check its power and cable, then run the command again.</source>
+        <translation>Prüfen Sie Stromversorgung und Kabel und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>The device did not report its model: it refused %1 after %2 s.</source>
+        <translation>Das Gerät hat sein Modell nicht gemeldet: Es hat %1 nach %2 s abgelehnt.</translation>
+    </message>
+    <message>
+        <source>Run the command again.</source>
+        <translation>Führen Sie den Befehl erneut aus.</translation>
+    </message>
+    <message>
+        <source>The device did not report its model: the port closed.</source>
+        <translation>Das Gerät hat sein Modell nicht gemeldet: Der Port wurde geschlossen.</translation>
+    </message>
+    <message>
+        <source>Check that it is plugged in, then press “Open”.</source>
+        <translation>Prüfen Sie, ob es eingesteckt ist, und drücken Sie dann „Open“.</translation>
+    </message>
+    <message>
+        <source>Plug it in, then run the command again.</source>
+        <translation>Schließen Sie es an und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Run “vornupdater-cli download”, or put files that end in .bin into %1.</source>
+        <translation>Führen Sie „vornupdater-cli download“ aus oder legen Sie Dateien, die auf .bin enden, in %1 ab.</translation>
+    </message>
+    <message>
+        <source>Add a firmware file for it, or check that it is the right device.</source>
+        <translation>Legen Sie eine Firmware-Datei für das Gerät ab, oder prüfen Sie, ob es das richtige ist.</translation>
+    </message>
+    <message>
+        <source>Connect it, then run the command again.</source>
+        <translation>Verbinden Sie ihn und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Check the network connection, then run the command again.</source>
+        <translation>Prüfen Sie die Netzwerkverbindung und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Check the network connection and firewall, then run the command again.</source>
+        <translation>Prüfen Sie Netzwerkverbindung und Firewall und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Check the proxy settings (https_proxy), then run the command again.</source>
+        <translation>Prüfen Sie die Proxy-Einstellungen (https_proxy) und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>The server %1 sent nothing for %2 s.</source>
+        <translation>Der Server %1 hat %2 s lang nichts gesendet.</translation>
+    </message>
+    <message>
+        <source>Try again later; if it persists, tell the server&apos;s operator.</source>
+        <translation>Versuchen Sie es später erneut; wenn es dabei bleibt, informieren Sie den Betreiber des Servers.</translation>
+    </message>
+    <message>
+        <source>Tell the server&apos;s operator. Nothing was replaced.</source>
+        <translation>Informieren Sie den Betreiber des Servers. Es wurde nichts ersetzt.</translation>
+    </message>
+    <message>
+        <source>The package&apos;s entry %1 is damaged, encrypted or of an unknown kind.</source>
+        <translation>Der Eintrag %1 des Pakets ist beschädigt, verschlüsselt oder von unbekannter Art.</translation>
+    </message>
+    <message>
+        <source>Press “Download latest” again. Nothing was replaced.</source>
+        <translation>Drücken Sie erneut „Neueste herunterladen“. Es wurde nichts ersetzt.</translation>
+    </message>
+    <message>
+        <source>Run the command again. Nothing was replaced.</source>
+        <translation>Führen Sie den Befehl erneut aus. Es wurde nichts ersetzt.</translation>
+    </message>
+    <message>
+        <source>The package has a file and a folder with the same name, %1.</source>
+        <translation>Das Paket enthält eine Datei und einen Ordner mit demselben Namen, %1.</translation>
+    </message>
+    <message>
+        <source>Move it away, then run the command again.</source>
+        <translation>Verschieben Sie es und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Not enough disk space for the package in %1.</source>
+        <translation>Zu wenig Speicherplatz für das Paket in %1.</translation>
+    </message>
+    <message>
+        <source>Free some disk space, then run the command again.</source>
+        <translation>Schaffen Sie Platz auf dem Datenträger und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>No permission to write to %1.</source>
+        <translation>Keine Berechtigung, in %1 zu schreiben.</translation>
+    </message>
+    <message>
+        <source>Correct its access rights, then run the command again.</source>
+        <translation>Korrigieren Sie die Zugriffsrechte und führen Sie den Befehl dann erneut aus.</translation>
+    </message>
+    <message>
+        <source>Check the disk. Nothing was replaced.</source>
+        <translation>Prüfen Sie den Datenträger. Es wurde nichts ersetzt.</translation>
+    </message>
+    <message>
+        <source>Use a file that holds certificates in PEM format.</source>
+        <translation>Verwenden Sie eine Datei mit Zertifikaten im PEM-Format.</translation>
+    </message>
+    <message>
+        <source>The download was interrupted.</source>
+        <translation>Der Download wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>Nothing was replaced.</source>
+        <translation>Es wurde nichts ersetzt.</translation>
+    </message>
+    <message>
+        <source>No package server is configured.</source>
+        <translation>Es ist kein Paketserver eingerichtet.</translation>
+    </message>
+    <message>
+        <source>Name one with --package-host.</source>
+        <translation>Geben Sie mit --package-host einen an.</translation>
+    </message>
+</context>
+<context>
+    <name>CliOptions</name>
+    <message>
+        <source>List the serial devices: name, node, adapter&apos;s maker and serial number.</source>
+        <translation>Die seriellen Geräte auflisten: Name, Gerätedatei, Hersteller und Seriennummer des Adapters.</translation>
+    </message>
+    <message>
+        <source>Ask devices for their model code.</source>
+        <translation>Geräte nach ihrem Modellcode fragen.</translation>
+    </message>
+    <message>
+        <source>List the files of the firmware folder.</source>
+        <translation>Die Dateien des Firmware-Ordners auflisten.</translation>
+    </message>
+    <message>
+        <source>Fetch the latest firmware package, unless it is the one that was fetched last.</source>
+        <translation>Das neueste Firmware-Paket holen, sofern es nicht das zuletzt geholte ist.</translation>
+    </message>
+    <message>
+        <source>Update devices, side by side.</source>
+        <translation>Geräte aktualisieren, mehrere gleichzeitig.</translation>
+    </message>
+    <message>
+        <source>Update each device that is plugged in, until Ctrl-C.</source>
+        <translation>Jedes angeschlossene Gerät aktualisieren, bis Strg+C gedrückt wird.</translation>
+    </message>
+    <message>
+        <source>Commands:</source>
+        <translation>Befehle:</translation>
+    </message>
+    <message>
+        <source>“%1 COMMAND --help” describes a command&apos;s options.</source>
+        <translation>„%1 COMMAND --help“ beschreibt die Optionen eines Befehls.</translation>
+    </message>
+    <message>
+        <source>A device&apos;s name or node; without one, the only device there is.</source>
+        <translation>Name oder Gerätedatei eines Geräts; ohne Angabe das einzige vorhandene Gerät.</translation>
+    </message>
+    <message>
+        <source>Name devices or give --all, not both.</source>
+        <translation>Nennen Sie Geräte oder geben Sie --all an, nicht beides.</translation>
+    </message>
+    <message>
+        <source>Give either --firmware FILE or --newest.</source>
+        <translation>Geben Sie entweder --firmware FILE oder --newest an.</translation>
+    </message>
+    <message>
+        <source>--%1 takes a number from 0 to %2.</source>
+        <translation>--%1 verlangt eine Zahl von 0 bis %2.</translation>
+    </message>
+    <message>
+        <source>Take every USB-serial adapter.</source>
+        <translation>Alle USB-Seriell-Adapter nehmen.</translation>
+    </message>
+    <message>
+        <source>Only the files for the model code N.</source>
+        <translation>Nur die Dateien für den Modellcode N.</translation>
+    </message>
+    <message>
+        <source>Update with this file.</source>
+        <translation>Mit dieser Datei aktualisieren.</translation>
+    </message>
+    <message>
+        <source>Update with the file in the firmware folder that has the highest version in its name for the device&apos;s model.</source>
+        <translation>Mit der Datei im Firmware-Ordner aktualisieren, die für das Modell des Geräts die höchste Version im Namen trägt.</translation>
+    </message>
+    <message>
+        <source>Accept a file whose name says another model than the device&apos;s.</source>
+        <translation>Auch eine Datei annehmen, deren Name ein anderes Modell als das des Geräts nennt.</translation>
+    </message>
+    <message>
+        <source>Begin a failed update again, up to N times (0).</source>
+        <translation>Eine fehlgeschlagene Aktualisierung neu beginnen, bis zu N-mal (0).</translation>
+    </message>
+    <message>
+        <source>Append a JSON line for each update to FILE.</source>
+        <translation>Für jede Aktualisierung eine JSON-Zeile an FILE anhängen.</translation>
+    </message>
+    <message>
+        <source>--timeout-scale takes a number above 0, up to %1.</source>
+        <translation>--timeout-scale verlangt eine Zahl über 0, höchstens %1.</translation>
+    </message>
+    <message>
+        <source>Updates devices&apos; firmware over their USB-serial links, and fetches firmware packages. Options come before the command.</source>
+        <translation>Aktualisiert die Firmware von Geräten über ihre USB-Seriell-Verbindungen und holt Firmware-Pakete. Optionen stehen vor dem Befehl.</translation>
+    </message>
+    <message>
+        <source>Write a JSON object a line instead of text to standard output.</source>
+        <translation>Statt Text je Zeile ein JSON-Objekt auf die Standardausgabe schreiben.</translation>
+    </message>
+    <message>
+        <source>Tell each step, and what the system reports.</source>
+        <translation>Jeden Schritt und die Meldungen des Systems ausgeben.</translation>
+    </message>
+    <message>
+        <source>Wait X times as long as usual for a slow device&apos;s answers.</source>
+        <translation>X-mal so lange wie üblich auf die Antworten eines langsamen Geräts warten.</translation>
+    </message>
+    <message>
+        <source>What to do; see below.</source>
+        <translation>Was zu tun ist; siehe unten.</translation>
+    </message>
+    <message>
+        <source>No command was given.</source>
+        <translation>Es wurde kein Befehl angegeben.</translation>
+    </message>
+    <message>
+        <source>Unknown command: %1</source>
+        <translation>Unbekannter Befehl: %1</translation>
+    </message>
+    <message>
+        <source>The update goes on. Pressing Ctrl-C again would leave the device half written.</source>
+        <translation>Die Aktualisierung läuft weiter. Erneutes Strg+C ließe das Gerät halb beschrieben zurück.</translation>
     </message>
 </context>
 <context>
@@ -484,6 +767,40 @@
     </message>
 </context>
 <context>
+    <name>DeviceRun</name>
+    <message>
+        <source>Model code %1</source>
+        <translation>Modellcode %1</translation>
+    </message>
+    <message>
+        <source>%1: %2 Beginning again with the reset pulse (%3 of %4).</source>
+        <translation>%1: %2 Neubeginn mit dem Reset-Impuls (%3 von %4).</translation>
+    </message>
+    <message>
+        <source>Updated with %1 in %2 s</source>
+        <translation>Mit %1 in %2 s aktualisiert</translation>
+    </message>
+</context>
+<context>
+    <name>Download</name>
+    <message>
+        <source>Receive the package</source>
+        <translation>Paket empfangen</translation>
+    </message>
+    <message>
+        <source>Unpack the package</source>
+        <translation>Paket entpacken</translation>
+    </message>
+    <message>
+        <source>The latest package is installed already.</source>
+        <translation>Das neueste Paket ist bereits installiert.</translation>
+    </message>
+    <message>
+        <source>The latest package is installed.</source>
+        <translation>Das neueste Paket ist installiert.</translation>
+    </message>
+</context>
+<context>
     <name>Progress</name>
     <message>
         <source>%1 elapsed, about %2 left.</source>
@@ -533,6 +850,25 @@
         <source>%1 min %2 s</source>
         <translation>%1 min %2 s</translation>
     </message>
+    <message>
+        <source>Waiting for the server, %1.</source>
+        <translation>Warten auf den Server, %1.</translation>
+    </message>
+</context>
+<context>
+    <name>Station</name>
+    <message>
+        <source>The record %1 cannot be written: %2.</source>
+        <translation>Das Protokoll %1 kann nicht geschrieben werden: %2.</translation>
+    </message>
+    <message>
+        <source>Plug in a device to update it; Ctrl-C ends.</source>
+        <translation>Schließen Sie ein Gerät an, um es zu aktualisieren; Strg+C beendet.</translation>
+    </message>
+    <message>
+        <source>To try again, unplug it and plug it in again.</source>
+        <translation>Um es erneut zu versuchen, ziehen Sie es ab und schließen Sie es wieder an.</translation>
+    </message>
 </context>
 <context>
     <name>Steps</name>
@@ -553,10 +889,6 @@
         <translation>den Download-Befehl</translation>
     </message>
     <message>
-        <source>the erase</source>
-        <translation>das Löschen</translation>
-    </message>
-    <message>
         <source>the download header</source>
         <translation>den Download-Header</translation>
     </message>
@@ -567,6 +899,61 @@
     <message>
         <source>the last frame</source>
         <translation>den letzten Block</translation>
+    </message>
+    <message>
+        <source>the erase command</source>
+        <translation>den Löschbefehl</translation>
+    </message>
+    <message>
+        <source>Synchronize</source>
+        <translation>Synchronisieren</translation>
+    </message>
+    <message>
+        <source>Connect</source>
+        <translation>Verbinden</translation>
+    </message>
+    <message>
+        <source>Ask for the version</source>
+        <translation>Version abfragen</translation>
+    </message>
+    <message>
+        <source>Read the file</source>
+        <translation>Datei lesen</translation>
+    </message>
+    <message>
+        <source>Begin the download</source>
+        <translation>Download einleiten</translation>
+    </message>
+    <message>
+        <source>Erase</source>
+        <translation>Löschen</translation>
+    </message>
+    <message>
+        <source>Wait for the release</source>
+        <translation>Auf die Freigabe warten</translation>
+    </message>
+    <message>
+        <source>Send the image</source>
+        <translation>Abbild senden</translation>
+    </message>
+    <message>
+        <source>Confirm the image</source>
+        <translation>Abbild bestätigen</translation>
+    </message>
+</context>
+<context>
+    <name>TextOutput</name>
+    <message>
+        <source>Model code %1</source>
+        <translation>Modellcode %1</translation>
+    </message>
+    <message>
+        <source>%1 %</source>
+        <translation>%1 %</translation>
+    </message>
+    <message>
+        <source>Good: %1. Failed: %2.</source>
+        <translation>Erfolgreich: %1. Fehlgeschlagen: %2.</translation>
     </message>
 </context>
 <context>
@@ -864,42 +1251,6 @@
 </context>
 <context>
     <name>vorn::UpdateSection</name>
-    <message>
-        <source>Synchronize</source>
-        <translation>Synchronisieren</translation>
-    </message>
-    <message>
-        <source>Connect</source>
-        <translation>Verbinden</translation>
-    </message>
-    <message>
-        <source>Ask for the version</source>
-        <translation>Version abfragen</translation>
-    </message>
-    <message>
-        <source>Read the file</source>
-        <translation>Datei lesen</translation>
-    </message>
-    <message>
-        <source>Begin the download</source>
-        <translation>Download einleiten</translation>
-    </message>
-    <message>
-        <source>Erase</source>
-        <translation>Löschen</translation>
-    </message>
-    <message>
-        <source>Wait for the release</source>
-        <translation>Auf die Freigabe warten</translation>
-    </message>
-    <message>
-        <source>Send the image</source>
-        <translation>Abbild senden</translation>
-    </message>
-    <message>
-        <source>Confirm the image</source>
-        <translation>Abbild bestätigen</translation>
-    </message>
     <message>
         <source>Update not started: %1</source>
         <translation>Update nicht gestartet: %1</translation>

@@ -12,10 +12,6 @@
         <translation>请插入设备的 USB 转串口适配器，它会自动显示在此处。</translation>
     </message>
     <message>
-        <source>%1 is a serial device, but not a USB-serial adapter.</source>
-        <translation>%1 是串口设备，但不是 USB 转串口适配器。</translation>
-    </message>
-    <message>
         <source>Plug in the device&apos;s own USB-serial adapter.</source>
         <translation>请插入设备自带的 USB 转串口适配器。</translation>
     </message>
@@ -50,10 +46,6 @@
     <message>
         <source>Check the cable, and try another USB port.</source>
         <translation>请检查连接线，并换一个 USB 接口再试。</translation>
-    </message>
-    <message>
-        <source>%1 is not there any more.</source>
-        <translation>%1 已不存在。</translation>
     </message>
     <message>
         <source>Plug the device in again.</source>
@@ -94,10 +86,6 @@
     <message>
         <source>%1 is not a serial port.</source>
         <translation>%1 不是串口。</translation>
-    </message>
-    <message>
-        <source>Choose another device.</source>
-        <translation>请选择其他设备。</translation>
     </message>
     <message>
         <source>%1 cannot be opened: %2.</source>
@@ -180,48 +168,20 @@
         <translation>设备在 %2 秒后拒绝了%1。</translation>
     </message>
     <message>
-        <source>It still holds its old firmware. Check that the file is meant for it, then press “Update firmware” again.</source>
-        <translation>设备仍保留旧固件。请确认该文件适用于此设备，然后再次点击“更新固件”。</translation>
+        <source>It still holds its old firmware. Unplug it, plug it in, press “Open”, then “Update firmware”.</source>
+        <translation>设备仍保留旧固件。请拔出后重新插入，点击“Open”，再点击“更新固件”。</translation>
     </message>
     <message>
         <source>It must be updated again before it can be used: check that the file is meant for it, then press “Update firmware”.</source>
         <translation>设备必须重新更新后才能使用：请确认该文件适用于此设备，然后点击“更新固件”。</translation>
     </message>
     <message>
-        <source>The port closed during the wait for the answer to %1, after %2 s.</source>
-        <translation>等待设备对%1的应答时，串口在 %2 秒后关闭。</translation>
-    </message>
-    <message>
-        <source>The device still holds its old firmware. Plug it in, press “Open”, then “Update firmware”.</source>
-        <translation>设备仍保留旧固件。请插入设备，点击“Open”，然后点击“更新固件”。</translation>
-    </message>
-    <message>
-        <source>The device must be updated again before it can be used: plug it in, press “Open”, then “Update firmware”.</source>
-        <translation>设备必须重新更新后才能使用：请插入设备，点击“Open”，然后点击“更新固件”。</translation>
-    </message>
-    <message>
-        <source>The device did not tell its model: no answer to %1 within %2 s.</source>
-        <translation>设备未报告型号：%2 秒内未收到设备对%1的应答。</translation>
-    </message>
-    <message>
         <source>Check its power and cable, then close and open it.</source>
         <translation>请检查设备的电源和连接线，然后依次点击“Close”和“Open”。</translation>
     </message>
     <message>
-        <source>The device did not tell its model: it refused %1 after %2 s.</source>
-        <translation>设备未报告型号：设备在 %2 秒后拒绝了%1。</translation>
-    </message>
-    <message>
         <source>Close and open it to ask again.</source>
         <translation>请依次点击“Close”和“Open”以重新查询。</translation>
-    </message>
-    <message>
-        <source>The device did not tell its model: the port closed during the wait for the answer to %1, after %2 s.</source>
-        <translation>设备未报告型号：等待设备对%1的应答时，串口在 %2 秒后关闭。</translation>
-    </message>
-    <message>
-        <source>Plug it in and press “Open” to ask again.</source>
-        <translation>请插入设备并点击“Open”以重新查询。</translation>
     </message>
     <message>
         <source>There is no firmware file yet.</source>
@@ -284,10 +244,6 @@
         <translation>请再次点击“下载最新固件”。</translation>
     </message>
     <message>
-        <source>The server %1 did not go on within %2 s.</source>
-        <translation>%2 秒内未收到服务器 %1 的数据。</translation>
-    </message>
-    <message>
         <source>Try again later.</source>
         <translation>请稍后重试。</translation>
     </message>
@@ -316,10 +272,6 @@
         <translation>服务器 %1 返回 HTTP 状态码 %2。</translation>
     </message>
     <message>
-        <source>Try again later; if it stays so, tell the server&apos;s operator.</source>
-        <translation>请稍后重试；如果问题依旧，请告知服务器管理员。</translation>
-    </message>
-    <message>
         <source>The server names the package %1, which cannot be a folder&apos;s name.</source>
         <translation>服务器给出的固件包名称 %1 不能用作文件夹名称。</translation>
     </message>
@@ -332,28 +284,12 @@
         <translation>固件包过大（%1）。</translation>
     </message>
     <message>
-        <source>Tell the server&apos;s operator. The old firmware files are still there.</source>
-        <translation>请告知服务器管理员。旧的固件文件仍然保留。</translation>
-    </message>
-    <message>
         <source>The package %1 is not a zip archive.</source>
         <translation>固件包 %1 不是 zip 压缩文件。</translation>
     </message>
     <message>
-        <source>The package is damaged at the entry %1.</source>
-        <translation>固件包中的条目 %1 已损坏。</translation>
-    </message>
-    <message>
-        <source>Press “Download latest” again. The old firmware files are still there.</source>
-        <translation>请再次点击“下载最新固件”。旧的固件文件仍然保留。</translation>
-    </message>
-    <message>
         <source>The package&apos;s entry %1 would be written outside its folder.</source>
         <translation>固件包中的条目 %1 会被写到固件包文件夹之外。</translation>
-    </message>
-    <message>
-        <source>The package has a file and a folder of one name, %1.</source>
-        <translation>固件包中有同名的文件和文件夹：%1。</translation>
     </message>
     <message>
         <source>%1 is in the way, and does not belong to this program.</source>
@@ -364,16 +300,8 @@
         <translation>请将其移到别处，然后再次点击“下载最新固件”。</translation>
     </message>
     <message>
-        <source>There is no room for the package at %1.</source>
-        <translation>%1 处的空间不足，无法存放固件包。</translation>
-    </message>
-    <message>
         <source>Free some disk space, then press “Download latest” again.</source>
         <translation>请释放一些磁盘空间，然后再次点击“下载最新固件”。</translation>
-    </message>
-    <message>
-        <source>You may not write to %1.</source>
-        <translation>您无权写入 %1。</translation>
     </message>
     <message>
         <source>Correct its access rights, then press “Download latest” again.</source>
@@ -384,32 +312,16 @@
         <translation>%1：%2。</translation>
     </message>
     <message>
-        <source>Check the disk. The old firmware files are still there.</source>
-        <translation>请检查磁盘。旧的固件文件仍然保留。</translation>
-    </message>
-    <message>
         <source>%1 holds no certificate in PEM format.</source>
         <translation>%1 中没有 PEM 格式的证书。</translation>
-    </message>
-    <message>
-        <source>Name a file that does.</source>
-        <translation>请指定包含此类证书的文件。</translation>
     </message>
     <message>
         <source>%1 is in use by a program that you cannot see.</source>
         <translation>%1 正被一个您无权查看的程序使用。</translation>
     </message>
     <message>
-        <source>Download or add one, or check that it is the right device.</source>
-        <translation>请下载或添加一个，或确认设备是否正确。</translation>
-    </message>
-    <message>
         <source>The certificate of %1 cannot be trusted: %2.</source>
         <translation>无法信任 %1 的证书：%2。</translation>
-    </message>
-    <message>
-        <source>%1 was gone after %2 s: brltty, the driver for braille displays, is running and takes some adapters.</source>
-        <translation>%1 在 %2 秒后消失：盲文显示器驱动程序 brltty 正在运行，它会占用某些适配器。</translation>
     </message>
     <message>
         <source>If nobody needs it, run “sudo apt remove brltty”, then plug the device in again.</source>
@@ -430,6 +342,377 @@
     <message>
         <source>Do not use this package; tell the server&apos;s operator.</source>
         <translation>请勿使用此固件包，并告知服务器管理员。</translation>
+    </message>
+    <message>
+        <source>Plug in the device&apos;s USB-serial adapter, then run the command again.</source>
+        <translation>请接上设备的 USB 串口适配器，然后重新运行该命令。</translation>
+    </message>
+    <message>
+        <source>%1 is a serial device, but its name does not begin with “usbserial-”.</source>
+        <translation>%1 是串行设备，但其名称不以“usbserial-”开头。</translation>
+    </message>
+    <message>
+        <source>Plug in the device&apos;s own USB-serial adapter, or name this one in the command.</source>
+        <translation>请接上设备自带的 USB 串口适配器，或在命令中指定此设备。</translation>
+    </message>
+    <message>
+        <source>There is no serial device %1.</source>
+        <translation>没有名为 %1 的串口设备。</translation>
+    </message>
+    <message>
+        <source>“vornupdater-cli list” shows the ones there are.</source>
+        <translation>运行“vornupdater-cli list”可查看现有设备。</translation>
+    </message>
+    <message>
+        <source>Several devices are plugged in: %1.</source>
+        <translation>已接上多个设备：%1。</translation>
+    </message>
+    <message>
+        <source>Name one of them in the command, or give --all.</source>
+        <translation>请在命令中指定其中一个，或使用 --all。</translation>
+    </message>
+    <message>
+        <source>%1 was gone after %2 s: brltty, a braille driver, is running and takes some adapters.</source>
+        <translation>%1 在 %2 秒后消失：盲文驱动程序 brltty 正在运行，它会占用某些适配器。</translation>
+    </message>
+    <message>
+        <source>%1 no longer exists.</source>
+        <translation>%1 已不存在。</translation>
+    </message>
+    <message>
+        <source>Close that program, then run the command again.</source>
+        <translation>请关闭该程序，然后重新运行该命令。</translation>
+    </message>
+    <message>
+        <source>Run the command again in half a minute, or run “sudo systemctl stop ModemManager”.</source>
+        <translation>请半分钟后重新运行该命令，或运行“sudo systemctl stop ModemManager”。</translation>
+    </message>
+    <message>
+        <source>%1 is in use by a system program; ModemManager is running and may hold it.</source>
+        <translation>%1 正被系统程序使用；ModemManager 正在运行，可能占用了它。</translation>
+    </message>
+    <message>
+        <source>%1 is in use by a system program; brltty, a braille driver, is running and may hold it.</source>
+        <translation>%1 正被系统程序使用；盲文驱动程序 brltty 正在运行，可能占用了它。</translation>
+    </message>
+    <message>
+        <source>“sudo fuser -v %1” shows which. End it, then run the command again.</source>
+        <translation>运行“sudo fuser -v %1”可查看是哪个程序。请结束它，然后重新运行该命令。</translation>
+    </message>
+    <message>
+        <source>Correct the entry in the device directory.</source>
+        <translation>请更正设备目录中的条目。</translation>
+    </message>
+    <message>
+        <source>Name another device; “vornupdater-cli list” shows them.</source>
+        <translation>请指定其他设备；运行“vornupdater-cli list”可查看设备。</translation>
+    </message>
+    <message>
+        <source>Unplug the device, plug it in again, then run the command again.</source>
+        <translation>请拔下设备并重新接上，然后重新运行该命令。</translation>
+    </message>
+    <message>
+        <source>The device was not changed. Name another file, or download it again.</source>
+        <translation>设备未被更改。请指定其他文件，或重新下载该文件。</translation>
+    </message>
+    <message>
+        <source>The file %1 is meant for another model than this device (model code %2).</source>
+        <translation>文件 %1 适用于其他型号，而不是此设备（型号代码 %2）。</translation>
+    </message>
+    <message>
+        <source>The device was not changed. Name a file for its model, or give --force.</source>
+        <translation>设备未被更改。请指定适用于其型号的文件，或使用 --force。</translation>
+    </message>
+    <message>
+        <source>The device still holds its old firmware. Check its power and cable, then update it again.</source>
+        <translation>设备仍保留旧固件。请检查其电源和线缆，然后重新更新。</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used: check its power and cable first.</source>
+        <translation>设备必须重新更新后才能使用：请先检查其电源和线缆。</translation>
+    </message>
+    <message>
+        <source>It still holds its old firmware. Unplug it, plug it in, then update it again.</source>
+        <translation>设备仍保留旧固件。请拔下设备并重新接上，然后重新更新。</translation>
+    </message>
+    <message>
+        <source>It must be updated again before it can be used: check that the file is meant for it first.</source>
+        <translation>设备必须重新更新后才能使用：请先确认该文件适用于此设备。</translation>
+    </message>
+    <message>
+        <source>The port closed %2 s into the wait for the answer to %1.</source>
+        <translation>等待设备应答%1 %2 秒后，端口关闭。</translation>
+    </message>
+    <message>
+        <source>The device still holds its old firmware. Check that it is plugged in, press “Open”, then “Update firmware”.</source>
+        <translation>设备仍保留旧固件。请确认设备已插好，点击“Open”，再点击“更新固件”。</translation>
+    </message>
+    <message>
+        <source>The device still holds its old firmware. Plug it in, then update it again.</source>
+        <translation>设备仍保留旧固件。请接上设备，然后重新更新。</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used: check that it is plugged in, press “Open”, then “Update firmware”.</source>
+        <translation>设备必须重新更新后才能使用：请确认设备已插好，点击“Open”，再点击“更新固件”。</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used: plug it in first.</source>
+        <translation>设备必须重新更新后才能使用：请先接上设备。</translation>
+    </message>
+    <message>
+        <source>Interrupted before the device was changed.</source>
+        <translation>在更改设备之前已中断。</translation>
+    </message>
+    <message>
+        <source>It still holds its old firmware.</source>
+        <translation>设备仍保留旧固件。</translation>
+    </message>
+    <message>
+        <source>Interrupted during the wait for the answer to %1.</source>
+        <translation>在等待设备应答“%1”时中断。</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used.</source>
+        <translation>设备必须重新更新后才能使用。</translation>
+    </message>
+    <message>
+        <source>The device did not report its model: no answer to %1 within %2 s.</source>
+        <translation>设备未报告其型号：%2 秒内未应答%1。</translation>
+    </message>
+    <message>
+        <source>Check its power and cable, then run the command again.</source>
+        <translation>请检查其电源和线缆，然后重新运行该命令。</translation>
+    </message>
+    <message>
+        <source>The device did not report its model: it refused %1 after %2 s.</source>
+        <translation>设备未报告其型号：%2 秒后拒绝了%1。</translation>
+    </message>
+    <message>
+        <source>Run the command again.</source>
+        <translation>请重新运行该命令。</translation>
+    </message>
+    <message>
+        <source>The device did not report its model: the port closed.</source>
+        <translation>设备未报告其型号：端口已关闭。</translation>
+    </message>
+    <message>
+        <source>Check that it is plugged in, then press “Open”.</source>
+        <translation>请确认设备已插好，然后点击“Open”。</translation>
+    </message>
+    <message>
+        <source>Plug it in, then run the command again.</source>
+        <translation>请接上设备，然后重新运行该命令。</translation>
+    </message>
+    <message>
+        <source>Run “vornupdater-cli download”, or put files that end in .bin into %1.</source>
+        <translation>请运行“vornupdater-cli download”，或将以 .bin 结尾的文件放入 %1。</translation>
+    </message>
+    <message>
+        <source>Add a firmware file for it, or check that it is the right device.</source>
+        <translation>请添加适用于它的固件文件，或确认设备是否正确。</translation>
+    </message>
+    <message>
+        <source>Connect it, then run the command again.</source>
+        <translation>请连接网络，然后重新运行该命令。</translation>
+    </message>
+    <message>
+        <source>Check the network connection, then run the command again.</source>
+        <translation>请检查网络连接，然后重新运行该命令。</translation>
+    </message>
+    <message>
+        <source>Check the network connection and firewall, then run the command again.</source>
+        <translation>请检查网络连接和防火墙，然后重新运行该命令。</translation>
+    </message>
+    <message>
+        <source>Check the proxy settings (https_proxy), then run the command again.</source>
+        <translation>请检查代理设置 (https_proxy)，然后重新运行该命令。</translation>
+    </message>
+    <message>
+        <source>The server %1 sent nothing for %2 s.</source>
+        <translation>服务器 %1 在 %2 秒内未发送任何数据。</translation>
+    </message>
+    <message>
+        <source>Try again later; if it persists, tell the server&apos;s operator.</source>
+        <translation>请稍后再试；如果问题持续，请告知服务器管理员。</translation>
+    </message>
+    <message>
+        <source>Tell the server&apos;s operator. Nothing was replaced.</source>
+        <translation>请告知服务器管理员。未替换任何文件。</translation>
+    </message>
+    <message>
+        <source>The package&apos;s entry %1 is damaged, encrypted or of an unknown kind.</source>
+        <translation>固件包的条目 %1 已损坏、已加密或类型未知。</translation>
+    </message>
+    <message>
+        <source>Press “Download latest” again. Nothing was replaced.</source>
+        <translation>请再次点击“下载最新固件”。未替换任何文件。</translation>
+    </message>
+    <message>
+        <source>Run the command again. Nothing was replaced.</source>
+        <translation>请再次运行该命令。未替换任何文件。</translation>
+    </message>
+    <message>
+        <source>The package has a file and a folder with the same name, %1.</source>
+        <translation>固件包中有同名的文件和文件夹：%1。</translation>
+    </message>
+    <message>
+        <source>Move it away, then run the command again.</source>
+        <translation>请将其移走，然后重新运行该命令。</translation>
+    </message>
+    <message>
+        <source>Not enough disk space for the package in %1.</source>
+        <translation>%1 的磁盘空间不足，无法存放固件包。</translation>
+    </message>
+    <message>
+        <source>Free some disk space, then run the command again.</source>
+        <translation>请释放一些磁盘空间，然后重新运行该命令。</translation>
+    </message>
+    <message>
+        <source>No permission to write to %1.</source>
+        <translation>没有写入 %1 的权限。</translation>
+    </message>
+    <message>
+        <source>Correct its access rights, then run the command again.</source>
+        <translation>请更正其访问权限，然后重新运行该命令。</translation>
+    </message>
+    <message>
+        <source>Check the disk. Nothing was replaced.</source>
+        <translation>请检查磁盘。未替换任何文件。</translation>
+    </message>
+    <message>
+        <source>Use a file that holds certificates in PEM format.</source>
+        <translation>请使用包含 PEM 格式证书的文件。</translation>
+    </message>
+    <message>
+        <source>The download was interrupted.</source>
+        <translation>下载已中断。</translation>
+    </message>
+    <message>
+        <source>Nothing was replaced.</source>
+        <translation>未替换任何文件。</translation>
+    </message>
+    <message>
+        <source>No package server is configured.</source>
+        <translation>未配置软件包服务器。</translation>
+    </message>
+    <message>
+        <source>Name one with --package-host.</source>
+        <translation>请用 --package-host 指定一个。</translation>
+    </message>
+</context>
+<context>
+    <name>CliOptions</name>
+    <message>
+        <source>List the serial devices: name, node, adapter&apos;s maker and serial number.</source>
+        <translation>列出串口设备：名称、设备节点、适配器的制造商和序列号。</translation>
+    </message>
+    <message>
+        <source>Ask devices for their model code.</source>
+        <translation>查询设备的型号代码。</translation>
+    </message>
+    <message>
+        <source>List the files of the firmware folder.</source>
+        <translation>列出固件文件夹中的文件。</translation>
+    </message>
+    <message>
+        <source>Fetch the latest firmware package, unless it is the one that was fetched last.</source>
+        <translation>获取最新的固件软件包，除非它就是上次获取的那个。</translation>
+    </message>
+    <message>
+        <source>Update devices, side by side.</source>
+        <translation>更新设备，多个设备同时进行。</translation>
+    </message>
+    <message>
+        <source>Update each device that is plugged in, until Ctrl-C.</source>
+        <translation>更新每个接上的设备，直到按下 Ctrl-C。</translation>
+    </message>
+    <message>
+        <source>Commands:</source>
+        <translation>命令：</translation>
+    </message>
+    <message>
+        <source>“%1 COMMAND --help” describes a command&apos;s options.</source>
+        <translation>“%1 COMMAND --help”说明某个命令的选项。</translation>
+    </message>
+    <message>
+        <source>A device&apos;s name or node; without one, the only device there is.</source>
+        <translation>设备的名称或节点；不指定时为唯一的设备。</translation>
+    </message>
+    <message>
+        <source>Name devices or give --all, not both.</source>
+        <translation>请指定设备或使用 --all，不要同时使用。</translation>
+    </message>
+    <message>
+        <source>Give either --firmware FILE or --newest.</source>
+        <translation>请使用 --firmware FILE 或 --newest 其中之一。</translation>
+    </message>
+    <message>
+        <source>--%1 takes a number from 0 to %2.</source>
+        <translation>--%1 需要 0 到 %2 之间的数字。</translation>
+    </message>
+    <message>
+        <source>Take every USB-serial adapter.</source>
+        <translation>使用每个 USB 串口适配器。</translation>
+    </message>
+    <message>
+        <source>Only the files for the model code N.</source>
+        <translation>仅列出适用于型号代码 N 的文件。</translation>
+    </message>
+    <message>
+        <source>Update with this file.</source>
+        <translation>用此文件更新。</translation>
+    </message>
+    <message>
+        <source>Update with the file in the firmware folder that has the highest version in its name for the device&apos;s model.</source>
+        <translation>用固件文件夹中适用于设备型号且名称中版本最高的文件更新。</translation>
+    </message>
+    <message>
+        <source>Accept a file whose name says another model than the device&apos;s.</source>
+        <translation>接受名称中型号与设备不符的文件。</translation>
+    </message>
+    <message>
+        <source>Begin a failed update again, up to N times (0).</source>
+        <translation>更新失败后重新开始，最多 N 次 (0)。</translation>
+    </message>
+    <message>
+        <source>Append a JSON line for each update to FILE.</source>
+        <translation>为每次更新向 FILE 追加一行 JSON。</translation>
+    </message>
+    <message>
+        <source>--timeout-scale takes a number above 0, up to %1.</source>
+        <translation>--timeout-scale 需要大于 0 且不超过 %1 的数字。</translation>
+    </message>
+    <message>
+        <source>Updates devices&apos; firmware over their USB-serial links, and fetches firmware packages. Options come before the command.</source>
+        <translation>通过 USB 串口连接更新设备的固件，并获取固件软件包。选项位于命令之前。</translation>
+    </message>
+    <message>
+        <source>Write a JSON object a line instead of text to standard output.</source>
+        <translation>在标准输出中每行写一个 JSON 对象，而不是文本。</translation>
+    </message>
+    <message>
+        <source>Tell each step, and what the system reports.</source>
+        <translation>显示每个步骤以及系统报告的信息。</translation>
+    </message>
+    <message>
+        <source>Wait X times as long as usual for a slow device&apos;s answers.</source>
+        <translation>等待较慢设备应答的时间为平常的 X 倍。</translation>
+    </message>
+    <message>
+        <source>What to do; see below.</source>
+        <translation>要做什么；见下文。</translation>
+    </message>
+    <message>
+        <source>No command was given.</source>
+        <translation>未指定命令。</translation>
+    </message>
+    <message>
+        <source>Unknown command: %1</source>
+        <translation>未知命令：%1</translation>
+    </message>
+    <message>
+        <source>The update goes on. Pressing Ctrl-C again would leave the device half written.</source>
+        <translation>更新仍在继续。再次按下 Ctrl-C 会使设备只写入一半。</translation>
     </message>
 </context>
 <context>
@@ -484,6 +767,40 @@
     </message>
 </context>
 <context>
+    <name>DeviceRun</name>
+    <message>
+        <source>Model code %1</source>
+        <translation>型号代码 %1</translation>
+    </message>
+    <message>
+        <source>%1: %2 Beginning again with the reset pulse (%3 of %4).</source>
+        <translation>%1：%2 从复位脉冲重新开始（第 %3 次，共 %4 次）。</translation>
+    </message>
+    <message>
+        <source>Updated with %1 in %2 s</source>
+        <translation>已用 %1 更新，耗时 %2 秒</translation>
+    </message>
+</context>
+<context>
+    <name>Download</name>
+    <message>
+        <source>Receive the package</source>
+        <translation>接收软件包</translation>
+    </message>
+    <message>
+        <source>Unpack the package</source>
+        <translation>解压软件包</translation>
+    </message>
+    <message>
+        <source>The latest package is installed already.</source>
+        <translation>最新的软件包已经安装。</translation>
+    </message>
+    <message>
+        <source>The latest package is installed.</source>
+        <translation>已安装最新的软件包。</translation>
+    </message>
+</context>
+<context>
     <name>Progress</name>
     <message>
         <source>%1 elapsed, about %2 left.</source>
@@ -533,6 +850,25 @@
         <source>%1 min %2 s</source>
         <translation>%1 分 %2 秒</translation>
     </message>
+    <message>
+        <source>Waiting for the server, %1.</source>
+        <translation>正在等待服务器，%1。</translation>
+    </message>
+</context>
+<context>
+    <name>Station</name>
+    <message>
+        <source>The record %1 cannot be written: %2.</source>
+        <translation>无法写入记录 %1：%2。</translation>
+    </message>
+    <message>
+        <source>Plug in a device to update it; Ctrl-C ends.</source>
+        <translation>接上设备即可更新；按 Ctrl-C 结束。</translation>
+    </message>
+    <message>
+        <source>To try again, unplug it and plug it in again.</source>
+        <translation>要重试，请拔下设备并重新接上。</translation>
+    </message>
 </context>
 <context>
     <name>Steps</name>
@@ -553,10 +889,6 @@
         <translation>下载命令</translation>
     </message>
     <message>
-        <source>the erase</source>
-        <translation>擦除操作</translation>
-    </message>
-    <message>
         <source>the download header</source>
         <translation>下载报头</translation>
     </message>
@@ -567,6 +899,61 @@
     <message>
         <source>the last frame</source>
         <translation>最后一帧</translation>
+    </message>
+    <message>
+        <source>the erase command</source>
+        <translation>擦除命令</translation>
+    </message>
+    <message>
+        <source>Synchronize</source>
+        <translation>同步</translation>
+    </message>
+    <message>
+        <source>Connect</source>
+        <translation>连接</translation>
+    </message>
+    <message>
+        <source>Ask for the version</source>
+        <translation>查询版本</translation>
+    </message>
+    <message>
+        <source>Read the file</source>
+        <translation>读取文件</translation>
+    </message>
+    <message>
+        <source>Begin the download</source>
+        <translation>开始下载</translation>
+    </message>
+    <message>
+        <source>Erase</source>
+        <translation>擦除</translation>
+    </message>
+    <message>
+        <source>Wait for the release</source>
+        <translation>等待设备就绪</translation>
+    </message>
+    <message>
+        <source>Send the image</source>
+        <translation>发送镜像</translation>
+    </message>
+    <message>
+        <source>Confirm the image</source>
+        <translation>确认镜像</translation>
+    </message>
+</context>
+<context>
+    <name>TextOutput</name>
+    <message>
+        <source>Model code %1</source>
+        <translation>型号代码 %1</translation>
+    </message>
+    <message>
+        <source>%1 %</source>
+        <translation>%1 %</translation>
+    </message>
+    <message>
+        <source>Good: %1. Failed: %2.</source>
+        <translation>成功：%1。失败：%2。</translation>
     </message>
 </context>
 <context>
@@ -864,42 +1251,6 @@
 </context>
 <context>
     <name>vorn::UpdateSection</name>
-    <message>
-        <source>Synchronize</source>
-        <translation>同步</translation>
-    </message>
-    <message>
-        <source>Connect</source>
-        <translation>连接</translation>
-    </message>
-    <message>
-        <source>Ask for the version</source>
-        <translation>查询版本</translation>
-    </message>
-    <message>
-        <source>Read the file</source>
-        <translation>读取文件</translation>
-    </message>
-    <message>
-        <source>Begin the download</source>
-        <translation>开始下载</translation>
-    </message>
-    <message>
-        <source>Erase</source>
-        <translation>擦除</translation>
-    </message>
-    <message>
-        <source>Wait for the release</source>
-        <translation>等待设备就绪</translation>
-    </message>
-    <message>
-        <source>Send the image</source>
-        <translation>发送镜像</translation>
-    </message>
-    <message>
-        <source>Confirm the image</source>
-        <translation>确认镜像</translation>
-    </message>
     <message>
         <source>Update not started: %1</source>
         <translation>更新未开始：%1</translation>

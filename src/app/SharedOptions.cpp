@@ -1,0 +1,102 @@
+#include "app/SharedOptions.h"
+
+#include "app/Causes.h"
+#include "platform/CombinedDeviceRegistry.h"
+#include "platform/DirectoryDeviceRegistry.h"
+#include "platform/UdevDeviceRegistry.h"
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+
+namespace vorn {
+namespace {
+
+// What is wrong with the directory, in words for a person; empty when nothing is.
+QString problemOfDirectory(const QString &path)
+{
+    const QFileInfo directory(path);
+    if (!directory.exists())
+        return CommandLine::tr("The device directory does not exist: %1").arg(path);
+    if (!directory.isDir())
+        return CommandLine::tr("The device directory is not a directory: %1").arg(path);
+    if (!directory.isReadable() || !directory.isExecutable())
+        return CommandLine::tr("The device directory cannot be read: %1").arg(path);
+    return {};
+}
+
+// Sets `packages`; what is wrong with the host or the certificate file, empty when nothing is.
+QString problemOfPackages(const QString &host, const QString &caFile, PackageLocation &packages)
+{
+    if (!host.isEmpty()) {
+        const auto location = PackageLocation::onHost(host);
+        if (!location)
+            return CommandLine::tr("The package host is not of the form HOST[:PORT]: %1").arg(host);
+        packages = *location;
+    }
+    if (!caFile.isNull())
+        if (const PackageProblem problem = packages.addCertificates(caFile))
+            return explainDownload(problem).what;
+    return {};
+}
+
+} // namespace
+
+SharedOptions::SharedOptions(QCommandLineParser &parser)
+    : m_parser(parser), m_help({QStringLiteral("h"), QStringLiteral("help")},
+                               CommandLine::tr("Show this help and exit.")),
+      m_version(parser.addVersionOption()),
+      m_deviceDirectory(
+          QStringLiteral("device-dir"),
+          CommandLine::tr("Besides the system's devices, offer every entry of DIR (a link to a "
+                          "terminal) as a serial device named like the entry."),
+          QStringLiteral("DIR")),
+      m_packageHost(QStringLiteral("package-host"),
+                    CommandLine::tr("Fetch packages from this server, over HTTPS."),
+                    QStringLiteral("HOST[:PORT]"), QStringLiteral(VORN_PACKAGE_HOST)),
+      m_packageCa(QStringLiteral("package-ca"),
+                  CommandLine::tr("Trust the certificates in FILE (PEM) besides the system's for "
+                                  "the package server."),
+                  QStringLiteral("FILE"))
+{
+    parser.addOptions({m_help, m_deviceDirectory, m_packageHost, m_packageCa});
+}
+
+bool SharedOptions::isHelpWanted() const
+{
+    return m_parser.isSet(m_help);
+}
+
+bool SharedOptions::isVersionWanted() const
+{
+    return m_parser.isSet(m_version);
+}
+
+QString SharedOptions::read(CommandLine &wishes) const
+{
+    wishes.deviceDirectory = m_parser.value(m_deviceDirectory);
+    QString problem;
+    if (m_parser.isSet(m_deviceDirectory))
+        problem = problemOfDirectory(wishes.deviceDirectory);
+    if (problem.isEmpty())
+        problem = problemOfPackages(m_parser.value(m_packageHost), m_parser.value(m_packageCa),
+                                    wishes.packages);
+    return problem;
+}
+
+void installDeviceRegistry(const QString &deviceDirectory)
+{
+    if (deviceDirectory.isEmpty())
+        return;
+    CombinedDeviceRegistry::Registries registries;
+    registries.push_back(std::make_unique<UdevDeviceRegistry>());
+    registries.push_back(std::make_unique<DirectoryDeviceRegistry>(deviceDirectory));
+    SerialDeviceRegistry::setSystem(
+        std::make_unique<CombinedDeviceRegistry>(std::move(registries)));
+}
+
+void print(FILE *stream, const QString &text)
+{
+    std::fputs(qPrintable(text), stream);
+}
+
+} // namespace vorn

@@ -1,0 +1,215 @@
+#include "cli/DeviceRun.h"
+
+#include "app/ProgressTexts.h"
+#include "firmware/FirmwareFolder.h"
+#include "firmware/FirmwareModels.h"
+#include "platform/Directories.h"
+#include "platform/GlobalQueue.h"
+#include "platform/MainQueue.h"
+#include "update/FirmwareImage.h"
+
+#include <QCoreApplication>
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFileInfo>
+
+namespace vorn {
+namespace {
+
+using namespace std::chrono_literals;
+using Kind = UpdateFailureKind;
+
+constexpr auto kInterruptLimit = 2s;
+
+// Sets `path` to the file that was read.
+FirmwareImage readImage(const DeviceTask &task, qint32 model, QString &path)
+{
+    path = task.imagePath;
+    if (path.isNull()) {
+        const auto scan = scanFirmwareFolder();
+        const QString name =
+            newestFirmware(firmwareForModel(scan ? scan->files : QStringList(), model));
+        if (name.isNull())
+            return {{}, {Kind::NoImageForModel, model}};
+        path = QDir(cachesDirectory()).filePath(kFirmwareFolderName + u'/' + name);
+    } else if (!task.takesAnyModel && isForOtherModel(QFileInfo(path).fileName(), model)) {
+        return {{}, {Kind::WrongModel, model, path}};
+    }
+    return readFirmwareImage(path);
+}
+
+} // namespace
+
+DeviceRun::DeviceRun(ORSSerialPortPtr port, const DeviceTask &task, Output &output,
+                     DeviceRunObserver &observer)
+    : m_task(task), m_output(output), m_observer(observer),
+      m_session(std::move(port), *this, task.parameters)
+{
+    m_outcome.device = m_session.port()->name();
+}
+
+void DeviceRun::start()
+{
+    m_began = Clock::now();
+    if (!m_session.open())
+        return openingFailed();
+    if (!m_session.hasItsSpeed()) {
+        m_isIdle = true; // what the query finds out does not matter
+        return sequenceDidEnd(
+            explain(Cause::SpeedNotPossible, {port().path(), QString::number(port().baudRate())}));
+    }
+    if (m_task.updates)
+        startUpdate();
+}
+
+void DeviceRun::interrupt()
+{
+    m_isInterrupted = true;
+    m_session.interrupt();
+    QTimer::singleShot(kInterruptLimit, m_session.port().get(), [this, token = m_lifetime.token()] {
+        if (!token.expired())
+            m_session.end();
+    });
+}
+
+void DeviceRun::portWasRemoved()
+{
+    m_session.port()->close();
+}
+
+void DeviceRun::openingFailed()
+{
+    m_outcome.code = m_lastError;
+    // Asks the system, which takes a while.
+    GlobalQueue::instance().post(
+        [this, path = port().path(), code = m_lastError, token = m_lifetime.token()] {
+            MainQueue::instance().post(token, [this, why = explainOpening(path, code)] {
+                m_isIdle = true;
+                sequenceDidEnd(why);
+            });
+        });
+}
+
+void DeviceRun::startUpdate()
+{
+    m_step.reset();
+    m_session.startUpdate([this, task = m_task, token = m_lifetime.token()](qint32 model) {
+        QString path;
+        FirmwareImage image = readImage(task, model, path);
+        if (!image.failure)
+            MainQueue::instance().post(token, [this, path,
+                                               sha256 = QCryptographicHash::hash(
+                                                   image.bytes, QCryptographicHash::Sha256)] {
+                m_outcome.file = path;
+                m_outcome.sha256 = sha256.toHex();
+            });
+        return image;
+    });
+}
+
+void DeviceRun::deviceDidReportError(const ORSSerialPortError &error)
+{
+    m_lastError = error.code;
+}
+
+void DeviceRun::targetVersionDidArrive(qint32 targetVersion)
+{
+    m_outcome.model = targetVersion;
+    m_output.showModel(m_outcome.device, targetVersion);
+}
+
+void DeviceRun::versionQueryDidEnd(const UpdateResult &result)
+{
+    if (m_hasEnded)
+        return;
+    m_outcome.text = tr("Model code %1").arg(m_outcome.model);
+    sequenceDidEnd(m_isInterrupted ? explain(Cause::InterruptedButIntact)
+                                   : explainVersionQuery(result));
+}
+
+void DeviceRun::updateDidProgress(const UpdateProgress &progress)
+{
+    if (m_step != progress.step)
+        m_output.showStep(m_outcome.device, stepOf(progress.step));
+    m_step = progress.step;
+    if (progress.step == UpdateStep::Data)
+        m_output.showProgress(m_outcome.device, progress.percent, progress.frame + 1,
+                              progress.frames);
+}
+
+void DeviceRun::updateDidEnd(const UpdateResult &result)
+{
+    UpdateResult ended = result;
+    if (m_isInterrupted && !ended.succeeded())
+        ended.failure = {Kind::Interrupted};
+    const Explanation why = explainUpdate(ended);
+    if (mayRetry(ended)) {
+        ++m_retried;
+        m_output.note(tr("%1: %2 Beginning again with the reset pulse (%3 of %4).")
+                          .arg(m_outcome.device, why.what)
+                          .arg(m_retried)
+                          .arg(m_task.retries));
+        return startUpdate();
+    }
+    if (ended.succeeded())
+        m_outcome.text = tr("Updated with %1 in %2 s")
+                             .arg(QFileInfo(m_outcome.file).fileName(), secondsText(ended.elapsed));
+    else
+        m_outcome.step = ended.step;
+    m_outcome.code = ended.failure.kind == Kind::ImageUnreadable ? ended.failure.code : 0;
+    sequenceDidEnd(why);
+}
+
+bool DeviceRun::mayRetry(const UpdateResult &result) const
+{
+    const bool isDevices =
+        result.failure.kind == Kind::TimedOut || result.failure.kind == Kind::Refused;
+    return isDevices && m_session.isOpen() && m_retried < m_task.retries;
+}
+
+void DeviceRun::deviceDidBecomeIdle()
+{
+    m_isIdle = true;
+    closeWhenIdle();
+}
+
+void DeviceRun::deviceDidClose(bool)
+{
+    closeWhenIdle();
+}
+
+void DeviceRun::deviceDoesNotClose()
+{
+    m_output.note(explain(Cause::DoesNotClose, {port().path()}).terminalText());
+    finish();
+}
+
+void DeviceRun::sequenceDidEnd(const Explanation &why)
+{
+    m_outcome.why = why;
+    m_hasEnded = true;
+    closeWhenIdle();
+}
+
+// The pulse that restarts the device is over before its port closes.
+void DeviceRun::closeWhenIdle()
+{
+    if (!m_hasEnded || (!m_isIdle && !m_isInterrupted))
+        return;
+    if (m_session.isOpen())
+        m_session.close();
+    else
+        finish();
+}
+
+void DeviceRun::finish()
+{
+    if (std::exchange(m_isFinished, true))
+        return;
+    m_outcome.elapsed =
+        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - m_began);
+    MainQueue::instance().post(m_lifetime.token(),
+                               [this] { m_observer.deviceRunDidEnd(*this, m_outcome); });
+}
+
+} // namespace vorn

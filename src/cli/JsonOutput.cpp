@@ -1,0 +1,96 @@
+#include "cli/JsonOutput.h"
+
+#include "app/SharedOptions.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <cstdio>
+
+namespace vorn {
+namespace {
+
+QString resultWord(bool succeeded)
+{
+    return succeeded ? QStringLiteral("ok") : QStringLiteral("failed");
+}
+
+} // namespace
+
+void JsonOutput::write(const char *event, const QString &device, QJsonObject object)
+{
+    object.insert(QStringLiteral("event"), QLatin1StringView(event));
+    if (!device.isEmpty())
+        object.insert(QStringLiteral("device"), device);
+    const QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
+    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stdout);
+    std::fflush(stdout);
+}
+
+void JsonOutput::showDevice(const SerialDevice &device)
+{
+    write("device", device.ttyDevice,
+          {{QStringLiteral("node"), device.calloutDevice},
+           {QStringLiteral("maker"), device.adapterMaker},
+           {QStringLiteral("serial"), device.adapterSerialNumber}});
+}
+
+void JsonOutput::showModel(const QString &device, qint32 model)
+{
+    write("device", device, {{QStringLiteral("model"), model}});
+}
+
+void JsonOutput::showFiles(const QStringList &paths)
+{
+    write("result", {},
+          {{QStringLiteral("result"), resultWord(true)},
+           {QStringLiteral("files"), QJsonArray::fromStringList(paths)}});
+}
+
+void JsonOutput::showStep(const QString &device, const Step &step)
+{
+    write("step", device, {{QStringLiteral("step"), QLatin1StringView(step.word)}});
+}
+
+void JsonOutput::showProgress(const QString &device, int percent, qint64 frame, qint64 frames)
+{
+    QJsonObject object{{QStringLiteral("percent"), percent}};
+    if (frames > 0) {
+        object.insert(QStringLiteral("frame"), frame);
+        object.insert(QStringLiteral("frames"), frames);
+    }
+    write("progress", device, object);
+}
+
+void JsonOutput::showResult(const Outcome &outcome)
+{
+    QJsonObject object{{QStringLiteral("result"), resultWord(outcome.succeeded())}};
+    if (outcome.model >= 0)
+        object.insert(QStringLiteral("model"), outcome.model);
+    if (!outcome.file.isEmpty())
+        object.insert(QStringLiteral("file"), outcome.file);
+    if (!outcome.succeeded())
+        object.insert(QStringLiteral("cause"), QLatin1StringView(outcome.why.word));
+    if (outcome.step)
+        object.insert(QStringLiteral("step"), QLatin1StringView(stepOf(*outcome.step).word));
+    if (outcome.code != 0)
+        object.insert(QStringLiteral("errno"), outcome.code);
+    write("result", outcome.device, object);
+    if (!outcome.succeeded())
+        note(failureText(outcome));
+}
+
+void JsonOutput::showSummary(int good, int failed)
+{
+    write("result", {},
+          {{QStringLiteral("result"), resultWord(failed == 0)},
+           {QStringLiteral("good"), good},
+           {QStringLiteral("failed"), failed}});
+}
+
+void JsonOutput::note(const QString &text)
+{
+    print(stderr, text + u'\n');
+}
+
+} // namespace vorn

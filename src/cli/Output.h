@@ -1,0 +1,45 @@
+#pragma once
+
+#include "cli/Outcome.h"
+#include "platform/SerialDeviceRegistry.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace vorn {
+
+// Where something stands. Its word is for programs and never changes.
+struct Step
+{
+    const char *word;
+    QString title;
+};
+Step stepOf(UpdateStep step);
+
+// Shows what happens: results on standard output, failures and notes on standard error. Names of
+// devices are empty where something concerns none (a download). Main thread only.
+class Output
+{
+public:
+    Output() = default;
+    virtual ~Output() = default;
+    Output(const Output &) = delete;
+    Output &operator=(const Output &) = delete;
+
+    virtual void showDevice(const SerialDevice &device) = 0;
+    virtual void showModel(const QString &device, qint32 model) = 0;
+    // Paths of firmware files.
+    virtual void showFiles(const QStringList &paths) = 0;
+    virtual void showStep(const QString &device, const Step &step) = 0;
+    // Frames count from 1; `frames` is 0 where there are none.
+    virtual void showProgress(const QString &device, int percent, qint64 frame, qint64 frames) = 0;
+    virtual void showResult(const Outcome &outcome) = 0;
+    virtual void showSummary(int good, int failed) = 0;
+    // For people, on standard error.
+    virtual void note(const QString &text) = 0;
+
+protected:
+    static QString failureText(const Outcome &outcome);
+};
+
+} // namespace vorn

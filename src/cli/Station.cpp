@@ -1,0 +1,105 @@
+#include "cli/Station.h"
+
+#include "app/StatusTexts.h"
+#include "platform/NotificationCenter.h"
+
+#include <QCoreApplication>
+
+#include <csignal>
+#include <cstring>
+
+namespace vorn {
+namespace {
+
+QString recordProblem(const QString &path, int error)
+{
+    return Station::tr("The record %1 cannot be written: %2.")
+        .arg(path, QString::fromLocal8Bit(std::strerror(error)));
+}
+
+} // namespace
+
+Station::Station(const CliOptions &options, Output &output)
+    : m_options(options), m_output(output), m_runs(taskOf(options), output, *this)
+{
+}
+
+std::optional<ExitCode> Station::start()
+{
+    const Explanation problem = problemOfImage(m_options);
+    if (problem.cause != Cause::None) {
+        m_output.showResult({.why = problem});
+        return exitCodeOf(problem);
+    }
+    if (!m_options.recordPath.isNull()) {
+        if (const int error = m_record.open(m_options.recordPath); error != 0) {
+            m_output.note(recordProblem(m_options.recordPath, error));
+            return kUsage;
+        }
+    }
+    NotificationCenter::defaultCenter().addObserver(
+        &m_subscription, ORSSerialPortWasConnectedNotification, [this](const QVariantMap &info) {
+            take(info.value(ORSConnectedSerialPortsKey).value<ORSSerialPortList>());
+        });
+    m_output.note(tr("Plug in a device to update it; Ctrl-C ends."));
+    take(offeredDevices());
+    return std::nullopt;
+}
+
+void Station::take(const ORSSerialPortList &ports)
+{
+    for (const ORSSerialPortPtr &port : ports)
+        if (!m_isEnding && port->name().startsWith(texts::kDeviceNamePrefix))
+            m_runs.start(port);
+}
+
+void Station::deviceWillShow(Outcome &outcome)
+{
+    if (!outcome.succeeded() && !m_isEnding)
+        outcome.advice = tr("To try again, unplug it and plug it in again.");
+    if (m_options.recordPath.isNull())
+        return;
+    if (const int error = m_record.append(outcome); error != 0) {
+        // A station whose work leaves no record does no more.
+        m_output.note(recordProblem(m_options.recordPath, error));
+        m_recordFailed = true;
+        m_isEnding = true;
+        if (m_runs.isEmpty())
+            end();
+    }
+}
+
+bool Station::quitSignalDidArrive(int signal)
+{
+    const bool isSecond = std::exchange(m_isEnding, true);
+    if (m_runs.isEmpty()) {
+        end();
+        return true;
+    }
+    if (signal == SIGINT && !isSecond) {
+        m_output.note(interruptWarning());
+        return false;
+    }
+    m_runs.interrupt();
+    return true;
+}
+
+void Station::allRunsDidEnd()
+{
+    if (m_isEnding)
+        end();
+}
+
+void Station::end()
+{
+    m_output.showSummary(m_runs.good(), m_runs.failed());
+    const bool hasFailures = m_runs.failed() > 0;
+    if (m_recordFailed)
+        QCoreApplication::exit(kUsage);
+    else if (m_runs.exitCode() == kInterrupted)
+        QCoreApplication::exit(kInterrupted);
+    else
+        QCoreApplication::exit(hasFailures ? kSeveralWithFailures : kDone);
+}
+
+} // namespace vorn

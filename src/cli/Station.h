@@ -1,0 +1,39 @@
+#pragma once
+
+#include "cli/DeviceCommand.h"
+#include "cli/StationRecord.h"
+
+#include <QCoreApplication>
+
+namespace vorn {
+
+// The command "watch": updates each device that the window would offer once per plug-in, until it
+// is told to end. Main thread only.
+class Station final : public QuitSignalsObserver, private DeviceRunsObserver
+{
+    Q_DECLARE_TR_FUNCTIONS(Station)
+public:
+    // Options and output outlive the object.
+    Station(const CliOptions &options, Output &output);
+
+    // Begins with the devices that are there. The exit code when it cannot.
+    std::optional<ExitCode> start();
+
+private:
+    bool quitSignalDidArrive(int signal) override;
+    void deviceWillShow(Outcome &outcome) override;
+    void allRunsDidEnd() override;
+
+    void take(const ORSSerialPortList &ports);
+    void end();
+
+    const CliOptions &m_options;
+    Output &m_output;
+    StationRecord m_record;
+    DeviceRuns m_runs;
+    bool m_isEnding = false;
+    bool m_recordFailed = false;
+    QObject m_subscription;
+};
+
+} // namespace vorn

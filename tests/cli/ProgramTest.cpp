@@ -1,0 +1,340 @@
+// The program itself, as a script would run it, against simulated devices.
+#include "simulator/PackageServer.h"
+#include "simulator/SampleFirmware.h"
+#include "simulator/SimulatedDevice.h"
+#include "tests/support/Eventually.h"
+#include "tests/support/QtPrinting.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <csignal>
+
+namespace vorn {
+namespace {
+
+using namespace std::chrono_literals;
+using Devices = std::vector<std::unique_ptr<SimulatedDevice>>;
+
+constexpr int kModel = 8;
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QList<QJsonObject> objectsIn(const QByteArray &text)
+{
+    QList<QJsonObject> objects;
+    for (const QByteArray &line : text.split('\n')) {
+        const QJsonObject object = QJsonDocument::fromJson(line).object();
+        EXPECT_NE(line.isEmpty(), object.contains("event") || object.contains("time"))
+            << line.constData();
+        if (!object.isEmpty())
+            objects.append(object);
+    }
+    return objects;
+}
+
+struct CliTest : testing::Test
+{
+    CliTest()
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char *name : {"XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
+            environment.insert(name, home.path());
+        for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS"})
+            environment.remove(name);
+        program.setProcessEnvironment(environment);
+        addFirmware("VORN_PLATINA-3.9.0.bin", 2000);
+        addFirmware("VORN_PLATINA-3.10.0-beta.bin", 3000);
+        addFirmware("VORN_PLATINA-3.10.0.bin", 40'000);
+        addFirmware("VORN_I-9.0.bin", 5000);
+        addFirmware("empty.bin", 0);
+    }
+    ~CliTest() override
+    {
+        program.kill();
+        program.waitForFinished();
+    }
+
+    QString firmware(const QString &name) const { return home.filePath("VornUpdate2/" + name); }
+    void addFirmware(const QString &name, qsizetype size)
+    {
+        QDir(home.path()).mkpath("VornUpdate2");
+        QFile file(firmware(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        for (qsizetype i = 0; i < size; ++i)
+            file.putChar(static_cast<char>((i * 7 + i / 251 + size) % 256));
+    }
+    SimulatedDevice &addDevice(const QString &name, const std::vector<Fault> &faults = {},
+                               int baud = 0)
+    {
+        DeviceOptions options;
+        options.directory = plugged.path();
+        options.name = name;
+        options.modelCode = kModel;
+        options.faults = faults;
+        options.baud = baud;
+        devices.push_back(std::make_unique<SimulatedDevice>(options));
+        EXPECT_TRUE(devices.back()->start());
+        return *devices.back();
+    }
+
+    void start(const QStringList &arguments)
+    {
+        program.start(VORNUPDATER_CLI, QStringList{"--device-dir", plugged.path()} + arguments);
+        ASSERT_TRUE(program.waitForStarted(20'000));
+    }
+    // The exit code, once everything that the program wrote is in `out` and `err`.
+    int finish()
+    {
+        EXPECT_TRUE(eventually([&] { return program.state() == QProcess::NotRunning; }, 60s));
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+        out += program.readAllStandardOutput();
+        err += program.readAllStandardError();
+        return program.exitCode();
+    }
+    int run(const QStringList &arguments)
+    {
+        out.clear();
+        err.clear();
+        start(arguments);
+        return finish();
+    }
+    void signal(int number) { ::kill(static_cast<pid_t>(program.processId()), number); }
+    bool waitForOutput(const QByteArray &text, int times = 1)
+    {
+        return eventually([&] {
+            out += program.readAllStandardOutput();
+            return out.count(text) >= times;
+        });
+    }
+
+    const QTemporaryDir home;
+    const QTemporaryDir plugged;
+    Devices devices;
+    QProcess program;
+    QByteArray out;
+    QByteArray err;
+};
+
+TEST_F(CliTest, EveryFailureHasItsExitCodeItsWordAndOneLine)
+{
+    struct Row
+    {
+        std::vector<Fault> faults;
+        QStringList arguments;
+        int exitCode;
+        QString cause;
+        int opens = 1;
+    };
+    const QStringList newest{"--json", "update", "--newest"};
+    const QString wrong = firmware("VORN_I-9.0.bin");
+    for (const Row &row : std::vector<Row>{
+             {{}, newest, 0, {}},
+             {{}, {"--json", "info"}, 0, {}},
+             {{}, {"--json", "update", "--newest", "nobody"}, 3, "no-device", 0},
+             {{{BootStep::Connect, FaultKind::Silence}},
+              {"--json", "--timeout-scale", "0.02", "info", "usbserial-A"},
+              5,
+              "no-answer"},
+             {{{BootStep::Frame, FaultKind::Silence, 3}},
+              QStringList{"--timeout-scale", "0.02"} + newest,
+              5,
+              "no-answer"},
+             {{{BootStep::Connect, FaultKind::Refuse}}, newest, 6, "refused"},
+             {{{BootStep::Frame, FaultKind::Unplug, 3}}, newest, 7, "unplugged"},
+             {{}, {"--json", "update", "--firmware", "/nowhere"}, 8, "bad-image", 0},
+             {{}, {"--json", "update", "--firmware", firmware("empty.bin")}, 8, "bad-image", 0},
+             {{}, {"--json", "update", "--firmware", wrong}, 8, "wrong-model"},
+             {{}, {"--json", "download"}, 9, "download-failed", 0},
+             {{}, {"--json", "--package-host", "127.0.0.1:1", "download"}, 9, "download-failed", 0},
+         }) {
+        SCOPED_TRACE(qPrintable(row.arguments.join(u' ') + " " + row.cause));
+        devices.clear();
+        const SimulatedDevice &device = addDevice("usbserial-A", row.faults);
+        EXPECT_EQ(run(row.arguments), row.exitCode) << err.constData();
+        const QList<QJsonObject> events = objectsIn(out);
+        ASSERT_FALSE(events.isEmpty());
+        EXPECT_EQ(events.last()["event"], "result");
+        EXPECT_EQ(events.last()["result"], row.cause.isEmpty() ? "ok" : "failed");
+        EXPECT_EQ(events.last()["cause"].toString(), row.cause);
+        EXPECT_EQ(err.count('\n'), row.cause.isEmpty() ? 0 : 1) << err.constData();
+        EXPECT_EQ(device.report().opens, row.opens);
+        // A device that was not to be changed was not told to begin.
+        EXPECT_TRUE(row.cause != "wrong-model" || device.report().declaredLength == 0);
+    }
+    for (const QStringList &arguments :
+         std::vector<QStringList>{{},
+                                  {"--nonsense"},
+                                  {"nonsense"},
+                                  {"update"},
+                                  {"update", "--newest", "--firmware", "x"},
+                                  {"list", "x"},
+                                  {"watch", "--newest", "x"},
+                                  {"--timeout-scale", "0", "list"},
+                                  {"firmware", "--model", "x"},
+                                  {"update", "--newest", "--all", "x"}}) {
+        EXPECT_EQ(run(arguments), 2) << qPrintable(arguments.join(u' '));
+        EXPECT_TRUE(out.isEmpty());
+        EXPECT_TRUE(err.contains("--help"));
+    }
+}
+
+TEST_F(CliTest, APortThatCannotBeOpenedSaysWhy)
+{
+    const SimulatedDevice &device = addDevice("usbserial-A");
+    const int held = ::open(qPrintable(device.path()), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    ASSERT_EQ(::flock(held, LOCK_EX), 0);
+    EXPECT_EQ(run({"--json", "info"}), 4);
+    const QList<QJsonObject> events = objectsIn(out);
+    ASSERT_EQ(events.size(), 1);
+    EXPECT_EQ(events.first()["cause"], "busy");
+    EXPECT_EQ(events.first()["errno"], EBUSY);
+    EXPECT_TRUE(err.contains("process " + QByteArray::number(QCoreApplication::applicationPid())));
+    ::close(held);
+
+    ASSERT_TRUE(QFile::link("/dev/null", plugged.filePath("usbserial-null")));
+    EXPECT_EQ(run({"info", "usbserial-null"}), 4);
+    EXPECT_TRUE(err.contains("not a serial port"));
+}
+
+TEST_F(CliTest, SeveralDevicesAreUpdatedSideBySideAndOneFailureHarmsNoOther)
+{
+    addDevice("usbserial-A");
+    EXPECT_EQ(run({"update", "--newest"}), 0);
+    addDevice("usbserial-B", {{BootStep::Frame, FaultKind::Refuse, 20}});
+    addDevice("usbserial-C");
+    addDevice("other");
+
+    EXPECT_EQ(run({"update", "--newest"}), 3);
+    EXPECT_TRUE(err.contains("usbserial-A, usbserial-B, usbserial-C"));
+    EXPECT_EQ(run({"--json", "update", "--newest", "--all"}), 1);
+    QStringList results;
+    for (const QJsonObject &event : objectsIn(out))
+        if (event["event"] == "result")
+            results.append(event["device"].toString() + event["cause"].toString());
+    results.sort();
+    EXPECT_EQ(results, QStringList({"usbserial-A", "usbserial-Brefused", "usbserial-C"}));
+    // The newest for the model, by number and not a trial version.
+    const QByteArray image = contentOf(firmware("VORN_PLATINA-3.10.0.bin"));
+    EXPECT_EQ(devices[0]->report().updates, 2);
+    EXPECT_TRUE(devices[0]->report().image == image && devices[2]->report().image == image);
+    EXPECT_EQ(devices[3]->report().opens, 0);
+
+    // By its node, and with a device that is another one's name's beginning.
+    EXPECT_EQ(
+        run({"update", "--firmware", firmware("VORN_I-9.0.bin"), "--force", devices[3]->path()}),
+        0);
+    EXPECT_EQ(devices[3]->report().image, contentOf(firmware("VORN_I-9.0.bin")));
+}
+
+TEST_F(CliTest, PipedTextHasNoControlCharacterAndARetryIsTold)
+{
+    addDevice("usbserial-A", {{BootStep::Frame, FaultKind::Refuse, 5, 0, 1}});
+    EXPECT_EQ(run({"update", "--newest", "--retries", "1"}), 0);
+    EXPECT_FALSE(QString(out + err).contains(QRegularExpression("[^\\P{C}\\n]")))
+        << out.constData();
+    EXPECT_TRUE(out.contains("usbserial-A: 50 %\n")) << out.constData();
+    EXPECT_TRUE(err.contains("1 of 1")) << err.constData();
+    EXPECT_EQ(devices[0]->report().image, contentOf(firmware("VORN_PLATINA-3.10.0.bin")));
+
+    EXPECT_EQ(run({"list"}), 0);
+    EXPECT_TRUE(out.contains("usbserial-A  " + devices[0]->path().toUtf8()));
+    EXPECT_EQ(run({"firmware", "--model", "1"}), 0);
+    EXPECT_EQ(out, firmware("VORN_I-9.0.bin").toUtf8() + '\n');
+}
+
+TEST_F(CliTest, TheFirstCtrlCGoesOnAndTheSecondEndsBetweenTwoFrames)
+{
+    for (const bool isSecond : {false, true}) {
+        devices.clear();
+        const SimulatedDevice &device = addDevice("usbserial-A", {}, 500'000);
+        out.clear();
+        err.clear();
+        ASSERT_NO_FATAL_FAILURE(start({"--json", "update", "--newest"}));
+        ASSERT_TRUE(waitForOutput("\"percent\""));
+        signal(SIGINT);
+        ASSERT_TRUE(eventually([&] {
+            err += program.readAllStandardError();
+            return err.contains("half written");
+        }));
+        if (isSecond)
+            signal(SIGINT);
+        EXPECT_EQ(finish(), isSecond ? 10 : 0);
+        const DeviceReport report = device.report();
+        EXPECT_EQ(report.errors, QStringList());
+        EXPECT_EQ(report.updates, isSecond ? 0 : 1);
+        EXPECT_EQ(objectsIn(out).last()["cause"].toString(), isSecond ? "interrupted" : "");
+        EXPECT_EQ(report.partialImage.size() % 250, 0);
+    }
+}
+
+TEST_F(CliTest, AStationUpdatesEachDeviceOncePerPlugInAndKeepsARecord)
+{
+    constexpr int kPlugIns = 20;
+    constexpr int kEach = 10; // faulty
+    const QString record = home.filePath("record");
+    SimulatedDevice &device = addDevice("usbserial-0");
+    device.unplug();
+    ASSERT_NO_FATAL_FAILURE(start({"--json", "watch", "--newest", "--record", record}));
+    for (int i = 1; i <= kPlugIns; ++i) {
+        device.setFaults(i % kEach == 0
+                             ? std::vector<Fault>{{BootStep::Frame, FaultKind::Refuse, 7}}
+                             : std::vector<Fault>{});
+        ASSERT_TRUE(device.replug());
+        ASSERT_TRUE(waitForOutput("\"event\":\"result\"", i)) << i;
+        device.unplug();
+    }
+    signal(SIGINT);
+    EXPECT_EQ(finish(), 1);
+    EXPECT_EQ(objectsIn(out).last()["good"], 18);
+    EXPECT_EQ(objectsIn(out).last()["failed"], 2);
+    EXPECT_EQ(err.count("plug it in again"), 2) << err.constData();
+    EXPECT_EQ(device.report().updates, 18);
+
+    const QByteArray image = contentOf(firmware("VORN_PLATINA-3.10.0.bin"));
+    EXPECT_EQ(device.report().image, image);
+    const QList<QJsonObject> lines = objectsIn(contentOf(record));
+    ASSERT_EQ(lines.size(), kPlugIns);
+    const QByteArray sha256 = QCryptographicHash::hash(image, QCryptographicHash::Sha256).toHex();
+    for (int i = 1; i <= kPlugIns; ++i) {
+        const QJsonObject &line = lines[i - 1];
+        EXPECT_EQ(line["result"], i % kEach == 0 ? "failed" : "ok");
+        EXPECT_EQ(line["cause"], i % kEach == 0 ? QJsonValue("refused") : QJsonValue());
+        EXPECT_EQ(line["sha256"].toString(), QString::fromLatin1(sha256));
+        EXPECT_EQ(line["model"], kModel);
+        EXPECT_EQ(line["device"], "usbserial-0");
+        EXPECT_TRUE(line["time"].toString().endsWith(u'Z') && line["seconds"].toDouble() > 0);
+    }
+}
+
+TEST_F(CliTest, DownloadFetchesThePackageOnce)
+{
+    PackageServer server(
+        {.package = samplePackage(), .lastModified = "Tue, 14 Jan 2025 10:00:00 GMT"});
+    ASSERT_TRUE(server.start());
+    const QStringList arguments{"--package-host", server.host(), "--package-ca",
+                                server.authorityFile(), "download"};
+    EXPECT_EQ(run(arguments), 0) << err.constData();
+    EXPECT_TRUE(out.contains("is installed.")) << out.constData();
+    EXPECT_TRUE(QFile::exists(firmware("VORN_PLATINA-3.3.0-beta.bin")));
+    EXPECT_EQ(run(arguments), 0);
+    EXPECT_TRUE(out.contains("installed already")) << out.constData();
+}
+
+} // namespace
+} // namespace vorn
