@@ -24,7 +24,7 @@ use_vornupdater() {
     user "vornsim sample-firmware .cache/VornUpdate2; sha256sum .cache/VornUpdate2/* >kept"
     command -v vornupdater-cli || return 0
     # Only root may open a terminal here.
-    vornsim device --dir /tmp --name usbserial-1 --exit-after 1 >/tmp/device &
+    timeout 90 vornsim device --dir /tmp --name usbserial-1 --exit-after 1 >/tmp/device &
     timeout 20 sh -c 'until grep -q ready /tmp/device; do sleep 0.1; done'
     XDG_CACHE_HOME=~tester/.cache timeout 60 vornupdater-cli --device-dir /tmp update --newest
     wait $!
