@@ -1,8 +1,7 @@
 # The Debian packages: vornupdater with the programs, libvornserial-dev with the serial library.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME vornupdater)
-set(CPACK_PACKAGE_CONTACT "Vorn Firmware Updater maintainers <maintainers@vorn.invalid>" CACHE STRING
-    "Maintainer named in the packages")
+set(CPACK_PACKAGE_CONTACT ${VORN_MAINTAINER})
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)

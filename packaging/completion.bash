@@ -2,7 +2,7 @@
 # program itself.
 _vornupdater()
 {
-    local cur prev words cword command commands= options=()
+    local cur prev words cword command commands='' options=()
     _init_completion -s || return
     case ${1##*/} in
     vornupdater-cli) commands='list info firmware download update watch' ;;
