@@ -243,10 +243,4 @@ QString versionLine()
     return QStringLiteral("vornupdater-cli %1\n").arg(QCoreApplication::applicationVersion());
 }
 
-QString interruptWarning()
-{
-    return CliOptions::tr("The update goes on. Pressing Ctrl-C again would leave the device half "
-                          "written.");
-}
-
 } // namespace vorn

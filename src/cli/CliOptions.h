@@ -38,7 +38,5 @@ std::optional<CliOptions> readCliOptions(const QStringList &arguments, int &exit
 
 // "vornupdater-cli 1.0.0"
 QString versionLine();
-// What the first Ctrl-C says while devices are being updated.
-QString interruptWarning();
 
 } // namespace vorn

@@ -4,15 +4,11 @@
 #include "cli/DeviceRuns.h"
 #include "platform/QuitSignals.h"
 
+#include <optional>
+
 namespace vorn {
 
-// The devices that the window would offer, by their names.
-ORSSerialPortList offeredDevices();
-// What to do with a device, and what is wrong with the image. Cause::None: nothing is.
-DeviceTask taskOf(const CliOptions &options);
-Explanation problemOfImage(const CliOptions &options);
-
-// The commands "info" and "update": one run for each device that was named. Main thread only.
+// The commands "info" and "update": one run for each device that was chosen. Main thread only.
 class DeviceCommand final : public QuitSignalsObserver, private DeviceRunsObserver
 {
 public:
@@ -24,14 +20,12 @@ public:
     std::optional<ExitCode> start();
 
 private:
-    bool quitSignalDidArrive(int signal) override;
+    bool quitSignalDidArrive(int signal) override { return m_runs.interruptOn(signal); }
     void allRunsDidEnd() override;
-    ORSSerialPortList chosenDevices(Explanation &problem) const;
 
     const CliOptions &m_options;
     Output &m_output;
     DeviceRuns m_runs;
-    bool m_wasWarned = false;
 };
 
 } // namespace vorn

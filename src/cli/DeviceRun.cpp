@@ -95,14 +95,14 @@ void DeviceRun::startUpdate()
     m_step.reset();
     m_session.startUpdate([this, task = m_task, token = m_lifetime.token()](qint32 model) {
         QString path;
-        FirmwareImage image = readImage(task, model, path);
+        const FirmwareImage image = readImage(task, model, path);
+        QByteArray sha256;
         if (!image.failure)
-            MainQueue::instance().post(token, [this, path,
-                                               sha256 = QCryptographicHash::hash(
-                                                   image.bytes, QCryptographicHash::Sha256)] {
-                m_outcome.file = path;
-                m_outcome.sha256 = sha256.toHex();
-            });
+            sha256 = QCryptographicHash::hash(image.bytes, QCryptographicHash::Sha256).toHex();
+        MainQueue::instance().post(token, [this, path, sha256] {
+            m_outcome.file = path.isNull() ? path : QFileInfo(path).absoluteFilePath();
+            m_outcome.sha256 = sha256;
+        });
         return image;
     });
 }
@@ -123,8 +123,8 @@ void DeviceRun::versionQueryDidEnd(const UpdateResult &result)
     if (m_hasEnded)
         return;
     m_outcome.text = tr("Model code %1").arg(m_outcome.model);
-    sequenceDidEnd(m_isInterrupted ? explain(Cause::InterruptedButIntact)
-                                   : explainVersionQuery(result));
+    sequenceDidEnd(m_isInterrupted && !result.succeeded() ? explain(Cause::InterruptedButIntact)
+                                                          : explainVersionQuery(result));
 }
 
 void DeviceRun::updateDidProgress(const UpdateProgress &progress)

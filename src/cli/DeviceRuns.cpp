@@ -3,6 +3,7 @@
 #include "platform/NotificationCenter.h"
 
 #include <algorithm>
+#include <csignal>
 
 namespace vorn {
 
@@ -23,11 +24,18 @@ void DeviceRuns::start(const ORSSerialPortPtr &port)
     m_runs.back()->start();
 }
 
-void DeviceRuns::interrupt()
+bool DeviceRuns::interruptOn(int signal)
 {
+    const bool isFirst = signal == SIGINT && !std::exchange(m_wasWarned, true);
+    if (m_task.updates && (isFirst || signal == SIGHUP)) {
+        m_output.note(tr("The update goes on. Pressing Ctrl-C again would leave the device half "
+                         "written."));
+        return false;
+    }
     m_isInterrupted = true;
     for (const auto &run : m_runs)
         run->interrupt();
+    return true;
 }
 
 ExitCode DeviceRuns::exitCode() const

@@ -3,6 +3,7 @@
 #include "cli/DeviceRun.h"
 #include "serial/ORSSerialPortManager.h"
 
+#include <QCoreApplication>
 #include <QObject>
 
 #include <memory>
@@ -25,12 +26,15 @@ protected:
 // Devices that are worked on side by side, each on its own. Main thread only.
 class DeviceRuns final : private DeviceRunObserver
 {
+    Q_DECLARE_TR_FUNCTIONS(DeviceRuns)
 public:
     // Output and observer outlive the object.
     DeviceRuns(const DeviceTask &task, Output &output, DeviceRunsObserver &observer);
 
     void start(const ORSSerialPortPtr &port);
-    void interrupt();
+    // Ends the runs unless the signal lets updates go on, as the first SIGINT and a terminal that
+    // closes do. True if they end.
+    bool interruptOn(int signal);
 
     bool isEmpty() const { return m_runs.empty(); }
     int good() const { return m_good; }
@@ -49,6 +53,7 @@ private:
     int m_good = 0;
     int m_failed = 0;
     ExitCode m_lastFailure = kDone;
+    bool m_wasWarned = false;
     bool m_isInterrupted = false;
     QObject m_subscription;
 };

@@ -32,7 +32,7 @@ struct Outcome
 {
     QString device{};                 // name; empty when it did not concern a device
     qint32 model = -1;                // -1: unknown
-    QString file{};                   // the image's path, once it was read
+    QString file{};                   // the image's path, once it was chosen
     QByteArray sha256{};              // of the image, in hexadecimal
     Explanation why{};                // Cause::None: success
     int code = 0;                     // the errno behind a failure, 0 for none

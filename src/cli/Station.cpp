@@ -1,11 +1,11 @@
 #include "cli/Station.h"
 
 #include "app/StatusTexts.h"
+#include "cli/DeviceChoice.h"
 #include "platform/NotificationCenter.h"
 
 #include <QCoreApplication>
 
-#include <csignal>
 #include <cstring>
 
 namespace vorn {
@@ -64,23 +64,15 @@ void Station::deviceWillShow(Outcome &outcome)
         m_output.note(recordProblem(m_options.recordPath, error));
         m_recordFailed = true;
         m_isEnding = true;
-        if (m_runs.isEmpty())
-            end();
     }
 }
 
 bool Station::quitSignalDidArrive(int signal)
 {
-    const bool isSecond = std::exchange(m_isEnding, true);
-    if (m_runs.isEmpty()) {
-        end();
-        return true;
-    }
-    if (signal == SIGINT && !isSecond) {
-        m_output.note(interruptWarning());
-        return false;
-    }
-    m_runs.interrupt();
+    m_isEnding = true;
+    if (!m_runs.isEmpty())
+        return m_runs.interruptOn(signal);
+    end();
     return true;
 }
 

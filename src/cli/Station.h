@@ -1,7 +1,9 @@
 #pragma once
 
-#include "cli/DeviceCommand.h"
+#include "cli/CliOptions.h"
+#include "cli/DeviceRuns.h"
 #include "cli/StationRecord.h"
+#include "platform/QuitSignals.h"
 
 #include <QCoreApplication>
 

@@ -1,4 +1,5 @@
 #include "app/Translations.h"
+#include "cli/DeviceChoice.h"
 #include "cli/DeviceCommand.h"
 #include "cli/Download.h"
 #include "cli/JsonOutput.h"

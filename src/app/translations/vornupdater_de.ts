@@ -710,10 +710,6 @@
         <source>Unknown command: %1</source>
         <translation>Unbekannter Befehl: %1</translation>
     </message>
-    <message>
-        <source>The update goes on. Pressing Ctrl-C again would leave the device half written.</source>
-        <translation>Die Aktualisierung läuft weiter. Erneutes Strg+C ließe das Gerät halb beschrieben zurück.</translation>
-    </message>
 </context>
 <context>
     <name>CommandLine</name>
@@ -779,6 +775,13 @@
     <message>
         <source>Updated with %1 in %2 s</source>
         <translation>Mit %1 in %2 s aktualisiert</translation>
+    </message>
+</context>
+<context>
+    <name>DeviceRuns</name>
+    <message>
+        <source>The update goes on. Pressing Ctrl-C again would leave the device half written.</source>
+        <translation>Die Aktualisierung läuft weiter. Erneutes Strg+C ließe das Gerät halb beschrieben zurück.</translation>
     </message>
 </context>
 <context>

@@ -710,10 +710,6 @@
         <source>Unknown command: %1</source>
         <translation>未知命令：%1</translation>
     </message>
-    <message>
-        <source>The update goes on. Pressing Ctrl-C again would leave the device half written.</source>
-        <translation>更新仍在继续。再次按下 Ctrl-C 会使设备只写入一半。</translation>
-    </message>
 </context>
 <context>
     <name>CommandLine</name>
@@ -779,6 +775,13 @@
     <message>
         <source>Updated with %1 in %2 s</source>
         <translation>已用 %1 更新，耗时 %2 秒</translation>
+    </message>
+</context>
+<context>
+    <name>DeviceRuns</name>
+    <message>
+        <source>The update goes on. Pressing Ctrl-C again would leave the device half written.</source>
+        <translation>更新仍在继续。再次按下 Ctrl-C 会使设备只写入一半。</translation>
     </message>
 </context>
 <context>
