@@ -1,8 +1,7 @@
 # The Debian packages: vornupdater with the programs, libvornserial-dev with the serial library.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME vornupdater)
-set(CPACK_PACKAGE_CONTACT "Vorn Firmware Updater maintainers <maintainers@vorn.invalid>" CACHE STRING
-    "Maintainer named in the packages")
+set(CPACK_PACKAGE_CONTACT ${VORN_MAINTAINER})
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)
@@ -21,8 +20,6 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_UPDATER_PACKAGE_NAME vornupdater)
 set(CPACK_DEBIAN_UPDATER_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_UPDATER_PACKAGE_SHLIBDEPS ON)
-# The plugins that show a window are no libraries that the program is linked with.
-set(CPACK_DEBIAN_UPDATER_PACKAGE_DEPENDS qt6-qpa-plugins)
 set(CPACK_DEBIAN_UPDATER_PACKAGE_RECOMMENDS "ca-certificates, qt6-translations-l10n, qt6-wayland")
 set(CPACK_DEBIAN_UPDATER_PACKAGE_SUGGESTS openssl)
 set(CPACK_COMPONENT_UPDATER_DESCRIPTION

@@ -2,7 +2,7 @@
 # program itself.
 _vornupdater()
 {
-    local cur prev words cword command commands=
+    local cur prev words cword command commands='' options=()
     _init_completion -s || return
     case ${1##*/} in
     vornupdater-cli) commands='list info firmware download update watch' ;;
@@ -10,7 +10,11 @@ _vornupdater()
     esac
     local i
     for ((i = 1; i < cword; i++)); do
-        [[ " $commands " != *" ${words[i]} "* ]] || command=${words[i]}
+        if [[ " $commands " == *" ${words[i]} "* ]]; then
+            command=${words[i]}
+            break
+        fi
+        options+=("${words[i]}")
     done
 
     case $prev in
@@ -26,12 +30,11 @@ _vornupdater()
     esac
     if [[ $cur == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$(_parse_help "$1" "$command --help")" -- "$cur")
-        [[ ${COMPREPLY-} != *= ]] || compopt -o nospace
     elif [[ -n $commands && -z ${command-} ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$cur")
     elif [[ ${1##*/} == vornupdater-cli && $command =~ ^(info|update)$ ]]; then
         local devices
-        devices=$("$1" --json list 2>/dev/null | sed -nE 's/.*"device": ?"([^"]*)".*/\1/p')
+        devices=$("$1" "${options[@]}" --json list 2>/dev/null | sed -nE 's/.*"device": ?"([^"]*)".*/\1/p')
         mapfile -t COMPREPLY < <(compgen -W "$devices" -- "$cur")
     fi
 } && complete -F _vornupdater vornupdater vornupdater-cli vornsim

@@ -23,9 +23,11 @@ use_vornupdater() {
     [ $status -eq 124 ] || { echo "The window ended by itself: $status" >&2 && exit 1; }
     user "vornsim sample-firmware .cache/VornUpdate2; sha256sum .cache/VornUpdate2/* >kept"
     command -v vornupdater-cli || return 0
-    user "mkdir devices; vornsim device --dir devices --name usbserial-1 --exit-after 1 &
-        until [ -e devices/usbserial-1 ]; do sleep 0.1; done
-        vornupdater-cli --device-dir devices update --newest; wait"
+    # Only root may open a terminal here.
+    timeout 90 vornsim device --dir /tmp --name usbserial-1 --exit-after 1 >/tmp/device &
+    timeout 20 sh -c 'until grep -q ready /tmp/device; do sleep 0.1; done'
+    XDG_CACHE_HOME=~tester/.cache timeout 60 vornupdater-cli --device-dir /tmp update --newest
+    wait $!
 }
 use_libvornserial-dev() {
     user "g++ -std=c++20 /usr/share/doc/libvornserial-dev/examples/serial-example.cpp -o example \

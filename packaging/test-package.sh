@@ -3,7 +3,8 @@
 # Ends with 77 (skipped) where no such root can be made.
 set -euo pipefail
 build=$(readlink -f "$1") here=$(dirname "$(readlink -f "$0")") work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+trap 'rm -rf --one-file-system "$work"' EXIT
+export TMPDIR=$work
 fail() { echo "$*" >&2 && exit 1; }
 
 mkdir "$work/packages" "$work/tree"
@@ -17,6 +18,10 @@ done
 lintian --allow-root --fail-on error "$build"/packages/*.deb
 cd "$work/tree/usr/share"
 appstreamcli validate --no-net metainfo/*.xml
+version=$(dpkg-deb -f "$build"/packages/vornupdater_*.deb Version)
+for file in metainfo/*.xml doc/vornupdater/changelog.gz; do
+    zgrep -qF "${version%-*}" "$file" || fail "$file does not know version ${version%-*}."
+done
 desktop-file-validate applications/*.desktop
 ! grep -rF "${here%/packaging}/" "$work/tree" || fail "The place of the build is in the packages."
 
@@ -24,7 +29,7 @@ for program in ../bin/*; do
     page=man/man1/${program##*/}.1.gz
     [ -z "$(LC_ALL=C.UTF-8 man --warnings -E UTF-8 -l -Tutf8 -Z "$page" 2>&1 >/dev/null)" ] ||
         fail "$page has warnings."
-    for command in '' device package-server firmware update watch; do
+    for command in '' device package-server info firmware update watch; do
         "$program" $command --help 2>/dev/null | grep -oE -- '--[a-z][a-z-]+' || true
     done | sort -u >"$work/options"
     zcat "$page" | sed 's/\\-/-/g' >"$work/page"
@@ -42,3 +47,4 @@ if ! mmdebstrap --quiet --variant=apt --customize-hook="copy-in '$work/packages'
     echo "Skipped: no clean root can be made here, so the packages were not installed." >&2
     exit 77
 fi
+echo "The packages were installed, used, upgraded, removed and purged in a clean root."
