@@ -3,7 +3,6 @@
 # leaves nothing but the user's files.
 set -euo pipefail
 cd "$(dirname "$0")"
-echo "In a clean root:"
 
 # Folders change with what is in them; the package manager keeps records of its own.
 everything() {
@@ -35,9 +34,13 @@ use_libvornserial-dev() {
 }
 
 useradd --create-home tester
+apt_get install g++
+for package in *.deb; do
+    apt_get satisfy "$(dpkg-deb -f "$package" Depends)"
+done
+# What fails before this is the network's doing.
+echo "In a clean root:"
 for package in vornupdater libvornserial-dev; do
-    [ $package = vornupdater ] || apt_get install g++
-    apt_get satisfy "$(dpkg-deb -f ${package}_*.deb Depends)"
     everything >/tmp/before
     dpkg --install ${package}_*.deb
     use_$package
