@@ -26,6 +26,10 @@ FirmwareImage readImage(const DeviceTask &task, qint32 model, QString &path)
 {
     path = task.imagePath;
     if (path.isNull()) {
+        // A model that takes every file has no newest one: versions of other families do not
+        // compare.
+        if (isForEveryFile(model))
+            return {{}, {Kind::NoImageForModel, model}};
         const auto scan = scanFirmwareFolder();
         const QString name =
             newestFirmware(firmwareForModel(scan ? scan->files : QStringList(), model));
@@ -93,6 +97,7 @@ void DeviceRun::openingFailed()
 void DeviceRun::startUpdate()
 {
     m_step.reset();
+    m_lastError = 0;
     m_session.startUpdate([this, task = m_task, token = m_lifetime.token()](qint32 model) {
         QString path;
         FirmwareImage image = readImage(task, model, path);
@@ -156,7 +161,10 @@ void DeviceRun::updateDidEnd(const UpdateResult &result)
                              .arg(QFileInfo(m_outcome.file).fileName(), secondsText(ended.elapsed));
     else
         m_outcome.step = ended.step;
-    m_outcome.code = ended.failure.kind == Kind::ImageUnreadable ? ended.failure.code : 0;
+    if (ended.failure.kind == Kind::ImageUnreadable)
+        m_outcome.code = ended.failure.code;
+    else if (ended.failure.kind == Kind::PortClosed)
+        m_outcome.code = m_lastError;
     sequenceDidEnd(why);
 }
 

@@ -5,11 +5,10 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <csignal>
+#include <utility>
 
 namespace vorn {
-namespace {
-
-} // namespace
 
 Download::Download(const CliOptions &options, Output &output)
     : m_hasServer(options.common.packages.isConfigured()), m_output(output), m_library(*this),
@@ -27,10 +26,11 @@ std::optional<ExitCode> Download::start()
     return std::nullopt;
 }
 
-bool Download::quitSignalDidArrive(int)
+bool Download::quitSignalDidArrive(int signal)
 {
-    if (m_isUnpacking)
-        return false; // it takes a moment, and is done wholly or not at all
+    // It takes a moment, and what is left behind by force is tidied up at the next start.
+    if (m_isUnpacking && signal != SIGTERM && !std::exchange(m_wasAsked, true))
+        return false;
     QCoreApplication::exit(fail(explain(Cause::DownloadInterrupted)));
     return true;
 }

@@ -42,7 +42,8 @@ private:
     FirmwareLibrary m_library;
     PackageDownload m_download;
     bool m_isUnpacking = false;
-    int m_percent = -1; // as shown last
+    bool m_wasAsked = false; // to end while it unpacks
+    int m_percent = -1;      // as shown last
 };
 
 } // namespace vorn

@@ -22,9 +22,7 @@ void JsonOutput::write(const char *event, const QString &device, QJsonObject obj
     object.insert(QStringLiteral("event"), QLatin1StringView(event));
     if (!device.isEmpty())
         object.insert(QStringLiteral("device"), device);
-    const QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
-    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stdout);
-    std::fflush(stdout);
+    m_console.write(stdout, QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
 }
 
 void JsonOutput::showDevice(const SerialDevice &device)
@@ -54,6 +52,8 @@ void JsonOutput::showStep(const QString &device, const Step &step)
 
 void JsonOutput::showProgress(const QString &device, int percent, qint64 frame, qint64 frames)
 {
+    if (m_console.isBehind())
+        return;
     QJsonObject object{{QStringLiteral("percent"), percent}};
     if (frames > 0) {
         object.insert(QStringLiteral("frame"), frame);
@@ -90,7 +90,7 @@ void JsonOutput::showSummary(int good, int failed)
 
 void JsonOutput::note(const QString &text)
 {
-    print(stderr, text + u'\n');
+    m_console.write(stderr, text + u'\n');
 }
 
 } // namespace vorn

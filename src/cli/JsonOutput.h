@@ -20,7 +20,7 @@ public:
     void note(const QString &text) override;
 
 private:
-    static void write(const char *event, const QString &device, QJsonObject object);
+    void write(const char *event, const QString &device, QJsonObject object);
 };
 
 } // namespace vorn

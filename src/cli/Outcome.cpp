@@ -27,7 +27,7 @@ ExitCode exitCodeOf(const Explanation &why)
     for (const Row &row : kRows)
         if (row.word == QLatin1StringView(why.word))
             return row.code;
-    return kDone;
+    return why.cause == Cause::None ? kDone : kNoAnswer;
 }
 
 } // namespace vorn

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cli/Console.h"
 #include "cli/Outcome.h"
 #include "platform/SerialDeviceRegistry.h"
 
@@ -39,6 +40,7 @@ public:
     virtual void note(const QString &text) = 0;
 
 protected:
+    Console m_console;
     static QString failureText(const Outcome &outcome);
 };
 

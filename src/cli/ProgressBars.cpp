@@ -20,8 +20,11 @@ constexpr int kBarWidth = 24;
 winsize terminalSize()
 {
     winsize size{};
-    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0)
-        size = {.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
+    ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size);
+    if (size.ws_col == 0)
+        size.ws_col = 80;
+    if (size.ws_row == 0)
+        size.ws_row = 24;
     return size;
 }
 
@@ -41,11 +44,13 @@ QString fitted(const QString &text, int columns)
 
 } // namespace
 
-ProgressBars::ProgressBars()
+ProgressBars::ProgressBars(Console &console) : m_console(console)
 {
     m_redraw.setSingleShot(true);
     m_redraw.setInterval(kRedraw);
     m_redraw.callOnTimeout([this] {
+        if (m_console.isBehind())
+            return m_redraw.start();
         hide();
         show();
     });
@@ -85,9 +90,8 @@ void ProgressBars::remove(const QString &device)
 void ProgressBars::hide()
 {
     if (m_shown > 0)
-        print(stdout, QStringLiteral("\033[%1A\r\033[J").arg(m_shown));
+        m_console.write(stdout, QStringLiteral("\033[%1A\r\033[J").arg(m_shown));
     m_shown = 0;
-    std::fflush(stdout);
 }
 
 void ProgressBars::show()
@@ -103,10 +107,9 @@ void ProgressBars::show()
                                  .arg(bar.percent, 3)
                                  .arg(bar.device, QString(filled, u'#'),
                                       QString(kBarWidth - filled, u'-'), bar.step);
-        print(stdout, fitted(line, size.ws_col - 1) + u'\n');
+        m_console.write(stdout, QString(fitted(line, size.ws_col - 1) + u'\n'));
         ++m_shown;
     }
-    std::fflush(stdout);
 }
 
 } // namespace vorn

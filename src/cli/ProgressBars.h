@@ -1,5 +1,7 @@
 #pragma once
 
+#include "cli/Console.h"
+
 #include <QString>
 #include <QTimer>
 
@@ -12,7 +14,8 @@ namespace vorn {
 class ProgressBars
 {
 public:
-    ProgressBars();
+    // The console outlives the object.
+    explicit ProgressBars(Console &console);
     ~ProgressBars();
     ProgressBars(const ProgressBars &) = delete;
     ProgressBars &operator=(const ProgressBars &) = delete;
@@ -34,6 +37,7 @@ private:
     };
     Bar &barOf(const QString &device);
 
+    Console &m_console;
     std::vector<Bar> m_bars;
     int m_shown = 0; // lines on the terminal
     QTimer m_redraw;

@@ -48,9 +48,16 @@ std::optional<ExitCode> Station::start()
 
 void Station::take(const ORSSerialPortList &ports)
 {
-    for (const ORSSerialPortPtr &port : ports)
-        if (!m_isEnding && port->name().startsWith(texts::kDeviceNamePrefix))
+    for (const ORSSerialPortPtr &port : ports) {
+        if (m_isEnding || !port->name().startsWith(texts::kDeviceNamePrefix))
+            continue;
+        // The file may have gone since the last device.
+        const Explanation problem = problemOfImage(m_options);
+        if (problem.cause == Cause::None)
             m_runs.start(port);
+        else
+            m_output.showResult({.device = port->name(), .why = problem});
+    }
 }
 
 void Station::deviceWillShow(Outcome &outcome)

@@ -59,15 +59,20 @@ int StationRecord::append(const Outcome &outcome)
     QByteArray line = lineOf(outcome);
     if (m_isInsideLine)
         line.prepend('\n');
+    const off_t size = ::lseek(m_file.get(), 0, SEEK_END);
     ssize_t written = 0;
     do
         written = ::write(m_file.get(), line.constData(), static_cast<std::size_t>(line.size()));
     while (written < 0 && errno == EINTR);
     if (written < 0)
         return errno;
-    m_isInsideLine = written < line.size();
-    if (m_isInsideLine)
+    if (written < line.size()) {
+        // No half line stays behind.
+        if (::ftruncate(m_file.get(), size) != 0)
+            return errno;
         return ENOSPC;
+    }
+    m_isInsideLine = false;
     // Pipes cannot be synchronized, and need not.
     return ::fsync(m_file.get()) == 0 || errno == EINVAL ? 0 : errno;
 }

@@ -21,15 +21,14 @@ bool isTerminal(int descriptor)
 TextOutput::TextOutput(bool verbose) : m_verbose(verbose)
 {
     if (!verbose && isTerminal(STDOUT_FILENO))
-        m_bars = std::make_unique<ProgressBars>();
+        m_bars = std::make_unique<ProgressBars>(m_console);
 }
 
 void TextOutput::writeLine(FILE *stream, const QString &text)
 {
     if (m_bars)
         m_bars->hide();
-    print(stream, printableName(text) + u'\n');
-    std::fflush(stream);
+    m_console.write(stream, QString(printableName(text) + u'\n'));
     if (m_bars)
         m_bars->show();
 }
@@ -71,6 +70,8 @@ void TextOutput::showProgress(const QString &device, int percent, qint64, qint64
 {
     if (m_bars)
         return m_bars->setPercent(device, percent);
+    if (m_console.isBehind())
+        return;
     const int tenth = percent / 10;
     if (tenth == std::exchange(m_tenths[device], tenth) || tenth == 0)
         return;

@@ -8,6 +8,7 @@
 #include "firmware/FirmwareModels.h"
 #include "firmware/StagingFolder.h"
 #include "platform/Directories.h"
+#include "platform/MainQueue.h"
 #include "platform/QuitSignals.h"
 
 #include <QCoreApplication>
@@ -105,6 +106,7 @@ int main(int argc, char **argv)
     // A reader of the output that goes away does not end an update.
     std::signal(SIGPIPE, SIG_IGN);
     QCoreApplication application(argc, argv);
+    MainQueue::instance(); // belongs to this thread, whoever uses it first
     installTranslations();
     int exitCode = kDone;
     const auto options = readCliOptions(QCoreApplication::arguments(), exitCode);

@@ -30,11 +30,19 @@ inline QStringList firmwareForModel(QStringList files, qint32 modelCode)
     return {};
 }
 
+// Whether a device of this model takes every file, whatever its name.
+inline bool isForEveryFile(qint32 modelCode)
+{
+    for (const FirmwareModel &model : kFirmwareModels)
+        if (model.modelCode == modelCode)
+            return model.prefix.isEmpty();
+    return false;
+}
+
 // Whether the name says that the file is meant for another model than this one. A name that says
 // nothing, and a device that takes every file, suit everything.
 inline bool isForOtherModel(QStringView name, qint32 modelCode)
 {
-    // "VORN-" is for models that are not listed.
     constexpr QStringView kPrefixes[] = {u"VORN_I-", u"VORN-", u"VORN_PLATINA-"};
     for (const FirmwareModel &model : kFirmwareModels)
         if (model.modelCode == modelCode && name.startsWith(model.prefix))

@@ -306,6 +306,7 @@ TEST_F(CliTest, AStationUpdatesEachDeviceOncePerPlugInAndKeepsARecord)
 
 TEST_F(CliTest, DownloadFetchesThePackageOnce)
 {
+    QFileInfo(firmware("x")).dir().removeRecursively(); // as before the first download
     PackageServer server(
         {.package = samplePackage(), .lastModified = "Tue, 14 Jan 2025 10:00:00 GMT"});
     ASSERT_TRUE(server.start());
