@@ -3,9 +3,10 @@
 #include "simulator/SimulatedDevice.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/QtPrinting.h"
+#include "tests/support/TestImage.h"
+#include "tests/ziparchive/Tree.h"
 #include "update/DeviceSession.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -73,12 +74,8 @@ public:
     }
     void update(qsizetype length)
     {
-        image.clear();
-        for (qsizetype i = 0; i < length; ++i)
-            image.append(static_cast<char>((i * 7 + i / 251) % 256));
-        QFile file(imagePath);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(image) == length);
-        file.close();
+        image = imageOf(length);
+        writeFile(imagePath, image);
         session->startUpdate(imagePath);
     }
     // The result of the so-many-th update.
