@@ -163,23 +163,13 @@ TEST(Causes, EachFactHasItsCauseAndNoOther)
     }
 }
 
-TEST(Causes, EachWordIsKnownAndItsCureNamesNoButton)
+TEST(Causes, ACureInATerminalNamesNoButton)
 {
-    const QSet<QString> words{"no-device",   "no-permission",   "busy",       "cannot-open",
-                              "no-answer",   "refused",         "unplugged",  "bad-image",
-                              "wrong-model", "download-failed", "interrupted"};
-    QSet<QString> seen;
-    for (const CauseRow &row : causeTable()) {
-        if (QString(row.word).isEmpty())
-            continue;
-        seen += row.word;
-        const Explanation found = explain(row.cause);
-        EXPECT_STREQ(found.word, row.word);
-        EXPECT_FALSE(found.terminalCure.contains(
-            QRegularExpression("“(Open|Update firmware|Download latest)”|[Cc]hoose")))
-            << qPrintable(found.terminalText());
-    }
-    EXPECT_EQ(seen, words);
+    const QRegularExpression button("“(Open|Update firmware|Download latest)”|[Cc]hoose");
+    for (const CauseRow &row : causeTable())
+        EXPECT_TRUE(QString(row.word).isEmpty() ||
+                    !explain(row.cause).terminalCure.contains(button))
+            << row.cure;
 }
 
 TEST(Causes, TheTroubleshootingPageHasEachRowOfTheTable)
