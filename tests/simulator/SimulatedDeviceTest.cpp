@@ -53,7 +53,7 @@ TEST(BootLoader, RefusesAndNamesEachOffence)
 
 TEST(Device, BeginsAgainBehindAnUnfinishedFrameAndNotesOneThatComesTooEarly)
 {
-    SessionRig rig(with(&DeviceOptions::eraseTime, 1s));
+    SessionRig rig({.eraseTime = 1s});
     const ORSSerialPortPtr port = rig.session->port();
     port->sendData(CmdConnect().first(1) + kSync);
     ASSERT_TRUE(rig.device.waitForExchanges(2, 20s));
@@ -165,7 +165,7 @@ TEST(Replay, EndsEveryUpdateAsTheRecordedOneEnded)
         BootParameters parameters = patientParameters();
         if (kind == UpdateFailureKind::TimedOut)
             parameters.eraseLimit = 200ms; // the recorded silence took 30 s
-        SessionRig rig(with(&DeviceOptions::replay, recorded), parameters);
+        SessionRig rig({.replay = recorded}, parameters);
         for (std::size_t number = 1; number <= 2 && rig.session->isOpen(); ++number) {
             rig.update(600);
             const UpdateResult result = rig.result(number);

@@ -17,7 +17,7 @@ using Kind = UpdateFailureKind;
 TEST(DeviceSession, OpensAtTheFamilysSpeedAndAsksForTheVersion)
 {
     const auto begin = std::chrono::steady_clock::now();
-    SessionRig rig(with(&DeviceOptions::modelCode, 200));
+    SessionRig rig({.modelCode = 200});
     EXPECT_EQ(rig.session->port()->baudRate(), 2'000'000U);
     EXPECT_GE(rig.session->lastHeard(), begin);
     EXPECT_TRUE(rig.session->transcript()->text().contains("< AF 00 00 C8\n"));
@@ -30,7 +30,7 @@ TEST(DeviceSession, UpdatesSeveralDevicesSideBySideWhileTheMainThreadIsBusy)
 {
     std::vector<std::unique_ptr<SessionRig>> rigs;
     for (const int modelCode : {1, 8, 1, 8, 1, 8, 1, 8, 1, 8})
-        rigs.push_back(std::make_unique<SessionRig>(with(&DeviceOptions::modelCode, modelCode)));
+        rigs.push_back(std::make_unique<SessionRig>(DeviceOptions{.modelCode = modelCode}));
     for (const auto &rig : rigs)
         rig->update(250);
     for (const auto &rig : rigs) {
@@ -79,7 +79,7 @@ TEST(DeviceSession, CountsAnswersThatCameInTimeHoweverLateTheyAreDelivered)
     BootParameters parameters = patientParameters();
     parameters.answerLimit = 200ms;
     parameters.answerGap = 20ms;
-    SessionRig rig(with(&DeviceOptions::connectPieces, {1, 3}), parameters);
+    SessionRig rig({.connectPieces = {1, 3}}, parameters);
     rig.targetVersion = -1;
     // For longer than the update waits.
     QTimer busy;
@@ -92,7 +92,7 @@ TEST(DeviceSession, CountsAnswersThatCameInTimeHoweverLateTheyAreDelivered)
 
 TEST(DeviceSession, NeedsNoProcessorTimeWhileTheDeviceErases)
 {
-    SessionRig rig(with(&DeviceOptions::eraseTime, 1s));
+    SessionRig rig({.eraseTime = 1s});
     std::vector<UpdateStep> steps;
     rig.onProgress = [&](const UpdateProgress &progress) { steps.push_back(progress.step); };
     rig.update(250);
@@ -105,7 +105,7 @@ TEST(DeviceSession, NeedsNoProcessorTimeWhileTheDeviceErases)
 
 TEST(DeviceSession, ClosingIsToldWhenItIsTrueEndsWhatRunsAndMayBeFollowedByOpening)
 {
-    SessionRig rig(with(&DeviceOptions::eraseTime, 300ms));
+    SessionRig rig({.eraseTime = 300ms});
     rig.onProgress = [&](const UpdateProgress &progress) {
         if (progress.step == UpdateStep::Erase)
             rig.session->close();
@@ -183,7 +183,7 @@ TEST(DeviceSession, AnUpdateTakesTheLineFromAQueryThatStillWaits)
 
 TEST(DeviceSession, OneThatIsDestroyedLeavesWithoutAWordAndTheLineToTheNext)
 {
-    SessionRig rig(with(&DeviceOptions::eraseTime, 300ms));
+    SessionRig rig({.eraseTime = 300ms});
     const QPointer<ORSSerialPort> port = rig.session->port().get();
     rig.onProgress = [&](const UpdateProgress &progress) {
         if (progress.step == UpdateStep::Erase)

@@ -13,7 +13,6 @@
 
 #include <functional>
 #include <memory>
-#include <type_traits>
 #include <vector>
 
 namespace vorn {
@@ -27,15 +26,6 @@ inline BootParameters patientParameters()
     parameters.answerLimit = parameters.eraseLimit = 20s;
     parameters.answerGap = 2s;
     return parameters;
-}
-
-// A device with one option that is not the default.
-template <typename Value>
-DeviceOptions with(Value DeviceOptions::*option, std::type_identity_t<Value> value)
-{
-    DeviceOptions options;
-    options.*option = std::move(value);
-    return options;
 }
 
 // A simulated device and an open session on its terminal whose version query has ended.
