@@ -49,6 +49,9 @@ std::vector<Row> rows()
     const auto update = [](UpdateFailure failure, UpdateStep step, bool mayBeErased) {
         return explainUpdate(ended(std::move(failure), step, mayBeErased));
     };
+    const auto image = [&](const UpdateFailure &failure) {
+        return update(failure, UpdateStep::ReadImage, false);
+    };
     const auto query = [](Ended kind) {
         return explainVersionQuery(ended({kind}, UpdateStep::Connect, false));
     };
@@ -76,21 +79,14 @@ std::vector<Row> rows()
         {explainVanishing("usbserial-A", 1500ms, false), Cause::VanishedSoon, {"1.5 s"}},
         {explainVanishing("usbserial-A", 1500ms, true), Cause::VanishedToBrltty, {"brltty"}},
 
-        {update({Ended::NoImageChosen}, UpdateStep::ReadImage, false), Cause::NoImageChosen},
-        {update({Ended::ImageUnreadable, EACCES, "/x.bin"}, UpdateStep::ReadImage, false),
+        {image({Ended::NoImageChosen}), Cause::NoImageChosen},
+        {image({Ended::ImageUnreadable, EACCES, "/x.bin"}),
          Cause::ImageUnreadable,
          {"/x.bin", "Permission denied"}},
-        {update({Ended::ImageEmpty, 0, "/x.bin"}, UpdateStep::ReadImage, false),
-         Cause::ImageEmpty,
-         {"/x.bin"}},
-        {update({Ended::ImageTooLong, 0, "/x.bin"}, UpdateStep::ReadImage, false),
-         Cause::ImageTooLong},
-        {update({Ended::WrongModel, 8, "/x.bin"}, UpdateStep::ReadImage, false),
-         Cause::WrongModel,
-         {"/x.bin", "8"}},
-        {update({Ended::NoImageForModel, 8}, UpdateStep::ReadImage, false),
-         Cause::NoFirmwareForModel,
-         {"8"}},
+        {image({Ended::ImageEmpty, 0, "/x.bin"}), Cause::ImageEmpty, {"/x.bin"}},
+        {image({Ended::ImageTooLong, 0, "/x.bin"}), Cause::ImageTooLong},
+        {image({Ended::WrongModel, 8, "/x.bin"}), Cause::WrongModel, {"/x.bin", "8"}},
+        {image({Ended::NoImageForModel, 8}), Cause::NoFirmwareForModel, {"8"}},
         {update({Ended::Interrupted}, UpdateStep::Connect, false), Cause::InterruptedButIntact},
         {update({Ended::Interrupted}, UpdateStep::Data, true),
          Cause::InterruptedAndErased,
@@ -163,23 +159,13 @@ TEST(Causes, EachFactHasItsCauseAndNoOther)
     }
 }
 
-TEST(Causes, EachWordIsKnownAndItsCureNamesNoButton)
+TEST(Causes, ACureInATerminalNamesNoButton)
 {
-    const QSet<QString> words{"no-device",   "no-permission",   "busy",       "cannot-open",
-                              "no-answer",   "refused",         "unplugged",  "bad-image",
-                              "wrong-model", "download-failed", "interrupted"};
-    QSet<QString> seen;
-    for (const CauseRow &row : causeTable()) {
-        if (QString(row.word).isEmpty())
-            continue;
-        seen += row.word;
-        const Explanation found = explain(row.cause);
-        EXPECT_STREQ(found.word, row.word);
-        EXPECT_FALSE(found.terminalCure.contains(
-            QRegularExpression("“(Open|Update firmware|Download latest)”|[Cc]hoose")))
-            << qPrintable(found.terminalText());
-    }
-    EXPECT_EQ(seen, words);
+    const QRegularExpression button("“(Open|Update firmware|Download latest)”|[Cc]hoose");
+    for (const CauseRow &row : causeTable())
+        EXPECT_TRUE(QString(row.word).isEmpty() ||
+                    !explain(row.cause).terminalCure.contains(button))
+            << row.cure;
 }
 
 TEST(Causes, TheTroubleshootingPageHasEachRowOfTheTable)

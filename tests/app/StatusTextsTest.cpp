@@ -41,6 +41,8 @@ TEST(StatusTexts, AnUpdateThatFailsShowsTheTextsOfItsStep)
                                           {Kind::Refused, row.refused}}) {
             result.failure.kind = kind;
             EXPECT_EQ(texts::ofUpdateEnd(result), shown);
+            EXPECT_EQ(texts::ofVersionQueryEnd(result),
+                      kind == Kind::Refused ? QStringList() : QStringList{kFailed});
         }
     }
     UpdateResult image;
@@ -49,16 +51,6 @@ TEST(StatusTexts, AnUpdateThatFailsShowsTheTextsOfItsStep)
     EXPECT_EQ(texts::ofUpdateEnd(image), QStringList{"Prompt:No firmware selected"});
     image.failure = {Kind::ImageEmpty, 0, "x"};
     EXPECT_EQ(texts::ofUpdateEnd(image), QStringList{kFailed});
-}
-
-TEST(StatusTexts, AQueryThatIsNotAnsweredSaysSoAndOneThatIsRefusedDoesNot)
-{
-    UpdateResult result;
-    EXPECT_EQ(texts::ofVersionQueryEnd(result), QStringList());
-    result.failure.kind = Kind::Refused;
-    EXPECT_EQ(texts::ofVersionQueryEnd(result), QStringList());
-    result.failure.kind = Kind::TimedOut;
-    EXPECT_EQ(texts::ofVersionQueryEnd(result), QStringList{kFailed});
 }
 
 TEST(StatusTexts, PackageProgressIsAFigureInPercentWhereTheLengthIsKnown)

@@ -6,6 +6,7 @@
 #include "simulator/PackageServer.h"
 #include "simulator/SimulatedDevice.h"
 #include "tests/support/Eventually.h"
+#include "tests/support/TestImage.h"
 #include "tests/ziparchive/Tree.h"
 #include "window/MainWindow.h"
 
@@ -40,13 +41,8 @@ QString firmwareFolder()
 
 QByteArray writeFirmware(const QString &name, qsizetype size)
 {
-    QByteArray bytes(size, Qt::Uninitialized);
-    for (qsizetype i = 0; i < size; ++i)
-        bytes[i] = static_cast<char>(i * 7 + i / 251);
-    QDir().mkpath(firmwareFolder());
-    QFile file(firmwareFolder() + QLatin1Char('/') + name);
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == size);
-    return bytes;
+    writeFile(firmwareFolder() + QLatin1Char('/') + name, imageOf(size));
+    return imageOf(size);
 }
 
 // A terminal that does not close: the port's thread waits in its tcsetattr().
@@ -210,8 +206,13 @@ TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
     press(updateButton);
     EXPECT_EQ(status->text(), "Prompt:No firmware selected");
     choose();
+    writeFirmware(kImage, 0);
+    press(updateButton);
+    EXPECT_EQ(status->text(), "Prompt:Firmware update failed,please try again");
+    EXPECT_FALSE(controller->serialPort()->RTS());
     EXPECT_EQ(device->report().exchanges, 1); // the version query
 
+    writeFirmware(kImage, image.size());
     press(updateButton);
     press(updateButton); // does nothing more
     ASSERT_TRUE(
@@ -232,37 +233,17 @@ TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
         EXPECT_TRUE(copied().contains(part)) << part;
     EXPECT_FALSE(copied().contains(QDir::homePath() + '/'));
 
+    EXPECT_EQ(status->tone(), StatusTone::Good);
+    press(updateButton);
+    EXPECT_EQ(status->tone(), StatusTone::Neutral);
+    EXPECT_EQ(progress->value(), 0);
+    ASSERT_TRUE(eventually([&] { return status->tone() == StatusTone::Good; }));
+
     press(openButton);
     ASSERT_TRUE(eventually(
         [&] { return connection->text() == "Prompt:usbserial-one Selected,close successfully"; }));
     EXPECT_EQ(openButton->text(), "Open");
     EXPECT_FALSE(controller->serialPort()->isOpen());
-}
-
-TEST_F(WindowTest, FirmwareThatAKilledProgramHadSetAsideIsBackAtTheStart)
-{
-    const QString leftover = cachesDirectory() + "/.VornUpdate2-staging-a";
-    ASSERT_TRUE(QDir().mkpath(leftover + "/set-aside"));
-    ASSERT_TRUE(QDir().rename(firmwareFolder(), leftover + "/set-aside/VornUpdate2"));
-    show();
-    EXPECT_TRUE(eventually([&] { return firmware->findText(kImage) > 0; }));
-    EXPECT_FALSE(QFile::exists(leftover));
-}
-
-TEST_F(WindowTest, AFileThatCannotServeLeavesTheDeviceAlone)
-{
-    ASSERT_NO_FATAL_FAILURE(openAndChoose());
-    const auto refused = [&] {
-        status->clear();
-        press(updateButton);
-        return status->text() == "Prompt:Firmware update failed,please try again";
-    };
-    writeFirmware(kImage, 0);
-    EXPECT_TRUE(refused());
-    QFile::remove(firmwareFolder() + QLatin1Char('/') + kImage);
-    EXPECT_TRUE(refused());
-    EXPECT_FALSE(controller->serialPort()->RTS());
-    EXPECT_EQ(device->report().exchanges, 1);
 }
 
 TEST_F(WindowTest, AfterACablePulledOutDuringAnUpdateTheNextOneSucceeds)
@@ -362,9 +343,19 @@ TEST_F(WindowTest, TheFirstOfTwoDevicesIsChosen)
     EXPECT_TRUE(explains("connection", "usbserial-b is plugged in, too"));
 }
 
-TEST_F(WindowTest, APortThatClosesByItselfOrOpensAgainShowsIt)
+TEST_F(WindowTest, APortThatDoesNotOpenOrCloseAsToldSaysSo)
 {
     ASSERT_NO_FATAL_FAILURE(plugIn());
+    {
+        const FileDescriptor other(
+            ::open(QFile::encodeName(device->slavePath()).constData(), O_RDWR | O_NOCTTY));
+        ASSERT_EQ(::flock(other.get(), LOCK_EX | LOCK_NB), 0);
+        press(openButton);
+        EXPECT_EQ(connection->text(),
+                  "Prompt:usbserial-one Selected,failed to open,please try again");
+        EXPECT_TRUE(eventually([&] { return explains("connection", "in use by"); }));
+        EXPECT_EQ(openButton->text(), "Open");
+    }
     open();
     auto &manager = ORSSerialPortManager::sharedSerialPortManager();
     manager.systemWillSleep();
@@ -373,12 +364,9 @@ TEST_F(WindowTest, APortThatClosesByItselfOrOpensAgainShowsIt)
     manager.systemDidWake();
     ASSERT_TRUE(eventually([&] { return says(connection, "opened successfully"); }));
     EXPECT_EQ(openButton->text(), "Close");
-}
+    press(updateButton);
+    EXPECT_EQ(status->text(), "Prompt:No firmware selected");
 
-TEST_F(WindowTest, APortThatDoesNotCloseInTimeSaysSo)
-{
-    ASSERT_NO_FATAL_FAILURE(plugIn());
-    open();
     holdClosing = true;
     press(openButton);
     ASSERT_TRUE(
@@ -406,20 +394,11 @@ TEST_F(WindowTest, ASilentDeviceTakesNoChoiceAway)
     EXPECT_EQ(firmware->currentText(), chosen);
 }
 
-TEST_F(WindowTest, TheMarkOfAnEndIsGoneWhenTheNextUpdateBegins)
+TEST_F(WindowTest, TheDownloadButtonReplacesTheFirmwareThatAKilledProgramHadSetAside)
 {
-    ASSERT_NO_FATAL_FAILURE(openAndChoose());
-    press(updateButton);
-    ASSERT_TRUE(eventually([&] { return says(status, "successfully update"); }));
-    EXPECT_EQ(status->tone(), StatusTone::Good);
-    press(updateButton);
-    EXPECT_EQ(status->tone(), StatusTone::Neutral);
-    EXPECT_EQ(progress->value(), 0);
-    ASSERT_TRUE(eventually([&] { return status->tone() == StatusTone::Good; }));
-}
-
-TEST_F(WindowTest, TheDownloadButtonFetchesThePackageAndListsItsFiles)
-{
+    const QString leftover = cachesDirectory() + "/.VornUpdate2-staging-a";
+    ASSERT_TRUE(QDir().mkpath(leftover + "/set-aside"));
+    ASSERT_TRUE(QDir().rename(firmwareFolder(), leftover + "/set-aside/VornUpdate2"));
     PackageAnswer answer;
     answer.package = makeArchive({{"VornUpdate2/", {}}, {"VornUpdate2/VORN-2.bin", "2"}});
     PackageServer server(answer);
@@ -427,6 +406,8 @@ TEST_F(WindowTest, TheDownloadButtonFetchesThePackageAndListsItsFiles)
     packages = PackageLocation::onHost(server.host()).value();
     ASSERT_FALSE(packages.addCertificates(server.authorityFile()));
     show();
+    EXPECT_TRUE(eventually([&] { return firmware->findText(kImage) > 0; }));
+    EXPECT_FALSE(QFile::exists(leftover));
     ASSERT_TRUE(downloadButton->isEnabled());
     press(downloadButton);
     ASSERT_TRUE(eventually(
@@ -449,18 +430,6 @@ TEST_F(WindowTest, ADeviceThatTellsItsModelLateGetsItsListLate)
     }));
 }
 
-TEST_F(WindowTest, APortThatAnotherProgramHoldsFailsToOpen)
-{
-    ASSERT_NO_FATAL_FAILURE(plugIn());
-    const FileDescriptor other(
-        ::open(QFile::encodeName(device->slavePath()).constData(), O_RDWR | O_NOCTTY));
-    ASSERT_EQ(::flock(other.get(), LOCK_EX | LOCK_NB), 0);
-    press(openButton);
-    EXPECT_EQ(connection->text(), "Prompt:usbserial-one Selected,failed to open,please try again");
-    EXPECT_TRUE(eventually([&] { return explains("connection", "in use by"); }));
-    EXPECT_EQ(openButton->text(), "Open");
-}
-
 TEST_F(WindowTest, AnotherDeviceThatComesClosesTheOpenPortAndKeepsTheButton)
 {
     ASSERT_NO_FATAL_FAILURE(plugIn());
@@ -475,20 +444,6 @@ TEST_F(WindowTest, AnotherDeviceThatComesClosesTheOpenPortAndKeepsTheButton)
     press(openButton);
     EXPECT_FALSE(port->isOpen());
     EXPECT_EQ(titles(devices), QStringList(2, "usbserial-one"));
-}
-
-TEST_F(WindowTest, TheFirstControlWithATagIsFoundParentsBeforeTheirChildren)
-{
-    QWidget view;
-    QWidget branch(&view);
-    QWidget leaf(&branch);
-    QWidget later(&view);
-    leaf.setProperty("tag", 7);
-    later.setProperty("tag", 7);
-    EXPECT_EQ(getSub(&view, 1, 7), &leaf);
-    branch.setProperty("tag", 7);
-    EXPECT_EQ(getSub(&view, 1, 7), &branch);
-    EXPECT_EQ(getSub(&view, 1, 8), nullptr);
 }
 
 } // namespace

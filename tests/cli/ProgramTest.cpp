@@ -4,9 +4,10 @@
 #include "simulator/SimulatedDevice.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/QtPrinting.h"
+#include "tests/support/TestImage.h"
+#include "tests/ziparchive/Tree.h"
 
 #include <QCryptographicHash>
-#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -25,12 +26,6 @@ namespace vorn {
 namespace {
 
 using namespace std::chrono_literals;
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 QList<QJsonObject> objectsIn(const QByteArray &text)
 {
@@ -55,11 +50,12 @@ struct CliTest : testing::Test
         for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS"})
             environment.remove(name);
         program.setProcessEnvironment(environment);
-        addFirmware("VORN_PLATINA-3.9.0.bin", 2000);
-        addFirmware("VORN_PLATINA-3.10.0-beta.bin", 3000);
-        addFirmware("VORN_PLATINA-3.10.0.bin", 40'000);
-        addFirmware("VORN_I-9.0.bin", 5000);
-        addFirmware("empty.bin", 0);
+        for (const auto &[name, size] : {std::pair("VORN_PLATINA-3.9.0.bin", 2000),
+                                         {"VORN_PLATINA-3.10.0-beta.bin", 3000},
+                                         {"VORN_PLATINA-3.10.0.bin", 40'000},
+                                         {"VORN_I-9.0.bin", 5000},
+                                         {"empty.bin", 0}})
+            writeFile(firmware(name), imageOf(size));
     }
     ~CliTest() override
     {
@@ -68,14 +64,6 @@ struct CliTest : testing::Test
     }
 
     QString firmware(const QString &name) const { return home.filePath("VornUpdate2/" + name); }
-    void addFirmware(const QString &name, qsizetype size)
-    {
-        QDir(home.path()).mkpath("VornUpdate2");
-        QFile file(firmware(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        for (qsizetype i = 0; i < size; ++i)
-            file.putChar(static_cast<char>((i * 7 + i / 251 + size) % 256));
-    }
     SimulatedDevice &addDevice(const QString &name, const QString &fault = {}, int baud = 0)
     {
         DeviceOptions options;
@@ -209,7 +197,7 @@ TEST_F(CliTest, SeveralDevicesAreUpdatedSideBySideAndOneFailureHarmsNoOther)
     results.sort();
     EXPECT_EQ(results, QStringList({"usbserial-A", "usbserial-Brefused", "usbserial-C"}));
     // The newest for the model, by number and not a trial version.
-    const QByteArray image = contentOf(firmware("VORN_PLATINA-3.10.0.bin"));
+    const QByteArray image = readFile(firmware("VORN_PLATINA-3.10.0.bin"));
     EXPECT_EQ(devices[0]->report().updates, 2);
     EXPECT_TRUE(devices[0]->report().image == image && devices[2]->report().image == image);
     EXPECT_EQ(devices[3]->report().opens, 0);
@@ -217,7 +205,7 @@ TEST_F(CliTest, SeveralDevicesAreUpdatedSideBySideAndOneFailureHarmsNoOther)
     // By its node, which no other rule would choose.
     const QString other = firmware("VORN_I-9.0.bin");
     EXPECT_EQ(run("update --force --firmware " + other + " " + devices[3]->path()), 0);
-    EXPECT_EQ(devices[3]->report().image, contentOf(other));
+    EXPECT_EQ(devices[3]->report().image, readFile(other));
 }
 
 TEST_F(CliTest, PipedTextHasNoControlCharacterAndARetryIsTold)
@@ -228,7 +216,7 @@ TEST_F(CliTest, PipedTextHasNoControlCharacterAndARetryIsTold)
         << out.constData();
     EXPECT_TRUE(out.contains("usbserial-A: 50 %\n")) << out.constData();
     EXPECT_TRUE(err.contains("1 of 1")) << err.constData();
-    EXPECT_EQ(devices[0]->report().image, contentOf(firmware("VORN_PLATINA-3.10.0.bin")));
+    EXPECT_EQ(devices[0]->report().image, readFile(firmware("VORN_PLATINA-3.10.0.bin")));
 
     EXPECT_EQ(run("list"), 0);
     EXPECT_TRUE(out.contains("usbserial-A  " + devices[0]->path().toUtf8()));
@@ -285,9 +273,9 @@ TEST_F(CliTest, AStationUpdatesEachDeviceOncePerPlugInAndKeepsARecord)
     EXPECT_EQ(err.count("plug it in again"), 2) << err.constData();
     EXPECT_EQ(device.report().updates, 18);
 
-    const QByteArray image = contentOf(firmware("VORN_PLATINA-3.10.0.bin"));
+    const QByteArray image = readFile(firmware("VORN_PLATINA-3.10.0.bin"));
     EXPECT_EQ(device.report().image, image);
-    const QList<QJsonObject> lines = objectsIn(contentOf(record));
+    const QList<QJsonObject> lines = objectsIn(readFile(record));
     ASSERT_EQ(lines.size(), kPlugIns);
     const QByteArray sha256 = QCryptographicHash::hash(image, QCryptographicHash::Sha256).toHex();
     for (int i = 1; i <= kPlugIns; ++i) {

@@ -1,28 +1,30 @@
-#include "tests/simulator/TestUpdater.h"
 #include "tests/update/SessionRig.h"
+#include "update/Frames.h"
 
 #include <QRegularExpression>
-#include <QTemporaryDir>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <tuple>
-
-namespace vorn::test {
+namespace vorn {
 namespace {
 
-TEST(Device, RefusesAndNamesEachOffence)
+const QByteArray kSync = QByteArray::fromHex("f4");
+
+QByteArray header(qsizetype length)
+{
+    return DownloadHeader(0x08001800, static_cast<quint32>(length));
+}
+
+TEST(BootLoader, RefusesAndNamesEachOffence)
 {
     const QByteArray whole(250, 'x');
     QByteArray badSum = DataFrame(whole);
     badSum.back() = static_cast<char>(badSum.back() + 1);
-    // Behind the download command: what is acknowledged, and what is refused and why.
+    // Behind the download command: what is accepted, and what is not and why.
     for (const auto &[good, bad, error] :
          {std::tuple(header(500), badSum, "checksum"),
           {kSync, CmdQueryVersion(), "the command 02 FD where the connect command was due"},
           {{}, CmdQueryVersion(), "count 3 where the download header with the count 9"},
-          {{}, DataFrame(whole), "count 251 where the download header"},
           {{}, DownloadHeader(0x08000000, 10), "load address 08000000"},
           {{}, header(0), "image of 0 bytes"},
           {{}, header(1001), "image of 1001 bytes for a flash of 1000"},
@@ -30,133 +32,124 @@ TEST(Device, RefusesAndNamesEachOffence)
           {header(10), DataFrame(whole.first(11)), "count 11 was due"},
           {header(10), QByteArray(1, '\0'), "count 0"}}) {
         SCOPED_TRACE(error);
-        const TestedDevice tested({.modelCode = 1, .flashSize = 1000});
-        ASSERT_TRUE(tested.updater.handshake());
-        ASSERT_EQ(tested.updater.ask(good, good.isEmpty() ? 0 : 1), good.isEmpty() ? "" : kAck);
-        EXPECT_EQ(tested.updater.ask(bad), kNak);
-        const DeviceReport report = tested.device.report();
-        ASSERT_EQ(report.errorCount, 1);
-        EXPECT_THAT(report.errors.first().toStdString(), testing::HasSubstr(error));
-        EXPECT_EQ(report.refusals, 1);
-        EXPECT_TRUE(tested.updater.update(10)) << "after a new sync byte all is well";
+        BootLoader loader(1000);
+        BootEvent last;
+        for (const QByteArray &frame :
+             {kSync, CmdConnect(), CmdQueryVersion(), CmdDownload(), good, bad}) {
+            if (frame.isEmpty())
+                continue;
+            EXPECT_EQ(last.verdict, BootEvent::Verdict::Accepted);
+            EXPECT_EQ(last.error, QString());
+            loader.release();
+            last = loader
+                       .take({reinterpret_cast<const std::uint8_t *>(frame.data()),
+                              static_cast<std::size_t>(frame.size())})
+                       .event.value();
+        }
+        EXPECT_EQ(last.verdict, BootEvent::Verdict::Refused);
+        EXPECT_THAT(last.error.toStdString(), testing::HasSubstr(error));
     }
 }
 
-TEST(Device, NotesAFrameThatComesBeforeItsRelease)
+TEST(Device, BeginsAgainBehindAnUnfinishedFrameAndNotesOneThatComesTooEarly)
 {
-    const TestedDevice tested({.eraseTime = 100ms});
-    ASSERT_TRUE(tested.updater.handshake());
-    const QByteArray both = header(10) + DataFrame(QByteArray(10, 'x'));
-    EXPECT_EQ(tested.updater.ask(both, 3), kAck.repeated(3));
-    EXPECT_EQ(tested.device.report().errors,
-              QStringList("a data frame came before it was released"));
-}
-
-TEST(Device, TellsASyncByteFromAFrameOfThatCountAndFromAnUnfinishedFrame)
-{
-    const TestedDevice tested({.modelCode = 1});
-    EXPECT_TRUE(tested.updater.update(243));
-    for (const auto &[length, unfinished] : {std::pair(243, 0), {300, 100}}) {
-        ASSERT_TRUE(tested.updater.handshake());
-        ASSERT_EQ(tested.updater.ask(header(length)), kAck);
-        tested.updater.send(DataFrame(QByteArray(250, 'x')).first(unfinished));
-        EXPECT_EQ(tested.updater.ask(kSync), kAck) << "nothing follows it";
-        EXPECT_EQ(tested.device.report().errorCount, unfinished > 0 ? 1 : 0);
+    SessionRig rig({.eraseTime = 1s});
+    const ORSSerialPortPtr port = rig.session->port();
+    port->sendData(CmdConnect().first(1) + kSync);
+    ASSERT_TRUE(rig.device.waitForExchanges(2, 20s));
+    for (const QByteArray &frame : {CmdConnect(), CmdQueryVersion(), CmdDownload(),
+                                    header(10) + DataFrame(QByteArray(10, 'x'))}) {
+        const auto frames = rig.device.report().frames;
+        port->sendData(frame);
+        ASSERT_TRUE(eventually([&] { return rig.device.report().frames > frames; }));
     }
-    EXPECT_EQ(tested.device.report().exchanges, 5);
+    ASSERT_TRUE(eventually([&] { return rig.device.report().updates == 1; }));
+    EXPECT_EQ(rig.device.report().errors,
+              QStringList({"a frame with the count 3 stopped after 2 bytes, where the download "
+                           "command was due",
+                           "a data frame came before it was released"}));
 }
 
 TEST(Device, PacesTheLineInBothDirectionsAndHoldsEachAnswerBack)
 {
-    const TestedDevice tested({.modelCode = 1, .answerDelay = 5ms, .baud = 115200});
+    SessionRig rig({.modelCode = 1, .answerDelay = 5ms, .baud = 115200});
     // Sync byte, three commands, header, 4 frames, the last frame; 13 bytes in 10 answers.
     const int bytes = 1 + 12 + 10 + 4 * 252 + 2 + 13;
     const auto least = std::chrono::microseconds(bytes * 10'000'000LL / 115200) + 10 * 5ms;
     // A busy machine may slow down many an update, but not all.
     EXPECT_TRUE(eventually([&] {
-        const auto begin = std::chrono::steady_clock::now();
-        const bool succeeded = tested.updater.update(1000);
-        const auto took = std::chrono::steady_clock::now() - begin;
-        EXPECT_TRUE(succeeded && took >= least);
-        return took <= least * 2;
+        rig.update(1000);
+        const UpdateResult result = rig.result(rig.results.size() + 1);
+        EXPECT_TRUE(result.succeeded() && result.elapsed >= least);
+        return result.elapsed <= least * 2;
     }));
 }
 
-Fault fault(const char *text)
+// What was exchanged, without the times.
+QString exchangeIn(const QString &transcript)
 {
-    return parseFault(QLatin1String(text), nullptr).value();
+    return transcript.mid(transcript.indexOf("0.000000 RTS high"))
+        .remove(QRegularExpression("^\\S+ ", QRegularExpression::MultilineOption));
 }
 
-// An update of 300 bytes, frame by frame, for as long as answers are expected.
-TEST(DeviceFaults, ChangeTheAnswerToTheirStepAndNoOther)
+TEST(Device, ItsFaultsChangeTheAnswerToTheirStepAndNoOther)
 {
-    const QByteArray whole(250, 'x');
-    const QByteArrayList frames{
-        kSync,       CmdConnect(),     CmdQueryVersion(),         CmdDownload(),
-        header(300), DataFrame(whole), DataFrame(whole.first(50))};
-    // The answers in hexadecimal, "-" for none.
-    for (const auto &[text, expected] : {std::pair("connect=silence", "af -"),
-                                         {"erase=garbage", "af af000008 af af 55005a"},
-                                         {"frame:2=silence", "af af000008 af af afaf af -"},
-                                         {"last=refuse", "af af000008 af af afaf af fc"},
-                                         {"version=noise", "af af000008 55005aaf af afaf af af"},
-                                         {"sync=duplicate", "afaf af000008 af af afaf af af"},
-                                         {"header=late:80", "af af000008 af af afaf af af"},
-                                         {"last=late:80", "af af000008 af af afaf af af"}}) {
+    BootParameters parameters = patientParameters();
+    parameters.answerLimit = parameters.eraseLimit = 1s;
+    // All answers to an update of 300 bytes.
+    for (const auto &[text, expected] : {std::pair("erase=garbage", "AFAF000008AFAF55005A"),
+                                         {"frame:2=silence", "AFAF000008AFAFAFAFAF"},
+                                         {"last=refuse", "AFAF000008AFAFAFAFAFFC"},
+                                         {"version=noise", "AFAF00000855005AAFAFAFAFAFAF"},
+                                         {"sync=duplicate", "AFAFAF000008AFAFAFAFAFAF"},
+                                         {"header=late:80", "AFAF000008AFAFAFAFAFAF"}}) {
         SCOPED_TRACE(text);
-        const TestedDevice tested({.faults = {fault(text)}});
-        const auto begin = std::chrono::steady_clock::now();
-        const QByteArrayList answers = QByteArray(expected).split(' ');
-        for (qsizetype i = 0; i < answers.size(); ++i) {
-            const QByteArray answer = QByteArray::fromHex(answers[i]);
-            EXPECT_EQ(tested.updater.ask(frames[i], answer.size()), answer);
-        }
-        const auto least = QByteArray(text).endsWith("late:80") ? 80ms : 0ms;
-        EXPECT_GE(std::chrono::steady_clock::now() - begin, least);
-        EXPECT_EQ(tested.updater.receiveChunk(60ms).toHex(), "") << "nothing more comes";
-        EXPECT_EQ(tested.device.report().errors, QStringList());
-        const bool isWhole = answers.size() == frames.size() && answers.back() == "af";
-        EXPECT_EQ(tested.device.report().updates, isWhole ? 1 : 0);
+        SessionRig rig({}, parameters);
+        rig.device.setFaults({parseFault(QLatin1String(text), nullptr).value()});
+        rig.update(300);
+        EXPECT_GE(rig.result().elapsed, QByteArray(text).endsWith("late:80") ? 80ms : 0ms);
+        EXPECT_EQ(exchangeIn(rig.session->transcript()->text())
+                      .split(u'\n')
+                      .filter(u"<")
+                      .join(QString())
+                      .remove(QRegularExpression("[< ]")),
+                  expected);
+        EXPECT_EQ(rig.device.report().errors, QStringList());
+        EXPECT_EQ(rig.device.report().updates, rig.result().succeeded() ? 1 : 0);
     }
 }
 
-TEST(Device, IsUnpluggedAndComesBackOnANewTerminal)
+TEST(Device, CutsTheConnectAnswerIntoPiecesAndJoinsThoseAroundTheErase)
+{
+    SessionRig rig({.connectPieces = {1, 2}, .joinEraseAnswers = true});
+    rig.update(600);
+    rig.expectUpdated();
+    const QString exchange = exchangeIn(rig.session->transcript()->text());
+    EXPECT_TRUE(exchange.contains("FC\n< AF\n< 00 00\n< 08\n> 03")) << qPrintable(exchange);
+    EXPECT_TRUE(exchange.contains("\n< AF AF\n> FB")) << qPrintable(exchange);
+}
+
+TEST(Device, IsUnpluggedAndComesBackByItselfOnANewTerminal)
 {
     const QTemporaryDir directory;
     DeviceOptions options;
-    options.faults = {fault("connect=unplug,times=1"), fault("sync=refuse,after=2,times=1")};
+    options.faults = {parseFault("connect=unplug,after=1,times=1", nullptr).value()};
     options.directory = directory.path();
     options.name = "usbserial-1";
     options.replugAfter = 100ms;
     // What a simulator that was killed leaves.
     ASSERT_TRUE(QFile::link("/none", directory.filePath(options.name)));
-    TestedDevice tested(options);
     const auto linked = [&] { return QFile::symLinkTarget(directory.filePath(options.name)); };
-    EXPECT_EQ(tested.updater.ask(kSync), kAck);
-    EXPECT_EQ(tested.updater.ask(CmdConnect()), "") << "the terminal hangs up";
-    ASSERT_TRUE(eventually([&] { return tested.device.report().plugged; }));
-    EXPECT_EQ(linked(), tested.device.slavePath());
-
-    // What one program leaves unread is not for the next one.
-    TestUpdater(tested.device.path()).send("AT\r" + kSync);
-    ASSERT_TRUE(tested.device.waitForExchanges(2, 20s));
-    ASSERT_TRUE(eventually([&] { return !tested.device.report().inUse; }));
-    const TestUpdater next(tested.device.path());
-    ASSERT_TRUE(eventually([&] { return tested.device.report().opens == 3; }));
-    EXPECT_EQ(next.receiveChunk(60ms), "");
-    EXPECT_EQ(next.ask(kSync), kNak);
-    EXPECT_EQ(next.ask(kSync), kAck);
-    tested.device.unplug();
+    SessionRig rig(options);
+    rig.update(300);
+    EXPECT_EQ(rig.result().failure.kind, UpdateFailureKind::PortClosed);
+    ASSERT_TRUE(eventually([&] { return rig.device.report().plugged; }));
+    EXPECT_EQ(linked(), rig.device.slavePath());
+    rig.open();
+    rig.update(600);
+    rig.expectUpdated(2);
+    rig.device.unplug();
     EXPECT_EQ(linked(), "");
-    EXPECT_EQ(tested.device.report().errors,
-              QStringList("3 bytes before a sync byte, the first one 41"));
-}
-
-// The transcript without its times.
-QString exchangeIn(const QString &text)
-{
-    return text.mid(text.indexOf("0.000000 RTS high"))
-        .remove(QRegularExpression("^\\S+ ", QRegularExpression::MultilineOption));
 }
 
 TEST(Replay, EndsEveryUpdateAsTheRecordedOneEnded)
@@ -172,28 +165,21 @@ TEST(Replay, EndsEveryUpdateAsTheRecordedOneEnded)
         BootParameters parameters = patientParameters();
         if (kind == UpdateFailureKind::TimedOut)
             parameters.eraseLimit = 200ms; // the recorded silence took 30 s
-        SessionRig rig(with(&DeviceOptions::replay, recorded), parameters);
-        rig.update(600);
-        const UpdateResult result = rig.result();
-        EXPECT_EQ(result.failure.kind, kind);
-        EXPECT_EQ(result.step, step);
-        EXPECT_EQ(result.frame, frame);
-        EXPECT_EQ(exchangeIn(rig.session->transcript()->text()), exchangeIn(recorded));
-        const auto [entries, replayed, differences] = rig.device.report().replay;
-        EXPECT_EQ(replayed, entries);
-        EXPECT_EQ(differences, 0);
+        SessionRig rig({.replay = recorded}, parameters);
+        for (std::size_t number = 1; number <= 2 && rig.session->isOpen(); ++number) {
+            rig.update(600);
+            const UpdateResult result = rig.result(number);
+            EXPECT_EQ(result.failure.kind, kind);
+            EXPECT_EQ(result.step, step);
+            EXPECT_EQ(result.frame, frame);
+            EXPECT_GE(result.elapsed, 150ms) << "as long as was recorded";
+            EXPECT_EQ(exchangeIn(rig.session->transcript()->text()), exchangeIn(recorded));
+            const auto [entries, replayed, differences] = rig.device.report().replay;
+            EXPECT_EQ(replayed, entries);
+            EXPECT_EQ(differences, 0);
+        }
     }
 }
 
-TEST(Device, CutsTheConnectAnswerIntoPiecesAndJoinsThoseAroundTheErase)
-{
-    SessionRig rig({.connectPieces = {1, 2}, .joinEraseAnswers = true});
-    rig.update(600);
-    rig.expectUpdated();
-    const QString exchange = exchangeIn(rig.session->transcript()->text());
-    EXPECT_TRUE(exchange.contains("FC\n< AF\n< 00 00\n< 08\n> 03")) << qPrintable(exchange);
-    EXPECT_TRUE(exchange.contains("\n< AF AF\n> FB")) << qPrintable(exchange);
-}
-
 } // namespace
-} // namespace vorn::test
+} // namespace vorn

@@ -3,16 +3,16 @@
 #include "simulator/SimulatedDevice.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/QtPrinting.h"
+#include "tests/support/TestImage.h"
+#include "tests/ziparchive/Tree.h"
 #include "update/DeviceSession.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
-#include <type_traits>
 #include <vector>
 
 namespace vorn {
@@ -26,15 +26,6 @@ inline BootParameters patientParameters()
     parameters.answerLimit = parameters.eraseLimit = 20s;
     parameters.answerGap = 2s;
     return parameters;
-}
-
-// A device with one option that is not the default.
-template <typename Value>
-DeviceOptions with(Value DeviceOptions::*option, std::type_identity_t<Value> value)
-{
-    DeviceOptions options;
-    options.*option = std::move(value);
-    return options;
 }
 
 // A simulated device and an open session on its terminal whose version query has ended.
@@ -73,12 +64,8 @@ public:
     }
     void update(qsizetype length)
     {
-        image.clear();
-        for (qsizetype i = 0; i < length; ++i)
-            image.append(static_cast<char>((i * 7 + i / 251) % 256));
-        QFile file(imagePath);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(image) == length);
-        file.close();
+        image = imageOf(length);
+        writeFile(imagePath, image);
         session->startUpdate(imagePath);
     }
     // The result of the so-many-th update.
