@@ -60,8 +60,8 @@ const Status kForbidden{.text = "Prompt:%1 Selected,failed to open,please try ag
                         .places = {"/dev/ttyUSB0", "dialout"}};
 const Status kHeld{.text = "Prompt:%1 Selected,failed to open,please try again",
                    .tone = StatusTone::Bad,
-                   .cause = vorn::Cause::HeldByModemManager,
-                   .places = {"/dev/ttyUSB0", "812"}};
+                   .cause = vorn::Cause::MayBeHeldByModemManager,
+                   .places = {"/dev/ttyUSB0"}};
 const Status kNoFiles{.cause = vorn::Cause::NoFirmware, .places = {"~/.cache/VornUpdate2"}};
 const Status kReady{"Prompt:Firmware selected"};
 const Status kDownloading{"Prompt:Progress42%", StatusTone::Neutral,
