@@ -92,7 +92,7 @@ QString RunProgress::text(SteadyTime now, SteadyTime lastHeard) const
 {
     const auto silence = now - std::max(m_stepBegan, lastHeard);
     const bool isSending = m_progress.step == UpdateStep::Data;
-    const QString elapsed = elapsedText(m_began, now, isSending ? m_timeLeft : TimeLeft());
+    QString elapsed = elapsedText(m_began, now, isSending ? m_timeLeft : TimeLeft());
     if (silence < kSilence)
         return elapsed;
     const QString waited = durationText(std::chrono::floor<seconds>(silence));

@@ -16,7 +16,7 @@ constexpr int kSocksPort = 1080;
 QString firstSet(std::initializer_list<const char *> variables)
 {
     for (const char *variable : variables)
-        if (const QString value = qEnvironmentVariable(variable); !value.isEmpty())
+        if (QString value = qEnvironmentVariable(variable); !value.isEmpty())
             return value;
     return {};
 }
