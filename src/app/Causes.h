@@ -112,7 +112,8 @@ struct CauseRow
 };
 std::span<const CauseRow> causeTable();
 
-// A row in the user's language, with its places filled.
+// A row in the user's language, with its places filled. Control characters in what fills them, a
+// name that a server chose for example, are replaced.
 struct Explanation
 {
     Cause cause = Cause::None;
@@ -150,8 +151,7 @@ Explanation explainVanishing(const QString &name, std::chrono::milliseconds afte
 // Of a success: Cause::None.
 Explanation explainUpdate(const UpdateResult &result);
 Explanation explainVersionQuery(const UpdateResult &result);
-// `hasNetwork`: whether the machine has a network at all. The names that a server chose are quoted,
-// their control characters escaped.
+// `hasNetwork`: whether the machine has a network at all.
 Explanation explainDownload(const PackageProblem &problem, bool hasNetwork = true);
 
 // Whether the machine has a connection at all, beside itself.

@@ -72,7 +72,7 @@ void UpdateSection::showProgress(const UpdateProgress &progress)
 {
     const auto now = Clock::now();
     m_progress.update(progress, now);
-    if (m_session && m_step != progress.step) {
+    if (m_step != progress.step) {
         endStep();
         m_step = progress.step;
         m_stepBegan = now;

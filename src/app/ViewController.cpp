@@ -90,12 +90,12 @@ void ViewController::wireControls()
 
 void ViewController::logSettings(const vorn::PackageLocation &packages)
 {
-    const auto seconds = [](auto time) { return vorn::secondsText(time); };
     m_log.addSetting(tr("Package server: %1")
                          .arg(packages.isConfigured() ? packages.url().authority() : tr("none")));
     m_log.addSetting(tr("Line: %1 baud; limits: %2 s, %3 s while erasing")
                          .arg(m_parameters.baudRate)
-                         .arg(seconds(m_parameters.answerLimit), seconds(m_parameters.eraseLimit)));
+                         .arg(vorn::secondsText(m_parameters.answerLimit),
+                              vorn::secondsText(m_parameters.eraseLimit)));
 }
 
 void ViewController::setSerialPort(const ORSSerialPortPtr &port)

@@ -6,27 +6,30 @@ namespace vorn {
 
 Step stepOf(UpdateStep step)
 {
-    switch (step) {
-    case UpdateStep::Synchronize:
-        return {"synchronize", titleOfStep(step)};
-    case UpdateStep::Connect:
-        return {"connect", titleOfStep(step)};
-    case UpdateStep::QueryVersion:
-        return {"query-version", titleOfStep(step)};
-    case UpdateStep::ReadImage:
-        return {"read-image", titleOfStep(step)};
-    case UpdateStep::Download:
-        return {"download", titleOfStep(step)};
-    case UpdateStep::Erase:
-        return {"erase", titleOfStep(step)};
-    case UpdateStep::Release:
-        return {"release", titleOfStep(step)};
-    case UpdateStep::Data:
-        return {"data", titleOfStep(step)};
-    case UpdateStep::Finish:
-        break;
-    }
-    return {"finish", titleOfStep(step)};
+    const auto word = [step] {
+        switch (step) {
+        case UpdateStep::Synchronize:
+            return "synchronize";
+        case UpdateStep::Connect:
+            return "connect";
+        case UpdateStep::QueryVersion:
+            return "query-version";
+        case UpdateStep::ReadImage:
+            return "read-image";
+        case UpdateStep::Download:
+            return "download";
+        case UpdateStep::Erase:
+            return "erase";
+        case UpdateStep::Release:
+            return "release";
+        case UpdateStep::Data:
+            return "data";
+        case UpdateStep::Finish:
+            break;
+        }
+        return "finish";
+    };
+    return {word(), titleOfStep(step)};
 }
 
 QString Output::failureText(const Outcome &outcome)
