@@ -5,6 +5,7 @@ if(NOT VORN_SANITIZE)
     include(CheckPIESupported)
     check_pie_supported(LANGUAGES CXX)
     include(CheckCXXCompilerFlag)
+    set(CMAKE_REQUIRED_FLAGS -Werror) # clang only warns of a flag for another processor
     # The last two are for x86 and for arm64.
     foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection
             -mbranch-protection=standard)
@@ -14,6 +15,7 @@ if(NOT VORN_SANITIZE)
             add_compile_options(${flag})
         endif()
     endforeach()
+    unset(CMAKE_REQUIRED_FLAGS)
     add_compile_definitions(_GLIBCXX_ASSERTIONS)
     # The C library warns of it without optimization.
     add_compile_options($<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE>
