@@ -71,6 +71,8 @@ Replay::Taken Replay::take(QByteArrayView bytes)
 
 bool Replay::beginsAgain(QByteArrayView bytes) const
 {
+    if (m_entries.empty())
+        return false;
     const QByteArray &first = m_entries.front().bytes;
     return bytes == first &&
            (m_next == m_entries.size() || !m_entries[m_next].bytes.mid(m_taken).startsWith(first));
