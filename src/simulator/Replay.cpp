@@ -8,9 +8,11 @@ namespace vorn {
 
 Replay::Replay(const QString &text)
 {
-    // RTS does not reach a pseudo-terminal, and silence needs no action.
+    // RTS does not reach a pseudo-terminal, and silence needs no action. Without going back over
+    // the bytes ("++"), for which the expression engine lacks the memory in a line of 100,000 of
+    // them.
     static const QRegularExpression form(
-        QStringLiteral("^(\\d{1,9})\\.(\\d{6}) (?:([<>])((?: [0-9A-F]{2})+)|> \\((\\d{1,9}) "
+        QStringLiteral("^(\\d{1,9})\\.(\\d{6}) (?:([<>])((?: [0-9A-F]{2})++)|> \\((\\d{1,9}) "
                        "bytes\\)|gone)\\r?$"),
         QRegularExpression::MultilineOption);
     for (auto matches = form.globalMatch(text); matches.hasNext();) {
