@@ -18,7 +18,7 @@ int main(int argc, char **argv)
         for (auto it = cases.begin(); it != cases.end(); ++it) {
             if (!it.key().startsWith(target + u'/') || it.key().endsWith(u'/'))
                 continue;
-            std::puts(qPrintable(it.key()));
+            std::fprintf(stderr, "%s\n", qPrintable(it.key()));
             run(reinterpret_cast<const std::uint8_t *>(it.value().constData()),
                 static_cast<std::size_t>(it.value().size()));
             ++count;
