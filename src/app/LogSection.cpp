@@ -4,7 +4,6 @@
 #include "platform/DeviceNode.h"
 #include "platform/GlobalQueue.h"
 #include "platform/MainQueue.h"
-#include "platform/PrivateFile.h"
 
 #include <QClipboard>
 #include <QCoreApplication>
@@ -13,6 +12,7 @@
 #include <QGuiApplication>
 #include <QLocale>
 #include <QRegularExpression>
+#include <QSaveFile>
 #include <QSysInfo>
 
 namespace vorn {
@@ -30,6 +30,15 @@ QStringList linesAbout(const SerialDevice &device)
             node.exists
                 ? LogSection::tr("Its node: group %1, mode %2").arg(node.group, octal(node.mode))
                 : LogSection::tr("Its node: gone")};
+}
+
+// Null when it was written, else why not.
+QString problemOfSaving(const QString &path, const QString &text)
+{
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && file.write(text.toUtf8()) >= 0 && file.commit())
+        return {};
+    return file.errorString();
 }
 
 } // namespace
@@ -86,8 +95,7 @@ void LogSection::copy()
 void LogSection::save(const QString &path)
 {
     GlobalQueue::instance().post([this, path, report = report(), token = m_lifetime.token()] {
-        const QString problem = writePrivateFile(path, report().toUtf8());
-        MainQueue::instance().post(token, [this, path, problem] {
+        MainQueue::instance().post(token, [this, path, problem = problemOfSaving(path, report())] {
             m_window.showLogNotice(problem.isNull() ? tr("Saved to %1.").arg(path)
                                                     : tr("Not saved: %1.").arg(problem));
         });

@@ -1,8 +1,7 @@
 #include "simulator/CommandOptions.h"
 
-#include "platform/PrivateFile.h"
-
 #include <QJsonDocument>
+#include <QSaveFile>
 
 #include <cstdio>
 
@@ -86,10 +85,11 @@ void printNote(const QString &text)
 
 bool writeFile(const QString &path, const QByteArray &bytes)
 {
-    const QString problem = writePrivateFile(path, bytes);
-    if (!problem.isNull())
-        printNote(QStringLiteral("%1: %2").arg(path, problem));
-    return problem.isNull();
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+        return true;
+    printNote(QStringLiteral("%1: %2").arg(path, file.errorString()));
+    return false;
 }
 
 bool giveReport(const CommandOptions &options, const QJsonObject &report)

@@ -84,7 +84,7 @@ private:
 void printEvent(const char *event, QJsonObject members);
 // Prints a message to the standard error output.
 void printNote(const QString &text);
-// writePrivateFile(); on failure prints a message and returns false.
+// Writes the file, completely or not at all. On failure prints a message and returns false.
 bool writeFile(const QString &path, const QByteArray &bytes);
 // Prints the report, and writes it to the file of --report. False when that fails.
 bool giveReport(const CommandOptions &options, const QJsonObject &report);

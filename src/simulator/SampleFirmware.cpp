@@ -1,9 +1,9 @@
 #include "simulator/SampleFirmware.h"
 
-#include "platform/PrivateFile.h"
 #include "ziparchive/ZipArchive.h"
 
 #include <QDir>
+#include <QSaveFile>
 #include <QTemporaryDir>
 
 #include <array>
@@ -65,9 +65,10 @@ bool writeSampleFirmware(const QString &folder, QString *problem)
         return false;
     }
     for (const SampleImage &image : sampleFirmware(SampleRelease::Installed)) {
-        const QString path = QDir(folder).filePath(image.name);
-        if (const QString why = writePrivateFile(path, image.bytes); !why.isNull()) {
-            *problem = QStringLiteral("%1: %2").arg(path, why);
+        QSaveFile file(QDir(folder).filePath(image.name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(image.bytes) != image.bytes.size() ||
+            !file.commit()) {
+            *problem = QStringLiteral("%1: %2").arg(file.fileName(), file.errorString());
             return false;
         }
     }
