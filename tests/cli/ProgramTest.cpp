@@ -8,9 +8,11 @@
 #include "tests/ziparchive/Tree.h"
 
 #include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMap>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
@@ -251,45 +253,55 @@ TEST_F(CliTest, TheFirstCtrlCGoesOnAndTheSecondEndsBetweenTwoFrames)
 
 TEST_F(CliTest, AStationUpdatesEachDeviceOncePerPlugInAndKeepsARecord)
 {
-    constexpr int kPlugIns = 20;
-    constexpr int kEach = 10; // faulty
+    constexpr int kRounds = 20;
+    constexpr int kDevices = 10; // the last one is faulty
+    const QString file = firmware("VORN_PLATINA-3.9.0.bin");
+    const QByteArray image = readFile(file);
     const QString record = home.filePath("record");
-    SimulatedDevice &device = addDevice("usbserial-0");
-    device.unplug();
-    ASSERT_NO_FATAL_FAILURE(start("--json watch --newest --record " + record));
-    for (int i = 1; i <= kPlugIns; ++i) {
-        if (i % kEach == 0)
-            device.setFaults({parseFault("frame:7=refuse", nullptr).value()});
-        else
-            device.setFaults({});
-        ASSERT_TRUE(device.replug());
-        ASSERT_TRUE(waitForOutput("\"event\":\"result\"", i)) << i;
-        device.unplug();
+    for (int i = 1; i <= kDevices; ++i)
+        addDevice(QString("usbserial-%1").arg(i), i < kDevices ? "" : "frame:7=refuse").unplug();
+    ASSERT_NO_FATAL_FAILURE(start("--json watch --firmware " + file + " --record " + record));
+    const auto held = [this](const char *kind) {
+        return QDir(QString("/proc/%1/%2").arg(program.processId()).arg(kind)).count();
+    };
+    uint descriptors = 0; // after the first round
+    for (int round = 1; round <= kRounds; ++round) {
+        for (const auto &device : devices)
+            ASSERT_TRUE(device->replug());
+        ASSERT_TRUE(waitForOutput("\"event\":\"result\"", round * kDevices)) << round;
+        for (const auto &device : devices) {
+            const bool isFaulty = device == devices.back();
+            ASSERT_EQ(device->report().updates, isFaulty ? 0 : round);
+            ASSERT_EQ(device->report().image, isFaulty ? QByteArray() : image);
+            device->unplug();
+        }
+        if (round == 1)
+            descriptors = held("fd");
     }
+    EXPECT_TRUE(eventually([&] { return held("fd") <= descriptors; })) << held("fd");
+    // The pool keeps as many as were busy at once.
+    EXPECT_LT(held("task"), kRounds * kDevices / 2U);
     pressCtrlC();
     EXPECT_EQ(finish(), 1);
-    EXPECT_EQ(lastEvent()["good"], 18);
-    EXPECT_EQ(lastEvent()["failed"], 2);
-    EXPECT_EQ(err.count("plug it in again"), 2) << err.constData();
-    EXPECT_EQ(device.report().updates, 18);
+    EXPECT_EQ(lastEvent()["good"], kRounds * (kDevices - 1));
+    EXPECT_EQ(lastEvent()["failed"], kRounds);
+    EXPECT_EQ(err.count("plug it in again"), kRounds) << err.constData();
 
-    const QByteArray image = readFile(firmware("VORN_PLATINA-3.10.0.bin"));
-    EXPECT_EQ(device.report().image, image);
-    const QList<QJsonObject> lines = objectsIn(readFile(record));
-    ASSERT_EQ(lines.size(), kPlugIns);
     const QByteArray sha256 = QCryptographicHash::hash(image, QCryptographicHash::Sha256).toHex();
-    for (int i = 1; i <= kPlugIns; ++i) {
-        QJsonObject line = lines[i - 1];
+    QMap<QString, int> lines;
+    for (QJsonObject line : objectsIn(readFile(record))) {
         EXPECT_TRUE(line.take("time").toString().endsWith(u'Z'));
         EXPECT_GT(line.take("seconds").toDouble(), 0);
-        const bool isFaulty = i % kEach == 0;
-        EXPECT_EQ(line, QJsonObject({{"device", "usbserial-0"},
-                                     {"model", 8},
-                                     {"file", firmware("VORN_PLATINA-3.10.0.bin")},
+        const QString name = line.take("device").toString();
+        ++lines[name];
+        const bool isFaulty = name == "usbserial-10";
+        EXPECT_EQ(line, QJsonObject({{"model", 8},
+                                     {"file", file},
                                      {"sha256", QString::fromLatin1(sha256)},
                                      {"result", isFaulty ? "failed" : "ok"},
                                      {"cause", isFaulty ? QJsonValue("refused") : QJsonValue()}}));
     }
+    EXPECT_EQ(lines.values(), QList<int>(kDevices, kRounds));
 }
 
 TEST_F(CliTest, DownloadFetchesThePackageOnce)
