@@ -1,17 +1,133 @@
+// The program itself, as a script would run it, against simulated devices.
+#include "platform/FileDescriptor.h"
 #include "simulator/PackageServer.h"
 #include "simulator/SampleFirmware.h"
-#include "tests/cli/CliTest.h"
+#include "simulator/SimulatedDevice.h"
+#include "tests/support/QtPrinting.h"
+#include "tests/support/TestImage.h"
+#include "tests/support/TestTerminal.h"
+#include "tests/ziparchive/Tree.h"
 
 #include <QCryptographicHash>
 #include <QDir>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QMap>
+#include <QProcess>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 
-#include <fcntl.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
+
+#include <csignal>
 
 namespace vorn {
 namespace {
+
+using namespace std::chrono_literals;
+
+QList<QJsonObject> objectsIn(const QByteArray &text)
+{
+    QList<QJsonObject> objects;
+    for (const QByteArray &line : text.split('\n')) {
+        const QJsonObject object = QJsonDocument::fromJson(line).object();
+        EXPECT_NE(line.isEmpty(), object.contains("event") || object.contains("time"))
+            << line.constData();
+        if (!object.isEmpty())
+            objects.append(object);
+    }
+    return objects;
+}
+
+struct CliTest : testing::Test
+{
+    CliTest()
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char *name : {"XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
+            environment.insert(name, home.path());
+        for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS"})
+            environment.remove(name);
+        environment.insert("TERM", "xterm");
+        program.setProcessEnvironment(environment);
+        for (const auto &[name, size] : {std::pair("VORN_PLATINA-3.9.0.bin", 2000),
+                                         {"VORN_PLATINA-3.10.0-beta.bin", 3000},
+                                         {"VORN_PLATINA-3.10.0.bin", 40'000},
+                                         {"VORN_I-9.0.bin", 5000},
+                                         {"empty.bin", 0}})
+            writeFile(firmware(name), imageOf(size));
+    }
+    ~CliTest() override
+    {
+        program.kill();
+        program.waitForFinished();
+    }
+
+    QString firmware(const QString &name) const { return home.filePath("VornUpdate2/" + name); }
+    SimulatedDevice &addDevice(const QString &name, const QString &fault = {}, int baud = 0)
+    {
+        DeviceOptions options;
+        options.directory = plugged.path();
+        options.name = name;
+        for (const QString &each : fault.split(u' ', Qt::SkipEmptyParts))
+            options.faults.push_back(parseFault(each, nullptr).value());
+        options.baud = baud;
+        devices.push_back(std::make_unique<SimulatedDevice>(options));
+        EXPECT_TRUE(devices.back()->start());
+        return *devices.back();
+    }
+
+    void start(const QString &arguments)
+    {
+        program.start(VORNUPDATER_CLI, QStringList{"--device-dir", plugged.path()} +
+                                           arguments.split(u' ', Qt::SkipEmptyParts));
+        ASSERT_TRUE(program.waitForStarted(20'000));
+    }
+    // The exit code, once everything that the program wrote is in `out` and `err`.
+    int finish()
+    {
+        EXPECT_TRUE(eventually([&] { return program.state() == QProcess::NotRunning; }, 60s));
+        EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
+        out += program.readAllStandardOutput();
+        err += program.readAllStandardError();
+        return program.exitCode();
+    }
+    int run(const QString &arguments)
+    {
+        out.clear();
+        err.clear();
+        start(arguments);
+        return finish();
+    }
+    void pressCtrlC() const { ::kill(static_cast<pid_t>(program.processId()), SIGINT); }
+    QJsonObject lastEvent() const { return objectsIn(out).value(objectsIn(out).size() - 1); }
+    bool waitForOutput(const QByteArray &text, int times = 1)
+    {
+        return eventually([&] {
+            out += program.readAllStandardOutput();
+            return out.count(text) >= times;
+        });
+    }
+
+    // A pipe as standard output; returns the end to read from.
+    FileDescriptor pipeOutput()
+    {
+        std::array<int, 2> ends{};
+        EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+        pipe = FileDescriptor(ends[1]);
+        program.setChildProcessModifier([fd = ends[1]] { ::dup2(fd, STDOUT_FILENO); });
+        return FileDescriptor(ends[0]);
+    }
+
+    const QTemporaryDir home;
+    const QTemporaryDir plugged;
+    std::vector<std::unique_ptr<SimulatedDevice>> devices;
+    FileDescriptor pipe;
+    QProcess program;
+    QByteArray out;
+    QByteArray err;
+};
 
 TEST_F(CliTest, EveryFailureHasItsExitCodeItsWordAndOneLine)
 {
@@ -148,38 +264,47 @@ TEST_F(CliTest, TheFirstCtrlCGoesOnAndTheSecondEndsBetweenTwoFrames)
 TEST_F(CliTest, AStationUpdatesEachDeviceOncePerPlugInAndKeepsARecord)
 {
     constexpr int kRounds = 20;
-    constexpr int kDevices = 10; // the last one is faulty
+    constexpr int kKilledAfter = 5; // rounds, as if by a power cut
+    constexpr int kDevices = 10;    // the last one is faulty
     const QString file = firmware("VORN_PLATINA-3.9.0.bin");
     const QByteArray image = readFile(file);
     const QString record = home.filePath("record");
     for (int i = 1; i <= kDevices; ++i)
         addDevice(QString("usbserial-%1").arg(i), i < kDevices ? "" : "frame:7=refuse").unplug();
-    ASSERT_NO_FATAL_FAILURE(start("--json watch --firmware " + file + " --record " + record));
+    const QString arguments = "--json watch --firmware " + file + " --record " + record;
+    ASSERT_NO_FATAL_FAILURE(start(arguments));
     const auto held = [this](const char *kind) {
         return QDir(QString("/proc/%1/%2").arg(program.processId()).arg(kind)).count();
     };
-    uint descriptors = 0; // after the first round
+    uint descriptors = 0;
     for (int round = 1; round <= kRounds; ++round) {
         for (const auto &device : devices)
             ASSERT_TRUE(device->replug());
-        ASSERT_TRUE(waitForOutput("\"event\":\"result\"", round * kDevices)) << round;
+        out.clear();
+        ASSERT_TRUE(waitForOutput("\"event\":\"result\"", kDevices)) << round;
         for (const auto &device : devices) {
             const bool isFaulty = device == devices.back();
             ASSERT_EQ(device->report().updates, isFaulty ? 0 : round);
             ASSERT_EQ(device->report().image, isFaulty ? QByteArray() : image);
             device->unplug();
         }
-        if (round == 1)
+        if (round == kKilledAfter) {
+            program.kill();
+            ASSERT_TRUE(program.waitForFinished());
+            ASSERT_NO_FATAL_FAILURE(start(arguments));
+        } else if (round == kKilledAfter + 1) {
             descriptors = held("fd");
+        }
     }
     EXPECT_TRUE(eventually([&] { return held("fd") <= descriptors; })) << held("fd");
     // The pool keeps as many as were busy at once.
     EXPECT_LT(held("task"), kRounds * kDevices / 2U);
     pressCtrlC();
     EXPECT_EQ(finish(), 1);
-    EXPECT_EQ(lastEvent()["good"], kRounds * (kDevices - 1));
-    EXPECT_EQ(lastEvent()["failed"], kRounds);
-    EXPECT_EQ(err.count("plug it in again"), kRounds) << err.constData();
+    constexpr int kLater = kRounds - kKilledAfter;
+    EXPECT_EQ(lastEvent()["good"], kLater * (kDevices - 1));
+    EXPECT_EQ(lastEvent()["failed"], kLater);
+    EXPECT_EQ(err.count("plug it in again"), kLater) << err.constData();
 
     const QByteArray sha256 = QCryptographicHash::hash(image, QCryptographicHash::Sha256).toHex();
     QMap<QString, int> lines;
@@ -198,6 +323,17 @@ TEST_F(CliTest, AStationUpdatesEachDeviceOncePerPlugInAndKeepsARecord)
     EXPECT_EQ(lines.values(), QList<int>(kDevices, kRounds));
 }
 
+TEST_F(CliTest, AFirmwareFolderThatCannotBeReadIsToldWithItsCause)
+{
+    QDir(home.filePath("VornUpdate2")).removeRecursively();
+    writeFile(home.filePath("VornUpdate2"), {});
+    for (const char *arguments : {"--json firmware", "--json update --newest"}) {
+        EXPECT_EQ(run(arguments), 8) << arguments;
+        EXPECT_EQ(lastEvent()["cause"], "bad-image");
+        EXPECT_TRUE(err.contains("Not a directory")) << err.constData();
+    }
+}
+
 TEST_F(CliTest, DownloadFetchesThePackageOnce)
 {
     QFileInfo(firmware("x")).dir().removeRecursively(); // as before the first download
@@ -211,6 +347,65 @@ TEST_F(CliTest, DownloadFetchesThePackageOnce)
     EXPECT_TRUE(QFile::exists(firmware("VORN_PLATINA-3.3.0-beta.bin")));
     EXPECT_EQ(run(arguments), 0);
     EXPECT_TRUE(out.contains("installed already")) << out.constData();
+}
+
+TEST_F(CliTest, LostOutputHasAnExitCodeAndAReaderThatLeavesIsNoFailure)
+{
+    const SimulatedDevice &device = addDevice("usbserial-A");
+    program.setStandardOutputFile("/dev/full");
+    for (const char *arguments :
+         {"list", "--json list", "--help", "list --help", "update --newest"}) {
+        EXPECT_EQ(run(arguments), 11) << arguments;
+        EXPECT_EQ(err, "The output cannot be written: No space left on device.\n");
+    }
+    EXPECT_EQ(run("--json info nobody"), 3);
+
+    program.setStandardOutputFile({});
+    pipeOutput();
+    EXPECT_EQ(run("update --newest"), 0);
+    EXPECT_EQ(err, "");
+    EXPECT_EQ(device.report().updates, 2);
+}
+
+TEST_F(CliTest, CtrlCEndsAListThatNobodyReads)
+{
+    for (int i = 0; i < 200; ++i)
+        writeFile(firmware(QString("%1.bin").arg(i)), "x");
+    const FileDescriptor reader = pipeOutput();
+    constexpr int kPage = 4096;
+    ASSERT_EQ(::fcntl(reader.get(), F_SETPIPE_SZ, kPage), kPage);
+    ASSERT_NO_FATAL_FAILURE(start("firmware"));
+    const auto room = [&] {
+        int waiting = 0;
+        return ::ioctl(reader.get(), FIONREAD, &waiting) == 0 ? kPage - waiting : kPage;
+    };
+    ASSERT_TRUE(eventually([&] { return room() < firmware("100.bin").size() + 1; }));
+    pressCtrlC();
+    ASSERT_TRUE(eventually([&] { return program.state() == QProcess::NotRunning; }));
+    EXPECT_EQ(program.exitStatus(), QProcess::CrashExit);
+}
+
+TEST_F(CliTest, ATerminalShowsABarForEachDeviceAndARetryBeginsAtZero)
+{
+    addDevice("usbserial-A", "frame:120=refuse,times=1 erase=late:300", 1'000'000);
+    addDevice("usbserial-B", "erase=late:300", 1'000'000);
+    const TestTerminal terminal;
+    program.setStandardOutputFile(terminal.path());
+    ASSERT_NO_FATAL_FAILURE(start("update --newest --all --retries 1"));
+    QString shown;
+    ASSERT_TRUE(eventually([&] {
+        shown += terminal.take();
+        return program.state() == QProcess::NotRunning;
+    }));
+    EXPECT_EQ(finish(), 0) << err.constData();
+    shown += terminal.take();
+    const auto shows = [&](const char *text) { return shown.contains(QRegularExpression(text)); };
+    EXPECT_TRUE(
+        shows("\\[2A\\r\\e\\[J *\\d+ % usbserial-A \\[[#-]{24}\\] .*\r?\n *\\d+ % usbserial-B"));
+    EXPECT_TRUE(shows("[1-9]\\d % usbserial-A"));
+    EXPECT_TRUE(shows(" 0 % usbserial-A \\[-+\\] Erase")) << qPrintable(shown);
+    EXPECT_FALSE(shows("[1-9]\\d? % usbserial-A \\[[#-]+\\] Erase")) << qPrintable(shown);
+    EXPECT_TRUE(shown.trimmed().endsWith(" s")) << qPrintable(shown);
 }
 
 } // namespace
