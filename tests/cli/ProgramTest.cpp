@@ -18,7 +18,6 @@
 #include <QTemporaryDir>
 
 #include <sys/file.h>
-#include <sys/ioctl.h>
 
 #include <csignal>
 
@@ -173,6 +172,12 @@ TEST_F(CliTest, EveryFailureHasItsExitCodeItsWordAndOneLine)
         EXPECT_TRUE(out.isEmpty());
         EXPECT_TRUE(err.contains("--help"));
     }
+    QDir(home.filePath("VornUpdate2")).removeRecursively();
+    writeFile(home.filePath("VornUpdate2"), {});
+    for (const char *arguments : {"--json firmware", "--json update --newest"}) {
+        EXPECT_EQ(run(arguments), 8) << arguments;
+        EXPECT_TRUE(err.contains("Not a directory")) << err.constData();
+    }
 }
 
 TEST_F(CliTest, APortThatCannotBeOpenedSaysWhy)
@@ -323,17 +328,6 @@ TEST_F(CliTest, AStationUpdatesEachDeviceOncePerPlugInAndKeepsARecord)
     EXPECT_EQ(lines.values(), QList<int>(kDevices, kRounds));
 }
 
-TEST_F(CliTest, AFirmwareFolderThatCannotBeReadIsToldWithItsCause)
-{
-    QDir(home.filePath("VornUpdate2")).removeRecursively();
-    writeFile(home.filePath("VornUpdate2"), {});
-    for (const char *arguments : {"--json firmware", "--json update --newest"}) {
-        EXPECT_EQ(run(arguments), 8) << arguments;
-        EXPECT_EQ(lastEvent()["cause"], "bad-image");
-        EXPECT_TRUE(err.contains("Not a directory")) << err.constData();
-    }
-}
-
 TEST_F(CliTest, DownloadFetchesThePackageOnce)
 {
     QFileInfo(firmware("x")).dir().removeRecursively(); // as before the first download
@@ -375,11 +369,8 @@ TEST_F(CliTest, CtrlCEndsAListThatNobodyReads)
     constexpr int kPage = 4096;
     ASSERT_EQ(::fcntl(reader.get(), F_SETPIPE_SZ, kPage), kPage);
     ASSERT_NO_FATAL_FAILURE(start("firmware"));
-    const auto room = [&] {
-        int waiting = 0;
-        return ::ioctl(reader.get(), FIONREAD, &waiting) == 0 ? kPage - waiting : kPage;
-    };
-    ASSERT_TRUE(eventually([&] { return room() < firmware("100.bin").size() + 1; }));
+    pollfd shown{reader.get(), POLLIN, 0};
+    ASSERT_EQ(::poll(&shown, 1, 20'000), 1);
     pressCtrlC();
     ASSERT_TRUE(eventually([&] { return program.state() == QProcess::NotRunning; }));
     EXPECT_EQ(program.exitStatus(), QProcess::CrashExit);

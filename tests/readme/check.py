@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""check.py SOURCE BUILD: runs each command in README.md in a home of its own, with a simulated device
-in place of the system's. What builds or installs for minutes is looked up instead among the jobs,
-packages and presets that there are. A command without a row below is a failure."""
+"""check.py SOURCE BUILD: runs each command in README.md in a home of its own, with a simulated
+device in place of the system's. What builds or installs for minutes is looked up instead among the
+jobs, packages and presets that there are. A command without a row below is a failure."""
 import os, pathlib, re, signal, subprocess, sys, tempfile
 
 source, build = (pathlib.Path(argument).resolve() for argument in sys.argv[1:])
@@ -13,8 +13,8 @@ replay = source / 'tests/simulator/transcripts/refused-in-the-data.txt'
 
 
 def start(command):
-    command = re.sub('^(?:build/bin/)?vorn', f'{build}/bin/vorn', command.replace('FILE', str(replay)))
-    command = command.replace('/vornupdater-cli', '/vornupdater-cli --device-dir .')
+    command = re.sub('^(?:build/bin/)?vorn', f'{build}/bin/vorn', command)
+    command = command.replace('-cli ', '-cli --device-dir . ').replace('FILE', str(replay))
     return subprocess.Popen('exec timeout --foreground 30 ' + command, env=environment, cwd=work,
                             shell=True, text=True, stdout=subprocess.PIPE)
 
@@ -41,12 +41,11 @@ def has_options(command):
 start('vornsim sample-firmware VornUpdate2').wait()
 device = start('vornsim device --dir . --name usbserial-1 --image image')
 device.stdout.readline()
-jobs = start(f'{source}/run help').communicate()[0]
-helps = jobs + start('vornupdater --help').communicate()[0]
+helps = start(f'{source}/run help').communicate()[0] + start('vornupdater --help').communicate()[0]
 rows = [
     (r'--.*|\./run app .*', has_options),
     (r'\./run (\w+)( .*)?', lambda command, job, _: has('run', f'\n{job})\n') and
-     re.search(re.escape(command) + r'[\s,]', jobs)),
+     re.search(re.escape(command) + r'[\s,]', helps)),
     (r'sudo apt (?:purge |install \./build/packages/)(\w+)(?:_\*\.deb)?', lambda _, name:
      has('packaging/Packages.cmake', f'_PACKAGE_NAME {name})')),
     (r'cmake --preset (\w+) -D(\w+)=HOST', lambda _, name, variable:
