@@ -17,6 +17,8 @@
 #include <QLoggingCategory>
 
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -112,6 +114,8 @@ void occupyStandardStreams()
 int main(int argc, char **argv)
 {
     occupyStandardStreams();
+    // Settings, packages and logs are for the user alone, whatever the umask that was inherited.
+    ::umask(077);
     QCoreApplication::setOrganizationName(QStringLiteral("Vorn"));
     // The window's, so that both have the same settings.
     QCoreApplication::setApplicationName(QStringLiteral("vornupdater"));
@@ -141,6 +145,8 @@ int main(int argc, char **argv)
     installDeviceRegistry(options->common.deviceDirectory);
     StagingFolder::recoverInterruptedPublish();
     const auto output = outputFor(*options);
+    if (::geteuid() == 0)
+        output->note(explain(Cause::RunsAsRoot).terminalText());
     if (quitSignals)
         exitCode = run(*options, *output, *quitSignals);
     else if (options->command == CliCommand::List)

@@ -99,12 +99,12 @@ void SimulatedDevice::setFaults(const std::vector<Fault> &faults)
 void SimulatedDevice::awaitReader() const
 {
     // There is no event for "everything has been read".
-    constexpr auto kStep = 5ms;
+    constexpr std::chrono::milliseconds kStep(5);
     const auto isUnread = [this] {
         const std::lock_guard lock(m_mutex);
         return m_terminal && m_terminal->holdsUnread();
     };
-    for (auto waited = 0ms; waited < kReadLimit && isUnread(); waited += kStep)
+    for (std::chrono::milliseconds waited{}; waited < kReadLimit && isUnread(); waited += kStep)
         std::this_thread::sleep_for(kStep);
 }
 
