@@ -23,24 +23,25 @@ void FirmwareLibrary::readFirmWareInBackground(qint32 modelCode)
                                   token = m_lifetime.token()] {
         MainQueue::instance().post(token, [this, modelCode, number, scan = scanFirmwareFolder()] {
             if (number > m_lastTakenOver && takeOver(scan, number))
-                m_observer.firmwareListDidChange(firmwareForModel(scan->files, modelCode));
+                m_observer.firmwareListDidChange(firmwareForModel(scan.files, modelCode));
         });
     });
 }
 
-bool FirmwareLibrary::takeOver(const std::optional<FirmwareScan> &scan, quint64 number)
+bool FirmwareLibrary::takeOver(const FirmwareScan &scan, quint64 number)
 {
     m_lastTakenOver = number;
+    m_scanError = scan.error;
     m_allFileArray.reset();
-    if (!scan)
+    if (scan.error != 0)
         return false;
-    m_allFileArray = scan->files;
-    if (scan->isEmpty)
+    m_allFileArray = scan.files;
+    if (scan.isEmpty)
         return false;
 
     m_vorn_I_fileArray.clear();
     m_vorn_platina_fileArray.clear();
-    for (const QString &name : scan->files)
+    for (const QString &name : scan.files)
         if (name.startsWith(u"VORN_I-"))
             m_vorn_I_fileArray.append(name);
         else if (name.startsWith(u"VORN-"))

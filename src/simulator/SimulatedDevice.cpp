@@ -21,6 +21,9 @@ constexpr auto kResyncTime = 200ms;
 
 constexpr auto kLookAgain = 1ms;
 
+// For a reader that has stopped; one that closes the terminal drops what is unread.
+constexpr auto kReadLimit = 10s;
+
 constexpr std::int64_t kBitsPerByte = 10; // a start bit, eight data bits, a stop bit
 
 } // namespace
@@ -97,12 +100,11 @@ void SimulatedDevice::awaitReader() const
 {
     // There is no event for "everything has been read".
     constexpr std::chrono::milliseconds kStep(5);
-    constexpr std::chrono::milliseconds kLimit(1000);
     const auto isUnread = [this] {
         const std::lock_guard lock(m_mutex);
         return m_terminal && m_terminal->holdsUnread();
     };
-    for (std::chrono::milliseconds waited{}; waited < kLimit && isUnread(); waited += kStep)
+    for (std::chrono::milliseconds waited{}; waited < kReadLimit && isUnread(); waited += kStep)
         std::this_thread::sleep_for(kStep);
 }
 
