@@ -17,6 +17,9 @@ namespace vorn {
 enum class Cause {
     None,
 
+    // Starting the program
+    RunsAsRoot,
+
     // Finding a device
     NoDevice,
     UnsuitableDevice, // %1 name
@@ -104,7 +107,7 @@ struct CauseRow
 {
     Cause cause;
     // For programs that read the command line's output: never changes, and decides the exit code.
-    // Empty for causes that only the window knows.
+    // Empty for causes that end no command.
     const char *word;
     const char *what;
     const char *cure;

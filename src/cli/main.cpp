@@ -15,6 +15,9 @@
 #include <QDir>
 #include <QLoggingCategory>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <cstring>
 
@@ -73,6 +76,8 @@ int run(const CliOptions &options, Output &output, QuitSignals &quitSignals)
 int run(const CliOptions &options, QuitSignals &quitSignals)
 {
     const auto output = outputFor(options);
+    if (::geteuid() == 0)
+        output->note(explain(Cause::RunsAsRoot).terminalText());
     switch (options.command) {
     case CliCommand::List:
         return listDevices(*output);
@@ -93,6 +98,8 @@ int run(const CliOptions &options, QuitSignals &quitSignals)
 
 int main(int argc, char **argv)
 {
+    // Settings, packages and logs are for the user alone, whatever the umask that was inherited.
+    ::umask(077);
     QCoreApplication::setOrganizationName(QStringLiteral("Vorn"));
     // The window's, so that both have the same settings.
     QCoreApplication::setApplicationName(QStringLiteral("vornupdater"));

@@ -96,12 +96,13 @@ void SimulatedDevice::setFaults(const std::vector<Fault> &faults)
 void SimulatedDevice::awaitReader() const
 {
     // There is no event for "everything has been read".
-    constexpr auto kStep = 5ms;
+    constexpr std::chrono::milliseconds kStep(5);
+    constexpr std::chrono::milliseconds kLimit(1000);
     const auto isUnread = [this] {
         const std::lock_guard lock(m_mutex);
         return m_terminal && m_terminal->holdsUnread();
     };
-    for (auto waited = 0ms; waited < 1s && isUnread(); waited += kStep)
+    for (std::chrono::milliseconds waited{}; waited < kLimit && isUnread(); waited += kStep)
         std::this_thread::sleep_for(kStep);
 }
 

@@ -8,6 +8,7 @@
 #include "tests/ziparchive/Tree.h"
 
 #include <QCryptographicHash>
+#include <QDirIterator>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -19,6 +20,8 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 
@@ -26,6 +29,12 @@ namespace vorn {
 namespace {
 
 using namespace std::chrono_literals;
+
+const QByteArray kRootNote =
+    "The program runs as root: files from the network are unpacked with all "
+    "rights, into root's firmware folder. Start it as an ordinary user; "
+    "the group dialout or the package's udev rule gives access to the "
+    "device.\n";
 
 QList<QJsonObject> objectsIn(const QByteArray &text)
 {
@@ -90,6 +99,8 @@ struct CliTest : testing::Test
         EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
         out += program.readAllStandardOutput();
         err += program.readAllStandardError();
+        if (::geteuid() == 0)
+            err.replace(kRootNote, {});
         return program.exitCode();
     }
     int run(const QString &arguments)
@@ -305,6 +316,54 @@ TEST_F(CliTest, DownloadFetchesThePackageOnce)
     EXPECT_TRUE(QFile::exists(firmware("VORN_PLATINA-3.3.0-beta.bin")));
     EXPECT_EQ(run(arguments), 0);
     EXPECT_TRUE(out.contains("installed already")) << out.constData();
+}
+
+TEST_F(CliTest, WhatItCreatesIsForItsUserAloneWhateverTheUmask)
+{
+    PackageServer server({.package = samplePackage(), .lastModified = "x"});
+    ASSERT_TRUE(server.start());
+    for (const mode_t mask : {mode_t{0}, mode_t{0077}}) {
+        const QTemporaryDir outer;
+        const QString fresh = outer.filePath("fresh");
+        QProcessEnvironment environment = program.processEnvironment();
+        environment.insert("XDG_CACHE_HOME", fresh + "/cache");
+        environment.insert("XDG_CONFIG_HOME", fresh + "/config");
+        program.setProcessEnvironment(environment);
+        program.setChildProcessModifier([mask] { ::umask(mask); });
+        EXPECT_EQ(run("--package-host " + server.host() + " --package-ca " +
+                      server.authorityFile() + " download"),
+                  0);
+        ASSERT_NO_FATAL_FAILURE(start("watch --newest --record " + fresh + "/record"));
+        ASSERT_TRUE(eventually([&] { return QFile::exists(fresh + "/record"); }));
+        pressCtrlC();
+        finish();
+        int items = 0;
+        for (QDirIterator item(outer.path(), QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                               QDirIterator::Subdirectories);
+             item.hasNext(); ++items) {
+            struct stat status = {};
+            EXPECT_EQ(::lstat(qPrintable(item.next()), &status), 0);
+            EXPECT_EQ(status.st_mode & 07777, S_ISDIR(status.st_mode) ? 0700U : 0600U)
+                << qPrintable(item.filePath());
+        }
+        EXPECT_GE(items, 12); // 5 folders, 5 images, the package, the settings, the record
+    }
+}
+
+TEST_F(CliTest, OnlyRootIsWarnedAndNotInTheJsonText)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can be both";
+    for (const bool isRoot : {true, false}) {
+        QStringList command{VORNUPDATER_CLI, "--json", "list"};
+        if (!isRoot)
+            command = QStringList{"setpriv", "--reuid=65534", "--clear-groups"} + command;
+        program.start(command.takeFirst(), command);
+        ASSERT_TRUE(program.waitForFinished(20'000));
+        ASSERT_EQ(program.exitCode(), 0) << program.readAllStandardError().constData();
+        EXPECT_EQ(program.readAllStandardError().contains(kRootNote), isRoot);
+        EXPECT_FALSE(program.readAllStandardOutput().contains("root"));
+    }
 }
 
 } // namespace

@@ -74,8 +74,8 @@ TEST(Program, RunsADeviceUntilItsUpdatesAreDone)
 TEST(Program, ReportsTheDifferencesFromTheLogThatItReplays)
 {
     const QTemporaryDir directory;
-    Vornsim program({"device", "--dir", directory.path(), "--name", "usbserial-1", "--replay",
-                     VORN_TRANSCRIPTS "/refused-in-the-data.txt"});
+    Vornsim program(
+        {"device", "--dir", directory.path(), "--name", "usbserial-1", "--replay", kImage});
     program.next("ready");
     EXPECT_EQ(QProcess::execute(VORNUPDATER_CLI,
                                 {"--device-dir", directory.path(), "update", "--firmware", kImage}),

@@ -152,6 +152,14 @@ TEST(Device, IsUnpluggedAndComesBackByItselfOnANewTerminal)
     EXPECT_EQ(linked(), "");
 }
 
+TEST(Replay, ReadsALineOfAnyLength)
+{
+    const QString bytes = QStringLiteral(" AF").repeated(100'000);
+    EXPECT_EQ(
+        Replay("0.0 no\n0.000000 > F4\n0.000001 <" + bytes + "\n1.000000 > F4\n").report().entries,
+        3);
+}
+
 TEST(Replay, EndsEveryUpdateAsTheRecordedOneEnded)
 {
     for (const auto &[name, kind, step, frame] :

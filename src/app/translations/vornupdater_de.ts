@@ -599,6 +599,14 @@
         <source>Name one with --package-host.</source>
         <translation>Geben Sie mit --package-host einen an.</translation>
     </message>
+    <message>
+        <source>The program runs as root: files from the network are unpacked with all rights, into root&apos;s firmware folder.</source>
+        <translation>Das Programm läuft als root: Dateien aus dem Netz werden mit allen Rechten entpackt, in den Firmware-Ordner von root.</translation>
+    </message>
+    <message>
+        <source>Start it as an ordinary user; the group dialout or the package&apos;s udev rule gives access to the device.</source>
+        <translation>Starten Sie es als gewöhnlicher Benutzer; Zugriff auf das Gerät gibt die Gruppe dialout oder die udev-Regel des Pakets.</translation>
+    </message>
 </context>
 <context>
     <name>CliOptions</name>

@@ -599,6 +599,14 @@
         <source>Name one with --package-host.</source>
         <translation>请用 --package-host 指定一个。</translation>
     </message>
+    <message>
+        <source>The program runs as root: files from the network are unpacked with all rights, into root&apos;s firmware folder.</source>
+        <translation>程序正以 root 身份运行：来自网络的文件会以全部权限解压到 root 的固件文件夹中。</translation>
+    </message>
+    <message>
+        <source>Start it as an ordinary user; the group dialout or the package&apos;s udev rule gives access to the device.</source>
+        <translation>请以普通用户身份启动；dialout 组或软件包的 udev 规则可授予对设备的访问权限。</translation>
+    </message>
 </context>
 <context>
     <name>CliOptions</name>
