@@ -14,6 +14,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 namespace {
 
@@ -99,9 +100,13 @@ int main(int argc, char **argv)
     vorn::MainWindow window;
     ViewController controller(window, wishes->packages);
     controller.viewDidLoad();
-    const vorn::PowerEvents powerEvents(
-        [&powerEvents] { closePortsForSleep(powerEvents); },
-        [] { ORSSerialPortManager::sharedSerialPortManager().systemDidWake(); });
+    // Nobody can open a port before. Connecting to the system's bus waits for its answers.
+    std::unique_ptr<const vorn::PowerEvents> powerEvents;
+    QObject::connect(&window, &vorn::MainWindow::didAppear, [&powerEvents] {
+        powerEvents = std::make_unique<const vorn::PowerEvents>(
+            [&powerEvents] { closePortsForSleep(*powerEvents); },
+            [] { ORSSerialPortManager::sharedSerialPortManager().systemDidWake(); });
+    });
     window.show();
     delegate.applicationDidFinishLaunching();
     return QApplication::exec();

@@ -44,7 +44,6 @@ PackageDownload::PackageDownload(PackageLocation location, const FirmwareLibrary
                                  PackageObserver &observer, const PackageLimits &limits)
     : m_location(std::move(location)), m_library(library), m_observer(observer), m_limits(limits)
 {
-    m_network.setProxyFactory(std::make_unique<EnvironmentProxy>().release()); // which owns it
 }
 
 PackageDownload::~PackageDownload() = default;
@@ -53,11 +52,15 @@ bool PackageDownload::sendRequest()
 {
     if (m_downloads.size() >= m_limits.downloads)
         return false;
+    if (!m_network) {
+        m_network = std::make_unique<QNetworkAccessManager>();
+        m_network->setProxyFactory(std::make_unique<EnvironmentProxy>().release()); // which owns it
+    }
     const auto download = std::make_shared<Download>();
     download->session =
         std::make_unique<UrlSession>(static_cast<UrlSessionDelegate &>(*this), m_limits.timeouts);
     m_downloads.push_back(download);
-    download->session->resume(m_network, m_location);
+    download->session->resume(*m_network, m_location);
     return true;
 }
 
@@ -138,7 +141,7 @@ void PackageDownload::savePackage(const DownloadPtr &download)
 void PackageDownload::unpackLater(const DownloadPtr &download, const PackageProblem &saving)
 {
     // A package that could not be saved fails like one that cannot be unpacked, and no earlier.
-    QTimer::singleShot(m_limits.delayBeforeUnpacking, &m_network, [this, download, saving] {
+    QTimer::singleShot(m_limits.delayBeforeUnpacking, m_network.get(), [this, download, saving] {
         inBackground([download, saving] { return saving ? saving : download->store->install(); },
                      [this, download](const PackageProblem &problem) {
                          finishUnpacking(download, problem);
