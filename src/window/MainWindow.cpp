@@ -9,14 +9,9 @@
 #include <QFileDialog>
 #include <QFontDatabase>
 #include <QIcon>
-#include <QImage>
-#include <QPixmap>
-#include <QResource>
 #include <QScreen>
 #include <QStandardPaths>
 #include <QTimerEvent>
-
-#include <png.h>
 
 #include <algorithm>
 #include <array>
@@ -37,30 +32,11 @@ constexpr int kFrameTime = 34;
 constexpr int kStartWidth = 688; // pixels, or more if the widgets need it
 constexpr int kLogHeight = 160;  // pixels, if the screen has room
 
-// Null unless the resource is a PNG image. QImage would first load the plug-in of every image
-// format that the system knows, which takes longer than the icon.
-QPixmap pixmapOf(const QString &path)
-{
-    const QByteArray bytes = QResource(path).uncompressedData();
-    png_image png{};
-    png.version = PNG_IMAGE_VERSION;
-    if (!png_image_begin_read_from_memory(&png, bytes.constData(),
-                                          static_cast<std::size_t>(bytes.size())))
-        return {};
-    png.format = PNG_FORMAT_RGBA;
-    QImage image(static_cast<int>(png.width), static_cast<int>(png.height),
-                 QImage::Format_RGBA8888);
-    if (!png_image_finish_read(&png, nullptr, image.bits(), static_cast<int>(image.bytesPerLine()),
-                               nullptr))
-        return {};
-    return QPixmap::fromImage(image);
-}
-
 QIcon programIcon()
 {
     QIcon icon;
     for (const int size : {16, 24, 32, 48, 64, 128})
-        icon.addPixmap(pixmapOf(QStringLiteral(":/icons/%1.png").arg(size)));
+        icon.addFile(QStringLiteral(":/icons/%1.png").arg(size));
     return icon;
 }
 
@@ -74,11 +50,12 @@ MainWindow::MainWindow(QWidget *parent)
     loadResources();
     m_ui->setupUi(this);
     setCentralWidget(m_ui->view);
-    setWindowIcon(programIcon());
 
     QSizePolicy keepsItsPlace = m_ui->downloadProgress->sizePolicy();
     keepsItsPlace.setRetainSizeWhenHidden(true);
     m_ui->downloadProgress->setSizePolicy(keepsItsPlace);
+    // Reading an image first loads the plug-in of every format that the system knows.
+    connect(this, &MainWindow::didAppear, this, [this] { setWindowIcon(programIcon()); });
     // Not a checkable button: screen readers would call it a check box.
     connect(m_ui->logButton, &QPushButton::clicked, this,
             [this] { showLog(!m_ui->logPanel->isVisible()); });
