@@ -41,8 +41,8 @@ public:
     }
     void happens(LineEvent goneOrAbandoned, Clock::duration after = {})
     {
-        if (m_base + after < m_end.first)
-            m_end = {m_base + after, goneOrAbandoned};
+        Clock::time_point &when = goneOrAbandoned == LineEvent::Gone ? m_gone : m_abandoned;
+        when = std::min(when, m_base + after);
     }
     // The latest frame does not count: it was refused, or lost on its way.
     void forgetFrame()
@@ -71,7 +71,7 @@ public:
         if (isAbandoned())
             return;
         m_arrivals.erase(m_arrivals.begin(), m_arrivals.upper_bound(m_now));
-        if (m_end.first <= m_now)
+        if (m_gone <= m_now)
             return;
         lastSent = bytes.toByteArray();
         if (m_released <= m_now)
@@ -96,15 +96,18 @@ public:
             throw std::runtime_error("the update does not end");
         if (isAbandoned())
             return LineEvent::Abandoned;
+        const auto limit = std::min({deadline, m_gone, m_abandoned});
         const auto next = m_arrivals.begin();
-        if (next != m_arrivals.end() && next->first <= std::min(deadline, m_end.first)) {
+        if (next != m_arrivals.end() && next->first <= limit) {
             m_now = std::max(m_now, next->first);
             chunk = next->second;
             m_arrivals.erase(next);
             return LineEvent::Chunk;
         }
-        m_now = std::max(m_now, std::min(deadline, m_end.first));
-        return m_end.first <= deadline ? m_end.second : LineEvent::Silence;
+        m_now = std::max(m_now, limit);
+        if (isAbandoned())
+            return LineEvent::Abandoned;
+        return m_gone <= m_now ? LineEvent::Gone : LineEvent::Silence;
     }
     void pause(std::chrono::milliseconds time) override { m_now += time; }
     Clock::time_point now() const override { return m_now; }
@@ -113,10 +116,7 @@ private:
     // More than an update of the largest image takes.
     static constexpr int kMostWaits = 10'000;
 
-    bool isAbandoned() const
-    {
-        return m_end.second == LineEvent::Abandoned && m_end.first <= m_now;
-    }
+    bool isAbandoned() const { return m_abandoned <= m_now; }
     void react(const BootEvent &event)
     {
         m_base = m_now + m_latency;
@@ -166,7 +166,8 @@ private:
     Clock::time_point m_base{};     // when the device begins to answer
     Clock::time_point m_released{}; // when its answers are complete: the next frame may come
     std::multimap<Clock::time_point, QByteArray> m_arrivals;
-    std::pair<Clock::time_point, LineEvent> m_end{Clock::time_point::max(), LineEvent::Silence};
+    Clock::time_point m_gone = Clock::time_point::max();
+    Clock::time_point m_abandoned = Clock::time_point::max();
     qsizetype m_latestBytes = 0;
     int m_waits = 0;
 };

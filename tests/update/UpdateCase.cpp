@@ -234,16 +234,14 @@ std::vector<UpdateCase::Step> UpdateCase::steps() const
 UpdateCase::Expected UpdateCase::expected() const
 {
     static const LineFault kRightAnswer{"", Kind::None, {"="}};
-    const auto goneAt = gone ? between(gone) : Clock::duration::max();
-    const auto abandonedAt = abandoned ? between(abandoned) : Clock::duration::max();
-    const auto cutAt = std::min(goneAt, abandonedAt);
-    const Kind cut = goneAt < abandonedAt ? Kind::PortClosed : Kind::Abandoned;
+    auto goneAt = gone ? between(gone) : Clock::duration::max();
+    auto abandonedAt = abandoned ? between(abandoned) : Clock::duration::max();
     Expected end;
     Clock::duration now = 20ms; // a reset pulse and the start of the boot loader
     std::optional<Kind> joined;
     for (const Step &step : steps()) {
         end.at = step;
-        const Fault *fault = faultAt(step.device, step.frame);
+        const Fault *fault = joined ? nullptr : faultAt(step.device, step.frame);
         const LineFault &kind = fault ? *fault->kind : kRightAnswer;
         const int time = fault ? fault->time : 0;
         // The image is read while the device answers the version query.
@@ -251,25 +249,33 @@ UpdateCase::Expected UpdateCase::expected() const
         auto arrived = now + milliseconds(latency + time);
         auto ended = std::max(began, arrived);
         end.ending = kind.ending;
-        if (end.ending == Kind::None && ended > began + step.limit)
+        if (kind.event == LineEvent::Gone)
+            goneAt = std::min(goneAt, arrived);
+        else if (kind.event == LineEvent::Abandoned)
+            abandonedAt = std::min(abandonedAt, arrived);
+        if (kind.event != LineEvent::Chunk || ended > began + step.limit)
             end.ending = Kind::TimedOut;
         if (end.ending == Kind::TimedOut)
-            ended = began + step.limit;
+            arrived = ended = began + step.limit;
         if (joined) { // what came with the answer before
             end.ending = *joined;
             arrived = ended = now;
         }
         end.deviceHoldsImage = step.device == BootStep::Last && !kind.losesFrame;
         joined.reset();
-        // What arrived before the port closed still counts.
-        if (cutAt < (cut == Kind::PortClosed && end.ending != Kind::TimedOut ? arrived : ended)) {
-            end.ending = cut;
-            ended = std::max(began, cutAt);
-        } else if (kind.only == BootStep::Erase) {
-            joined = std::exchange(end.ending, Kind::None);
+        if (goneAt < arrived) { // what arrived before still counts
+            end.ending = Kind::PortClosed;
+            ended = std::max(began, goneAt);
         }
+        if (abandonedAt <= ended) { // nothing does
+            end.ending = Kind::Abandoned;
+            ended = std::max(began, abandonedAt);
+        }
+        if (end.ending == kind.ending && kind.only == BootStep::Erase)
+            joined = std::exchange(end.ending, Kind::None);
         now = ended;
         if (kind.only == BootStep::Connect) {
+            const auto cutAt = std::min(goneAt, abandonedAt);
             now = std::min(ended + kGaps * milliseconds(time), std::max(ended, cutAt));
             end.versionIsWhole = now < cutAt;
         }

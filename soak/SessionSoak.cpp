@@ -1,0 +1,441 @@
+#include "soak/SessionSoak.h"
+
+#include "platform/FileDescriptor.h"
+#include "platform/MainQueue.h"
+#include "simulator/SimulatedDevice.h"
+#include "soak/Tally.h"
+#include "tests/support/Eventually.h"
+#include "tests/support/TestImage.h"
+#include "update/DeviceSession.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <fcntl.h>
+#include <termios.h>
+
+#include <atomic>
+#include <cstring>
+#include <filesystem>
+#include <random>
+#include <thread>
+
+namespace vorn {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+using Kind = UpdateFailureKind;
+
+// Something that the device does wrong, and the end of the update. A time-out takes its time, so
+// those come seldom.
+struct DeviceFault
+{
+    const char *name;
+    FaultKind kind;
+    Kind ending;
+    int weight;
+};
+constexpr std::array kDeviceFaults{
+    DeviceFault{"refusal", FaultKind::Refuse, Kind::Refused, 10},
+    DeviceFault{"device stopped for a while", FaultKind::Late, Kind::None, 20},
+    DeviceFault{"answer doubled in one chunk", FaultKind::Duplicate, Kind::None, 10},
+    DeviceFault{"unplugged at a step", FaultKind::Unplug, Kind::PortClosed, 10},
+    DeviceFault{"silence", FaultKind::Silence, Kind::TimedOut, 2},
+    DeviceFault{"garbage", FaultKind::Garbage, Kind::TimedOut, 2},
+};
+
+struct FaultStep
+{
+    BootStep device;
+    UpdateStep step;
+};
+constexpr std::array kFaultSteps{
+    FaultStep{BootStep::Sync, UpdateStep::Synchronize},
+    FaultStep{BootStep::Connect, UpdateStep::Connect},
+    FaultStep{BootStep::Version, UpdateStep::QueryVersion},
+    FaultStep{BootStep::Download, UpdateStep::Download},
+    FaultStep{BootStep::Ready, UpdateStep::Release},
+    FaultStep{BootStep::Frame, UpdateStep::Data},
+    FaultStep{BootStep::Last, UpdateStep::Finish},
+};
+
+// Time-outs belong to silent devices only: no busy machine delays an answer so long.
+constexpr BootParameters parameters()
+{
+    BootParameters made = kVornBoot;
+    made.answerLimit = made.eraseLimit = 4s;
+    return made;
+}
+
+std::ptrdiff_t descriptors()
+{
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return std::distance(begin(all), end(all));
+}
+
+std::optional<termios> lineSettings(const QString &terminal)
+{
+    const FileDescriptor line(
+        ::open(QFile::encodeName(terminal).constData(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    termios settings{};
+    if (!line.isValid() || ::tcgetattr(line.get(), &settings) != 0)
+        return std::nullopt;
+    return settings;
+}
+
+bool isSame(const termios &one, const termios &other)
+{
+    return one.c_iflag == other.c_iflag && one.c_oflag == other.c_oflag &&
+           one.c_cflag == other.c_cflag && one.c_lflag == other.c_lflag &&
+           one.c_ispeed == other.c_ispeed && one.c_ospeed == other.c_ospeed &&
+           std::memcmp(one.c_cc, other.c_cc, sizeof one.c_cc) == 0;
+}
+
+// Threads that leave the updater no idle processor.
+class ProcessorLoad
+{
+public:
+    explicit ProcessorLoad(unsigned threads)
+    {
+        for (unsigned i = 0; i < threads; ++i)
+            m_threads.emplace_back([](const std::stop_token &ended) {
+                while (!ended.stop_requested())
+                    continue;
+            });
+    }
+
+private:
+    std::vector<std::jthread> m_threads;
+};
+
+// One device and what a user, the system and the device do to it, from plugging in to the closed
+// port.
+class SessionRun final : public DeviceSessionObserver
+{
+public:
+    explicit SessionRun(unsigned seed) : m_random(seed), m_device(randomDevice()) {}
+
+    // What went wrong first; empty if all was right.
+    QString run(Tally &tally);
+    QString story() const { return m_story.join(QStringLiteral(", ")); }
+
+    // DeviceSessionObserver
+    void deviceDidClose(bool) override
+    {
+        if (std::exchange(m_opensAgain, false))
+            m_session->open();
+    }
+    void versionQueryDidEnd(const UpdateResult &) override { m_queryEnded = true; }
+    void updateDidEnd(const UpdateResult &result) override { m_results.push_back(result); }
+    void deviceDidBecomeIdle() override { m_isIdle = true; }
+
+private:
+    struct Disturbance
+    {
+        const char *name;
+        Kind ending; // None: the update goes on
+        void (SessionRun::*happen)();
+    };
+    static const std::vector<Disturbance> kDisturbances;
+
+    int below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
+    DeviceOptions randomDevice();
+    void openSession();
+    void startUpdate();
+    const DeviceFault *breakDevice();
+    void expect(bool isRight, const QString &what);
+    void checkEnd(const DeviceFault *fault, const Disturbance &disturbance, int updatesBefore);
+    void checkRecovery();
+
+    void nothing() {}
+    void stall() { std::this_thread::sleep_for(std::chrono::milliseconds(30 + below(200))); }
+    void startAgain();
+    void closeAndOpen();
+    void replug();
+    void interrupt()
+    {
+        m_session->interrupt();
+        m_isClosing = true;
+    }
+    void endSession()
+    {
+        m_session->end();
+        m_isSpent = true;
+    }
+    void destroy() { m_session.reset(); }
+
+    std::mt19937 m_random;
+    QStringList m_story;
+    const QTemporaryDir m_folder;
+    SimulatedDevice m_device;
+    std::unique_ptr<DeviceSession> m_session;
+    std::shared_ptr<ORSSerialPort> m_port;
+    QByteArray m_image; // of the latest update
+    std::vector<UpdateResult> m_results;
+    bool m_queryEnded = false;
+    bool m_isIdle = false;
+    bool m_opensAgain = false;
+    bool m_isClosing = false;
+    bool m_isSpent = false; // the session ended for good, or has lost its terminal
+    FaultStep m_faultStep{};
+    QString m_complaint;
+};
+
+const std::vector<SessionRun::Disturbance> SessionRun::kDisturbances{
+    {"undisturbed", Kind::None, &SessionRun::nothing},
+    {"main thread stalled", Kind::None, &SessionRun::stall},
+    {"second start", Kind::None, &SessionRun::startAgain},
+    {"closed and opened", Kind::PortClosed, &SessionRun::closeAndOpen},
+    {"replugged at any time", Kind::PortClosed, &SessionRun::replug},
+    {"interrupted", Kind::Interrupted, &SessionRun::interrupt},
+    {"session ended", Kind::PortClosed, &SessionRun::endSession},
+    {"session destroyed", Kind::Abandoned, &SessionRun::destroy},
+};
+
+DeviceOptions SessionRun::randomDevice()
+{
+    DeviceOptions options;
+    options.directory = m_folder.path();
+    options.name = QStringLiteral("usbserial-soak");
+    options.modelCode = below(10);
+    options.eraseTime = std::chrono::milliseconds(below(4) == 0 ? below(40) : 0);
+    options.baud = below(3) == 0 ? 2'000'000 : 0;
+    if (below(4) == 0)
+        options.connectPieces = {1, 2};
+    options.joinEraseAnswers = below(4) == 0;
+    m_story += QStringLiteral("model %1").arg(options.modelCode);
+    return options;
+}
+
+void SessionRun::openSession()
+{
+    if (!m_session) {
+        SerialDevice record;
+        record.calloutDevice = m_device.path();
+        record.ttyDevice = QStringLiteral("usbserial-soak");
+        m_port = ORSSerialPort::serialPortWithDevice(std::make_shared<SerialDevice>(record));
+        m_session = std::make_unique<DeviceSession>(m_port, *this, parameters());
+    }
+    m_queryEnded = false;
+    expect(eventually([this] { return m_session->isOpen() || m_session->open(); }), "opening");
+}
+
+void SessionRun::startUpdate()
+{
+    m_image = imageOf(1 + below(below(4) == 0 ? 60'000 : 3'000));
+    m_isIdle = false;
+    m_session->startUpdate([image = m_image](qint32) { return FirmwareImage{image, {}}; });
+}
+
+const DeviceFault *SessionRun::breakDevice()
+{
+    if (below(2) == 0)
+        return nullptr;
+    int weights = 0;
+    for (const DeviceFault &fault : kDeviceFaults)
+        weights += fault.weight;
+    const DeviceFault *fault = kDeviceFaults.data();
+    for (int at = below(weights); at >= fault->weight; ++fault)
+        at -= fault->weight;
+    m_faultStep = kFaultSteps[static_cast<std::size_t>(below(kFaultSteps.size()))];
+    if (m_image.size() < 250 && m_faultStep.device == BootStep::Frame)
+        return nullptr;
+    m_story += QStringLiteral("%1 at device step %2")
+                   .arg(QLatin1String(fault->name))
+                   .arg(static_cast<int>(m_faultStep.device));
+    m_device.setFaults({{.step = m_faultStep.device,
+                         .kind = fault->kind,
+                         .frame = m_faultStep.device == BootStep::Frame ? 1 : 0,
+                         .delay = std::chrono::milliseconds(100 + below(400))}});
+    return fault;
+}
+
+void SessionRun::startAgain()
+{
+    if (m_session->isUpdating())
+        m_session->startUpdate([](qint32) { return FirmwareImage{imageOf(77), {}}; });
+}
+
+void SessionRun::closeAndOpen()
+{
+    m_opensAgain = m_session->isOpen();
+    m_session->close();
+}
+
+void SessionRun::replug()
+{
+    m_device.unplug();
+    m_isSpent = true;
+    expect(m_device.replug(), "plugging in again");
+}
+
+void SessionRun::expect(bool isRight, const QString &what)
+{
+    if (!isRight && m_complaint.isEmpty())
+        m_complaint = what;
+}
+
+QString SessionRun::run(Tally &tally)
+{
+    expect(m_device.start(), "plugging in");
+    const QString terminal = m_device.slavePath();
+    const auto settings = lineSettings(terminal);
+    const std::ptrdiff_t open = descriptors();
+    openSession();
+    // Else the update takes over from the query.
+    const bool afterQuery = below(4) != 0;
+    if (afterQuery)
+        expect(eventually([this] { return m_queryEnded; }), "the end of the version query");
+    const int updatesBefore = m_device.report().updates;
+    m_story += afterQuery ? "after the query" : "during the query";
+
+    const auto &disturbance = kDisturbances[static_cast<std::size_t>(
+        below(4) == 0 ? 0 : below(static_cast<int>(kDisturbances.size())))];
+    const std::chrono::milliseconds when(below(3) == 0 ? 0 : below(70));
+    m_story +=
+        QStringLiteral("%1 after %2 ms").arg(QLatin1String(disturbance.name)).arg(when.count());
+    startUpdate();
+    m_story += QStringLiteral("%1 bytes").arg(m_image.size());
+    const DeviceFault *fault = afterQuery ? breakDevice() : nullptr;
+    runEventLoopFor(when);
+    if (m_session)
+        (this->*disturbance.happen)();
+    checkEnd(fault, disturbance, updatesBefore);
+
+    ++tally.runs;
+    ++tally.faults[disturbance.name];
+    if (fault)
+        ++tally.faults[fault->name];
+    ++tally.endings[m_results.empty() ? "no word, as it must" : nameOf(m_results[0].failure.kind)];
+
+    m_device.setFaults({});
+    if (!m_device.report().plugged)
+        replug();
+    if (m_complaint.isEmpty())
+        checkRecovery();
+
+    const std::weak_ptr<ORSSerialPort> port = m_port;
+    m_session.reset();
+    m_port.reset();
+    expect(eventually([&] { return port.expired(); }), "nobody's holding the port");
+    expect(eventually([&] { return descriptors() <= open; }), "no descriptor's being left");
+    if (m_device.slavePath() == terminal) {
+        const auto after = lineSettings(terminal);
+        expect(settings && after && isSame(*settings, *after), "the line's old settings");
+    }
+    return m_complaint;
+}
+
+void SessionRun::checkEnd(const DeviceFault *fault, const Disturbance &disturbance,
+                          int updatesBefore)
+{
+    if (disturbance.ending != Kind::Abandoned)
+        expect(eventually([this] { return !m_results.empty(); }, 40s), "an end");
+    expect(eventually([this] {
+               return !m_port->RTS() && (m_isIdle || !m_session || !m_session->isUpdating());
+           }),
+           "RTS low in the end");
+    const DeviceReport report = m_device.report();
+    const bool isUpdated = report.updates > updatesBefore && report.image == m_image;
+    expect(report.errors.isEmpty(), "a device without objections: " + report.errors.join(u';'));
+    if (m_results.empty())
+        return;
+    const UpdateResult &result = m_results.front();
+    const QString end = QStringLiteral(" (%1, step %2)")
+                            .arg(QLatin1String(nameOf(result.failure.kind)))
+                            .arg(static_cast<int>(result.step));
+    expect(m_results.size() == 1, "one end" + end);
+    const Kind natural = fault ? fault->ending : Kind::None;
+    const bool isDisturbed = disturbance.ending != Kind::None;
+    expect(result.failure.kind == natural ||
+               (isDisturbed && result.failure.kind == disturbance.ending),
+           "another ending" + end);
+    expect(!result.succeeded() || isUpdated, "no success without the image in the device" + end);
+    expect(isDisturbed || result.succeeded() == isUpdated, "success" + end);
+    if (natural != Kind::None && !isDisturbed)
+        expect(result.step == m_faultStep.step, "another step" + end);
+}
+
+// Whatever happened: the next update succeeds.
+void SessionRun::checkRecovery()
+{
+    if (m_isClosing)
+        expect(eventually([this] { return !m_session->isOpen(); }), "a closed port");
+    if (m_isSpent || below(2) == 0)
+        m_session.reset();
+    openSession();
+    if (below(2) == 0)
+        expect(eventually([this] { return m_queryEnded || m_session->isOpen(); }), "a query");
+    m_results.clear();
+    startUpdate();
+    expect(eventually([this] { return !m_results.empty(); }, 40s), "an end of the next update");
+    if (m_results.empty())
+        return;
+    const UpdateResult &result = m_results.front();
+    expect(result.succeeded() && m_device.report().image == m_image,
+           QStringLiteral("success of the next update (%1, step %2)")
+               .arg(QLatin1String(nameOf(result.failure.kind)))
+               .arg(static_cast<int>(result.step)));
+    expect(eventually([this] { return m_isIdle && !m_port->RTS(); }), "RTS low after it");
+}
+
+// Opens what stays open as long as the program runs.
+void warmUp()
+{
+    MainQueue::instance();
+    runEventLoopFor(1ms);
+}
+
+bool soakOne(unsigned seed, Tally &tally)
+{
+    SessionRun run(seed);
+    // Every other run has to share the processors.
+    const bool isLoaded = seed % 2 != 0;
+    const ProcessorLoad load(isLoaded ? 2 * std::max(std::thread::hardware_concurrency(), 1U) : 0);
+    if (isLoaded)
+        ++tally.faults["processors busy"];
+    const QString complaint = run.run(tally);
+    if (complaint.isEmpty())
+        return true;
+    std::printf("WRONG: expected %s\n    %s\n    --session-seed %u\n", qPrintable(complaint),
+                qPrintable(run.story()), seed);
+    return false;
+}
+
+void printTally(const Tally &tally, Clock::time_point began)
+{
+    const double seconds = std::chrono::duration<double>(Clock::now() - began).count();
+    std::printf(
+        "sessions on pseudo-terminals: %lld in %.0f s, each with another update behind it\n",
+        tally.runs, seconds);
+    tally.print();
+}
+
+} // namespace
+
+bool soakSessions(unsigned firstSeed, std::chrono::seconds time)
+{
+    Tally tally;
+    const auto began = Clock::now();
+    bool isRight = true;
+    warmUp();
+    for (unsigned seed = firstSeed; isRight && Clock::now() - began < time; ++seed)
+        isRight = soakOne(seed, tally);
+    printTally(tally, began);
+    return isRight;
+}
+
+bool replaySession(unsigned seed, int times)
+{
+    Tally tally;
+    const auto began = Clock::now();
+    bool isRight = true;
+    warmUp();
+    for (int turn = 0; isRight && turn < times; ++turn)
+        isRight = soakOne(seed, tally);
+    printTally(tally, began);
+    return isRight;
+}
+
+} // namespace vorn
