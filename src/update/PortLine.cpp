@@ -3,6 +3,7 @@
 #include "platform/MainQueue.h"
 
 #include <thread>
+#include <utility>
 
 namespace vorn {
 
@@ -13,6 +14,9 @@ PortLine::PortLine(ORSSerialPortPtr port, std::shared_ptr<ReceiveBuffer> buffer)
 
 void PortLine::send(QByteArrayView bytes)
 {
+    // Answers to an earlier sequence may have been read already and wait for a busy main thread.
+    if (!std::exchange(m_hasSent, true))
+        MainQueue::instance().postAndWait([] {});
     if (m_buffer->isAbandoned())
         return;
     m_buffer->drop();
