@@ -45,7 +45,7 @@ std::vector<UpdateCase> simpler(const UpdateCase &made)
         all.back().faults.erase(all.back().faults.begin() + static_cast<std::ptrdiff_t>(i));
     }
     const auto below = [](int value, int least) {
-        std::set<int> lower{least, (value + least) / 2, value - 1};
+        std::set<int> lower{least, (value + least) / 2, value - 250, value - 1};
         std::erase_if(lower, [&](int one) { return one < least || one >= value; });
         return lower;
     };
