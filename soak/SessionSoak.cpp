@@ -1,22 +1,16 @@
 #include "soak/SessionSoak.h"
 
-#include "platform/FileDescriptor.h"
 #include "platform/MainQueue.h"
 #include "simulator/SimulatedDevice.h"
+#include "soak/Surroundings.h"
 #include "soak/Tally.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/TestImage.h"
 #include "update/DeviceSession.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 
-#include <fcntl.h>
-#include <termios.h>
-
-#include <atomic>
-#include <cstring>
-#include <filesystem>
+#include <functional>
 #include <random>
 #include <thread>
 
@@ -69,47 +63,6 @@ constexpr BootParameters parameters()
     return made;
 }
 
-std::ptrdiff_t descriptors()
-{
-    const std::filesystem::directory_iterator all("/proc/self/fd");
-    return std::distance(begin(all), end(all));
-}
-
-std::optional<termios> lineSettings(const QString &terminal)
-{
-    const FileDescriptor line(
-        ::open(QFile::encodeName(terminal).constData(), O_RDWR | O_NOCTTY | O_CLOEXEC));
-    termios settings{};
-    if (!line.isValid() || ::tcgetattr(line.get(), &settings) != 0)
-        return std::nullopt;
-    return settings;
-}
-
-bool isSame(const termios &one, const termios &other)
-{
-    return one.c_iflag == other.c_iflag && one.c_oflag == other.c_oflag &&
-           one.c_cflag == other.c_cflag && one.c_lflag == other.c_lflag &&
-           one.c_ispeed == other.c_ispeed && one.c_ospeed == other.c_ospeed &&
-           std::memcmp(one.c_cc, other.c_cc, sizeof one.c_cc) == 0;
-}
-
-// Threads that leave the updater no idle processor.
-class ProcessorLoad
-{
-public:
-    explicit ProcessorLoad(unsigned threads)
-    {
-        for (unsigned i = 0; i < threads; ++i)
-            m_threads.emplace_back([](const std::stop_token &ended) {
-                while (!ended.stop_requested())
-                    continue;
-            });
-    }
-
-private:
-    std::vector<std::jthread> m_threads;
-};
-
 // One device and what a user, the system and the device do to it, from plugging in to the closed
 // port.
 class SessionRun final : public DeviceSessionObserver
@@ -126,7 +79,7 @@ public:
     void deviceDidClose(bool) override
     {
         if (std::exchange(m_opensAgain, false))
-            m_session->open();
+            m_queryEnded = !m_session->open(); // fails without the device
     }
     void targetVersionDidArrive(qint32) override { m_versionHeard = m_session->lastHeard(); }
     void versionQueryDidEnd(const UpdateResult &) override { m_queryEnded = true; }
@@ -145,6 +98,7 @@ private:
     int below(int limit) { return static_cast<int>(m_random() % static_cast<unsigned>(limit)); }
     DeviceOptions randomDevice();
     void openSession();
+    void awaitQuery();
     void startUpdate();
     const DeviceFault *breakDevice();
     void expect(bool isRight, const QString &what);
@@ -221,14 +175,26 @@ void SessionRun::openSession()
         m_port = ORSSerialPort::serialPortWithDevice(std::make_shared<SerialDevice>(record));
         m_session = std::make_unique<DeviceSession>(m_port, *this, parameters());
     }
+    if (m_session->isOpen())
+        return;
     m_queryEnded = false;
-    expect(eventually([this] { return m_session->isOpen() || m_session->open(); }), "opening");
+    // An earlier session's port may still be closing.
+    expect(eventually([this] { return m_session->open(); }), "opening");
+}
+
+// Nobody waits for the query's last answer. A reset would silence a real device, but this one has
+// no modem lines and must not answer after the update's sync byte. It may have answered already.
+void SessionRun::awaitQuery()
+{
+    expect(eventually([this] { return m_queryEnded; }), "the end of the version query");
+    eventually([this] { return m_session->lastHeard() > m_versionHeard; }, 1s);
 }
 
 void SessionRun::startUpdate()
 {
     m_image = imageOf(1 + below(below(4) == 0 ? 60'000 : 3'000));
     m_isIdle = false;
+    m_queryEnded = true; // or taken over from
     m_session->startUpdate([image = m_image](qint32) { return FirmwareImage{image, {}}; });
     m_transcript = m_session->transcript();
 }
@@ -290,13 +256,8 @@ QString SessionRun::run(Tally &tally)
     openSession();
     // Else the update takes over from the query.
     const bool afterQuery = below(4) != 0;
-    if (afterQuery) {
-        expect(eventually([this] { return m_queryEnded; }), "the end of the version query");
-        // Nobody waits for its last answer. A reset would silence a real device, but this one has
-        // no modem lines and must not answer after the update's sync byte. It may have answered
-        // before.
-        eventually([this] { return m_session->lastHeard() > m_versionHeard; }, 1s);
-    }
+    if (afterQuery)
+        awaitQuery();
     const int updatesBefore = m_device.report().updates;
     m_story += afterQuery ? "after the query" : "during the query";
 
@@ -373,11 +334,12 @@ void SessionRun::checkRecovery()
 {
     expect(eventually([this] { return !m_opensAgain && (!m_isClosing || !m_session->isOpen()); }),
            "the end of closing");
-    if (m_isSpent || below(2) == 0)
+    const bool isFresh = !m_session || m_isSpent || below(2) == 0;
+    if (isFresh)
         m_session.reset();
     openSession();
-    if (below(2) == 0)
-        expect(eventually([this] { return m_queryEnded || m_session->isOpen(); }), "a query");
+    if (!isFresh || below(2) == 0)
+        awaitQuery();
     m_results.clear();
     startUpdate();
     expect(eventually([this] { return !m_results.empty(); }, 40s), "an end of the next update");
@@ -389,13 +351,6 @@ void SessionRun::checkRecovery()
                .arg(QLatin1String(nameOf(result.failure.kind)))
                .arg(static_cast<int>(result.step)));
     expect(eventually([this] { return m_isIdle && !m_port->RTS(); }), "RTS low after it");
-}
-
-// Opens what stays open as long as the program runs.
-void warmUp()
-{
-    MainQueue::instance();
-    runEventLoopFor(1ms);
 }
 
 bool soakOne(unsigned seed, Tally &tally)
@@ -414,39 +369,37 @@ bool soakOne(unsigned seed, Tally &tally)
     return false;
 }
 
-void printTally(const Tally &tally, Clock::time_point began)
+// While `goesOn` holds, with seeds that differ by `step`.
+bool soakWhile(const std::function<bool(const Tally &)> &goesOn, unsigned seed, unsigned step)
 {
+    // Opens what stays open as long as the program runs.
+    MainQueue::instance();
+    runEventLoopFor(1ms);
+
+    Tally tally;
+    const auto began = Clock::now();
+    bool isRight = true;
+    for (; isRight && goesOn(tally); seed += step)
+        isRight = soakOne(seed, tally);
     const double seconds = std::chrono::duration<double>(Clock::now() - began).count();
     std::printf(
         "sessions on pseudo-terminals: %lld in %.0f s, each with another update behind it\n",
         tally.runs, seconds);
     tally.print();
+    return isRight;
 }
 
 } // namespace
 
 bool soakSessions(unsigned firstSeed, std::chrono::seconds time)
 {
-    Tally tally;
-    const auto began = Clock::now();
-    bool isRight = true;
-    warmUp();
-    for (unsigned seed = firstSeed; isRight && Clock::now() - began < time; ++seed)
-        isRight = soakOne(seed, tally);
-    printTally(tally, began);
-    return isRight;
+    const auto deadline = Clock::now() + time;
+    return soakWhile([&](const Tally &) { return Clock::now() < deadline; }, firstSeed, 1);
 }
 
 bool replaySession(unsigned seed, int times)
 {
-    Tally tally;
-    const auto began = Clock::now();
-    bool isRight = true;
-    warmUp();
-    for (int turn = 0; isRight && turn < times; ++turn)
-        isRight = soakOne(seed, tally);
-    printTally(tally, began);
-    return isRight;
+    return soakWhile([&](const Tally &tally) { return tally.runs < times; }, seed, 0);
 }
 
 } // namespace vorn
