@@ -14,12 +14,12 @@ PortLine::PortLine(ORSSerialPortPtr port, std::shared_ptr<ReceiveBuffer> buffer)
 
 void PortLine::send(QByteArrayView bytes)
 {
-    // Answers to an earlier sequence may have been read already and wait for a busy main thread.
-    if (!std::exchange(m_hasSent, true))
-        MainQueue::instance().postAndWait([] {});
     if (m_buffer->isAbandoned())
         return;
     m_buffer->drop();
+    // Behind the answers to an earlier sequence that have been read and wait for the main thread.
+    if (!std::exchange(m_hasSent, true))
+        MainQueue::instance().post([buffer = m_buffer] { buffer->startReceiving(); });
     m_port->sendData(bytes);
 }
 

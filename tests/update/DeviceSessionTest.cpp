@@ -53,6 +53,7 @@ TEST(PortLine, DropsWhatArrivedBeforeItSendsAndSendsNothingOnceAbandoned)
     const auto buffer = std::make_shared<ReceiveBuffer>();
     PortLine line(rig.session->port(), buffer);
     const QByteArray sync(1, static_cast<char>(SyncByte));
+    buffer->startReceiving();
     buffer->receive("\xaf");
     line.send(sync);
     QByteArray chunk;
