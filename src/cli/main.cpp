@@ -8,7 +8,6 @@
 #include "firmware/FirmwareModels.h"
 #include "firmware/StagingFolder.h"
 #include "platform/Directories.h"
-#include "platform/MainQueue.h"
 #include "platform/QuitSignals.h"
 
 #include <QCoreApplication>
@@ -106,8 +105,9 @@ int main(int argc, char **argv)
     // A reader of the output that goes away does not end an update.
     std::signal(SIGPIPE, SIG_IGN);
     QCoreApplication application(argc, argv);
-    MainQueue::instance(); // belongs to this thread, whoever uses it first
     installTranslations();
+    if (!startQueues())
+        return kUsage;
     int exitCode = kDone;
     const auto options = readCliOptions(QCoreApplication::arguments(), exitCode);
     if (!options)
@@ -115,7 +115,11 @@ int main(int argc, char **argv)
     // What the program has to say about a failure, its one line says.
     QLoggingCategory::setFilterRules(options->verbose ? QStringLiteral("vorn.*=true")
                                                       : QStringLiteral("vorn.*=false"));
-    installDeviceRegistry(options->common.deviceDirectory);
+    const QString unwatched = installDeviceRegistry(options->common.deviceDirectory);
+    if (!unwatched.isEmpty() && options->command == CliCommand::Watch) {
+        print(stderr, unwatched + u'\n');
+        return kUsage;
+    }
     StagingFolder::recoverInterruptedPublish();
     return run(*options, quitSignals);
 }
