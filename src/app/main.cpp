@@ -19,6 +19,7 @@
 namespace {
 
 constexpr int kNoDisplay = 1;
+constexpr int kCannotStart = 1;
 
 // Whether a window has a place to appear; Qt ends the process where none has.
 bool hasDisplay(const QStringList &arguments)
@@ -90,6 +91,8 @@ int main(int argc, char **argv)
     const auto wishes = vorn::readCommandLine(QCoreApplication::arguments(), exitCode);
     if (!wishes)
         return exitCode;
+    if (!vorn::startQueues())
+        return kCannotStart;
     vorn::installDeviceRegistry(wishes->deviceDirectory);
 
     const AppDelegate delegate;

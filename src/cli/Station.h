@@ -34,6 +34,7 @@ private:
     Output &m_output;
     StationRecord m_record;
     DeviceRuns m_runs;
+    int m_refused = 0; // devices whose update could not begin
     bool m_isEnding = false;
     bool m_recordFailed = false;
     QObject m_subscription;

@@ -9,7 +9,6 @@
 #include "firmware/StagingFolder.h"
 #include "platform/Directories.h"
 #include "platform/FileDescriptor.h"
-#include "platform/MainQueue.h"
 #include "platform/QuitSignals.h"
 
 #include <QCoreApplication>
@@ -138,11 +137,16 @@ int main(int argc, char **argv)
     std::optional<QuitSignals> quitSignals;
     if (!lists)
         quitSignals.emplace();
-    MainQueue::instance(); // belongs to this thread, whoever uses it first
+    if (!startQueues())
+        return kUsage;
     // What the program has to say about a failure, its one line says.
     QLoggingCategory::setFilterRules(options->verbose ? QStringLiteral("vorn.*=true")
                                                       : QStringLiteral("vorn.*=false"));
-    installDeviceRegistry(options->common.deviceDirectory);
+    const QString unwatched = installDeviceRegistry(options->common.deviceDirectory);
+    if (!unwatched.isEmpty() && options->command == CliCommand::Watch) {
+        print(stderr, unwatched + u'\n');
+        return kUsage;
+    }
     StagingFolder::recoverInterruptedPublish();
     const auto output = outputFor(*options);
     if (::geteuid() == 0)

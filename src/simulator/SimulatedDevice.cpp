@@ -49,7 +49,7 @@ SimulatedDevice::~SimulatedDevice()
 
 bool SimulatedDevice::start(QString *problem)
 {
-    if (!m_wake.isValid() || !m_updated.isValid()) {
+    if (m_wake.error() != 0 || m_updated.error() != 0) {
         if (problem != nullptr)
             *problem = QStringLiteral("no event descriptor");
         return false;
