@@ -14,7 +14,7 @@ void ReceiveBuffer::receive(QByteArrayView chunk)
 {
     {
         const std::lock_guard lock(m_mutex);
-        if (chunk.isEmpty() || m_held.size() >= kMostHeldChunks)
+        if (chunk.isEmpty() || m_isSealed || m_held.size() >= kMostHeldChunks)
             return;
         m_held.push_back(chunk.first(std::min(chunk.size(), kSize)).toByteArray());
     }
@@ -45,9 +45,16 @@ bool ReceiveBuffer::isAbandoned() const
     return m_abandoned;
 }
 
+void ReceiveBuffer::seal()
+{
+    const std::lock_guard lock(m_mutex);
+    m_isSealed = true;
+}
+
 void ReceiveBuffer::drop()
 {
     const std::lock_guard lock(m_mutex);
+    m_isSealed = false;
     m_held.clear();
 }
 

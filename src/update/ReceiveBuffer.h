@@ -31,6 +31,8 @@ public:
     void abandon();
     bool isAbandoned() const;
 
+    // Ignores further chunks until the next drop().
+    void seal();
     // Drops the held chunks, which cannot be answers to what is sent next.
     void drop();
     LineEvent waitForChunk(Clock::time_point deadline, QByteArray &chunk);
@@ -39,6 +41,7 @@ private:
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<QByteArray> m_held;
+    bool m_isSealed = false;
     bool m_portClosed = false;
     bool m_abandoned = false;
 };
