@@ -8,6 +8,7 @@
 #include "firmware/FirmwareModels.h"
 #include "firmware/StagingFolder.h"
 #include "platform/Directories.h"
+#include "platform/ExitLimit.h"
 #include "platform/MainQueue.h"
 #include "platform/QuitSignals.h"
 
@@ -116,6 +117,11 @@ int main(int argc, char **argv)
     QLoggingCategory::setFilterRules(options->verbose ? QStringLiteral("vorn.*=true")
                                                       : QStringLiteral("vorn.*=false"));
     installDeviceRegistry(options->common.deviceDirectory);
-    StagingFolder::recoverInterruptedPublish();
-    return run(*options, quitSignals);
+    // An image from elsewhere does not need the caches, which may be on a network that hangs.
+    if (options->imagePath.isNull() && options->command != CliCommand::List &&
+        options->command != CliCommand::Info)
+        StagingFolder::recoverInterruptedPublish();
+    exitCode = run(*options, quitSignals);
+    limitExit(exitCode);
+    return exitCode;
 }
