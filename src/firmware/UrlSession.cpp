@@ -99,8 +99,10 @@ void UrlSession::resume(QNetworkAccessManager &network, const PackageLocation &l
             m_certificate = {Kind::Certificate, static_cast<int>(errors.front().error()),
                              m_reply->url().host()};
     });
-    connect(m_reply, &QNetworkReply::requestSent, this,
-            [this] { m_stepTimer.start(m_timeouts.response); });
+    connect(m_reply, &QNetworkReply::requestSent, this, [this] {
+        m_isConnected = true;
+        m_stepTimer.start(m_timeouts.response);
+    });
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &UrlSession::receiveResponse);
     connect(m_reply, &QNetworkReply::readyRead, this, &UrlSession::receiveData);
     connect(m_reply, &QNetworkReply::finished, this, &UrlSession::finish);
@@ -110,9 +112,19 @@ void UrlSession::resume(QNetworkAccessManager &network, const PackageLocation &l
 
 void UrlSession::expire(const QTimer &timer)
 {
-    const auto seconds = std::chrono::ceil<std::chrono::seconds>(timer.intervalAsDuration());
-    m_timeout = {Kind::TimedOut, static_cast<int>(seconds.count()), m_reply->url().host()};
+    m_timeout = timeoutProblem(timer);
     m_reply->abort();
+}
+
+PackageProblem UrlSession::timeoutProblem(const QTimer &timer) const
+{
+    const QString host = m_reply->url().host();
+    // A server or proxy that accepts connections and no more.
+    if (!m_isConnected)
+        return {Kind::Encryption, static_cast<int>(QNetworkReply::TimeoutError), host};
+    const auto seconds = std::chrono::ceil<std::chrono::seconds>(timer.intervalAsDuration());
+    return {&timer == &m_totalTimer ? Kind::TooSlow : Kind::TimedOut,
+            static_cast<int>(seconds.count()), host};
 }
 
 void UrlSession::cancel()
