@@ -164,7 +164,7 @@ def endless_proxy(stream, _, server):
 class HungFileSystem:
     """A mounted folder (by FUSE; needs root) whose entry "VornUpdate2" is never answered for, nor its
     listing."""
-    INIT, LOOKUP, FORGET, GETATTR = 26, 1, 2, 3
+    INIT, LOOKUP, FORGET, GETATTR, INTERRUPT = 26, 1, 2, 3, 36
 
     def __init__(self, path):
         os.makedirs(path, exist_ok=True)
@@ -190,6 +190,9 @@ class HungFileSystem:
                                struct.pack('<IIIIIII', 0o40777, 2, 0, 0, 0, 4096, 0)[:28])
                 elif opcode == self.LOOKUP and not name.startswith((b'VornUpdate2', b'.VornUpdate2')):
                     self.reply(unique, error=-2)
+                elif opcode == self.INTERRUPT:
+                    # The thread is to end; else FUSE, unlike NFS, would keep its process for ever.
+                    self.reply(struct.unpack_from('<Q', request, 40)[0], error=-4)
                 elif opcode != self.FORGET:
                     self.asked += 1
 

@@ -103,11 +103,9 @@ int main(int argc, char **argv)
         return kDone;
     }
 
-    QuitSignals quitSignals;
     // A reader of the output that goes away does not end an update.
     std::signal(SIGPIPE, SIG_IGN);
     QCoreApplication application(argc, argv);
-    MainQueue::instance(); // belongs to this thread, whoever uses it first
     installTranslations();
     int exitCode = kDone;
     const auto options = readCliOptions(QCoreApplication::arguments(), exitCode);
@@ -116,11 +114,14 @@ int main(int argc, char **argv)
     // What the program has to say about a failure, its one line says.
     QLoggingCategory::setFilterRules(options->verbose ? QStringLiteral("vorn.*=true")
                                                       : QStringLiteral("vorn.*=false"));
-    installDeviceRegistry(options->common.deviceDirectory);
-    // An image from elsewhere does not need the caches, which may be on a network that hangs.
+    // The caches may be on a network file system that hangs: an image from elsewhere does not need
+    // them, and until the signals are taken over Ctrl-C ends the program.
     if (options->imagePath.isNull() && options->command != CliCommand::List &&
         options->command != CliCommand::Info)
         StagingFolder::recoverInterruptedPublish();
+    QuitSignals quitSignals;
+    MainQueue::instance(); // belongs to this thread, whoever uses it first
+    installDeviceRegistry(options->common.deviceDirectory);
     exitCode = run(*options, quitSignals);
     limitExit(exitCode);
     return exitCode;
