@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QRegularExpression>
+#include <QSslConfiguration>
 
 #include <cerrno>
 
@@ -29,6 +30,10 @@ PackageProblem PackageLocation::addCertificates(const QString &pemFile)
     const QList<QSslCertificate> found = QSslCertificate::fromDevice(&file, QSsl::Pem);
     if (found.isEmpty())
         return {PackageProblemKind::NoCertificates, 0, pemFile};
+    // Certificates that are set turn off loading the system's on demand. Those are read here,
+    // before there is a window, since it takes a tenth of a second.
+    if (m_certificates.isEmpty())
+        m_certificates = QSslConfiguration::systemCaCertificates();
     m_certificates += found;
     return {};
 }

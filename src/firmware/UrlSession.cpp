@@ -67,9 +67,7 @@ QNetworkRequest requestFor(const PackageLocation &location)
     request.setRawHeader("Accept-Encoding", "identity");
     if (!location.certificates().isEmpty()) {
         QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-        // Setting certificates turns off loading the system's on demand, so they are added.
-        configuration.setCaCertificates(QSslConfiguration::systemCaCertificates() +
-                                        location.certificates());
+        configuration.setCaCertificates(location.certificates());
         request.setSslConfiguration(configuration);
     }
     return request;
