@@ -17,6 +17,9 @@ Q_LOGGING_CATEGORY(logFirmware, "vorn.firmware")
 
 using Kind = PackageProblemKind;
 
+// What Qt may hold of the body until the main thread takes it.
+constexpr qint64 kReadBuffer = 4 << 20;
+
 Kind kindOf(QNetworkReply::NetworkError error)
 {
     switch (error) {
@@ -92,6 +95,7 @@ UrlSession::~UrlSession()
 void UrlSession::resume(QNetworkAccessManager &network, const PackageLocation &location)
 {
     m_reply = network.get(requestFor(location));
+    m_reply->setReadBufferSize(kReadBuffer);
     connect(m_reply, &QNetworkReply::sslErrors, this, [this](const QList<QSslError> &errors) {
         if (!errors.isEmpty())
             m_certificate = {Kind::Certificate, static_cast<int>(errors.front().error()),
