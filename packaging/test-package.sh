@@ -24,6 +24,7 @@ for file in metainfo/*.xml doc/vornupdater/changelog.gz; do
     zgrep -qF "${version%-*}" "$file" || fail "$file does not know version ${version%-*}."
 done
 desktop-file-validate applications/*.desktop
+"$here/check-hardening.sh" "$work/tree" "$build"
 ! grep -rF "${here%/packaging}/" "$work/tree" || fail "The place of the build is in the packages."
 
 for program in ../bin/*; do

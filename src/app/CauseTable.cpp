@@ -6,6 +6,11 @@ namespace vorn {
 namespace {
 
 constexpr CauseRow kRows[] = {
+    {Cause::RunsAsRoot, "",
+     QT_TRANSLATE_NOOP("Causes", "The program runs as root: files from the network are unpacked "
+                                 "with all rights, into root's firmware folder."),
+     QT_TRANSLATE_NOOP("Causes", "Start it as an ordinary user; the group dialout or the package's "
+                                 "udev rule gives access to the device.")},
     {Cause::NoDevice, "no-device", QT_TRANSLATE_NOOP("Causes", "No device is plugged in."),
      QT_TRANSLATE_NOOP("Causes",
                        "Plug in the device's USB-serial adapter; it appears here by itself."),
@@ -102,8 +107,9 @@ constexpr CauseRow kRows[] = {
                        "The adapter at %1 cannot run at %2 baud, which the device needs."),
      QT_TRANSLATE_NOOP("Causes", "Use another USB-serial adapter.")},
     {Cause::DoesNotClose, "cannot-open",
-     QT_TRANSLATE_NOOP("Causes", "The system does not let go of %1."),
-     QT_TRANSLATE_NOOP("Causes", "Unplug the device.")},
+     QT_TRANSLATE_NOOP("Causes", "The kernel still holds the port %1."),
+     QT_TRANSLATE_NOOP("Causes",
+                       "Unplug the device; if that does not help, restart the computer.")},
     {Cause::ClosedByItself, "", QT_TRANSLATE_NOOP("Causes", "The connection to %1 was lost."),
      QT_TRANSLATE_NOOP("Causes", "If the device is still plugged in, press “Open”.")},
     {Cause::DeviceNotOpen, "", QT_TRANSLATE_NOOP("Causes", "The device is not open."),
@@ -196,6 +202,9 @@ constexpr CauseRow kRows[] = {
      QT_TRANSLATE_NOOP("Causes",
                        "There is no firmware file yet, and no package server is configured."),
      QT_TRANSLATE_NOOP("Causes", "Put files that end in .bin into %1.")},
+    {Cause::FolderUnreadable, "bad-image",
+     QT_TRANSLATE_NOOP("Causes", "The folder of firmware files, %1, cannot be read: %2."),
+     QT_TRANSLATE_NOOP("Causes", "Correct its access rights, or check the disk.")},
     {Cause::NoFirmwareForModel, "bad-image",
      QT_TRANSLATE_NOOP("Causes", "No firmware file is for this device (model code %1)."),
      QT_TRANSLATE_NOOP("Causes",
@@ -284,7 +293,7 @@ constexpr CauseRow kRows[] = {
     {Cause::FileSystem, "download-failed", QT_TRANSLATE_NOOP("Causes", "%1: %2."),
      QT_TRANSLATE_NOOP("Causes", "Check the disk. Nothing was replaced.")},
     {Cause::NoCertificates, "download-failed",
-     QT_TRANSLATE_NOOP("Causes", "%1 holds no certificate in PEM format."),
+     QT_TRANSLATE_NOOP("Causes", "%1 is not a file that holds certificates in PEM format."),
      QT_TRANSLATE_NOOP("Causes", "Use a file that holds certificates in PEM format.")},
     {Cause::DownloadInterrupted, "interrupted",
      QT_TRANSLATE_NOOP("Causes", "The download was interrupted."),

@@ -220,6 +220,13 @@ Explanation explainVersionQuery(const UpdateResult &result)
     }
 }
 
+Explanation explainNoFirmware(const QString &folder, int error, bool hasPackageServer)
+{
+    if (error != 0 && error != ENOENT)
+        return explain(Cause::FolderUnreadable, {folder, systemText(error)});
+    return explain(hasPackageServer ? Cause::NoFirmware : Cause::NoFirmwareNoServer, {folder});
+}
+
 Explanation explainDownload(const PackageProblem &problem, bool hasNetwork)
 {
     const QString &subject = problem.text;

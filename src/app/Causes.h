@@ -17,6 +17,9 @@ namespace vorn {
 enum class Cause {
     None,
 
+    // Starting the program
+    RunsAsRoot,
+
     // Finding a device
     NoDevice,
     UnsuitableDevice, // %1 name
@@ -70,6 +73,7 @@ enum class Cause {
     // Firmware files
     NoFirmware,         // %1 folder
     NoFirmwareNoServer, // %1 folder
+    FolderUnreadable,   // %1 folder, %2 the system's text
     NoFirmwareForModel, // %1 model code
 
     // Downloading. %1 is the server unless said otherwise.
@@ -105,7 +109,7 @@ struct CauseRow
 {
     Cause cause;
     // For programs that read the command line's output: never changes, and decides the exit code.
-    // Empty for causes that only the window knows.
+    // Empty for causes that end no command.
     const char *word;
     const char *what;
     const char *cure;
@@ -152,6 +156,8 @@ Explanation explainVanishing(const QString &name, std::chrono::milliseconds afte
 // Of a success: Cause::None.
 Explanation explainUpdate(const UpdateResult &result);
 Explanation explainVersionQuery(const UpdateResult &result);
+// Why the firmware folder offers no file: `error` is the errno of reading it, 0 if it was read.
+Explanation explainNoFirmware(const QString &folder, int error, bool hasPackageServer);
 // `hasNetwork`: whether the machine has a network at all.
 Explanation explainDownload(const PackageProblem &problem, bool hasNetwork = true);
 

@@ -157,8 +157,8 @@ void FirmwareSection::leadToFiles(bool hasFiles)
     if (!hasFiles && m_targetVersion > 0)
         hint = explain(Cause::NoFirmwareForModel, {QString::number(m_targetVersion)});
     else if (!hasFiles)
-        hint = explain(m_hasPackageServer ? Cause::NoFirmware : Cause::NoFirmwareNoServer,
-                       {withoutPersonalNames(folder)});
+        hint = explainNoFirmware(withoutPersonalNames(folder), m_library.scanError(),
+                                 m_hasPackageServer);
     showDetails(hint.text(), !hasFiles);
 }
 

@@ -8,6 +8,8 @@
 #include <QCommandLineParser>
 #include <QFileInfo>
 
+#include <cerrno>
+
 namespace vorn {
 namespace {
 
@@ -94,9 +96,9 @@ void installDeviceRegistry(const QString &deviceDirectory)
         std::make_unique<CombinedDeviceRegistry>(std::move(registries)));
 }
 
-void print(FILE *stream, const QString &text)
+int print(FILE *stream, const QString &text)
 {
-    std::fputs(qPrintable(text), stream);
+    return std::fputs(qPrintable(text), stream) < 0 || std::fflush(stream) != 0 ? errno : 0;
 }
 
 } // namespace vorn

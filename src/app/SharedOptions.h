@@ -48,7 +48,7 @@ private:
 // path. Before the first use of the device registry.
 void installDeviceRegistry(const QString &deviceDirectory);
 
-// Writes the text in the locale's encoding.
-void print(FILE *stream, const QString &text);
+// Writes the text in the locale's encoding. Returns 0 or an errno.
+int print(FILE *stream, const QString &text);
 
 } // namespace vorn

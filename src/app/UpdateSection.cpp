@@ -35,6 +35,12 @@ void UpdateSection::setDevice(const QString &name)
     m_window.showUpdateDetails({});
 }
 
+void UpdateSection::warn(const Explanation &why)
+{
+    m_log.add(why.text());
+    m_window.showUpdateDetails(why.text());
+}
+
 void UpdateSection::forgetRefusal()
 {
     if (!m_showsUpdate)

@@ -30,6 +30,8 @@ public:
 
     // The device of this name became current. What was said of another one goes.
     void setDevice(const QString &name);
+    // At the start: shown until there is anything else to say here; the log keeps it.
+    void warn(const Explanation &why);
     // A file was chosen or the device opened: what was said of a press that could not start an
     // update, or of a query, goes.
     void forgetRefusal();

@@ -8,6 +8,8 @@
 
 #include <QLoggingCategory>
 
+#include <unistd.h>
+
 #include <algorithm>
 
 using vorn::Cause;
@@ -72,6 +74,8 @@ void ViewController::viewDidLoad()
 
     m_firmware.begin();
     getDeviceConnected();
+    if (::geteuid() == 0)
+        m_update.warn(explain(Cause::RunsAsRoot));
 }
 
 void ViewController::wireControls()

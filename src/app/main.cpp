@@ -11,6 +11,8 @@
 
 #include <QApplication>
 
+#include <sys/stat.h>
+
 #include <cstdio>
 #include <cstring>
 
@@ -69,6 +71,8 @@ int runWithoutDisplay(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    // Settings, packages and logs are for the user alone, whatever the umask that was inherited.
+    ::umask(077);
     vorn::QuitSignals quitSignals;
     QCoreApplication::setOrganizationName(QStringLiteral("Vorn"));
     QCoreApplication::setApplicationName(QStringLiteral("vornupdater"));

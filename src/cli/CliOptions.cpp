@@ -1,6 +1,6 @@
 #include "cli/CliOptions.h"
 
-#include "cli/Outcome.h"
+#include "cli/Output.h"
 
 #include <QCommandLineParser>
 
@@ -54,9 +54,10 @@ QString tr(const CommandRow &row)
 QString listOfCommands()
 {
     QString text = u'\n' + CliOptions::tr("Commands:") + u'\n';
-    for (const CommandRow &row : kCommands)
-        text += QStringLiteral("  %1 %2\n      %3\n")
-                    .arg(QLatin1StringView(row.name), QString::fromUtf8(row.synopsis), tr(row));
+    for (const CommandRow &row : kCommands) {
+        const QString words = QString::fromUtf8(row.name) + u' ' + QString::fromUtf8(row.synopsis);
+        text += QStringLiteral("  %1\n      %2\n").arg(words.trimmed(), tr(row));
+    }
     return text + u'\n' +
            CliOptions::tr("“%1 COMMAND --help” describes a command's options.")
                .arg(QStringLiteral("vornupdater-cli")) +
@@ -229,8 +230,7 @@ std::optional<CliOptions> readCliOptions(const QStringList &arguments, int &exit
         const QString text = read(arguments, wishes);
         if (text.isEmpty())
             return wishes;
-        print(stdout, text);
-        exitCode = kDone;
+        exitCode = exitCodeAfterOutput(kDone, print(stdout, text));
     } catch (const UsageError &error) {
         print(stderr, error.text + u'\n' + CommandLine::tr("Try --help.") + u'\n');
         exitCode = kUsage;

@@ -18,6 +18,8 @@ public:
     Console() = default;
     // Waits until everything is written.
     ~Console();
+    // The same; the errno of the first write to standard output that failed, or 0.
+    int finish();
     Console(const Console &) = delete;
     Console &operator=(const Console &) = delete;
 
@@ -28,6 +30,7 @@ public:
 
 private:
     std::atomic<int> m_waiting = 0;
+    int m_error = 0; // the writing thread's, until finish()
     SerialQueue m_queue;
 };
 

@@ -67,12 +67,14 @@ Explanation problemOfImage(const CliOptions &options)
         check.failure = checkFirmwareImage(options.imagePath);
         return explainUpdate(check);
     }
-    const auto scan = scanFirmwareFolder();
-    if (scan && !scan->files.isEmpty())
-        return {};
-    return explain(options.common.packages.isConfigured() ? Cause::NoFirmware
-                                                          : Cause::NoFirmwareNoServer,
-                   {QDir(cachesDirectory()).filePath(kFirmwareFolderName)});
+    const FirmwareScan scan = scanFirmwareFolder();
+    return scan.files.isEmpty() ? problemOfFolder(options, scan.error) : Explanation();
+}
+
+Explanation problemOfFolder(const CliOptions &options, int error)
+{
+    return explainNoFirmware(QDir(cachesDirectory()).filePath(kFirmwareFolderName), error,
+                             options.common.packages.isConfigured());
 }
 
 ORSSerialPortList chosenDevices(const CliOptions &options, Explanation &problem)

@@ -15,5 +15,7 @@ ORSSerialPortList chosenDevices(const CliOptions &options, Explanation &problem)
 DeviceTask taskOf(const CliOptions &options);
 // What is wrong with the image, as far as it can be told without a device. Cause::None: nothing.
 Explanation problemOfImage(const CliOptions &options);
+// Why the firmware folder, whose scan ended with this errno or 0, has no file.
+Explanation problemOfFolder(const CliOptions &options, int error);
 
 } // namespace vorn

@@ -30,12 +30,14 @@ FirmwareImage readImage(const DeviceTask &task, qint32 model, QString &path)
         // compare.
         if (isForEveryFile(model))
             return {{}, {Kind::NoImageForModel, model}};
-        const auto scan = scanFirmwareFolder();
-        const QString name =
-            newestFirmware(firmwareForModel(scan ? scan->files : QStringList(), model));
+        const QDir folder(QDir(cachesDirectory()).filePath(kFirmwareFolderName));
+        const FirmwareScan scan = scanFirmwareFolder();
+        if (scan.error != 0)
+            return {{}, {Kind::ImageUnreadable, scan.error, folder.path()}};
+        const QString name = newestFirmware(firmwareForModel(scan.files, model));
         if (name.isNull())
             return {{}, {Kind::NoImageForModel, model}};
-        path = QDir(cachesDirectory()).filePath(kFirmwareFolderName + u'/' + name);
+        path = folder.filePath(name);
     } else if (!task.takesAnyModel && isForOtherModel(QFileInfo(path).fileName(), model)) {
         return {{}, {Kind::WrongModel, model, path}};
     }
@@ -59,8 +61,8 @@ void DeviceRun::start()
         return openingFailed();
     if (!m_session.hasItsSpeed()) {
         m_isIdle = true; // what the query finds out does not matter
-        return sequenceDidEnd(
-            explain(Cause::SpeedNotPossible, {port().path(), QString::number(port().baudRate())}));
+        return sequenceDidEnd(explain(Cause::SpeedNotPossible,
+                                      {port()->path(), QString::number(port()->baudRate())}));
     }
     if (m_task.updates)
         startUpdate();
@@ -72,13 +74,13 @@ void DeviceRun::interrupt()
     m_session.interrupt();
     QTimer::singleShot(kInterruptLimit, m_session.port().get(), [this, token = m_lifetime.token()] {
         if (!token.expired())
-            m_session.end();
+            m_session.close();
     });
 }
 
 void DeviceRun::portWasRemoved()
 {
-    m_session.port()->close();
+    m_session.close();
 }
 
 void DeviceRun::openingFailed()
@@ -86,7 +88,7 @@ void DeviceRun::openingFailed()
     m_outcome.code = m_lastError;
     // Asks the system, which takes a while.
     GlobalQueue::instance().post(
-        [this, path = port().path(), code = m_lastError, token = m_lifetime.token()] {
+        [this, path = port()->path(), code = m_lastError, token = m_lifetime.token()] {
             MainQueue::instance().post(token, [this, why = explainOpening(path, code)] {
                 m_isIdle = true;
                 sequenceDidEnd(why);
@@ -134,12 +136,20 @@ void DeviceRun::versionQueryDidEnd(const UpdateResult &result)
 
 void DeviceRun::updateDidProgress(const UpdateProgress &progress)
 {
-    if (m_step != progress.step)
-        m_output.showStep(m_outcome.device, stepOf(progress.step));
-    m_step = progress.step;
+    showStep(progress.step);
     if (progress.step == UpdateStep::Data)
         m_output.showProgress(m_outcome.device, progress.percent, progress.frame + 1,
                               progress.frames);
+}
+
+void DeviceRun::showStep(UpdateStep step)
+{
+    if (m_step == step)
+        return;
+    m_step = step;
+    Step shown = stepOf(step);
+    shown.attempt = m_retried + 1;
+    m_output.showStep(m_outcome.device, shown);
 }
 
 void DeviceRun::updateDidEnd(const UpdateResult &result)
@@ -154,7 +164,9 @@ void DeviceRun::updateDidEnd(const UpdateResult &result)
                           .arg(m_outcome.device, why.what)
                           .arg(m_retried)
                           .arg(m_task.retries));
-        return startUpdate();
+        startUpdate();
+        showStep(UpdateStep::Synchronize);
+        return m_output.showProgress(m_outcome.device, 0, 0, 0);
     }
     if (ended.succeeded())
         m_outcome.text = tr("Updated with %1 in %2 s")
@@ -188,7 +200,9 @@ void DeviceRun::deviceDidClose(bool)
 
 void DeviceRun::deviceDoesNotClose()
 {
-    m_output.note(explain(Cause::DoesNotClose, {port().path()}).terminalText());
+    m_output.note(explain(Cause::DoesNotClose, {port()->path()}).terminalText());
+    // A sequence that still runs ends here; it would wait for the close.
+    m_session.end();
     finish();
 }
 

@@ -16,7 +16,8 @@ class DeviceRun;
 class DeviceRunObserver
 {
 public:
-    // The run has ended and its port is closed. It may be destroyed. Called from the event loop.
+    // The run has ended and its port is closed, or is held by the kernel. It may be destroyed.
+    // Called from the event loop.
     virtual void deviceRunDidEnd(const DeviceRun &run, const Outcome &outcome) = 0;
 
 protected:
@@ -48,7 +49,7 @@ public:
     // The device was unplugged.
     void portWasRemoved();
 
-    const ORSSerialPort &port() const { return *m_session.port(); }
+    const ORSSerialPortPtr &port() const { return m_session.port(); }
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -65,6 +66,7 @@ private:
 
     void openingFailed();
     void startUpdate();
+    void showStep(UpdateStep step);
     bool mayRetry(const UpdateResult &result) const;
     void sequenceDidEnd(const Explanation &why);
     void closeWhenIdle();

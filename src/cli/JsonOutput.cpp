@@ -62,7 +62,10 @@ void JsonOutput::showFiles(const QStringList &paths)
 
 void JsonOutput::showStep(const QString &device, const Step &step)
 {
-    write("step", device, {{QStringLiteral("step"), QLatin1StringView(step.word)}});
+    QJsonObject object{{QStringLiteral("step"), QLatin1StringView(step.word)}};
+    if (step.attempt > 1)
+        object.insert(QStringLiteral("attempt"), step.attempt);
+    write("step", device, object);
 }
 
 void JsonOutput::showProgress(const QString &device, int percent, qint64 frame, qint64 frames)

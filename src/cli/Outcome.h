@@ -23,6 +23,7 @@ inline constexpr ExitCode kUnplugged = 7;
 inline constexpr ExitCode kBadImage = 8;
 inline constexpr ExitCode kDownloadFailed = 9;
 inline constexpr ExitCode kInterrupted = 10;
+inline constexpr ExitCode kOutputLost = 11; // nothing else went wrong
 // By its word.
 ExitCode exitCodeOf(const Explanation &why);
 

@@ -1,6 +1,10 @@
 #include "cli/Output.h"
 
 #include "app/ProgressTexts.h"
+#include "app/SharedOptions.h"
+
+#include <cerrno>
+#include <cstring>
 
 namespace vorn {
 
@@ -30,6 +34,17 @@ Step stepOf(UpdateStep step)
         return "finish";
     };
     return {word(), titleOfStep(step)};
+}
+
+ExitCode exitCodeAfterOutput(ExitCode code, int error)
+{
+    // A reader that has seen enough is no failure.
+    if (error == 0 || error == EPIPE)
+        return code;
+    print(stderr, QCoreApplication::translate("Output", "The output cannot be written: %1.")
+                          .arg(QString::fromLocal8Bit(std::strerror(error))) +
+                      u'\n');
+    return code == kDone ? kOutputLost : code;
 }
 
 QString Output::failureText(const Outcome &outcome)

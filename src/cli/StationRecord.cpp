@@ -43,7 +43,7 @@ QByteArray lineOf(const Outcome &outcome)
 
 int StationRecord::open(const QString &path)
 {
-    constexpr mode_t kMode = 0644;
+    constexpr mode_t kMode = 0600;
     m_file = FileDescriptor(::open(QFile::encodeName(path).constData(),
                                    O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, kMode));
     if (!m_file.isValid())

@@ -6,7 +6,8 @@
 namespace vorn {
 
 // What a station has done: a JSON object a line, appended to a file. A line is written in one piece
-// and is on the disk before append() returns. Both return 0 or an errno.
+// and is on the disk before append() returns. A new file is for its owner alone; one that is there
+// keeps its mode, and a link or pipe that the user names is followed. Both return 0 or an errno.
 class StationRecord
 {
 public:

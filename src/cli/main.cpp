@@ -9,6 +9,7 @@
 #include "firmware/StagingFolder.h"
 #include "platform/Directories.h"
 #include "platform/ExitLimit.h"
+#include "platform/FileDescriptor.h"
 #include "platform/MainQueue.h"
 #include "platform/QuitSignals.h"
 
@@ -16,7 +17,12 @@
 #include <QDir>
 #include <QLoggingCategory>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -42,9 +48,13 @@ int listDevices(Output &output)
 
 int listFirmware(const CliOptions &options, Output &output)
 {
-    const auto scan = scanFirmwareFolder();
-    QStringList files = scan ? scan->files : QStringList();
-    const bool isEmpty = files.isEmpty();
+    const FirmwareScan scan = scanFirmwareFolder();
+    if (scan.isUnreadable()) {
+        const Explanation why = problemOfFolder(options, scan.error);
+        output.showResult({.why = why});
+        return exitCodeOf(why);
+    }
+    QStringList files = scan.files;
     if (options.model)
         files = firmwareForModel(files, *options.model);
     files.sort();
@@ -52,8 +62,8 @@ int listFirmware(const CliOptions &options, Output &output)
     for (QString &file : files)
         file = folder.filePath(file);
     output.showFiles(files);
-    if (isEmpty)
-        output.note(problemOfImage(options).terminalText());
+    if (scan.files.isEmpty())
+        output.note(problemOfFolder(options, scan.error).terminalText());
     else if (files.isEmpty())
         output.note(
             explain(Cause::NoFirmwareForModel, {QString::number(*options.model)}).terminalText());
@@ -66,42 +76,53 @@ int run(const CliOptions &options, Output &output, QuitSignals &quitSignals)
 {
     Command command(options, output);
     quitSignals.watch(command);
-    if (const auto exitCode = command.start())
-        return *exitCode;
-    return QCoreApplication::exec();
+    const auto failed = command.start();
+    const int exitCode = failed ? *failed : QCoreApplication::exec();
+    quitSignals.letKill();
+    if constexpr (requires { command.holdsPort(); }) {
+        // The end of the process would wait for the thread that is closing the port.
+        if (command.holdsPort())
+            std::_Exit(exitCodeAfterOutput(exitCode, output.finish()));
+    }
+    return exitCode;
 }
 
-int run(const CliOptions &options, QuitSignals &quitSignals)
+int run(const CliOptions &options, Output &output, QuitSignals &quitSignals)
 {
-    const auto output = outputFor(options);
     switch (options.command) {
-    case CliCommand::List:
-        return listDevices(*output);
-    case CliCommand::Firmware:
-        return listFirmware(options, *output);
     case CliCommand::Download:
-        return run<Download>(options, *output, quitSignals);
+        return run<Download>(options, output, quitSignals);
     case CliCommand::Watch:
-        return run<Station>(options, *output, quitSignals);
-    case CliCommand::Info:
-    case CliCommand::Update:
-        break;
+        return run<Station>(options, output, quitSignals);
+    default:
+        return run<DeviceCommand>(options, output, quitSignals);
     }
-    return run<DeviceCommand>(options, *output, quitSignals);
+}
+
+// A file that is opened later, a port even, must not get the number of a standard stream that the
+// caller has closed. Writing to such a stream still fails.
+void occupyStandardStreams()
+{
+    FileDescriptor next;
+    do
+        next.release();
+    while ((next = FileDescriptor(::open("/dev/null", O_RDONLY))).isValid() &&
+           next.get() <= STDERR_FILENO);
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
+    occupyStandardStreams();
+    // Settings, packages and logs are for the user alone, whatever the umask that was inherited.
+    ::umask(077);
     QCoreApplication::setOrganizationName(QStringLiteral("Vorn"));
     // The window's, so that both have the same settings.
     QCoreApplication::setApplicationName(QStringLiteral("vornupdater"));
     QCoreApplication::setApplicationVersion(QStringLiteral(VORN_VERSION));
-    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
-        print(stdout, versionLine());
-        return kDone;
-    }
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0)
+        return exitCodeAfterOutput(kDone, print(stdout, versionLine()));
 
     // A reader of the output that goes away does not end an update.
     std::signal(SIGPIPE, SIG_IGN);
@@ -114,15 +135,30 @@ int main(int argc, char **argv)
     // What the program has to say about a failure, its one line says.
     QLoggingCategory::setFilterRules(options->verbose ? QStringLiteral("vorn.*=true")
                                                       : QStringLiteral("vorn.*=false"));
+    const bool lists =
+        options->command == CliCommand::List || options->command == CliCommand::Firmware;
     // The caches may be on a network file system that hangs: an image from elsewhere does not need
     // them, and until the signals are taken over Ctrl-C ends the program.
     if (options->imagePath.isNull() && options->command != CliCommand::List &&
         options->command != CliCommand::Info)
         StagingFolder::recoverInterruptedPublish();
-    QuitSignals quitSignals;
+    // A signal ends what only reads or lists at once; what works in the event loop handles it.
+    // Before the first thread.
+    std::optional<QuitSignals> quitSignals;
+    if (!lists)
+        quitSignals.emplace();
     MainQueue::instance(); // belongs to this thread, whoever uses it first
     installDeviceRegistry(options->common.deviceDirectory);
-    exitCode = run(*options, quitSignals);
+    const auto output = outputFor(*options);
+    if (::geteuid() == 0)
+        output->note(explain(Cause::RunsAsRoot).terminalText());
+    if (quitSignals)
+        exitCode = run(*options, *output, *quitSignals);
+    else if (options->command == CliCommand::List)
+        exitCode = listDevices(*output);
+    else
+        exitCode = listFirmware(*options, *output);
+    exitCode = exitCodeAfterOutput(exitCode, output->finish());
     limitExit(exitCode);
     return exitCode;
 }

@@ -16,7 +16,7 @@ Q_LOGGING_CATEGORY(logFirmware, "vorn.firmware")
 } // namespace
 
 // Not by QDir, which does not promise the file system's order.
-std::optional<FirmwareScan> scanFirmwareFolder()
+FirmwareScan scanFirmwareFolder()
 {
     namespace fs = std::filesystem;
     const QString path = cachesDirectory() + u'/' + kFirmwareFolderName;
@@ -37,9 +37,11 @@ std::optional<FirmwareScan> scanFirmwareFolder()
     }
     if (!error)
         return scan;
-    if (error != std::errc::no_such_file_or_directory)
+    FirmwareScan failed;
+    failed.error = error.value();
+    if (failed.isUnreadable())
         qCWarning(logFirmware) << path << error.message().c_str();
-    return std::nullopt;
+    return failed;
 }
 
 } // namespace vorn

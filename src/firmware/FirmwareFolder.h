@@ -3,7 +3,7 @@
 #include <QString>
 #include <QStringList>
 
-#include <optional>
+#include <cerrno>
 
 namespace vorn {
 
@@ -17,9 +17,13 @@ struct FirmwareScan
     QStringList files;
     // The folder has no entry of any kind.
     bool isEmpty = true;
+    // The errno if the folder could not be read, ENOENT for a missing one; then the rest is empty.
+    int error = 0;
+
+    bool isUnreadable() const { return error != 0 && error != ENOENT; }
 };
 
-// Reads the firmware folder; nothing when it is missing or cannot be read. Any thread.
-std::optional<FirmwareScan> scanFirmwareFolder();
+// Reads the firmware folder. Any thread.
+FirmwareScan scanFirmwareFolder();
 
 } // namespace vorn

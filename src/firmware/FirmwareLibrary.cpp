@@ -25,26 +25,27 @@ void FirmwareLibrary::readFirmWareInBackground(qint32 modelCode)
             if (number <= m_lastTakenOver)
                 return;
             if (takeOver(scan, number))
-                m_observer.firmwareListDidChange(firmwareForModel(scan->files, modelCode));
+                m_observer.firmwareListDidChange(firmwareForModel(scan.files, modelCode));
             else
                 m_observer.firmwareFolderIsEmpty();
         });
     });
 }
 
-bool FirmwareLibrary::takeOver(const std::optional<FirmwareScan> &scan, quint64 number)
+bool FirmwareLibrary::takeOver(const FirmwareScan &scan, quint64 number)
 {
     m_lastTakenOver = number;
+    m_scanError = scan.error;
     m_allFileArray.reset();
-    if (!scan)
+    if (scan.error != 0)
         return false;
-    m_allFileArray = scan->files;
-    if (scan->isEmpty)
+    m_allFileArray = scan.files;
+    if (scan.isEmpty)
         return false;
 
     m_vorn_I_fileArray.clear();
     m_vorn_platina_fileArray.clear();
-    for (const QString &name : scan->files)
+    for (const QString &name : scan.files)
         if (name.startsWith(u"VORN_I-"))
             m_vorn_I_fileArray.append(name);
         else if (name.startsWith(u"VORN-"))

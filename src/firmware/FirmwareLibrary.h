@@ -3,6 +3,8 @@
 #include "firmware/FirmwareFolder.h"
 #include "platform/Lifetime.h"
 
+#include <optional>
+
 namespace vorn {
 
 // Told of the firmware for the connected device. Called on the main thread.
@@ -36,6 +38,8 @@ public:
 
     // Every firmware file, in folder order; no value when the folder could not be read.
     const std::optional<QStringList> &allFileArray() const { return m_allFileArray; }
+    // Why it could not, by the latest scan: an errno, 0 when it could.
+    int scanError() const { return m_scanError; }
     // Names that begin "VORN_I-".
     const QStringList &vorn_I_fileArray() const { return m_vorn_I_fileArray; }
     // Names that begin "VORN-". Each scan adds to this list and none empties it; no model shows it.
@@ -44,10 +48,11 @@ public:
     const QStringList &vorn_platina_fileArray() const { return m_vorn_platina_fileArray; }
 
 private:
-    bool takeOver(const std::optional<FirmwareScan> &scan, quint64 number);
+    bool takeOver(const FirmwareScan &scan, quint64 number);
 
     FirmwareLibraryObserver &m_observer;
     std::optional<QStringList> m_allFileArray;
+    int m_scanError = 0;
     QStringList m_vorn_I_fileArray;
     QStringList m_vorn_fileArray;
     QStringList m_vorn_platina_fileArray;

@@ -1,8 +1,13 @@
 #include "firmware/PackageLocation.h"
 
+#include "platform/FileDescriptor.h"
+
 #include <QFile>
 #include <QRegularExpression>
 #include <QSslConfiguration>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 
@@ -23,11 +28,18 @@ std::optional<PackageLocation> PackageLocation::onHost(const QString &host)
 
 PackageProblem PackageLocation::addCertificates(const QString &pemFile)
 {
-    QFile file(pemFile);
-    errno = EISDIR; // Qt rejects a folder without a system call that fails
-    if (!file.open(QIODevice::ReadOnly))
+    // A pipe without a writer would block for ever.
+    const FileDescriptor opened(::open(QFile::encodeName(pemFile).constData(),
+                                       O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status
+    {
+    };
+    if (!opened.isValid() || ::fstat(opened.get(), &status) != 0)
         return {PackageProblemKind::FileSystem, errno, pemFile};
-    const QList<QSslCertificate> found = QSslCertificate::fromDevice(&file, QSsl::Pem);
+    QFile file;
+    QList<QSslCertificate> found;
+    if (S_ISREG(status.st_mode) && file.open(opened.get(), QIODevice::ReadOnly))
+        found = QSslCertificate::fromDevice(&file, QSsl::Pem);
     if (found.isEmpty())
         return {PackageProblemKind::NoCertificates, 0, pemFile};
     // Certificates that are set turn off loading the system's on demand. Those are read here,

@@ -25,7 +25,7 @@ enum class PackageProblemKind {
     EntryNameTaken,   // a file and a folder of one name
     Conflict,         // something that is not this program's is in the package's place
     FileSystem,       // errno
-    NoCertificates,   // a certificate file without a certificate in PEM format
+    NoCertificates,   // no regular file, or one without a certificate in PEM format
 };
 
 // `text` is the subject: a host, a suggested file name, a path, an archive entry's name.

@@ -57,15 +57,22 @@ void QuitSignals::watch(QuitSignalsObserver &observer)
         signalfd_siginfo arrived{};
         while (::read(m_fd.get(), &arrived, sizeof arrived) > 0)
             ends = observer.quitSignalDidArrive(static_cast<int>(arrived.ssi_signo)) || ends;
-        if (!ends)
-            return;
-        m_notifier->setEnabled(false);
-        // From now on SIGINT and SIGTERM kill, in case the clean-up hangs. SIGHUP remains blocked:
-        // a closing terminal sends it more than once.
-        sigset_t set = quitSignals();
-        sigdelset(&set, SIGHUP);
-        ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+        if (ends)
+            letKill();
     });
+}
+
+void QuitSignals::letKill()
+{
+    if (m_notifier)
+        m_notifier->setEnabled(false);
+    sigset_t set = quitSignals();
+    sigdelset(&set, SIGHUP);
+    // One that arrived too late to be handled does not kill.
+    const timespec now{};
+    while (::sigtimedwait(&set, nullptr, &now) > 0)
+        continue;
+    ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 
 } // namespace vorn

@@ -162,7 +162,9 @@ int runDevice(const QStringList &arguments)
                          {QStringLiteral("terminal"), device.slavePath()}});
     QCoreApplication::exec();
 
-    device.awaitReader();
+    quitSignals.letKill();
+    if (exitAfter > 0 && device.report().updates >= exitAfter)
+        device.awaitReader();
     const DeviceReport report = device.report();
     device.unplug();
     const bool imageWritten = writeImage(line, report);

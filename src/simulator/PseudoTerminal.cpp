@@ -5,6 +5,7 @@
 #include <QFileInfo>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/inotify.h>
 #include <sys/ioctl.h>
 #include <termios.h>
@@ -94,6 +95,10 @@ int PseudoTerminal::takeUses()
 
 bool PseudoTerminal::holdsUnread() const
 {
+    // What was written to the master reaches the slave's queue a little later, by a worker of the
+    // kernel; poll(2) on an empty queue waits for that worker, FIONREAD does not.
+    pollfd slave{m_slave.get(), POLLIN, 0};
+    ::poll(&slave, 1, 0);
     int count = 0;
     return ::ioctl(m_slave.get(), FIONREAD, &count) == 0 && count > 0;
 }

@@ -8,9 +8,11 @@ namespace vorn {
 
 Replay::Replay(const QString &text)
 {
-    // RTS does not reach a pseudo-terminal, and silence needs no action.
+    // RTS does not reach a pseudo-terminal, and silence needs no action. Without going back over
+    // the bytes ("++"), for which the expression engine lacks the memory in a line of 100,000 of
+    // them.
     static const QRegularExpression form(
-        QStringLiteral("^(\\d{1,9})\\.(\\d{6}) (?:([<>])((?: [0-9A-F]{2})+)|> \\((\\d{1,9}) "
+        QStringLiteral("^(\\d{1,9})\\.(\\d{6}) (?:([<>])((?: [0-9A-F]{2})++)|> \\((\\d{1,9}) "
                        "bytes\\)|gone)\\r?$"),
         QRegularExpression::MultilineOption);
     for (auto matches = form.globalMatch(text); matches.hasNext();) {
@@ -71,6 +73,8 @@ Replay::Taken Replay::take(QByteArrayView bytes)
 
 bool Replay::beginsAgain(QByteArrayView bytes) const
 {
+    if (m_entries.empty())
+        return false;
     const QByteArray &first = m_entries.front().bytes;
     return bytes == first &&
            (m_next == m_entries.size() || !m_entries[m_next].bytes.mid(m_taken).startsWith(first));

@@ -21,6 +21,9 @@ constexpr auto kResyncTime = 200ms;
 
 constexpr auto kLookAgain = 1ms;
 
+// For a reader that has stopped; one that closes the terminal drops what is unread.
+constexpr auto kReadLimit = 10s;
+
 constexpr std::int64_t kBitsPerByte = 10; // a start bit, eight data bits, a stop bit
 
 } // namespace
@@ -96,12 +99,12 @@ void SimulatedDevice::setFaults(const std::vector<Fault> &faults)
 void SimulatedDevice::awaitReader() const
 {
     // There is no event for "everything has been read".
-    constexpr auto kStep = 5ms;
+    constexpr std::chrono::milliseconds kStep(5);
     const auto isUnread = [this] {
         const std::lock_guard lock(m_mutex);
         return m_terminal && m_terminal->holdsUnread();
     };
-    for (auto waited = 0ms; waited < 1s && isUnread(); waited += kStep)
+    for (std::chrono::milliseconds waited{}; waited < kReadLimit && isUnread(); waited += kStep)
         std::this_thread::sleep_for(kStep);
 }
 

@@ -49,7 +49,7 @@ public:
 
     // Replaces the faults and restarts their counts.
     void setFaults(const std::vector<Fault> &faults);
-    // Returns when the other side has read all answers, but after a second at the latest.
+    // Returns when the other side has read all answers, but after ten seconds at the latest.
     // Unplugging loses what is unread.
     void awaitReader() const;
     // Removes the link and hangs up, like pulling the cable, then returns. The boot loader is

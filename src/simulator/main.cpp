@@ -3,6 +3,8 @@
 
 #include <QCoreApplication>
 
+#include <sys/stat.h>
+
 #include <csignal>
 #include <cstdio>
 
@@ -65,6 +67,7 @@ int run(const QString &command, const QStringList &arguments)
 
 int main(int argc, char **argv)
 {
+    ::umask(077);
     // The report file has to be written even if nobody reads the standard output any more.
     std::signal(SIGPIPE, SIG_IGN);
     const QCoreApplication application(argc, argv);

@@ -5,6 +5,24 @@
 #include <utility>
 
 namespace vorn {
+namespace {
+
+UpdateFailureKind failureOf(LineEvent event)
+{
+    switch (event) {
+    case LineEvent::Chunk:
+        break;
+    case LineEvent::Silence:
+        return UpdateFailureKind::TimedOut;
+    case LineEvent::Gone:
+        return UpdateFailureKind::PortClosed;
+    case LineEvent::Abandoned:
+        return UpdateFailureKind::Abandoned;
+    }
+    return UpdateFailureKind::None;
+}
+
+} // namespace
 
 BootProtocol::BootProtocol(DeviceLine &line, const BootParameters &parameters)
     : m_line(line), m_parameters(parameters), m_answerLimit(parameters.answerLimit)
@@ -24,13 +42,13 @@ UpdateFailureKind BootProtocol::connect()
 
 UpdateFailureKind BootProtocol::queryVersion()
 {
-    const UpdateFailureKind failure = waitForAnswer();
-    if (failure != UpdateFailureKind::None)
-        return failure;
+    UpdateFailureKind failure = waitForAnswer();
     // Must be complete before the next frame is sent: what arrives later answers that one.
-    completeChunk(static_cast<qsizetype>(m_parameters.versionByte) + 1);
-    m_line.send(CmdQueryVersion());
-    return UpdateFailureKind::None;
+    if (failure == UpdateFailureKind::None)
+        failure = completeChunk(static_cast<qsizetype>(m_parameters.versionByte) + 1);
+    if (failure == UpdateFailureKind::None)
+        m_line.send(CmdQueryVersion());
+    return failure;
 }
 
 UpdateFailureKind BootProtocol::sendCmdOrData(QByteArrayView frame, qsizetype byteLenght)
@@ -47,16 +65,9 @@ UpdateFailureKind BootProtocol::waitForAnswer()
     m_waitBegan = m_line.now();
     const auto deadline = m_waitBegan + m_answerLimit;
     for (;;) {
-        switch (nextChunk(deadline)) {
-        case LineEvent::Chunk:
-            break;
-        case LineEvent::Silence:
-            return UpdateFailureKind::TimedOut;
-        case LineEvent::Gone:
-            return UpdateFailureKind::PortClosed;
-        case LineEvent::Abandoned:
-            return UpdateFailureKind::Abandoned;
-        }
+        const UpdateFailureKind failure = failureOf(nextChunk(deadline));
+        if (failure != UpdateFailureKind::None)
+            return failure;
         if (byteAt(0) == AckByte)
             return UpdateFailureKind::None;
         if (byteAt(0) == NakByte)
@@ -102,13 +113,21 @@ quint8 BootProtocol::byteAt(std::size_t index) const
                                    : '\0');
 }
 
-// Appends chunks that follow closely: the line may split one answer into several chunks.
-void BootProtocol::completeChunk(qsizetype length)
+// Appends chunks that follow closely: the line may split one answer into several chunks. A line
+// that stays silent has sent a short answer; one that ends has sent none.
+UpdateFailureKind BootProtocol::completeChunk(qsizetype length)
 {
     const auto deadline = m_line.now() + m_parameters.answerGap;
     QByteArray piece;
-    while (m_chunk.size() < length && m_line.waitForChunk(deadline, piece) == LineEvent::Chunk)
+    while (m_chunk.size() < length) {
+        const LineEvent event = m_line.waitForChunk(deadline, piece);
+        if (event == LineEvent::Silence)
+            break;
+        if (event != LineEvent::Chunk)
+            return failureOf(event);
         m_chunk += piece;
+    }
+    return UpdateFailureKind::None;
 }
 
 } // namespace vorn

@@ -53,7 +53,7 @@ private:
     void clearReceiveByte() { m_chunk.clear(); }
     LineEvent nextChunk(DeviceLine::Clock::time_point deadline);
     quint8 byteAt(std::size_t index) const;
-    void completeChunk(qsizetype length);
+    UpdateFailureKind completeChunk(qsizetype length);
 
     DeviceLine &m_line;
     const BootParameters &m_parameters;

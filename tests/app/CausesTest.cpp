@@ -111,6 +111,10 @@ std::vector<Row> rows()
         {query(Ended::PortClosed), Cause::QueryGone},
         {query(Ended::None), Cause::None},
 
+        {explainNoFirmware("/f", 0, true), Cause::NoFirmware, {"/f"}},
+        {explainNoFirmware("/f", ENOENT, false), Cause::NoFirmwareNoServer, {"/f"}},
+        {explainNoFirmware("/f", EACCES, true), Cause::FolderUnreadable, {"/f", "Permission"}},
+
         {download(Kind::NameNotFound, 3, "host"), Cause::NameNotFound, {"host"}},
         {download(Kind::NameNotFound, 3, "host", false), Cause::NoNetwork},
         {download(Kind::Unreachable, 1, "host"), Cause::Unreachable, {"host", "1"}},

@@ -22,13 +22,16 @@ struct Row
     const char *saysOnStderr;
 };
 
+QByteArray statusOf(qint64 process)
+{
+    QFile status(QString("/proc/%1/status").arg(process));
+    return status.open(QIODevice::ReadOnly) ? status.readAll() : QByteArray();
+}
+
 // Whether the program has taken SIGTERM over, as its main thread's mask tells.
 bool blocksSignals(qint64 process)
 {
-    QFile status(QString("/proc/%1/status").arg(process));
-    if (!status.open(QIODevice::ReadOnly))
-        return false;
-    const QByteArray text = status.readAll();
+    const QByteArray text = statusOf(process);
     const qsizetype at = text.indexOf("SigBlk:");
     return at >= 0 &&
            (text.mid(at + 7, 17).trimmed().toULongLong(nullptr, 16) >> (SIGTERM - 1) & 1U);
@@ -87,6 +90,7 @@ TEST_F(ProgramTest, EndsInGoodOrderOnASignal)
         ASSERT_NO_FATAL_FAILURE(start({"--device-dir", devices.path()}));
         // From then on the signals wait for the event loop.
         ASSERT_TRUE(eventually([&] { return blocksSignals(program.processId()); }));
+        EXPECT_TRUE(statusOf(program.processId()).contains("\nUmask:\t0077\n"));
         ::kill(static_cast<pid_t>(program.processId()), signal);
         ASSERT_TRUE(program.waitForFinished(20'000)) << signal;
         EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << signal;

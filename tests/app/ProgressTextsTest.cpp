@@ -62,7 +62,7 @@ TEST(RunProgress, SaysTheElapsedTimeAndWhatIsAwaitedAfterASecondOfSilence)
               "Waiting for the device to take the next data, 2 s of at most 5 s. "
               "1 min 27 s elapsed, about 3 s left.");
     UpdateResult result;
-    result.imageBytes = 512 * 1024;
+    result.imageBytes = qint64{512} * 1024;
     result.elapsed = 6100ms;
     result.sending = 4s;
     EXPECT_EQ(textOfUpdateTime(result), "The update took 6.1 s; the image was sent at 128 KiB/s.");
@@ -74,7 +74,7 @@ TEST(DownloadProgress, SaysHowMuchHasComeAndWhenNothingComes)
     download.start(kStart);
     EXPECT_EQ(download.text(kStart + 2s), "Waiting for the server, 2 s. 2 s elapsed.");
     for (int i = 0; i <= 20; ++i)
-        download.update(i * 102'400, 4'096'000, kStart + 2s + i * 100ms);
+        download.update(qint64{i} * 102'400, 4'096'000, kStart + 2s + i * 100ms);
     EXPECT_EQ(download.text(kStart + 4s), "1.95 MiB of 3.91 MiB. 4 s elapsed, about 2 s left.");
     EXPECT_EQ(download.textOfTime(kStart + 4s), "1.95 MiB in 4.0 s, 500 KiB/s.");
     download.start(kStart);

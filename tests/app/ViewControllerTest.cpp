@@ -16,6 +16,8 @@ namespace {
 
 // A terminal that does not close: the port's thread waits in its tcsetattr().
 std::atomic<bool> holdClosing = false;
+// Who runs the program.
+std::atomic<uid_t> user = 1000;
 
 TEST_F(WindowTest, WithoutADeviceOrFirmwareEveryPressSaysWhatIsMissing)
 {
@@ -36,6 +38,20 @@ TEST_F(WindowTest, WithoutADeviceOrFirmwareEveryPressSaysWhatIsMissing)
     press(updateButton);
     EXPECT_EQ(status->text(), "Prompt:No device selected");
     EXPECT_TRUE(explains("update", "Plug in"));
+}
+
+TEST_F(WindowTest, RootIsWarnedUntilThereIsAnythingElseToSay)
+{
+    for (const uid_t each : {uid_t{0}, uid_t{1000}}) {
+        user = each;
+        show();
+        EXPECT_EQ(explains("update", "runs as root"), each == 0);
+        EXPECT_TRUE(explains("connection", "Plug in"));
+        press(updateButton);
+        EXPECT_TRUE(explains("update", "Plug in"));
+        controller.reset();
+        window.showUpdateDetails({});
+    }
 }
 
 TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
@@ -306,6 +322,10 @@ int __wrap_tcsetattr(int fd, int actions, const termios *settings)
 {
     vorn::holdClosing.wait(true);
     return __real_tcsetattr(fd, actions, settings);
+}
+uid_t __wrap_geteuid()
+{
+    return vorn::user;
 }
 }
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)

@@ -1,24 +1,27 @@
 // The program itself, as a script would run it, against simulated devices.
+#include "platform/FileDescriptor.h"
 #include "simulator/PackageServer.h"
 #include "simulator/SampleFirmware.h"
 #include "simulator/SimulatedDevice.h"
-#include "tests/support/Eventually.h"
 #include "tests/support/QtPrinting.h"
 #include "tests/support/TestImage.h"
+#include "tests/support/TestTerminal.h"
 #include "tests/ziparchive/Tree.h"
 
 #include <QCryptographicHash>
+#include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMap>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
-#include <gtest/gtest.h>
-
-#include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 
@@ -26,6 +29,12 @@ namespace vorn {
 namespace {
 
 using namespace std::chrono_literals;
+
+const QByteArray kRootNote =
+    "The program runs as root: files from the network are unpacked with all "
+    "rights, into root's firmware folder. Start it as an ordinary user; "
+    "the group dialout or the package's udev rule gives access to the "
+    "device.\n";
 
 QList<QJsonObject> objectsIn(const QByteArray &text)
 {
@@ -49,6 +58,7 @@ struct CliTest : testing::Test
             environment.insert(name, home.path());
         for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS"})
             environment.remove(name);
+        environment.insert("TERM", "xterm");
         program.setProcessEnvironment(environment);
         for (const auto &[name, size] : {std::pair("VORN_PLATINA-3.9.0.bin", 2000),
                                          {"VORN_PLATINA-3.10.0-beta.bin", 3000},
@@ -69,8 +79,8 @@ struct CliTest : testing::Test
         DeviceOptions options;
         options.directory = plugged.path();
         options.name = name;
-        if (!fault.isEmpty())
-            options.faults = {parseFault(fault, nullptr).value()};
+        for (const QString &each : fault.split(u' ', Qt::SkipEmptyParts))
+            options.faults.push_back(parseFault(each, nullptr).value());
         options.baud = baud;
         devices.push_back(std::make_unique<SimulatedDevice>(options));
         EXPECT_TRUE(devices.back()->start());
@@ -90,6 +100,8 @@ struct CliTest : testing::Test
         EXPECT_EQ(program.exitStatus(), QProcess::NormalExit);
         out += program.readAllStandardOutput();
         err += program.readAllStandardError();
+        if (::geteuid() == 0)
+            err.replace(kRootNote, {});
         return program.exitCode();
     }
     int run(const QString &arguments)
@@ -109,9 +121,20 @@ struct CliTest : testing::Test
         });
     }
 
+    // A pipe as standard output; returns the end to read from.
+    FileDescriptor pipeOutput()
+    {
+        std::array<int, 2> ends{};
+        EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+        pipe = FileDescriptor(ends[1]);
+        program.setChildProcessModifier([fd = ends[1]] { ::dup2(fd, STDOUT_FILENO); });
+        return FileDescriptor(ends[0]);
+    }
+
     const QTemporaryDir home;
     const QTemporaryDir plugged;
     std::vector<std::unique_ptr<SimulatedDevice>> devices;
+    FileDescriptor pipe;
     QProcess program;
     QByteArray out;
     QByteArray err;
@@ -160,6 +183,12 @@ TEST_F(CliTest, EveryFailureHasItsExitCodeItsWordAndOneLine)
         EXPECT_EQ(run(arguments), 2) << arguments;
         EXPECT_TRUE(out.isEmpty());
         EXPECT_TRUE(err.contains("--help"));
+    }
+    QDir(home.filePath("VornUpdate2")).removeRecursively();
+    writeFile(home.filePath("VornUpdate2"), {});
+    for (const char *arguments : {"--json firmware", "--json update --newest"}) {
+        EXPECT_EQ(run(arguments), 8) << arguments;
+        EXPECT_TRUE(err.contains("Not a directory")) << err.constData();
     }
 }
 
@@ -258,45 +287,64 @@ TEST_F(CliTest, TheFirstCtrlCGoesOnAndTheSecondEndsBetweenTwoFrames)
 
 TEST_F(CliTest, AStationUpdatesEachDeviceOncePerPlugInAndKeepsARecord)
 {
-    constexpr int kPlugIns = 20;
-    constexpr int kEach = 10; // faulty
+    constexpr int kRounds = 20;
+    constexpr int kKilledAfter = 5; // rounds, as if by a power cut
+    constexpr int kDevices = 10;    // the last one is faulty
+    const QString file = firmware("VORN_PLATINA-3.9.0.bin");
+    const QByteArray image = readFile(file);
     const QString record = home.filePath("record");
-    SimulatedDevice &device = addDevice("usbserial-0");
-    device.unplug();
-    ASSERT_NO_FATAL_FAILURE(start("--json watch --newest --record " + record));
-    for (int i = 1; i <= kPlugIns; ++i) {
-        if (i % kEach == 0)
-            device.setFaults({parseFault("frame:7=refuse", nullptr).value()});
-        else
-            device.setFaults({});
-        ASSERT_TRUE(device.replug());
-        ASSERT_TRUE(waitForOutput("\"event\":\"result\"", i)) << i;
-        device.unplug();
+    for (int i = 1; i <= kDevices; ++i)
+        addDevice(QString("usbserial-%1").arg(i), i < kDevices ? "" : "frame:7=refuse").unplug();
+    const QString arguments = "--json watch --firmware " + file + " --record " + record;
+    ASSERT_NO_FATAL_FAILURE(start(arguments));
+    const auto held = [this](const char *kind) {
+        return QDir(QString("/proc/%1/%2").arg(program.processId()).arg(kind)).count();
+    };
+    uint descriptors = 0;
+    for (int round = 1; round <= kRounds; ++round) {
+        for (const auto &device : devices)
+            ASSERT_TRUE(device->replug());
+        out.clear();
+        ASSERT_TRUE(waitForOutput("\"event\":\"result\"", kDevices)) << round;
+        for (const auto &device : devices) {
+            const bool isFaulty = device == devices.back();
+            ASSERT_EQ(device->report().updates, isFaulty ? 0 : round);
+            ASSERT_EQ(device->report().image, isFaulty ? QByteArray() : image);
+            device->unplug();
+        }
+        if (round == kKilledAfter) {
+            program.kill();
+            ASSERT_TRUE(program.waitForFinished());
+            ASSERT_NO_FATAL_FAILURE(start(arguments));
+        } else if (round == kKilledAfter + 1) {
+            descriptors = held("fd");
+        }
     }
+    EXPECT_TRUE(eventually([&] { return held("fd") <= descriptors; })) << held("fd");
+    // The pool keeps as many as were busy at once.
+    EXPECT_LT(held("task"), kRounds * kDevices / 2U);
     pressCtrlC();
     EXPECT_EQ(finish(), 1);
-    EXPECT_EQ(lastEvent()["good"], 18);
-    EXPECT_EQ(lastEvent()["failed"], 2);
-    EXPECT_EQ(err.count("plug it in again"), 2) << err.constData();
-    EXPECT_EQ(device.report().updates, 18);
+    constexpr int kLater = kRounds - kKilledAfter;
+    EXPECT_EQ(lastEvent()["good"], kLater * (kDevices - 1));
+    EXPECT_EQ(lastEvent()["failed"], kLater);
+    EXPECT_EQ(err.count("plug it in again"), kLater) << err.constData();
 
-    const QByteArray image = readFile(firmware("VORN_PLATINA-3.10.0.bin"));
-    EXPECT_EQ(device.report().image, image);
-    const QList<QJsonObject> lines = objectsIn(readFile(record));
-    ASSERT_EQ(lines.size(), kPlugIns);
     const QByteArray sha256 = QCryptographicHash::hash(image, QCryptographicHash::Sha256).toHex();
-    for (int i = 1; i <= kPlugIns; ++i) {
-        QJsonObject line = lines[i - 1];
+    QMap<QString, int> lines;
+    for (QJsonObject line : objectsIn(readFile(record))) {
         EXPECT_TRUE(line.take("time").toString().endsWith(u'Z'));
         EXPECT_GT(line.take("seconds").toDouble(), 0);
-        const bool isFaulty = i % kEach == 0;
-        EXPECT_EQ(line, QJsonObject({{"device", "usbserial-0"},
-                                     {"model", 8},
-                                     {"file", firmware("VORN_PLATINA-3.10.0.bin")},
+        const QString name = line.take("device").toString();
+        ++lines[name];
+        const bool isFaulty = name == "usbserial-10";
+        EXPECT_EQ(line, QJsonObject({{"model", 8},
+                                     {"file", file},
                                      {"sha256", QString::fromLatin1(sha256)},
                                      {"result", isFaulty ? "failed" : "ok"},
                                      {"cause", isFaulty ? QJsonValue("refused") : QJsonValue()}}));
     }
+    EXPECT_EQ(lines.values(), QList<int>(kDevices, kRounds));
 }
 
 TEST_F(CliTest, DownloadFetchesThePackageOnce)
@@ -312,6 +360,110 @@ TEST_F(CliTest, DownloadFetchesThePackageOnce)
     EXPECT_TRUE(QFile::exists(firmware("VORN_PLATINA-3.3.0-beta.bin")));
     EXPECT_EQ(run(arguments), 0);
     EXPECT_TRUE(out.contains("installed already")) << out.constData();
+}
+
+TEST_F(CliTest, LostOutputHasAnExitCodeAndAReaderThatLeavesIsNoFailure)
+{
+    const SimulatedDevice &device = addDevice("usbserial-A");
+    program.setStandardOutputFile("/dev/full");
+    for (const char *arguments :
+         {"list", "--json list", "--help", "list --help", "update --newest"}) {
+        EXPECT_EQ(run(arguments), 11) << arguments;
+        EXPECT_EQ(err, "The output cannot be written: No space left on device.\n");
+    }
+    EXPECT_EQ(run("--json info nobody"), 3);
+
+    program.setStandardOutputFile({});
+    pipeOutput();
+    EXPECT_EQ(run("update --newest"), 0);
+    EXPECT_EQ(err, "");
+    EXPECT_EQ(device.report().updates, 2);
+}
+
+TEST_F(CliTest, CtrlCEndsAListThatNobodyReads)
+{
+    for (int i = 0; i < 200; ++i)
+        writeFile(firmware(QString("%1.bin").arg(i)), "x");
+    const FileDescriptor reader = pipeOutput();
+    constexpr int kPage = 4096;
+    ASSERT_EQ(::fcntl(reader.get(), F_SETPIPE_SZ, kPage), kPage);
+    ASSERT_NO_FATAL_FAILURE(start("firmware"));
+    pollfd shown{reader.get(), POLLIN, 0};
+    ASSERT_EQ(::poll(&shown, 1, 20'000), 1);
+    pressCtrlC();
+    ASSERT_TRUE(eventually([&] { return program.state() == QProcess::NotRunning; }));
+    EXPECT_EQ(program.exitStatus(), QProcess::CrashExit);
+}
+
+TEST_F(CliTest, ATerminalShowsABarForEachDeviceAndARetryBeginsAtZero)
+{
+    addDevice("usbserial-A", "frame:120=refuse,times=1 erase=late:300", 1'000'000);
+    addDevice("usbserial-B", "erase=late:300", 1'000'000);
+    const TestTerminal terminal;
+    program.setStandardOutputFile(terminal.path());
+    ASSERT_NO_FATAL_FAILURE(start("update --newest --all --retries 1"));
+    QString shown;
+    ASSERT_TRUE(eventually([&] {
+        shown += terminal.take();
+        return program.state() == QProcess::NotRunning;
+    }));
+    EXPECT_EQ(finish(), 0) << err.constData();
+    shown += terminal.take();
+    const auto shows = [&](const char *text) { return shown.contains(QRegularExpression(text)); };
+    EXPECT_TRUE(
+        shows("\\[2A\\r\\e\\[J *\\d+ % usbserial-A \\[[#-]{24}\\] .*\r?\n *\\d+ % usbserial-B"));
+    EXPECT_TRUE(shows("[1-9]\\d % usbserial-A"));
+    EXPECT_TRUE(shows(" 0 % usbserial-A \\[-+\\] Erase")) << qPrintable(shown);
+    EXPECT_FALSE(shows("[1-9]\\d? % usbserial-A \\[[#-]+\\] Erase")) << qPrintable(shown);
+    EXPECT_TRUE(shown.trimmed().endsWith(" s")) << qPrintable(shown);
+}
+
+TEST_F(CliTest, WhatItCreatesIsForItsUserAloneWhateverTheUmask)
+{
+    PackageServer server({.package = samplePackage(), .lastModified = "x"});
+    ASSERT_TRUE(server.start());
+    for (const mode_t mask : {mode_t{0}, mode_t{0077}}) {
+        const QTemporaryDir outer;
+        const QString fresh = outer.filePath("fresh");
+        QProcessEnvironment environment = program.processEnvironment();
+        environment.insert("XDG_CACHE_HOME", fresh + "/cache");
+        environment.insert("XDG_CONFIG_HOME", fresh + "/config");
+        program.setProcessEnvironment(environment);
+        program.setChildProcessModifier([mask] { ::umask(mask); });
+        EXPECT_EQ(run("--package-host " + server.host() + " --package-ca " +
+                      server.authorityFile() + " download"),
+                  0);
+        ASSERT_NO_FATAL_FAILURE(start("watch --newest --record " + fresh + "/record"));
+        ASSERT_TRUE(eventually([&] { return QFile::exists(fresh + "/record"); }));
+        pressCtrlC();
+        finish();
+        int items = 0;
+        for (QDirIterator item(outer.path(), QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                               QDirIterator::Subdirectories);
+             item.hasNext(); ++items) {
+            struct stat status = {};
+            EXPECT_EQ(::lstat(qPrintable(item.next()), &status), 0);
+            EXPECT_EQ(status.st_mode & 07777, S_ISDIR(status.st_mode) ? 0700U : 0600U)
+                << qPrintable(item.filePath());
+        }
+        EXPECT_GE(items, 12); // 5 folders, 5 images, the package, the settings, the record
+    }
+}
+
+TEST_F(CliTest, OnlyRootIsWarnedAndNotInTheJsonText)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can be both";
+    for (const bool isRoot : {true, false}) {
+        QStringList command{VORNUPDATER_CLI, "--json", "list"};
+        if (!isRoot)
+            command = QStringList{"setpriv", "--reuid=65534", "--clear-groups"} + command;
+        program.start(command.takeFirst(), command);
+        ASSERT_TRUE(program.waitForFinished(20'000));
+        ASSERT_EQ(program.exitCode(), 0) << program.readAllStandardError().constData();
+        EXPECT_EQ(program.readAllStandardError().contains(kRootNote), isRoot);
+        EXPECT_FALSE(program.readAllStandardOutput().contains("root"));
+    }
 }
 
 } // namespace

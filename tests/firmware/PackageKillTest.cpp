@@ -40,9 +40,8 @@ PackageProblem install(const QByteArray &archive)
 class TracedInstall
 {
 public:
-    TracedInstall(const QByteArray &archive, long missing) : m_missing(missing)
+    TracedInstall(const QByteArray &archive, long missing) : m_missing(missing), m_pid(::fork())
     {
-        m_pid = ::fork();
         if (m_pid == 0) {
             ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
             std::raise(SIGSTOP);
@@ -99,7 +98,7 @@ private:
     }
 
     const long m_missing;
-    pid_t m_pid = -1;
+    const pid_t m_pid;
     int m_status = 0;
 };
 

@@ -2,7 +2,11 @@
 
 #include "firmware/PackageLocation.h"
 
+#include <QTemporaryDir>
+
 #include <gtest/gtest.h>
+
+#include <sys/stat.h>
 
 using namespace vorn;
 
@@ -83,8 +87,11 @@ TEST(PackageLocationTest, AFileWithoutACertificateIsReported)
     EXPECT_EQ(missing.kind, PackageProblemKind::FileSystem);
     EXPECT_EQ(missing.code, ENOENT);
     EXPECT_EQ(missing.text, "/nowhere/ca.pem");
-    EXPECT_EQ(location.addCertificates("/").code, EISDIR);
-    EXPECT_EQ(location.addCertificates("/dev/null").kind, PackageProblemKind::NoCertificates);
+    const QTemporaryDir folder;
+    const QString pipe = folder.filePath("pipe");
+    ASSERT_EQ(::mkfifo(qPrintable(pipe), 0600), 0);
+    for (const QString &path : {folder.path(), pipe, QStringLiteral("/dev/null")})
+        EXPECT_EQ(location.addCertificates(path).kind, PackageProblemKind::NoCertificates);
     EXPECT_TRUE(location.certificates().isEmpty());
 }
 

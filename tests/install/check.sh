@@ -36,5 +36,6 @@ for program in "$work/build/user" "$work/user"; do
 done
 
 # What the documentation shows is what was built.
+# shellcheck disable=SC2016
 diff <(sed -n '/^```cpp$/,/^```$/p' "$source/docs/serial.md" | sed '1d;$d') \
     "$source/docs/serial-example.cpp"

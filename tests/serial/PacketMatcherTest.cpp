@@ -27,7 +27,7 @@ QByteArray randomStream(std::mt19937 &random, unsigned pieces)
     const unsigned among = random() % 2 ? 11 : static_cast<unsigned>(kinds.size());
     QByteArray stream;
     for (; pieces > 0; --pieces)
-        stream += kinds[random() % among];
+        stream += kinds[static_cast<qsizetype>(random() % among)];
     return stream;
 }
 

@@ -34,12 +34,12 @@ class SerialPortManagerTest : public testing::Test
 protected:
     static inline const SerialDeviceHandle kA = deviceAt("A");
     static inline const SerialDeviceHandle kB = deviceAt("B");
-    static inline TestRegistry *s_registry = nullptr;
+    static inline TestRegistry *sharedRegistry = nullptr;
 
     static void SetUpTestSuite()
     {
         auto registry = std::make_unique<TestRegistry>(Devices{kA, kB});
-        s_registry = registry.get();
+        sharedRegistry = registry.get();
         SerialDeviceRegistry::setSystem(std::move(registry));
     }
     void SetUp() override
@@ -69,13 +69,13 @@ protected:
 
 TEST_F(SerialPortManagerTest, NewDevicesAreNotifiedTogetherAndListedOnceBehindTheOthers)
 {
-    s_registry->plug({deviceAt("C"), deviceAt("D")});
+    sharedRegistry->plug({deviceAt("C"), deviceAt("D")});
     EXPECT_EQ(available(), (QStringList{"A", "B", "C", "D"}));
     EXPECT_EQ(takeNotified(), m_manager.availablePorts().sliced(2)) << "the same port objects";
-    s_registry->plug({deviceAt("C")});
+    sharedRegistry->plug({deviceAt("C")});
     EXPECT_EQ(takeNotified(), ORSSerialPortList());
     EXPECT_EQ(available(), (QStringList{"A", "B", "C", "D"}));
-    s_registry->unplug({deviceAt("D"), deviceAt("C")});
+    sharedRegistry->unplug({deviceAt("D"), deviceAt("C")});
     EXPECT_EQ(available(), (QStringList{"A", "B"}));
     EXPECT_EQ(paths(takeNotified()), (QStringList{"D", "C"}));
 }
@@ -85,20 +85,20 @@ TEST_F(SerialPortManagerTest, RemovedDevicesAreNotifiedWithNewPortsEvenIfNeverLi
     const ORSSerialPortPtr listed = m_manager.availablePorts().at(1);
     RecordingDelegate delegate;
     listed->setDelegate(&delegate);
-    s_registry->unplug({kB, deviceAt("Z")});
+    sharedRegistry->unplug({kB, deviceAt("Z")});
     EXPECT_EQ(available(), QStringList("A"));
     const ORSSerialPortList removed = takeNotified();
     EXPECT_EQ(paths(removed), (QStringList{"B", "Z"}));
     EXPECT_NE(removed.value(0), listed);
     delegate.expect({}); // the port itself learns of it from its line
-    s_registry->plug({kB});
+    sharedRegistry->plug({kB});
 }
 
 TEST_F(SerialPortManagerTest, OpenPortsAreClosedForSleepAndOpenedAgainInThatOrder)
 {
     const std::array<TestTerminal, 2> terminals;
     const Devices devices{terminals[0].device(), terminals[1].device()};
-    s_registry->plug(devices);
+    sharedRegistry->plug(devices);
     const ORSSerialPortList ports = m_manager.availablePorts().sliced(2);
     ASSERT_EQ(ports.size(), 2);
     QByteArrayList opened;
@@ -119,7 +119,7 @@ TEST_F(SerialPortManagerTest, OpenPortsAreClosedForSleepAndOpenedAgainInThatOrde
     m_manager.systemDidWake();
     EXPECT_EQ(m_manager.portsToReopenAfterSleep(), ORSSerialPortList());
     EXPECT_TRUE(eventually([&] { return opened == QByteArrayList({"0", "1"}); }));
-    s_registry->unplug(devices);
+    sharedRegistry->unplug(devices);
 }
 
 // Another program ends in each of the ways in which a program may, with its port open.

@@ -59,8 +59,9 @@ TEST(Program, RunsADeviceUntilItsUpdatesAreDone)
                      "--erase-ms", "150", "--fault", "sync=duplicate", "--exit-after", "1",
                      "--image", image, "--report", report});
     EXPECT_EQ(program.next("ready").value("path"), directory.filePath("usbserial-1"));
-    QProcess::execute(VORNUPDATER_CLI,
-                      {"--device-dir", directory.path(), "update", "--firmware", kImage});
+    EXPECT_EQ(QProcess::execute(VORNUPDATER_CLI,
+                                {"--device-dir", directory.path(), "update", "--firmware", kImage}),
+              0);
     const QJsonObject end = program.next("report");
     EXPECT_EQ(end.value("updates"), 1);
     EXPECT_EQ(end.value("errorCount"), 0);
@@ -74,8 +75,8 @@ TEST(Program, RunsADeviceUntilItsUpdatesAreDone)
 TEST(Program, ReportsTheDifferencesFromTheLogThatItReplays)
 {
     const QTemporaryDir directory;
-    Vornsim program({"device", "--dir", directory.path(), "--name", "usbserial-1", "--replay",
-                     VORN_TRANSCRIPTS "/refused-in-the-data.txt"});
+    Vornsim program(
+        {"device", "--dir", directory.path(), "--name", "usbserial-1", "--replay", kImage});
     program.next("ready");
     EXPECT_EQ(QProcess::execute(VORNUPDATER_CLI,
                                 {"--device-dir", directory.path(), "update", "--firmware", kImage}),

@@ -104,14 +104,6 @@
         <translation>Verwenden Sie einen anderen USB-Seriell-Adapter.</translation>
     </message>
     <message>
-        <source>The system does not let go of %1.</source>
-        <translation>Das System gibt %1 nicht frei.</translation>
-    </message>
-    <message>
-        <source>Unplug the device.</source>
-        <translation>Ziehen Sie das Gerät ab.</translation>
-    </message>
-    <message>
         <source>The connection to %1 was lost.</source>
         <translation>Die Verbindung zu %1 ist abgebrochen.</translation>
     </message>
@@ -310,10 +302,6 @@
     <message>
         <source>%1: %2.</source>
         <translation>%1: %2.</translation>
-    </message>
-    <message>
-        <source>%1 holds no certificate in PEM format.</source>
-        <translation>%1 enthält kein Zertifikat im PEM-Format.</translation>
     </message>
     <message>
         <source>%1 is in use by a program that you cannot see.</source>
@@ -607,6 +595,34 @@
         <source>Name one with --package-host.</source>
         <translation>Geben Sie mit --package-host einen an.</translation>
     </message>
+    <message>
+        <source>The kernel still holds the port %1.</source>
+        <translation>Der Kernel gibt den Port %1 noch nicht frei.</translation>
+    </message>
+    <message>
+        <source>Unplug the device; if that does not help, restart the computer.</source>
+        <translation>Ziehen Sie das Gerät ab; hilft das nicht, starten Sie den Computer neu.</translation>
+    </message>
+    <message>
+        <source>The folder of firmware files, %1, cannot be read: %2.</source>
+        <translation>Der Firmware-Ordner %1 kann nicht gelesen werden: %2.</translation>
+    </message>
+    <message>
+        <source>Correct its access rights, or check the disk.</source>
+        <translation>Korrigieren Sie seine Zugriffsrechte oder prüfen Sie den Datenträger.</translation>
+    </message>
+    <message>
+        <source>%1 is not a file that holds certificates in PEM format.</source>
+        <translation>%1 ist keine Datei mit Zertifikaten im PEM-Format.</translation>
+    </message>
+    <message>
+        <source>The program runs as root: files from the network are unpacked with all rights, into root&apos;s firmware folder.</source>
+        <translation>Das Programm läuft als root: Dateien aus dem Netz werden mit allen Rechten entpackt, in den Firmware-Ordner von root.</translation>
+    </message>
+    <message>
+        <source>Start it as an ordinary user; the group dialout or the package&apos;s udev rule gives access to the device.</source>
+        <translation>Starten Sie es als gewöhnlicher Benutzer; Zugriff auf das Gerät gibt die Gruppe dialout oder die udev-Regel des Pakets.</translation>
+    </message>
 </context>
 <context>
     <name>CliOptions</name>
@@ -809,6 +825,13 @@
     <message>
         <source>The latest package is installed.</source>
         <translation>Das neueste Paket ist installiert.</translation>
+    </message>
+</context>
+<context>
+    <name>Output</name>
+    <message>
+        <source>The output cannot be written: %1.</source>
+        <translation>Die Ausgabe kann nicht geschrieben werden: %1.</translation>
     </message>
 </context>
 <context>

@@ -104,14 +104,6 @@
         <translation>请使用其他 USB 转串口适配器。</translation>
     </message>
     <message>
-        <source>The system does not let go of %1.</source>
-        <translation>系统未能释放 %1。</translation>
-    </message>
-    <message>
-        <source>Unplug the device.</source>
-        <translation>请拔下设备。</translation>
-    </message>
-    <message>
         <source>The connection to %1 was lost.</source>
         <translation>与 %1 的连接已断开。</translation>
     </message>
@@ -310,10 +302,6 @@
     <message>
         <source>%1: %2.</source>
         <translation>%1：%2。</translation>
-    </message>
-    <message>
-        <source>%1 holds no certificate in PEM format.</source>
-        <translation>%1 中没有 PEM 格式的证书。</translation>
     </message>
     <message>
         <source>%1 is in use by a program that you cannot see.</source>
@@ -607,6 +595,34 @@
         <source>Name one with --package-host.</source>
         <translation>请用 --package-host 指定一个。</translation>
     </message>
+    <message>
+        <source>The kernel still holds the port %1.</source>
+        <translation>内核仍占用串口 %1。</translation>
+    </message>
+    <message>
+        <source>Unplug the device; if that does not help, restart the computer.</source>
+        <translation>请拔下设备；如果仍未解决，请重新启动计算机。</translation>
+    </message>
+    <message>
+        <source>The folder of firmware files, %1, cannot be read: %2.</source>
+        <translation>无法读取固件文件夹 %1：%2。</translation>
+    </message>
+    <message>
+        <source>Correct its access rights, or check the disk.</source>
+        <translation>请更正其访问权限，或检查磁盘。</translation>
+    </message>
+    <message>
+        <source>%1 is not a file that holds certificates in PEM format.</source>
+        <translation>%1 不是包含 PEM 格式证书的文件。</translation>
+    </message>
+    <message>
+        <source>The program runs as root: files from the network are unpacked with all rights, into root&apos;s firmware folder.</source>
+        <translation>程序正以 root 身份运行：来自网络的文件会以全部权限解压到 root 的固件文件夹中。</translation>
+    </message>
+    <message>
+        <source>Start it as an ordinary user; the group dialout or the package&apos;s udev rule gives access to the device.</source>
+        <translation>请以普通用户身份启动；dialout 组或软件包的 udev 规则可授予对设备的访问权限。</translation>
+    </message>
 </context>
 <context>
     <name>CliOptions</name>
@@ -809,6 +825,13 @@
     <message>
         <source>The latest package is installed.</source>
         <translation>已安装最新的软件包。</translation>
+    </message>
+</context>
+<context>
+    <name>Output</name>
+    <message>
+        <source>The output cannot be written: %1.</source>
+        <translation>无法写入输出：%1。</translation>
     </message>
 </context>
 <context>
