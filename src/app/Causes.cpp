@@ -242,6 +242,8 @@ Explanation explainDownload(const PackageProblem &problem, bool hasNetwork)
         return explain(Cause::ConnectionLost, places);
     case PackageProblemKind::TimedOut:
         return explain(Cause::ServerSilent, places);
+    case PackageProblemKind::TooSlow:
+        return explain(Cause::TooSlow, places);
     case PackageProblemKind::Certificate:
         return explain(
             Cause::Certificate,

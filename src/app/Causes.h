@@ -83,6 +83,7 @@ enum class Cause {
     ProxyFailed, // %2 likewise
     ConnectionLost,
     ServerSilent, // %2 seconds
+    TooSlow,      // %2 seconds
     Certificate,  // %2 the check that failed
     Encryption,
     InsecureRedirect,

@@ -3,11 +3,14 @@
 #include "app/StatusTexts.h"
 #include "firmware/StagingFolder.h"
 #include "platform/Directories.h"
+#include "platform/GlobalQueue.h"
+#include "platform/MainQueue.h"
 
 #include <QDir>
 #include <QLoggingCategory>
 
 #include <algorithm>
+#include <utility>
 
 using namespace std::chrono_literals;
 
@@ -39,12 +42,14 @@ FirmwareSection::FirmwareSection(MainWindow &window, const TaggedControls &contr
 
 void FirmwareSection::begin()
 {
-    StagingFolder::recoverInterruptedPublish();
     m_window.setDownloadAvailable(m_hasPackageServer, m_hasPackageServer
                                                           ? tr("Fetch the latest firmware package")
                                                           : tr("No package server is configured"));
-    if (!m_library.readFirmWare(m_targetVersion))
-        leadToFiles(false);
+    // In the background, like every use of the caches: a network file system may hang.
+    GlobalQueue::instance().post([this, token = m_lifetime.token()] {
+        StagingFolder::recoverInterruptedPublish();
+        MainQueue::instance().post(token, [this] { refill(); });
+    });
 }
 
 void FirmwareSection::versionQueryDidEnd()
@@ -68,6 +73,13 @@ void FirmwareSection::firmwareListDidChange(const QStringList &files)
     list->addItem(texts::kNoFirmware);
     list->addItems(files);
     leadToFiles(!files.isEmpty());
+}
+
+void FirmwareSection::firmwareFolderIsEmpty()
+{
+    // Said once, unless there were files before.
+    if (!std::exchange(m_saidEmpty, true))
+        leadToFiles(false);
 }
 
 void FirmwareSection::fileHandlePopBtn()
@@ -202,8 +214,7 @@ void FirmwareSection::packageWasInstalled()
 
 void FirmwareSection::firmwareFolderDidChange()
 {
-    m_listedVersion = m_targetVersion;
-    m_library.readFirmWare(m_targetVersion);
+    refill();
 }
 
 } // namespace vorn

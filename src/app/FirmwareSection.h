@@ -59,6 +59,7 @@ private:
 
     // FirmwareLibraryObserver
     void firmwareListDidChange(const QStringList &files) override;
+    void firmwareFolderIsEmpty() override;
 
     void refill();
     void show(const QString &text);
@@ -80,7 +81,9 @@ private:
     QString m_arrived;           // how long its package took to arrive
     QTimer m_refresh;            // of the details while a package arrives
     bool m_showsHint = false;    // the details line leads to firmware files
+    bool m_saidEmpty = false;    // that the folder has no file
     QString m_fileName;          // null while none was chosen
+    Lifetime m_lifetime;
 };
 
 } // namespace vorn

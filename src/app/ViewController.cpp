@@ -1,6 +1,8 @@
 #include "app/ViewController.h"
 
 #include "app/StatusTexts.h"
+#include "platform/GlobalQueue.h"
+#include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
 #include "update/FirmwareImage.h"
 
@@ -14,6 +16,8 @@ using vorn::Cause;
 using vorn::currentTitle;
 using vorn::explain;
 using vorn::FirmwareSection;
+using vorn::GlobalQueue;
+using vorn::MainQueue;
 using vorn::MainWindow;
 using vorn::setTitle;
 using vorn::texts::kClose;
@@ -203,7 +207,7 @@ void ViewController::deviceDoesNotClose()
 
 void ViewController::send()
 {
-    if (isUpdating())
+    if (isUpdating() || m_isChecking)
         return;
     if (!m_session)
         return m_update.refuse(vorn::texts::kNoDeviceSelected, explain(Cause::NoDevice));
@@ -212,12 +216,26 @@ void ViewController::send()
     if (!m_firmware.offersFile())
         return m_update.refuse(vorn::texts::kNoFirmwareSelected, explain(Cause::NoImageChosen));
 
-    const QString imagePath = m_firmware.imagePath();
-    // A listed file that nobody chose counts as none only once the device is ready for it.
-    vorn::UpdateResult check;
-    check.step = vorn::UpdateStep::ReadImage;
-    if (!imagePath.isNull())
-        check.failure = vorn::checkFirmwareImage(imagePath);
+    // In the background, since a network file system may hang.
+    m_isChecking = true;
+    GlobalQueue::instance().post(
+        [this, imagePath = m_firmware.imagePath(), token = m_lifetime.token()] {
+            vorn::UpdateResult check;
+            check.step = vorn::UpdateStep::ReadImage;
+            // A listed file that nobody chose counts as none only once the device is ready for it.
+            if (!imagePath.isNull())
+                check.failure = vorn::checkFirmwareImage(imagePath);
+            MainQueue::instance().post(token, [this, imagePath, check] {
+                m_isChecking = false;
+                startUpdate(imagePath, check);
+            });
+        });
+}
+
+void ViewController::startUpdate(const QString &imagePath, const vorn::UpdateResult &check)
+{
+    if (!m_session || !m_session->isOpen())
+        return m_update.refuse(vorn::texts::kDeviceNotOpened, explain(Cause::DeviceNotOpen));
     if (!check.succeeded())
         return m_update.refuse(vorn::texts::ofUpdateEnd(check).constFirst(),
                                vorn::explainUpdate(check));

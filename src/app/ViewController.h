@@ -70,6 +70,7 @@ private:
     void wireControls();
     void announce(const QString &title, const QString &text, const ORSSerialPortList &ports);
     void openSerialPort();
+    void startUpdate(const QString &imagePath, const vorn::UpdateResult &check);
     bool isUpdating() const { return m_session && m_session->isUpdating(); }
     void logSettings(const vorn::PackageLocation &packages);
 
@@ -83,6 +84,8 @@ private:
     const vorn::BootParameters m_parameters;
     ORSSerialPortManager *m_serialPortManager = nullptr;
     std::unique_ptr<vorn::DeviceSession> m_session; // the current port's; null without one
+    bool m_isChecking = false;                      // the image, since the button was pressed
     bool m_rebuildAfterUpdate = false;
     int m_lastError = 0; // the errno that the port told last since it was to open
+    vorn::Lifetime m_lifetime;
 };

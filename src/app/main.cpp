@@ -2,6 +2,7 @@
 #include "app/CommandLine.h"
 #include "app/Translations.h"
 #include "app/ViewController.h"
+#include "platform/ExitLimit.h"
 #include "platform/MessageBus.h"
 #include "platform/PowerEvents.h"
 #include "platform/QuitSignals.h"
@@ -112,5 +113,7 @@ int main(int argc, char **argv)
     });
     window.show();
     delegate.applicationDidFinishLaunching();
-    return QApplication::exec();
+    exitCode = QApplication::exec();
+    vorn::limitExit(exitCode);
+    return exitCode;
 }

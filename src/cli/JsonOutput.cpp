@@ -15,6 +15,20 @@ QString resultWord(bool succeeded)
     return succeeded ? QStringLiteral("ok") : QStringLiteral("failed");
 }
 
+// QJsonDocument escapes only what JSON demands. A terminal obeys further control characters, which
+// the names of files and devices may hold.
+QByteArray escapedForTerminal(const QByteArray &json)
+{
+    QString escaped;
+    for (const QChar character : QString::fromUtf8(json)) {
+        if (character.isPrint())
+            escaped += character;
+        else
+            escaped += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
+    }
+    return escaped.toUtf8();
+}
+
 } // namespace
 
 void JsonOutput::write(const char *event, const QString &device, QJsonObject object)
@@ -22,7 +36,8 @@ void JsonOutput::write(const char *event, const QString &device, QJsonObject obj
     object.insert(QStringLiteral("event"), QLatin1StringView(event));
     if (!device.isEmpty())
         object.insert(QStringLiteral("device"), device);
-    m_console.write(stdout, QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+    m_console.write(
+        stdout, escapedForTerminal(QJsonDocument(object).toJson(QJsonDocument::Compact)) + '\n');
 }
 
 void JsonOutput::showDevice(const SerialDevice &device)

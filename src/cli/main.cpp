@@ -8,6 +8,7 @@
 #include "firmware/FirmwareModels.h"
 #include "firmware/StagingFolder.h"
 #include "platform/Directories.h"
+#include "platform/ExitLimit.h"
 #include "platform/FileDescriptor.h"
 #include "platform/QuitSignals.h"
 
@@ -130,24 +131,28 @@ int main(int argc, char **argv)
     const auto options = readCliOptions(QCoreApplication::arguments(), exitCode);
     if (!options)
         return exitCode;
-    // A signal ends what only reads or lists at once; what works in the event loop handles it.
-    // Before the first thread.
+    // What the program has to say about a failure, its one line says.
+    QLoggingCategory::setFilterRules(options->verbose ? QStringLiteral("vorn.*=true")
+                                                      : QStringLiteral("vorn.*=false"));
     const bool lists =
         options->command == CliCommand::List || options->command == CliCommand::Firmware;
+    // The caches may be on a network file system that hangs: an image from elsewhere does not need
+    // them, and until the signals are taken over Ctrl-C ends the program.
+    if (options->imagePath.isNull() && options->command != CliCommand::List &&
+        options->command != CliCommand::Info)
+        StagingFolder::recoverInterruptedPublish();
+    // A signal ends what only reads or lists at once; what works in the event loop handles it.
+    // Before the first thread.
     std::optional<QuitSignals> quitSignals;
     if (!lists)
         quitSignals.emplace();
     if (!startQueues())
         return kUsage;
-    // What the program has to say about a failure, its one line says.
-    QLoggingCategory::setFilterRules(options->verbose ? QStringLiteral("vorn.*=true")
-                                                      : QStringLiteral("vorn.*=false"));
     const QString unwatched = installDeviceRegistry(options->common.deviceDirectory);
     if (!unwatched.isEmpty() && options->command == CliCommand::Watch) {
         print(stderr, unwatched + u'\n');
         return kUsage;
     }
-    StagingFolder::recoverInterruptedPublish();
     const auto output = outputFor(*options);
     if (::geteuid() == 0)
         output->note(explain(Cause::RunsAsRoot).terminalText());
@@ -157,5 +162,7 @@ int main(int argc, char **argv)
         exitCode = listDevices(*output);
     else
         exitCode = listFirmware(*options, *output);
-    return exitCodeAfterOutput(exitCode, output->finish());
+    exitCode = exitCodeAfterOutput(exitCode, output->finish());
+    limitExit(exitCode);
+    return exitCode;
 }

@@ -22,8 +22,12 @@ void FirmwareLibrary::readFirmWareInBackground(qint32 modelCode)
     GlobalQueue::instance().post([this, modelCode, number = ++m_lastStarted,
                                   token = m_lifetime.token()] {
         MainQueue::instance().post(token, [this, modelCode, number, scan = scanFirmwareFolder()] {
-            if (number > m_lastTakenOver && takeOver(scan, number))
+            if (number <= m_lastTakenOver)
+                return;
+            if (takeOver(scan, number))
                 m_observer.firmwareListDidChange(firmwareForModel(scan.files, modelCode));
+            else
+                m_observer.firmwareFolderIsEmpty();
         });
     });
 }

@@ -13,6 +13,8 @@ class FirmwareLibraryObserver
 public:
     // The names of the files to offer, for the model code that was asked for.
     virtual void firmwareListDidChange(const QStringList &files) = 0;
+    // A scan in the background found the folder missing, unreadable or empty.
+    virtual void firmwareFolderIsEmpty() {}
 
 protected:
     virtual ~FirmwareLibraryObserver() = default;

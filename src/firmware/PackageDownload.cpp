@@ -9,6 +9,8 @@
 #include <QLoggingCategory>
 #include <QTimer>
 
+#include <malloc.h>
+
 #include <algorithm>
 
 namespace vorn {
@@ -18,6 +20,20 @@ namespace {
 Q_LOGGING_CATEGORY(logFirmware, "vorn.firmware")
 
 using Kind = PackageProblemKind;
+
+// Qt collects response headers, the sizes of chunks and a proxy's answer in memory without a limit,
+// and gives no sign of them before they are complete; a server that never ends them was measured to
+// fill 70 MB per second. So what is in memory besides the packages is limited. A package may take
+// three times its size while its buffer grows.
+constexpr std::size_t kMostOverhead = std::size_t{64} << 20;
+constexpr std::size_t kMostPerByte = 3;
+constexpr std::chrono::milliseconds kMemoryCheckInterval{100};
+
+std::size_t memoryInUse()
+{
+    const struct mallinfo2 heap = ::mallinfo2();
+    return heap.uordblks + heap.hblkhd;
+}
 
 // A missing value never matches.
 bool isStoredDate(const std::optional<QString> &lastModified)
@@ -44,6 +60,8 @@ PackageDownload::PackageDownload(PackageLocation location, const FirmwareLibrary
                                  PackageObserver &observer, const PackageLimits &limits)
     : m_location(std::move(location)), m_library(library), m_observer(observer), m_limits(limits)
 {
+    m_memoryCheck.setInterval(kMemoryCheckInterval);
+    m_memoryCheck.callOnTimeout([this] { checkMemory(); });
 }
 
 PackageDownload::~PackageDownload() = default;
@@ -60,6 +78,11 @@ bool PackageDownload::sendRequest()
     download->session =
         std::make_unique<UrlSession>(static_cast<UrlSessionDelegate &>(*this), m_limits.timeouts);
     m_downloads.push_back(download);
+    if (!m_memoryCheck.isActive()) {
+        m_memoryBefore = memoryInUse();
+        m_received = 0;
+        m_memoryCheck.start();
+    }
     download->session->resume(*m_network, m_location);
     return true;
 }
@@ -107,6 +130,7 @@ void PackageDownload::URLSessionDataTaskDidReceiveData(UrlSession &session, cons
         return;
     }
     state.data.append(piece);
+    m_received += static_cast<std::size_t>(piece.size());
     m_observer.packageDidProgress(state.data.size(), state.totalNum);
 }
 
@@ -126,6 +150,23 @@ void PackageDownload::URLSessionTaskDidCompleteWithError(UrlSession &session,
     // Without a response of its own, a download is judged by the latest response.
     const PackageState &state = download->state ? *download->state : *m_state;
     fail(download, error, state.mIsCancel == 1 && !isStoredDate(state.lastModifiedString));
+}
+
+void PackageDownload::checkMemory()
+{
+    std::vector<DownloadPtr> arriving;
+    for (const DownloadPtr &download : m_downloads)
+        if (download->session)
+            arriving.push_back(download);
+    if (arriving.empty())
+        return m_memoryCheck.stop();
+    if (memoryInUse() <= m_memoryBefore + kMostOverhead + kMostPerByte * m_received)
+        return;
+    for (const DownloadPtr &download : arriving) {
+        download->refusal = {Kind::Protocol, static_cast<int>(QNetworkReply::ProtocolFailure),
+                             m_location.url().host()};
+        download->session->cancel();
+    }
 }
 
 void PackageDownload::savePackage(const DownloadPtr &download)

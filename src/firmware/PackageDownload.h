@@ -9,6 +9,7 @@
 
 #include <QByteArray>
 #include <QNetworkAccessManager>
+#include <QTimer>
 
 #include <chrono>
 #include <functional>
@@ -83,6 +84,7 @@ private:
     void URLSessionTaskDidCompleteWithError(UrlSession &session,
                                             const PackageProblem &error) override;
 
+    void checkMemory();
     void savePackage(const DownloadPtr &download);
     void unpackLater(const DownloadPtr &download, const PackageProblem &saving);
     void finishUnpacking(const DownloadPtr &download, const PackageProblem &problem);
@@ -99,6 +101,9 @@ private:
     std::unique_ptr<QNetworkAccessManager> m_network; // null before the first download
     std::shared_ptr<PackageState> m_state = std::make_shared<PackageState>();
     std::vector<DownloadPtr> m_downloads;
+    QTimer m_memoryCheck; // active while packages arrive
+    std::size_t m_memoryBefore = 0;
+    std::size_t m_received = 0; // of all packages since then
     SerialQueue m_queue;
     Lifetime m_lifetime;
 };

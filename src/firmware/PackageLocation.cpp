@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QRegularExpression>
+#include <QSslConfiguration>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -41,6 +42,10 @@ PackageProblem PackageLocation::addCertificates(const QString &pemFile)
         found = QSslCertificate::fromDevice(&file, QSsl::Pem);
     if (found.isEmpty())
         return {PackageProblemKind::NoCertificates, 0, pemFile};
+    // Certificates that are set turn off loading the system's on demand. Those are read here,
+    // before there is a window, since it takes a tenth of a second.
+    if (m_certificates.isEmpty())
+        m_certificates = QSslConfiguration::systemCaCertificates();
     m_certificates += found;
     return {};
 }

@@ -27,6 +27,7 @@ public:
 
     bool isConfigured() const { return !m_url.isEmpty(); }
     const QUrl &url() const { return m_url; }
+    // Those to trust instead of the system's, which they include; empty for the system's.
     const QList<QSslCertificate> &certificates() const { return m_certificates; }
 
 private:

@@ -10,9 +10,10 @@ enum class PackageProblemKind {
     NameNotFound,     // QNetworkReply::NetworkError
     Unreachable,      // QNetworkReply::NetworkError: refused, no network, proxy trouble
     ConnectionLost,   // QNetworkReply::NetworkError: ended before the whole body had arrived
-    TimedOut,         // the limit that was exceeded, in seconds
+    TimedOut,         // nothing came for this long, in seconds
+    TooSlow,          // the whole transfer exceeded this limit, in seconds
     Certificate,      // QSslError::SslError
-    Encryption,       // QNetworkReply::NetworkError: the TLS handshake failed
+    Encryption,       // QNetworkReply::NetworkError: the TLS handshake failed, or got no answer
     InsecureRedirect, // QNetworkReply::NetworkError: redirected away from HTTPS
     Protocol,         // QNetworkReply::NetworkError: any other fault of the response
     HttpStatus,       // the HTTP status of a response whose body was no package

@@ -17,6 +17,9 @@ Q_LOGGING_CATEGORY(logFirmware, "vorn.firmware")
 
 using Kind = PackageProblemKind;
 
+// What Qt may hold of the body until the main thread takes it.
+constexpr qint64 kReadBuffer = 4 << 20;
+
 Kind kindOf(QNetworkReply::NetworkError error)
 {
     switch (error) {
@@ -67,9 +70,7 @@ QNetworkRequest requestFor(const PackageLocation &location)
     request.setRawHeader("Accept-Encoding", "identity");
     if (!location.certificates().isEmpty()) {
         QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
-        // Setting certificates turns off loading the system's on demand, so they are added.
-        configuration.setCaCertificates(QSslConfiguration::systemCaCertificates() +
-                                        location.certificates());
+        configuration.setCaCertificates(location.certificates());
         request.setSslConfiguration(configuration);
     }
     return request;
@@ -94,13 +95,16 @@ UrlSession::~UrlSession()
 void UrlSession::resume(QNetworkAccessManager &network, const PackageLocation &location)
 {
     m_reply = network.get(requestFor(location));
+    m_reply->setReadBufferSize(kReadBuffer);
     connect(m_reply, &QNetworkReply::sslErrors, this, [this](const QList<QSslError> &errors) {
         if (!errors.isEmpty())
             m_certificate = {Kind::Certificate, static_cast<int>(errors.front().error()),
                              m_reply->url().host()};
     });
-    connect(m_reply, &QNetworkReply::requestSent, this,
-            [this] { m_stepTimer.start(m_timeouts.response); });
+    connect(m_reply, &QNetworkReply::requestSent, this, [this] {
+        m_isConnected = true;
+        m_stepTimer.start(m_timeouts.response);
+    });
     connect(m_reply, &QNetworkReply::metaDataChanged, this, &UrlSession::receiveResponse);
     connect(m_reply, &QNetworkReply::readyRead, this, &UrlSession::receiveData);
     connect(m_reply, &QNetworkReply::finished, this, &UrlSession::finish);
@@ -110,9 +114,19 @@ void UrlSession::resume(QNetworkAccessManager &network, const PackageLocation &l
 
 void UrlSession::expire(const QTimer &timer)
 {
-    const auto seconds = std::chrono::ceil<std::chrono::seconds>(timer.intervalAsDuration());
-    m_timeout = {Kind::TimedOut, static_cast<int>(seconds.count()), m_reply->url().host()};
+    m_timeout = timeoutProblem(timer);
     m_reply->abort();
+}
+
+PackageProblem UrlSession::timeoutProblem(const QTimer &timer) const
+{
+    const QString host = m_reply->url().host();
+    // A server or proxy that accepts connections and no more.
+    if (!m_isConnected)
+        return {Kind::Encryption, static_cast<int>(QNetworkReply::TimeoutError), host};
+    const auto seconds = std::chrono::ceil<std::chrono::seconds>(timer.intervalAsDuration());
+    return {&timer == &m_totalTimer ? Kind::TooSlow : Kind::TimedOut,
+            static_cast<int>(seconds.count()), host};
 }
 
 void UrlSession::cancel()

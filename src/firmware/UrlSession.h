@@ -42,14 +42,12 @@ class UrlSession : public QObject
     Q_OBJECT
 
 public:
-    // Exceeding any of them ends the transfer with TimedOut.
+    // Exceeding any of them ends the transfer.
     struct Timeouts
     {
         // While connecting, and between two pieces of the body: the usual limit of HTTP clients.
         std::chrono::milliseconds idle{60'000};
-        // From the request to the end of the response's headers. Short, because Qt collects the
-        // headers in memory without a limit, and gives no sign of them before they are complete: a
-        // server that never ends them was measured to fill 70 MB per second.
+        // From the request to the end of the response's headers.
         std::chrono::milliseconds response{5'000};
         // From start to end. The largest known package (60 MB) takes this long at 17 kB/s.
         std::chrono::milliseconds total{3'600'000};
@@ -70,6 +68,7 @@ private:
     void finish();
     void complete(const PackageProblem &error);
     PackageProblem replyProblem() const;
+    PackageProblem timeoutProblem(const QTimer &timer) const;
     void expire(const QTimer &timer);
 
     UrlSessionDelegate &m_delegate;
@@ -81,6 +80,7 @@ private:
     PackageProblem m_certificate; // what is wrong with the server's certificate
     qint64 m_expected = 0;
     qint64 m_received = 0;
+    bool m_isConnected = false;
     bool m_hasResponse = false;
     bool m_isComplete = false;
 };

@@ -8,11 +8,22 @@
 #include <QVariantMap>
 
 namespace vorn {
+namespace {
+
+// How many messages may wait for the service: enough for a hub full of adapters. More at once come
+// from a loose contact, and would be shown for minutes after it.
+constexpr qsizetype kMostPending = 16;
+
+} // namespace
 
 DesktopNotifications::DesktopNotifications(const QDBusConnection &bus) : m_bus(bus) {}
 
 void DesktopNotifications::deliver(const QString &title, const QString &informativeText)
 {
+    if (m_pendingCalls.children().size() >= kMostPending) {
+        qCInfo(logPlatform) << "No desktop notification, too many are waiting:" << informativeText;
+        return;
+    }
     QDBusMessage call = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.Notifications"),
         QStringLiteral("/org/freedesktop/Notifications"),

@@ -18,7 +18,7 @@ public:
     // demand, so it cannot be known to be missing.
     static bool exists() { return true; }
 
-    // Shows a message, without sound.
+    // Shows a message, without sound; drops it while too many wait for the service.
     void deliver(const QString &title, const QString &informativeText);
 
 private:

@@ -32,12 +32,18 @@ void PortLine::setRts(bool high)
 
 LineEvent PortLine::waitForChunk(Clock::time_point deadline, QByteArray &chunk)
 {
-    const LineEvent event = m_buffer->waitForChunk(deadline, chunk);
-    if (event != LineEvent::Silence)
-        return event;
-    // The main thread delivers what the port has read, and may be busy: wait until it has handled
-    // everything queued so far, then check once more.
-    MainQueue::instance().postAndWait([] {});
+    if (Clock::now() < deadline) {
+        const LineEvent event = m_buffer->waitForChunk(deadline, chunk);
+        if (event != LineEvent::Silence)
+            return event;
+    }
+    // The main thread delivers what the port has read, and may be busy: what it has delivered once
+    // everything queued so far is handled arrived in time. Nothing later counts, or a device that
+    // never falls silent would prolong the wait without end.
+    if (std::exchange(m_passed, deadline) != deadline) {
+        MainQueue::instance().postAndWait([] {});
+        m_buffer->seal();
+    }
     return m_buffer->waitForChunk(deadline, chunk);
 }
 

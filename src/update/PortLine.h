@@ -25,6 +25,7 @@ private:
     const ORSSerialPortPtr m_port;
     const std::shared_ptr<ReceiveBuffer> m_buffer;
     bool m_hasSent = false;
+    Clock::time_point m_passed{}; // the last deadline that has passed
 };
 
 } // namespace vorn

@@ -11,7 +11,9 @@ class ElidingComboBox : public QComboBox
     Q_OBJECT
 
 public:
-    using QComboBox::QComboBox;
+    explicit ElidingComboBox(QWidget *parent = nullptr);
+
+    void showPopup() override;
 
 protected:
     void initStyleOption(QStyleOptionComboBox *option) const override;

@@ -123,6 +123,7 @@ std::vector<Row> rows()
          Cause::ProxyFailed},
         {download(Kind::ConnectionLost, 0, "host"), Cause::ConnectionLost},
         {download(Kind::TimedOut, 60, "host"), Cause::ServerSilent, {"60 s"}},
+        {download(Kind::TooSlow, 3600, "host"), Cause::TooSlow, {"3600 s"}},
         {download(Kind::Certificate, QSslError::CertificateExpired, "host"),
          Cause::Certificate,
          {"expired"}},

@@ -30,7 +30,8 @@ TEST_F(WindowTest, WithoutADeviceOrFirmwareEveryPressSaysWhatIsMissing)
     EXPECT_FALSE(downloadButton->isEnabled());
     EXPECT_FALSE(downloadButton->toolTip().isEmpty());
     EXPECT_TRUE(explains("connection", "Plug in"));
-    EXPECT_TRUE(explains("firmware", "no package server is configured"));
+    EXPECT_TRUE(
+        eventually([&] { return explains("firmware", "no package server is configured"); }));
 
     press(openButton);
     EXPECT_EQ(connection->text(), "Prompt:No device selected");
@@ -71,7 +72,8 @@ TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
     choose();
     writeFirmware(kImage, 0);
     press(updateButton);
-    EXPECT_EQ(status->text(), "Prompt:Firmware update failed,please try again");
+    ASSERT_TRUE(eventually(
+        [&] { return status->text() == "Prompt:Firmware update failed,please try again"; }));
     EXPECT_FALSE(controller->serialPort()->RTS());
     EXPECT_EQ(device->report().exchanges, 1); // the version query
 
@@ -98,7 +100,7 @@ TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
 
     EXPECT_EQ(status->tone(), StatusTone::Good);
     press(updateButton);
-    EXPECT_EQ(status->tone(), StatusTone::Neutral);
+    ASSERT_TRUE(eventually([&] { return status->tone() == StatusTone::Neutral; }));
     EXPECT_EQ(progress->value(), 0);
     ASSERT_TRUE(eventually([&] { return status->tone() == StatusTone::Good; }));
 

@@ -247,6 +247,13 @@ TEST_F(CliTest, PipedTextHasNoControlCharacterAndARetryIsTold)
     EXPECT_TRUE(err.contains("1 of 1")) << err.constData();
     EXPECT_EQ(devices[0]->report().image, readFile(firmware("VORN_PLATINA-3.10.0.bin")));
 
+    writeFile(firmware(QString("VORN_I-") + QChar(0x9b) + "31m\n.bin"), "x");
+    for (const char *arguments : {"firmware", "--json firmware"}) {
+        EXPECT_EQ(run(arguments), 0);
+        EXPECT_FALSE(QString(out).contains(QRegularExpression("[^\\P{C}\\n]"))) << out.constData();
+    }
+    QFile::remove(firmware(QString("VORN_I-") + QChar(0x9b) + "31m\n.bin"));
+
     EXPECT_EQ(run("list"), 0);
     EXPECT_TRUE(out.contains("usbserial-A  " + devices[0]->path().toUtf8()));
     EXPECT_EQ(run("firmware --model 1"), 0);

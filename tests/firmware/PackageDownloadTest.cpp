@@ -9,6 +9,9 @@
 #include "tests/support/QtPrinting.h"
 #include "tests/ziparchive/Tree.h"
 
+#include <QTcpServer>
+#include <QTcpSocket>
+
 #include <gmock/gmock.h>
 
 using namespace vorn;
@@ -256,9 +259,9 @@ TEST_F(PackageDownloadTest, AnAnswerThatCannotBeInstalledFailsAndChangesNothing)
         {Kind::TooLarge, refused, endless, {}, 1},
         {Kind::UnusableName, refused, hidden},
         {Kind::TimedOut, {"response", "failed quietly"}, paused, {.idle = 2s}},
-        {Kind::TimedOut, noResponse, mute, {.idle = 300ms}},
+        {Kind::Encryption, noResponse, mute, {.idle = 300ms}},
         {Kind::TimedOut, noResponse, silent, {.response = 300ms}},
-        {Kind::TimedOut, brokenOff, slow, {.total = 3s}},
+        {Kind::TooSlow, brokenOff, slow, {.total = 3s}},
         {Kind::InsecureRedirect, noResponse, with(&PackageAnswer::redirectTo, "http")},
         {Kind::Protocol, noResponse, with(&PackageAnswer::redirectTo, "loop")},
     };
@@ -290,6 +293,23 @@ TEST_F(PackageDownloadTest, AnAnswerThatCannotBeInstalledFailsAndChangesNothing)
         serve(answerWith(), certificate);
         pressAndFail(Kind::Certificate, noResponse);
     }
+}
+
+TEST_F(PackageDownloadTest, AHeaderThatNeverEndsDoesNotFillTheMemory)
+{
+    QTcpServer proxy;
+    ASSERT_TRUE(proxy.listen(QHostAddress::LocalHost));
+    QObject::connect(&proxy, &QTcpServer::newConnection, [&] {
+        QTcpSocket *const client = proxy.nextPendingConnection();
+        QObject::connect(client, &QIODevice::bytesWritten,
+                         [client] { client->write(QByteArray(1 << 20, 'x')); });
+        client->write("HTTP/1.1 200 OK\r\nX: ");
+    });
+    qputenv("https_proxy", "http://127.0.0.1:" + QByteArray::number(proxy.serverPort()));
+    begin(kOld, "before");
+    location = PackageLocation::onHost("packages.invalid").value();
+    pressAndFail(Kind::Protocol, {"failed"});
+    qunsetenv("https_proxy");
 }
 
 TEST_F(PackageDownloadTest, TheServerNamesTheArchiveAndItsFolder)

@@ -131,6 +131,18 @@ TEST_F(DesktopTest, EachMessageReachesTheNotificationServiceWithoutSound)
             QByteArray(text) +
             R"(" [] {"desktop-entry": "VornUpdaterTests", "suppress-sound": True} -1)"))
             << calls.toStdString();
+
+    // While the service hangs, a storm of plug-ins queues only a few.
+    ASSERT_EQ(::kill(static_cast<pid_t>(m_service.processId()), SIGSTOP), 0);
+    for (int i = 0; i < 100; ++i)
+        notifications.deliver("Serial Port Connected", "storm");
+    ASSERT_EQ(::kill(static_cast<pid_t>(m_service.processId()), SIGCONT), 0);
+    ASSERT_TRUE(eventually([&] {
+        notifications.deliver("Serial Port Connected", "after it");
+        calls += m_service.readAll();
+        return calls.contains("after it");
+    }));
+    EXPECT_LE(calls.count("storm"), 16);
 }
 
 TEST_F(DesktopTest, SleepWaitsForTheCallbackAndForWhatItHolds)

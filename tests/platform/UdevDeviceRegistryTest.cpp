@@ -5,6 +5,28 @@
 
 #include <gmock/gmock.h>
 
+#include <dlfcn.h>
+#include <sys/socket.h>
+
+namespace {
+
+bool overrunsMonitor = false;
+
+} // namespace
+
+// The monitor's buffer overruns: what waits in it is lost.
+extern "C" ssize_t recvmsg(int socket, msghdr *message, int flags)
+{
+    using Call = ssize_t (*)(int, msghdr *, int);
+    static const auto original = reinterpret_cast<Call>(::dlsym(RTLD_NEXT, "recvmsg"));
+    if (!std::exchange(overrunsMonitor, false))
+        return original(socket, message, flags);
+    while (original(socket, message, flags | MSG_DONTWAIT) > 0)
+        continue;
+    errno = ENOBUFS;
+    return -1;
+}
+
 namespace vorn {
 namespace {
 
@@ -105,6 +127,20 @@ TEST_F(UdevDeviceRegistryTest, APortReplacedWithinOneWakeUpIsRemovedAndThenAdded
         EXPECT_EQ(watcher.take(2), Batches({{"-usbserial-A"}, {"+usbserial-A"}}));
         EXPECT_EQ(watcher.last().first()->calloutDevice, QString("/dev/") + node);
     }
+}
+
+TEST_F(UdevDeviceRegistryTest, LostEventsAreMadeUpFor)
+{
+    const QByteArray a = plug({"1-1", "A"}, {"ttyUSB0"});
+    UdevDeviceRegistry registry;
+    RegistryWatcher watcher(registry);
+    unplug("1-1", {a});
+    plug({"1-2", "B"}, {"ttyUSB1"});
+    overrunsMonitor = true;
+    EXPECT_EQ(watcher.take(2), Batches({{"-usbserial-A"}, {"+usbserial-B"}}));
+    plug({"1-3", "C"}, {"ttyUSB2"});
+    EXPECT_EQ(watcher.take(1), Batches({{"+usbserial-C"}}));
+    EXPECT_EQ(namesOf(registry.devices()), QStringList({"usbserial-B", "usbserial-C"}));
 }
 
 TEST_F(UdevDeviceRegistryTest, AnAdapterIsNamedAfterItsSerialNumberAndASecondOneDoesNotRenameIt)

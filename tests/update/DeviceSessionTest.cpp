@@ -66,6 +66,25 @@ TEST(PortLine, DropsWhatArrivedBeforeItSendsAndSendsNothingOnceAbandoned)
     EXPECT_EQ(line.waitForChunk(line.now() + 10s, chunk), LineEvent::Abandoned);
 }
 
+TEST(PortLine, ADeviceThatNeverFallsSilentDoesNotProlongAWait)
+{
+    SessionRig rig;
+    const auto buffer = std::make_shared<ReceiveBuffer>();
+    PortLine line(rig.session->port(), buffer);
+    const auto deadline = line.now();
+    QByteArray chunk;
+    for (const char *late : {"x", "y"})
+        buffer->receive(late);
+    for (const auto event : {LineEvent::Chunk, LineEvent::Chunk, LineEvent::Silence}) {
+        EXPECT_EQ(line.waitForChunk(deadline, chunk), event);
+        buffer->receive("later");
+    }
+    line.send({});
+    buffer->receive("next");
+    EXPECT_EQ(line.waitForChunk(line.now() + 10s, chunk), LineEvent::Chunk);
+    EXPECT_EQ(chunk, "next");
+}
+
 TEST(Transcript, KeepsOnlyTheNumberOfTheBytesBeyondItsMemory)
 {
     Transcript transcript;

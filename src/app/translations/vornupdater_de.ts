@@ -520,6 +520,14 @@
         <translation>Der Server %1 hat %2 s lang nichts gesendet.</translation>
     </message>
     <message>
+        <source>The package from %1 was not complete after %2 s.</source>
+        <translation>Das Paket von %1 war nach %2 s nicht vollständig.</translation>
+    </message>
+    <message>
+        <source>Use a faster network connection, or try again later.</source>
+        <translation>Verwenden Sie eine schnellere Netzwerkverbindung, oder versuchen Sie es später erneut.</translation>
+    </message>
+    <message>
         <source>Try again later; if it persists, tell the server&apos;s operator.</source>
         <translation>Versuchen Sie es später erneut; wenn es dabei bleibt, informieren Sie den Betreiber des Servers.</translation>
     </message>

@@ -520,6 +520,14 @@
         <translation>服务器 %1 在 %2 秒内未发送任何数据。</translation>
     </message>
     <message>
+        <source>The package from %1 was not complete after %2 s.</source>
+        <translation>来自 %1 的软件包在 %2 秒后仍未下载完整。</translation>
+    </message>
+    <message>
+        <source>Use a faster network connection, or try again later.</source>
+        <translation>请使用更快的网络连接，或稍后再试。</translation>
+    </message>
+    <message>
         <source>Try again later; if it persists, tell the server&apos;s operator.</source>
         <translation>请稍后再试；如果问题持续，请告知服务器管理员。</translation>
     </message>

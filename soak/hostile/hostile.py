@@ -1,0 +1,215 @@
+#!/usr/bin/env python3
+"""hostile.py BIN [NAME]: attacks the programs in the folder BIN in every way below, or in those whose names
+contain NAME. Each ends as it should, within its limit, in bounded memory, and does not stall the window."""
+import io, re, zipfile
+from peers import *
+from rig import *
+
+MOST_STALL = 100  # ms
+WAITING = re.compile(r'elapsed|remaining|Unpacking|^$')
+PEERS = {  # behaviour, the limit of the download in s, what it says, whether it is a proxy
+    'a byte a second': (drip(SIZED % 9 + bytes(9)), 20, 'sent nothing for 5 s'),
+    'headers without end': (pour(b'X: y\r\n' * 999, OK), 8, 'not valid'),
+    'a header without end': (pour(bytes(65536), OK + b'X: '), 8, 'not valid'),
+    'a chunk size without end': (pour(b'0' * 65536, CHUNKED), 8, 'not valid'),
+    'a body without end': (pour(bytes(65536), OK + b'\r\n'), 30, 'too large'),
+    'less than announced': (send(SIZED % 999 + b'PK'), 5, 'was lost'),
+    'more than announced': (send(SIZED % 9 + bytes(999)), 5, 'not a zip archive'),
+    'a huge length': (send(SIZED % 10**18), 5, 'too large'),
+    'redirects without end': (redirect('SELF/*'), 30, 'not valid'),
+    'a redirect to itself': (redirect('SELF/software/VornUpdate2.zip'), 30, 'not valid'),
+    'a redirect to http:': (redirect('http://127.0.0.1:9/'), 5, 'without encryption'),
+    'a redirect to file:': (redirect('file:///etc/passwd'), 5, 'not valid'),
+    'silence': (send(b'', 99), 8, 'sent nothing for 5 s'),
+    'half a handshake': (send(HELLO, 99), 65, 'No encrypted connection', 'server'),
+    'a proxy that closes': (send(b''), 65, 'No encrypted connection', 'proxy'),
+    'a proxy without end': (pour(bytes(65536), OK + b'X: '), 8, 'not valid', 'proxy'),
+}
+
+
+@contextlib.contextmanager
+def downloading(home, behave, plain=None, cli=False):
+    server = Server(home.path, behave, plain is not None)
+    arguments = ['--package-host', server.address, '--package-ca', server.authority]
+    environment = {}
+    if plain == 'proxy':
+        arguments, environment = ['--package-host', 'packages.invalid'], {'https_proxy': 'http://' + server.address}
+    with Program(home, *arguments, *(['download'] if cli else []), cli=cli, environment=environment) as program:
+        if not cli:
+            program.start(device=False)
+            program.ask('press downloadButton_2002')
+        yield program
+    server.listener.close()
+
+
+def peer(behave, limit, says, plain=None):
+    with Home() as home, downloading(home, behave, plain) as program:
+        said = wait_for(lambda: not WAITING.search(text := program.ask('text firmwareDetails')) and text, limit, 'end')
+        expect(says in said, said)
+        yield program, 250 if 'too large' not in says else 900
+        program.end()
+        expect(not home.leftovers(), home.leftovers())
+    for how in (signal.SIGINT, signal.SIGTERM):
+        with Home() as home, downloading(home, behave, plain, cli=True) as program:
+            time.sleep(0.4)
+            program.end(how)
+            expect(not home.leftovers(), home.leftovers())
+
+
+def package(megabytes):
+    file = io.BytesIO()
+    with zipfile.ZipFile(file, 'w', zipfile.ZIP_DEFLATED, compresslevel=1) as archive:
+        for number in range(4):
+            archive.writestr(f'{number}.bin', os.urandom(1024) * (megabytes << 8))
+    return file.getvalue()
+
+
+def unpacking(megabytes, quits):
+    archive = package(megabytes)
+    with Home() as home, downloading(home, send(SIZED % len(archive) + archive, 5)) as program:
+        program.await_text('firmwareDetails', 'Unpacking')
+        if not quits:
+            program.await_text('perText_1012', 'Success', 60)
+        yield program, 250
+        program.end()
+
+
+def garbage(bytes_):
+    with Home() as home:
+        home.add_firmware()
+        line = Line(home)
+        with line.streaming(bytes_), Program(home) as program:
+            program.start()
+            program.open_device()
+            began, before = time.monotonic(), program.processor()
+            time.sleep(20)
+            print(f'    {line.sent >> 20} MiB, {(program.processor() - before) / 20:.0%} of a processor')
+            program.ask('pick firmwareList_1002 ' + IMAGE)
+            program.ask('press updateButton_2001')
+            program.await_text('updateDetails', 'No answer to the sync byte within 5.0 s', 7)
+            time.sleep(max(0.0, 60 - (time.monotonic() - began)))
+            yield program, 150
+            program.end()
+
+
+def storm():
+    with Home() as home, Program(home) as program:
+        program.start(device=False)
+        before, began = program.resources(), time.monotonic()
+        ends = [pty.openpty() for _ in range(8)]
+        paths = [f'{home.devices}/usbserial-{number}' for number in range(1000)]
+        for number, path in enumerate(paths):
+            time.sleep(max(0.0, began + number / 100 - time.monotonic()))
+            os.symlink(os.ttyname(ends[number % 8][1]), path)
+            if number >= 50:
+                os.unlink(paths[number - 50])
+        program.await_text('connectText_1001', 'usbserial-95')
+        for path in paths[-50:]:
+            os.unlink(path)
+        program.await_text('connectText_1001', 'No device')
+        yield program, 150
+        expect(program.resources() < before + 8, 'descriptors or threads are left')
+        program.end()
+
+
+def many_files():
+    names = ['a\nb', '\x1b[31mred', '\u202egnp', '\udcff\udcfe', 'x' * 251, '<b>', '-rf', '\x9b31m', ' ', 'folder', 'loop']
+    with Home() as home, simulator(home):
+        home.add_firmware()
+        for name in names + [f'VORN_PLATINA-0.{number}' for number in range(100_000)]:
+            path = f'{home.firmware}/{name}.bin'
+            if name == 'folder':
+                os.mkdir(path)
+            elif name == 'loop':
+                os.symlink(path, path)
+            else:
+                os.close(os.open(path, os.O_CREAT, 0o600))
+        with Program(home) as program:
+            program.start()
+            wait_for(lambda: program.ask('popup firmwareList_1002') == str(100_001 + len(names)), 20, 'all are listed')
+            program.ask('hide firmwareList_1002')
+            program.press_update()
+            program.await_text('updateText_1015', 'progress')
+            yield program, 250
+            program.end()
+        for command in (['firmware'], ['--json', 'firmware'], ['update', '--newest']):
+            with Program(home, *command, cli=True) as program:
+                expect(program.process.wait(10) == 0, program.said())
+                expect(not re.search('[\x00-\x09\x0b\x0c\x0e-\x1f\x7f-\x9f\u202e]', program.said()), command)
+
+
+def hung_caches():
+    with Home() as home, simulator(home):
+        shutil.move(home.add_firmware(), home.path)
+        shutil.rmtree(home.firmware)
+        with contextlib.closing(HungFileSystem(home.caches)):
+            with Program(home, 'update', '--firmware', f'{home.path}/{IMAGE}', cli=True) as program:
+                expect(program.process.wait(10) == 0, program.said())
+            with Program(home, 'update', '--newest', cli=True) as program:
+                time.sleep(0.5)
+                program.end(signal.SIGINT)
+            with Program(home) as program:
+                program.start()
+                program.open_device()
+                yield program, 150
+                program.end()
+
+
+ENDS = {  # what runs, the device's options, whether its driver hangs
+    'an open device': (Program.open_device, [], False),
+    'a version query': (Program.open_device, ['--fault', 'connect=silence'], False),
+    'an update': (Program.press_update, RATE, False),
+    'a reset pulse': (lambda program: (program.press_update(), wait_for(lambda: program.rts() == '1', 1, 'RTS')), RATE, False),
+    'an erase': (lambda program: (program.press_update(), time.sleep(0.7)), ['--erase-ms', '20000'], False),
+    'a hung driver': (Program.press_update, RATE, True),
+}
+
+
+def ending(begin, options, hangs):
+    # Closing the window during an update asks first.
+    for how in (signal.SIGTERM, signal.SIGHUP, 'quit')[:3 if begin == Program.open_device else 2]:
+        with Home() as home, simulator(home, *options) as is_restored:
+            home.add_firmware()
+            with Program(home) as program:
+                program.start()
+                begin(program)
+                yield program, 150
+                if hangs:
+                    program.hang_driver()
+                program.end(how)
+                expect(program.rts() == '0', 'RTS is high')
+                expect(hangs or is_restored(), 'the line is not as it was')
+
+
+CASES = {
+    'a device that streams zeros': lambda: garbage(bytes(65536)),
+    'a thousand devices in 10 s': storm,
+    '100,000 files': many_files,
+    'unpacking 256 MiB': lambda: unpacking(256, False),
+    'ended while unpacking 1.9 GiB': lambda: unpacking(1900, True),
+    'caches that hang': hung_caches,
+    **{'ended during ' + what: lambda row=row: ending(*row) for what, row in ENDS.items()},
+    **{'a server with ' + what: lambda row=row: peer(*row) for what, row in PEERS.items()},
+}
+
+
+def run(name, case):
+    began, problem, stall, waited, most = time.monotonic(), '', 0.0, 0.0, 0
+    try:
+        for program, limit in case():
+            program.measure()
+            stall, waited = max(stall, program.stall), max(waited, program.waited)
+            most = max(most, program.status('VmHWM') >> 10)
+            expect(stall < MOST_STALL, f'the window stalled for {stall:.0f} ms')
+            expect(most < limit, f'{most} MiB of memory')
+    except Fault as fault:
+        problem = str(fault)
+    print(f'{name:38} {time.monotonic() - began:6.1f} s {stall:6.1f} ms (+{waited:.0f}) {most:5} MiB  {problem or "ok"}',
+          flush=True)
+    return not problem
+
+
+print('case, time, longest stall of the window (+ while others had the processor), most memory')
+results = [run(name, case) for name, case in CASES.items() if len(sys.argv) < 3 or sys.argv[2] in name]
+print(f'{sum(results)} of {len(results)} ended as they should')
+sys.exit(not results or not all(results))
