@@ -20,7 +20,6 @@ public:
 
     // Begins with the devices that are there. The exit code when it cannot.
     std::optional<ExitCode> start();
-    bool holdsPort() const { return m_runs.holdsPort(); }
 
 private:
     bool quitSignalDidArrive(int signal) override;

@@ -21,7 +21,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -78,11 +77,6 @@ int run(const CliOptions &options, Output &output, QuitSignals &quitSignals)
     const auto failed = command.start();
     const int exitCode = failed ? *failed : QCoreApplication::exec();
     quitSignals.letKill();
-    if constexpr (requires { command.holdsPort(); }) {
-        // The end of the process would wait for the thread that is closing the port.
-        if (command.holdsPort())
-            std::_Exit(exitCodeAfterOutput(exitCode, output.finish()));
-    }
     return exitCode;
 }
 
