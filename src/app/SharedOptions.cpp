@@ -15,8 +15,6 @@
 #include <cstring>
 #include <system_error>
 
-#include <cerrno>
-
 namespace vorn {
 namespace {
 

@@ -65,11 +65,13 @@ ProgressBars::Bar &ProgressBars::barOf(const QString &device)
 {
     if (!m_redraw.isActive())
         m_redraw.start();
-    const auto found = std::find_if(m_bars.begin(), m_bars.end(),
-                                    [&](const Bar &bar) { return bar.device == device; });
-    if (found != m_bars.end())
+    // In the names' order, so that bars keep their places whichever device is first to show one.
+    const auto found =
+        std::lower_bound(m_bars.begin(), m_bars.end(), device,
+                         [](const Bar &bar, const QString &name) { return bar.device < name; });
+    if (found != m_bars.end() && found->device == device)
         return *found;
-    return m_bars.emplace_back(Bar{.device = device, .step = {}, .percent = 0});
+    return *m_bars.insert(found, Bar{.device = device, .step = {}, .percent = 0});
 }
 
 void ProgressBars::setStep(const QString &device, const QString &title)

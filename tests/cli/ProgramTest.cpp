@@ -411,7 +411,7 @@ TEST_F(CliTest, ATerminalShowsABarForEachDeviceAndARetryBeginsAtZero)
     shown += terminal.take();
     const auto shows = [&](const char *text) { return shown.contains(QRegularExpression(text)); };
     EXPECT_TRUE(
-        shows("\\[2A\\r\\e\\[J *\\d+ % usbserial-A \\[[#-]{24}\\] .*\r?\n *\\d+ % usbserial-B"));
+        shows("\\[2A\\r\\e\\[J *\\d+ % usbserial-A \\[[#-]{24}\\] .*\r?\n *\\d+ % usbserial-B")) << qPrintable(shown);
     EXPECT_TRUE(shows("[1-9]\\d % usbserial-A"));
     EXPECT_TRUE(shows(" 0 % usbserial-A \\[-+\\] Erase")) << qPrintable(shown);
     EXPECT_FALSE(shows("[1-9]\\d? % usbserial-A \\[[#-]+\\] Erase")) << qPrintable(shown);

@@ -101,7 +101,10 @@ protected:
 class BufferedLine final : public TimedLine
 {
 public:
-    using TimedLine::TimedLine;
+    explicit BufferedLine(const std::vector<Arrival> &arrivals) : TimedLine(arrivals)
+    {
+        m_buffer.startReceiving();
+    }
 
     void send(QByteArrayView bytes) override
     {

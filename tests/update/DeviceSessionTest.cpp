@@ -73,6 +73,7 @@ TEST(PortLine, ADeviceThatNeverFallsSilentDoesNotProlongAWait)
     PortLine line(rig.session->port(), buffer);
     const auto deadline = line.now();
     QByteArray chunk;
+    buffer->startReceiving();
     for (const char *late : {"x", "y"})
         buffer->receive(late);
     for (const auto event : {LineEvent::Chunk, LineEvent::Chunk, LineEvent::Silence}) {
