@@ -2,6 +2,7 @@
 // compares the medians. Every run is a process of its own into a fresh folder, so that start-up
 // counts for all.
 
+#include "benchmarks/Programs.h"
 #include "ziparchive/ZipArchive.h"
 
 #include <QCoreApplication>
@@ -12,21 +13,17 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <random>
 #include <vector>
 
 namespace {
 
-using Seconds = std::chrono::duration<double>;
+using vorn::median;
+using vorn::ProgramRun;
 
 constexpr int kFiles = 2200;
 constexpr int kFolders = 40;
@@ -34,19 +31,12 @@ constexpr int kDefaultRounds = 15;
 constexpr double kAllowedRatio = 1.10;
 constexpr long kAllowedKilobytes = 16 * 1024;
 
-struct Run
-{
-    double wall = 0;
-    double cpu = 0;
-    long peakKilobytes = 0;
-};
-
 struct Tool
 {
     QString name;
     // "%in" and "%out" stand for the package and the folder.
     QStringList command;
-    std::vector<Run> runs;
+    std::vector<ProgramRun> runs;
 };
 
 // Bytes as firmware has them: code that repeats itself now and then, tables, padding.
@@ -90,47 +80,15 @@ bool makePackage(const QString &folder, const QString &package)
     return zip.waitForFinished(-1) && zip.exitCode() == 0;
 }
 
-double secondsOf(const timeval &time)
-{
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-}
-
 bool runOnce(Tool &tool, const QString &package, const QString &target)
 {
-    std::vector<QByteArray> words;
-    for (QString word : tool.command)
-        words.push_back(QFile::encodeName(
-            word.replace(QStringLiteral("%in"), package).replace(QStringLiteral("%out"), target)));
-    std::vector<char *> arguments;
-    for (QByteArray &word : words)
-        arguments.push_back(word.data());
-    arguments.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-
-    pid_t child = 0;
-    rusage usage = {};
-    int status = 0;
-    const auto start = std::chrono::steady_clock::now();
-    const bool isDone =
-        posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ) == 0 &&
-        wait4(child, &status, 0, &usage) == child;
-    const Seconds wall = std::chrono::steady_clock::now() - start;
-    posix_spawn_file_actions_destroy(&actions);
-    tool.runs.push_back({.wall = wall.count(),
-                         .cpu = secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime),
-                         .peakKilobytes = usage.ru_maxrss});
-    return isDone && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
-template <typename Member>
-auto median(std::vector<Run> runs, Member member)
-{
-    const auto middle = runs.begin() + static_cast<std::ptrdiff_t>(runs.size() / 2);
-    std::nth_element(runs.begin(), middle, runs.end(),
-                     [member](const Run &a, const Run &b) { return a.*member < b.*member; });
-    return *middle.*member;
+    QStringList command = tool.command;
+    command.replaceInStrings(QStringLiteral("%in"), package);
+    command.replaceInStrings(QStringLiteral("%out"), target);
+    const auto run = vorn::runProgram(command);
+    if (run)
+        tool.runs.push_back(*run);
+    return run.has_value();
 }
 
 // This process's resident memory in kilobytes: the highest so far ("VmHWM:") or the present
@@ -202,13 +160,13 @@ bool compare(int rounds)
             best = std::min(best, median(tools[i].runs, member));
         return best;
     };
-    const double bestWall = fastest(&Run::wall);
-    const double bestCpu = fastest(&Run::cpu);
+    const double bestWall = fastest(&ProgramRun::wall);
+    const double bestCpu = fastest(&ProgramRun::cpu);
     std::printf("Medians of %d rounds; ratios to the fastest of the other tools\n\n", rounds);
     std::printf("%-12s %9s %7s %11s %7s\n", "", "wall ms", "ratio", "cpu ms", "ratio");
     for (const Tool &tool : tools) {
-        const double wall = median(tool.runs, &Run::wall);
-        const double cpu = median(tool.runs, &Run::cpu);
+        const double wall = median(tool.runs, &ProgramRun::wall);
+        const double cpu = median(tool.runs, &ProgramRun::cpu);
         std::printf("%-12s %9.1f %7.2f %11.1f %7.2f\n", qPrintable(tool.name), wall * 1e3,
                     wall / bestWall, cpu * 1e3, cpu / bestCpu);
     }
@@ -218,7 +176,7 @@ bool compare(int rounds)
     if (!memory.waitForFinished(-1) || memory.exitCode() != 0)
         return false;
     const long kilobytes = memory.readAllStandardError().trimmed().toLong();
-    const bool isFast = median(tools[0].runs, &Run::wall) <= bestWall * kAllowedRatio;
+    const bool isFast = median(tools[0].runs, &ProgramRun::wall) <= bestWall * kAllowedRatio;
     std::printf("\nPeak memory above the program's own: %ld kB (allowed: below %ld): %s\n",
                 kilobytes, kAllowedKilobytes, kilobytes < kAllowedKilobytes ? "met" : "MISSED");
     std::printf("Wall time within %.2f of the fastest: %s\n", kAllowedRatio,

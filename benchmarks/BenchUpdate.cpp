@@ -2,6 +2,7 @@
 // its speed with a bare loop of write and read on the same kind of device.
 
 #include "app/ViewController.h"
+#include "benchmarks/Programs.h"
 #include "platform/Directories.h"
 #include "platform/DirectoryDeviceRegistry.h"
 #include "platform/FileDescriptor.h"
@@ -196,13 +197,6 @@ std::optional<Microseconds> timeOf(const SimulatedDevice &device, bool succeeded
         return std::nullopt;
     }
     return report.times.toLastAnswer - report.times.toRelease;
-}
-
-double median(std::vector<double> values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
 }
 
 bool report(const char *name, double ratio, double allowed)

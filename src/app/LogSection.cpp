@@ -11,7 +11,6 @@
 #include <QDir>
 #include <QGuiApplication>
 #include <QLocale>
-#include <QRegularExpression>
 #include <QSaveFile>
 #include <QSysInfo>
 
@@ -129,10 +128,18 @@ std::function<QString()> LogSection::report() const
 
 QString withoutPersonalNames(QString text)
 {
+    const auto belongsToWord = [](QChar c) {
+        return c.isLetterOrNumber() || c == u'_' || c == u'-';
+    };
     const auto replaceWord = [&](const QString &word, const QString &by) {
-        const QRegularExpression whole(
-            QStringLiteral("(?<![\\w-])%1(?![\\w-])").arg(QRegularExpression::escape(word)));
-        text.replace(whole, by);
+        for (qsizetype at = text.indexOf(word); at >= 0; at = text.indexOf(word, at)) {
+            const qsizetype end = at + word.size();
+            const bool isWhole = (at == 0 || !belongsToWord(text[at - 1])) &&
+                                 (end == text.size() || !belongsToWord(text[end]));
+            if (isWhole)
+                text.replace(at, word.size(), by);
+            at += isWhole ? by.size() : 1;
+        }
     };
     const QString home = QDir::homePath();
     if (home.size() > 1)

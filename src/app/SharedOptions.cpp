@@ -3,27 +3,38 @@
 #include "app/Causes.h"
 #include "platform/CombinedDeviceRegistry.h"
 #include "platform/DirectoryDeviceRegistry.h"
+#include "platform/MainQueue.h"
 #include "platform/UdevDeviceRegistry.h"
 
 #include <QCommandLineParser>
-#include <QFileInfo>
+#include <QFile>
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <system_error>
 
 #include <cerrno>
 
 namespace vorn {
 namespace {
 
+QString directoryProblem(const QString &path, int error)
+{
+    return CommandLine::tr("The device directory %1 cannot be used: %2")
+        .arg(path, QString::fromLocal8Bit(std::strerror(error)));
+}
+
 // What is wrong with the directory, in words for a person; empty when nothing is.
 QString problemOfDirectory(const QString &path)
 {
-    const QFileInfo directory(path);
-    if (!directory.exists())
-        return CommandLine::tr("The device directory does not exist: %1").arg(path);
-    if (!directory.isDir())
-        return CommandLine::tr("The device directory is not a directory: %1").arg(path);
-    if (!directory.isReadable() || !directory.isExecutable())
-        return CommandLine::tr("The device directory cannot be read: %1").arg(path);
-    return {};
+    errno = ENOENT;
+    // The entry of itself, which only a directory has.
+    if (!path.isEmpty() &&
+        ::access(QFile::encodeName(path + QStringLiteral("/.")), R_OK | X_OK) == 0)
+        return {};
+    return directoryProblem(path, errno);
 }
 
 // Sets `packages`; what is wrong with the host or the certificate file, empty when nothing is.
@@ -85,15 +96,31 @@ QString SharedOptions::read(CommandLine &wishes) const
     return problem;
 }
 
-void installDeviceRegistry(const QString &deviceDirectory)
+QString installDeviceRegistry(const QString &deviceDirectory)
 {
     if (deviceDirectory.isEmpty())
-        return;
+        return {};
+    auto directory = std::make_unique<DirectoryDeviceRegistry>(deviceDirectory);
+    const int error = directory->watchError();
     CombinedDeviceRegistry::Registries registries;
     registries.push_back(std::make_unique<UdevDeviceRegistry>());
-    registries.push_back(std::make_unique<DirectoryDeviceRegistry>(deviceDirectory));
+    registries.push_back(std::move(directory));
     SerialDeviceRegistry::setSystem(
         std::make_unique<CombinedDeviceRegistry>(std::move(registries)));
+    return error != 0 ? directoryProblem(deviceDirectory, error) : QString();
+}
+
+bool startQueues()
+{
+    try {
+        MainQueue::instance();
+        return true;
+    } catch (const std::system_error &error) {
+        print(stderr, CommandLine::tr("The program cannot start: %1")
+                              .arg(QString::fromStdString(error.code().message())) +
+                          u'\n');
+        return false;
+    }
 }
 
 int print(FILE *stream, const QString &text)

@@ -45,8 +45,13 @@ private:
 };
 
 // Makes the entries of the directory serial devices, besides the system's. No effect for an empty
-// path. Before the first use of the device registry.
-void installDeviceRegistry(const QString &deviceDirectory);
+// path. Before the first use of the device registry. Returns why changes of the directory will go
+// unnoticed, in words for a person; empty when they will not.
+QString installDeviceRegistry(const QString &deviceDirectory);
+
+// Creates the queues; the main queue belongs to this thread, which has the application. False, with
+// the reason on standard error, when the system refuses what they need.
+bool startQueues();
 
 // Writes the text in the locale's encoding. Returns 0 or an errno.
 int print(FILE *stream, const QString &text);

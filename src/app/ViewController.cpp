@@ -112,6 +112,7 @@ void ViewController::setSerialPort(const ORSSerialPortPtr &port)
         return;
     if (m_session)
         m_session->end();
+    m_checking.reset();
     m_session.reset();
     if (port)
         m_session = std::make_unique<vorn::DeviceSession>(port, *this, m_parameters);
@@ -195,6 +196,7 @@ void ViewController::deviceDidReopen()
 
 void ViewController::deviceDidClose(bool onRequest)
 {
+    m_checking.reset();
     setTitle(m_controls.openBtn, kOpen);
     m_connection.showClosed(*m_session->port(), onRequest);
 }
@@ -207,7 +209,7 @@ void ViewController::deviceDoesNotClose()
 
 void ViewController::send()
 {
-    if (isUpdating() || m_isChecking)
+    if (isUpdating() || m_checking)
         return;
     if (!m_session)
         return m_update.refuse(vorn::texts::kNoDeviceSelected, explain(Cause::NoDevice));
@@ -217,16 +219,16 @@ void ViewController::send()
         return m_update.refuse(vorn::texts::kNoFirmwareSelected, explain(Cause::NoImageChosen));
 
     // In the background, since a network file system may hang.
-    m_isChecking = true;
+    m_checking.emplace();
     GlobalQueue::instance().post(
-        [this, imagePath = m_firmware.imagePath(), token = m_lifetime.token()] {
+        [this, imagePath = m_firmware.imagePath(), token = m_checking->token()] {
             vorn::UpdateResult check;
             check.step = vorn::UpdateStep::ReadImage;
             // A listed file that nobody chose counts as none only once the device is ready for it.
             if (!imagePath.isNull())
                 check.failure = vorn::checkFirmwareImage(imagePath);
             MainQueue::instance().post(token, [this, imagePath, check] {
-                m_isChecking = false;
+                m_checking.reset();
                 startUpdate(imagePath, check);
             });
         });
@@ -234,8 +236,6 @@ void ViewController::send()
 
 void ViewController::startUpdate(const QString &imagePath, const vorn::UpdateResult &check)
 {
-    if (!m_session || !m_session->isOpen())
-        return m_update.refuse(vorn::texts::kDeviceNotOpened, explain(Cause::DeviceNotOpen));
     if (!check.succeeded())
         return m_update.refuse(vorn::texts::ofUpdateEnd(check).constFirst(),
                                vorn::explainUpdate(check));

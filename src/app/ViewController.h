@@ -15,6 +15,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 // The controller of the program's one window: wires the controls, keeps the device list in step
 // with the system, opens and closes the chosen device, and updates it. How that goes is shown by
@@ -84,8 +85,9 @@ private:
     const vorn::BootParameters m_parameters;
     ORSSerialPortManager *m_serialPortManager = nullptr;
     std::unique_ptr<vorn::DeviceSession> m_session; // the current port's; null without one
-    bool m_isChecking = false;                      // the image, since the button was pressed
+    // While the image is checked, since the button was pressed. Goes when the device closes or
+    // changes, and the press with it.
+    std::optional<vorn::Lifetime> m_checking;
     bool m_rebuildAfterUpdate = false;
     int m_lastError = 0; // the errno that the port told last since it was to open
-    vorn::Lifetime m_lifetime;
 };

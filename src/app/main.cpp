@@ -15,10 +15,12 @@
 
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 namespace {
 
 constexpr int kNoDisplay = 1;
+constexpr int kCannotStart = 1;
 
 // Whether a window has a place to appear; Qt ends the process where none has.
 bool hasDisplay(const QStringList &arguments)
@@ -90,6 +92,8 @@ int main(int argc, char **argv)
     const auto wishes = vorn::readCommandLine(QCoreApplication::arguments(), exitCode);
     if (!wishes)
         return exitCode;
+    if (!vorn::startQueues())
+        return kCannotStart;
     vorn::installDeviceRegistry(wishes->deviceDirectory);
 
     const AppDelegate delegate;
@@ -100,9 +104,13 @@ int main(int argc, char **argv)
     vorn::MainWindow window;
     ViewController controller(window, wishes->packages);
     controller.viewDidLoad();
-    const vorn::PowerEvents powerEvents(
-        [&powerEvents] { closePortsForSleep(powerEvents); },
-        [] { ORSSerialPortManager::sharedSerialPortManager().systemDidWake(); });
+    // Nobody can open a port before. Connecting to the system's bus waits for its answers.
+    std::unique_ptr<const vorn::PowerEvents> powerEvents;
+    QObject::connect(&window, &vorn::MainWindow::didAppear, [&powerEvents] {
+        powerEvents = std::make_unique<const vorn::PowerEvents>(
+            [&powerEvents] { closePortsForSleep(*powerEvents); },
+            [] { ORSSerialPortManager::sharedSerialPortManager().systemDidWake(); });
+    });
     window.show();
     delegate.applicationDidFinishLaunching();
     exitCode = QApplication::exec();

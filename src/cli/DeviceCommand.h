@@ -18,7 +18,6 @@ public:
     // Starts the runs; they end the event loop with their exit code. Without any, returns the exit
     // code.
     std::optional<ExitCode> start();
-    bool holdsPort() const { return m_runs.holdsPort(); }
 
 private:
     bool quitSignalDidArrive(int signal) override { return m_runs.interruptOn(signal); }

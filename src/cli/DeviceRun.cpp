@@ -6,6 +6,7 @@
 #include "platform/Directories.h"
 #include "platform/GlobalQueue.h"
 #include "platform/MainQueue.h"
+#include "serial/SerialTerminal.h"
 #include "update/FirmwareImage.h"
 
 #include <QCoreApplication>
@@ -61,8 +62,11 @@ void DeviceRun::start()
         return openingFailed();
     if (!m_session.hasItsSpeed()) {
         m_isIdle = true; // what the query finds out does not matter
-        return sequenceDidEnd(explain(Cause::SpeedNotPossible,
-                                      {port()->path(), QString::number(port()->baudRate())}));
+        m_outcome.code = m_lastError;
+        return sequenceDidEnd(
+            m_lastError != 0 ? explainOpening(OpeningFacts{port()->path(), m_lastError, {}, {}, {}})
+                             : explain(Cause::SpeedNotPossible,
+                                       {port()->path(), QString::number(port()->baudRate())}));
     }
     if (m_task.updates)
         startUpdate();
@@ -116,7 +120,9 @@ void DeviceRun::startUpdate()
 
 void DeviceRun::deviceDidReportError(const ORSSerialPortError &error)
 {
-    m_lastError = error.code;
+    // An open line without modem lines serves as well.
+    if (!m_session.port()->isOpen() || !meansNoModemLines(error.code))
+        m_lastError = error.code;
 }
 
 void DeviceRun::targetVersionDidArrive(qint32 targetVersion)
@@ -130,6 +136,8 @@ void DeviceRun::versionQueryDidEnd(const UpdateResult &result)
     if (m_hasEnded)
         return;
     m_outcome.text = tr("Model code %1").arg(m_outcome.model);
+    if (!result.succeeded())
+        m_outcome.code = m_lastError;
     sequenceDidEnd(m_isInterrupted && !result.succeeded() ? explain(Cause::InterruptedButIntact)
                                                           : explainVersionQuery(result));
 }
@@ -175,7 +183,7 @@ void DeviceRun::updateDidEnd(const UpdateResult &result)
         m_outcome.step = ended.step;
     if (ended.failure.kind == Kind::ImageUnreadable)
         m_outcome.code = ended.failure.code;
-    else if (ended.failure.kind == Kind::PortClosed)
+    else if (ended.failure.kind == Kind::PortClosed || ended.failure.kind == Kind::TimedOut)
         m_outcome.code = m_lastError;
     sequenceDidEnd(why);
 }

@@ -45,12 +45,6 @@ ExitCode DeviceRuns::exitCode() const
     return m_failed > 0 && m_good + m_failed > 1 ? kSeveralWithFailures : m_lastFailure;
 }
 
-bool DeviceRuns::holdsPort() const
-{
-    return std::any_of(m_closing.begin(), m_closing.end(),
-                       [](const ORSSerialPortPtr &port) { return port->isOpen(); });
-}
-
 void DeviceRuns::portsWereDisconnected(const ORSSerialPortList &ports)
 {
     for (const auto &run : m_runs)
@@ -62,8 +56,6 @@ void DeviceRuns::portsWereDisconnected(const ORSSerialPortList &ports)
 void DeviceRuns::deviceRunDidEnd(const DeviceRun &run, const Outcome &outcome)
 {
     Outcome shown = outcome;
-    if (run.port()->isOpen())
-        m_closing.append(run.port());
     std::erase_if(m_runs, [&](const auto &each) { return each.get() == &run; });
     if (shown.succeeded()) {
         ++m_good;

@@ -37,8 +37,6 @@ public:
     bool interruptOn(int signal);
 
     bool isEmpty() const { return m_runs.empty(); }
-    // Whether the port of a run that has ended is still closing.
-    bool holdsPort() const;
     int good() const { return m_good; }
     int failed() const { return m_failed; }
     // kDone, the only device's code, or that there were several.
@@ -52,7 +50,6 @@ private:
     Output &m_output;
     DeviceRunsObserver &m_observer;
     std::vector<std::unique_ptr<DeviceRun>> m_runs;
-    ORSSerialPortList m_closing; // ports that did not close in time
     int m_good = 0;
     int m_failed = 0;
     ExitCode m_lastFailure = kDone;

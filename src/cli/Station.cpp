@@ -53,10 +53,12 @@ void Station::take(const ORSSerialPortList &ports)
             continue;
         // The file may have gone since the last device.
         const Explanation problem = problemOfImage(m_options);
-        if (problem.cause == Cause::None)
+        if (problem.cause == Cause::None) {
             m_runs.start(port);
-        else
+        } else {
+            ++m_refused;
             m_output.showResult({.device = port->name(), .why = problem});
+        }
     }
 }
 
@@ -91,14 +93,14 @@ void Station::allRunsDidEnd()
 
 void Station::end()
 {
-    m_output.showSummary(m_runs.good(), m_runs.failed());
-    const bool hasFailures = m_runs.failed() > 0;
+    const int failed = m_runs.failed() + m_refused;
+    m_output.showSummary(m_runs.good(), failed);
     if (m_recordFailed)
         QCoreApplication::exit(kUsage);
     else if (m_runs.exitCode() == kInterrupted)
         QCoreApplication::exit(kInterrupted);
     else
-        QCoreApplication::exit(hasFailures ? kSeveralWithFailures : kDone);
+        QCoreApplication::exit(failed > 0 ? kSeveralWithFailures : kDone);
 }
 
 } // namespace vorn

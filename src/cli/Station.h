@@ -20,7 +20,6 @@ public:
 
     // Begins with the devices that are there. The exit code when it cannot.
     std::optional<ExitCode> start();
-    bool holdsPort() const { return m_runs.holdsPort(); }
 
 private:
     bool quitSignalDidArrive(int signal) override;
@@ -34,6 +33,7 @@ private:
     Output &m_output;
     StationRecord m_record;
     DeviceRuns m_runs;
+    int m_refused = 0; // devices whose update could not begin
     bool m_isEnding = false;
     bool m_recordFailed = false;
     QObject m_subscription;

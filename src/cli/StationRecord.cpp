@@ -50,8 +50,12 @@ int StationRecord::open(const QString &path)
         return errno;
     char last = '\n';
     const off_t size = ::lseek(m_file.get(), 0, SEEK_END);
-    m_isInsideLine = size > 0 && ::pread(m_file.get(), &last, 1, size - 1) == 1 && last != '\n';
-    return 0;
+    ssize_t count = 0;
+    do
+        count = size > 0 ? ::pread(m_file.get(), &last, 1, size - 1) : 0;
+    while (count < 0 && errno == EINTR);
+    m_isInsideLine = last != '\n';
+    return count < 0 ? errno : 0;
 }
 
 int StationRecord::append(const Outcome &outcome)
@@ -60,17 +64,19 @@ int StationRecord::append(const Outcome &outcome)
     if (m_isInsideLine)
         line.prepend('\n');
     const off_t size = ::lseek(m_file.get(), 0, SEEK_END);
-    ssize_t written = 0;
-    do
-        written = ::write(m_file.get(), line.constData(), static_cast<std::size_t>(line.size()));
-    while (written < 0 && errno == EINTR);
-    if (written < 0)
-        return errno;
-    if (written < line.size()) {
-        // No half line stays behind.
-        if (::ftruncate(m_file.get(), size) != 0)
-            return errno;
-        return ENOSPC;
+    // In one piece, unless the disk is full.
+    for (QByteArrayView left = line; !left.isEmpty();) {
+        const ssize_t written =
+            ::write(m_file.get(), left.data(), static_cast<std::size_t>(left.size()));
+        if (written >= 0) {
+            left = left.sliced(written);
+        } else if (errno != EINTR) {
+            const int error = errno;
+            // No half line stays behind.
+            if (left.size() < line.size() && ::ftruncate(m_file.get(), size) != 0)
+                return errno;
+            return error;
+        }
     }
     m_isInsideLine = false;
     // Pipes cannot be synchronized, and need not.

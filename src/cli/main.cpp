@@ -10,7 +10,6 @@
 #include "platform/Directories.h"
 #include "platform/ExitLimit.h"
 #include "platform/FileDescriptor.h"
-#include "platform/MainQueue.h"
 #include "platform/QuitSignals.h"
 
 #include <QCoreApplication>
@@ -22,7 +21,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 
 namespace {
@@ -79,11 +77,6 @@ int run(const CliOptions &options, Output &output, QuitSignals &quitSignals)
     const auto failed = command.start();
     const int exitCode = failed ? *failed : QCoreApplication::exec();
     quitSignals.letKill();
-    if constexpr (requires { command.holdsPort(); }) {
-        // The end of the process would wait for the thread that is closing the port.
-        if (command.holdsPort())
-            std::_Exit(exitCodeAfterOutput(exitCode, output.finish()));
-    }
     return exitCode;
 }
 
@@ -147,8 +140,13 @@ int main(int argc, char **argv)
     std::optional<QuitSignals> quitSignals;
     if (!lists)
         quitSignals.emplace();
-    MainQueue::instance(); // belongs to this thread, whoever uses it first
-    installDeviceRegistry(options->common.deviceDirectory);
+    if (!startQueues())
+        return kUsage;
+    const QString unwatched = installDeviceRegistry(options->common.deviceDirectory);
+    if (!unwatched.isEmpty() && options->command == CliCommand::Watch) {
+        print(stderr, unwatched + u'\n');
+        return kUsage;
+    }
     const auto output = outputFor(*options);
     if (::geteuid() == 0)
         output->note(explain(Cause::RunsAsRoot).terminalText());

@@ -60,7 +60,6 @@ PackageDownload::PackageDownload(PackageLocation location, const FirmwareLibrary
                                  PackageObserver &observer, const PackageLimits &limits)
     : m_location(std::move(location)), m_library(library), m_observer(observer), m_limits(limits)
 {
-    m_network.setProxyFactory(std::make_unique<EnvironmentProxy>().release()); // which owns it
     m_memoryCheck.setInterval(kMemoryCheckInterval);
     m_memoryCheck.callOnTimeout([this] { checkMemory(); });
 }
@@ -71,6 +70,10 @@ bool PackageDownload::sendRequest()
 {
     if (m_downloads.size() >= m_limits.downloads)
         return false;
+    if (!m_network) {
+        m_network = std::make_unique<QNetworkAccessManager>();
+        m_network->setProxyFactory(std::make_unique<EnvironmentProxy>().release()); // which owns it
+    }
     const auto download = std::make_shared<Download>();
     download->session =
         std::make_unique<UrlSession>(static_cast<UrlSessionDelegate &>(*this), m_limits.timeouts);
@@ -80,7 +83,7 @@ bool PackageDownload::sendRequest()
         m_received = 0;
         m_memoryCheck.start();
     }
-    download->session->resume(m_network, m_location);
+    download->session->resume(*m_network, m_location);
     return true;
 }
 
@@ -179,7 +182,7 @@ void PackageDownload::savePackage(const DownloadPtr &download)
 void PackageDownload::unpackLater(const DownloadPtr &download, const PackageProblem &saving)
 {
     // A package that could not be saved fails like one that cannot be unpacked, and no earlier.
-    QTimer::singleShot(m_limits.delayBeforeUnpacking, &m_network, [this, download, saving] {
+    QTimer::singleShot(m_limits.delayBeforeUnpacking, m_network.get(), [this, download, saving] {
         inBackground([download, saving] { return saving ? saving : download->store->install(); },
                      [this, download](const PackageProblem &problem) {
                          finishUnpacking(download, problem);

@@ -98,7 +98,7 @@ private:
     const FirmwareLibrary &m_library;
     PackageObserver &m_observer;
     const PackageLimits m_limits;
-    QNetworkAccessManager m_network;
+    std::unique_ptr<QNetworkAccessManager> m_network; // null before the first download
     std::shared_ptr<PackageState> m_state = std::make_shared<PackageState>();
     std::vector<DownloadPtr> m_downloads;
     QTimer m_memoryCheck; // active while packages arrive

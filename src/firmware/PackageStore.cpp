@@ -47,6 +47,7 @@ PackageProblem archiveProblem(const ArchiveFailure &failure)
         return {PackageProblemKind::NotAnArchive, 0, failure.text};
     case ArchiveFailureKind::TooLarge:
         return {PackageProblemKind::TooLarge, 0, failure.text};
+    case ArchiveFailureKind::NotRead:
     case ArchiveFailureKind::NotWritten:
         return {PackageProblemKind::FileSystem, failure.code, failure.text};
     case ArchiveFailureKind::BadEntry:

@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 
 namespace vorn {
@@ -22,12 +23,16 @@ DirectoryDeviceRegistry::DirectoryDeviceRegistry(const QString &directory)
     : m_directory(QDir(directory).absolutePath()),
       m_inotify(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
 {
+    m_watchError = m_inotify.isValid() ? 0 : errno;
     const QByteArray path = QFile::encodeName(m_directory);
-    if (::inotify_add_watch(m_inotify.get(), path.constData(),
+    if (m_watchError == 0 &&
+        ::inotify_add_watch(m_inotify.get(), path.constData(),
                             IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF |
-                                IN_MOVE_SELF | IN_ONLYDIR) < 0) {
+                                IN_MOVE_SELF | IN_ONLYDIR) < 0)
+        m_watchError = errno;
+    if (m_watchError != 0) {
         qCWarning(logPlatform, "cannot watch the device directory %s: %s", path.constData(),
-                  std::strerror(errno));
+                  std::strerror(m_watchError));
         m_inotify.reset();
     }
     // After the watch has been added, so that no entry is missed in between.
@@ -44,8 +49,16 @@ DirectoryDeviceRegistry::Entries DirectoryDeviceRegistry::scan(const Entries &kn
         const QByteArray fileName(item->path().filename().c_str());
         struct stat own = {};
         struct stat status = {};
-        if (fileName.startsWith('.') || ::lstat(path, &own) != 0 || ::stat(path, &status) != 0 ||
-            !S_ISCHR(status.st_mode))
+        if (fileName.startsWith('.'))
+            continue;
+        if (::lstat(path, &own) != 0 || ::stat(path, &status) != 0) {
+            // Any other error does not mean that the device is gone.
+            if (errno != ENOENT)
+                std::copy_if(known.begin(), known.end(), std::back_inserter(entries),
+                             [&](const Entry &entry) { return entry.fileName == fileName; });
+            continue;
+        }
+        if (!S_ISCHR(status.st_mode))
             continue;
         const QString name = QFile::decodeName(fileName);
         if (QFile::encodeName(name) != fileName) {
@@ -69,6 +82,10 @@ DirectoryDeviceRegistry::Entries DirectoryDeviceRegistry::scan(const Entries &kn
                                                          .ttyDevice = split.full(),
                                                          .ttyBaseName = split.baseName,
                                                          .ttySuffix = split.suffix})});
+    }
+    if (failure && failure != std::errc::no_such_file_or_directory) {
+        qCWarning(logPlatform) << m_directory << failure.message().c_str();
+        return known;
     }
     std::sort(entries.begin(), entries.end(),
               [](const Entry &a, const Entry &b) { return a.fileName < b.fileName; });

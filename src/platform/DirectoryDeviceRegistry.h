@@ -20,6 +20,9 @@ class DirectoryDeviceRegistry final : public SerialDeviceRegistry
 public:
     explicit DirectoryDeviceRegistry(const QString &directory);
 
+    // 0, or the errno for which added and removed entries go unnoticed.
+    int watchError() const { return m_watchError; }
+
     Devices devices() const override;
     bool watch(Observer &observer) override;
 
@@ -39,6 +42,7 @@ private:
 
     const QString m_directory;
     FileDescriptor m_inotify;
+    int m_watchError = 0;
     mutable std::mutex m_mutex; // guards m_entries and m_gone
     Entries m_entries;
     bool m_gone = false;

@@ -6,6 +6,8 @@
 #include <QSocketNotifier>
 #include <QThread>
 
+#include <system_error>
+
 namespace vorn {
 
 MainQueue &MainQueue::instance()
@@ -18,6 +20,8 @@ MainQueue::MainQueue() : m_thread(std::this_thread::get_id())
 {
     Q_ASSERT(QCoreApplication::instance() &&
              QCoreApplication::instance()->thread() == QThread::currentThread());
+    if (const int error = m_wake.error(); error != 0)
+        throw std::system_error(error, std::generic_category());
     // Created first, so that it still exists when this queue is destroyed.
     GlobalQueue::instance();
     m_notifier = std::make_unique<QSocketNotifier>(m_wake.descriptor(), QSocketNotifier::Read);

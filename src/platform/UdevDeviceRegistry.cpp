@@ -7,7 +7,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <optional>
+#include <string>
+#include <system_error>
 
 namespace vorn {
 
@@ -22,14 +25,37 @@ bool isAwaitingRules(udev_device *device, const UdevTty &tty)
            ::access("/run/udev/control", F_OK) == 0;
 }
 
+// The kernel's names of the ttys that are not virtual. udev makes more than 100 system calls for
+// each tty that it enumerates, and most ttys are consoles.
+std::vector<std::string> namesOfRealTtys()
+{
+    std::vector<std::string> names;
+    std::error_code failure;
+    for (std::filesystem::directory_iterator item("/sys/class/tty", failure), end;
+         !failure && item != end; item.increment(failure)) {
+        std::error_code noLink;
+        const std::string target = std::filesystem::read_symlink(item->path(), noLink);
+        if (target.find("/devices/virtual/") == std::string::npos)
+            names.push_back(item->path().filename());
+    }
+    return names;
+}
+
 // The serial ports that are present, in udev's order. Uses its own udev context, so that it can run
 // on any thread.
 std::vector<UdevTty> scanTtys()
 {
     std::vector<UdevTty> ttys;
+    const std::vector<std::string> names = namesOfRealTtys();
+    if (names.empty())
+        return ttys;
     const UdevPointer<udev> context(udev_new());
     const UdevPointer<udev_enumerate> list(context ? udev_enumerate_new(context.get()) : nullptr);
+    const auto addName = [&](const std::string &name) {
+        return udev_enumerate_add_match_sysname(list.get(), name.c_str()) >= 0;
+    };
     if (!list || udev_enumerate_add_match_subsystem(list.get(), "tty") < 0 ||
+        !std::all_of(names.begin(), names.end(), addName) ||
         udev_enumerate_scan_devices(list.get()) < 0) {
         qCWarning(logPlatform, "udev cannot enumerate the serial devices");
         return ttys;

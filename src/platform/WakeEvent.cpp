@@ -2,11 +2,16 @@
 
 #include <sys/eventfd.h>
 
+#include <cerrno>
 #include <cstdint>
 
 namespace vorn {
 
-WakeEvent::WakeEvent() : m_fd(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+WakeEvent::WakeEvent() : m_fd(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+{
+    if (!m_fd.isValid())
+        m_error = errno;
+}
 
 void WakeEvent::set() const
 {

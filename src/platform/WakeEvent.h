@@ -11,7 +11,8 @@ class WakeEvent
 public:
     WakeEvent();
 
-    bool isValid() const { return m_fd.isValid(); }
+    // 0, or the errno for which there is no descriptor.
+    int error() const { return m_error; }
     // The descriptor is readable from set() until clear().
     int descriptor() const { return m_fd.get(); }
     void set() const;
@@ -19,6 +20,7 @@ public:
 
 private:
     FileDescriptor m_fd;
+    int m_error = 0;
 };
 
 } // namespace vorn

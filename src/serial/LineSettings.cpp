@@ -15,6 +15,13 @@ void setFlag(tcflag_t &flags, tcflag_t flag, bool on)
         flags &= ~flag;
 }
 
+// 0, or why the line has another speed than the wanted one.
+int speedError(int terminal, std::uint32_t wanted)
+{
+    errno = EINVAL; // unless the speed cannot be read
+    return isCloseTo(outputSpeed(terminal), wanted) ? 0 : errno;
+}
+
 } // namespace
 
 termios withLineSettings(termios attributes, const LineSettings &settings)
@@ -53,16 +60,14 @@ int applyLineSettings(int terminal, const LineSettings &settings)
     attributes = withLineSettings(attributes, settings);
 
     const bool isStandardSpeed = ::cfsetspeed(&attributes, settings.baudRate) == 0;
-    int error = isStandardSpeed ? 0 : EINVAL;
     if (::tcsetattr(terminal, TCSANOW, &attributes) != 0)
-        error = errno;
-    else if (isStandardSpeed && !isCloseTo(outputSpeed(terminal), settings.baudRate))
-        error = EINVAL;
+        return errno;
 
+    int error = isStandardSpeed ? speedError(terminal, settings.baudRate) : EINVAL;
     if (error != 0 && settings.allowsNonStandardBaudRates) {
         error = setArbitrarySpeed(terminal, settings.baudRate);
-        if (error == 0 && !isCloseTo(outputSpeed(terminal), settings.baudRate))
-            error = EINVAL;
+        if (error == 0)
+            error = speedError(terminal, settings.baudRate);
     }
     return error;
 }

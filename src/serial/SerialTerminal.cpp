@@ -45,8 +45,8 @@ bool meansNoModemLines(int error)
 
 int SerialTerminal::open(const QString &path)
 {
-    if (!m_closeEvent.isValid())
-        return EMFILE;
+    if (const int error = m_closeEvent.error(); error != 0)
+        return error;
     // The descriptor stays non-blocking: a blocked write could not be woken when the port closes.
     // writeAll() waits instead.
     FileDescriptor fd(

@@ -49,7 +49,7 @@ SimulatedDevice::~SimulatedDevice()
 
 bool SimulatedDevice::start(QString *problem)
 {
-    if (!m_wake.isValid() || !m_updated.isValid()) {
+    if (m_wake.error() != 0 || m_updated.error() != 0) {
         if (problem != nullptr)
             *problem = QStringLiteral("no event descriptor");
         return false;
@@ -267,6 +267,8 @@ void SimulatedDevice::take(std::span<const std::uint8_t> bytes, Time now)
         if (taken.event)
             answer(*taken.event, ended);
     }
+    // Not before: a sync byte comes after a reset, which takes back what is not yet answered.
+    sendDue();
 }
 
 void SimulatedDevice::beginExchange()
@@ -292,7 +294,6 @@ void SimulatedDevice::answer(const BootEvent &event, Time ended)
         const Time due = throughLine(m_outIdle, ended + answer.after, length);
         m_pending.push_back({std::move(answer), due});
     }
-    sendDue();
 }
 
 void SimulatedDevice::replay(std::span<const std::uint8_t> bytes, Time now)

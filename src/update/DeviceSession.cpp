@@ -93,7 +93,8 @@ DeviceSession::~DeviceSession()
 bool DeviceSession::hasItsSpeed() const
 {
     const int terminal = m_port->fileDescriptor(); // 0 when it has closed meanwhile
-    return terminal == 0 || isCloseTo(outputSpeed(terminal), m_parameters.baudRate);
+    const std::uint32_t speed = terminal == 0 ? 0 : outputSpeed(terminal);
+    return speed == 0 || isCloseTo(speed, m_parameters.baudRate);
 }
 
 bool DeviceSession::open()

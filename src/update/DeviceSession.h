@@ -67,8 +67,8 @@ public:
     const ORSSerialPortPtr &port() const { return m_port; }
     // True from a successful open() or deviceDidReopen() until deviceDidClose().
     bool isOpen() const { return m_isOpen; }
-    // Whether the open port runs at the family's speed. An adapter that cannot may be open at
-    // another one.
+    // Whether the open port runs at the family's speed, as far as can be told. An adapter that
+    // cannot may be open at another one.
     bool hasItsSpeed() const;
 
     // Opens the port at the family's baud rate, resets the device into its boot loader and queries

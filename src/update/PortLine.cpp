@@ -17,6 +17,9 @@ void PortLine::send(QByteArrayView bytes)
     if (m_buffer->isAbandoned())
         return;
     m_buffer->drop();
+    // Behind the answers to an earlier sequence that have been read and wait for the main thread.
+    if (!std::exchange(m_hasSent, true))
+        MainQueue::instance().post([buffer = m_buffer] { buffer->startReceiving(); });
     m_port->sendData(bytes);
 }
 

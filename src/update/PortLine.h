@@ -24,6 +24,7 @@ public:
 private:
     const ORSSerialPortPtr m_port;
     const std::shared_ptr<ReceiveBuffer> m_buffer;
+    bool m_hasSent = false;
     Clock::time_point m_passed{}; // the last deadline that has passed
 };
 

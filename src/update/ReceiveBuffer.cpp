@@ -10,11 +10,17 @@ constexpr std::size_t kMostHeldChunks = 4096;
 
 } // namespace
 
+void ReceiveBuffer::startReceiving()
+{
+    const std::lock_guard lock(m_mutex);
+    m_isReceiving = true;
+}
+
 void ReceiveBuffer::receive(QByteArrayView chunk)
 {
     {
         const std::lock_guard lock(m_mutex);
-        if (chunk.isEmpty() || m_isSealed || m_held.size() >= kMostHeldChunks)
+        if (!m_isReceiving || m_isSealed || chunk.isEmpty() || m_held.size() >= kMostHeldChunks)
             return;
         m_held.push_back(chunk.first(std::min(chunk.size(), kSize)).toByteArray());
     }

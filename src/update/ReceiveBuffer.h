@@ -23,6 +23,8 @@ public:
     static constexpr qsizetype kSize = 255;
     using Clock = DeviceLine::Clock;
 
+    // Until this is called, chunks are dropped: they answer an earlier sequence.
+    void startReceiving();
     // Adds a chunk from the port.
     void receive(QByteArrayView chunk);
     // The port has closed: waits end once all earlier chunks have been taken.
@@ -41,6 +43,7 @@ private:
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<QByteArray> m_held;
+    bool m_isReceiving = false;
     bool m_isSealed = false;
     bool m_portClosed = false;
     bool m_abandoned = false;

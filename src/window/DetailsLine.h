@@ -1,5 +1,6 @@
 #pragma once
 
+#include "window/Colours.h"
 #include "window/FittedLabel.h"
 
 namespace vorn {
@@ -15,6 +16,9 @@ public:
     {
         setAlignment(Qt::AlignTop);
     }
+
+protected:
+    QColor textColour() const override { return mutedTextColour(palette()); }
 };
 
 } // namespace vorn

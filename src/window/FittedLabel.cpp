@@ -91,7 +91,7 @@ QRect FittedLabel::firstLine() const
 void FittedLabel::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.setPen(palette().color(foregroundRole()));
+    painter.setPen(textColour());
     QRect area = firstLine().adjusted(textStart(), 0, 0, 0);
     for (const QString &line : fittedText().lines) {
         painter.drawText(area, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, line);

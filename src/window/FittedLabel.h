@@ -24,6 +24,7 @@ protected:
     bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
+    virtual QColor textColour() const { return palette().color(foregroundRole()); }
     // Where the lines stand: where the first one begins, mark included.
     QRect firstLine() const;
     int markSide() const;

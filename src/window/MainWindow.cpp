@@ -2,7 +2,6 @@
 
 #include "ui_MainWindow.h"
 #include "window/CloseQuestion.h"
-#include "window/Colours.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
@@ -36,36 +35,9 @@ constexpr int kLogHeight = 160;  // pixels, if the screen has room
 QIcon programIcon()
 {
     QIcon icon;
-    for (const int size : {16, 24, 32, 48, 64, 128, 256})
-        icon.addFile(QStringLiteral(":/icons/%1.png").arg(size), QSize(size, size));
+    for (const int size : {16, 24, 32, 48, 64, 128})
+        icon.addFile(QStringLiteral(":/icons/%1.png").arg(size));
     return icon;
-}
-
-// The parts of the window that the desktop's style does not draw, in shades that suit the palette.
-QString styleSheetFor(const QPalette &palette, int badgeSide)
-{
-    const QColor card = vorn::cardColour(palette);
-    const QColor accent = vorn::accentColour(palette);
-    return QStringLiteral(
-               "#column > .QFrame { background: %1; border: 1px solid %2; border-radius: 8px; }"
-               "#deviceBadge, #firmwareBadge, #updateBadge {"
-               "  background: %3; border-radius: %8px;"
-               "  min-width: %9px; max-width: %9px; min-height: %9px; max-height: %9px; }"
-               "#column > .QFrame > .QLabel { font-weight: bold; }"
-               "vorn--DetailsLine { color: %10; }"
-               "QPushButton#updateButton_2001:enabled {"
-               "  background: %4; color: %5; border-radius: 4px; padding: 4px; }"
-               "QPushButton#updateButton_2001:hover { background: %6; }"
-               "QPushButton#updateButton_2001:pressed { background: %7; }"
-               "QPushButton#updateButton_2001:focus {"
-               "  outline: 1px solid %5; outline-radius: 3px; }")
-        .arg(card.name(), vorn::blended(card, palette.color(QPalette::WindowText), 0.14).name(),
-             vorn::blended(card, palette.color(QPalette::Highlight), 0.22).name(), accent.name(),
-             palette.color(QPalette::HighlightedText).name(),
-             vorn::blended(accent, Qt::black, 0.1).name(),
-             vorn::blended(accent, Qt::black, 0.22).name(), QString::number(badgeSide / 2),
-             QString::number(badgeSide))
-        .arg(vorn::mutedTextColour(palette).name());
 }
 
 } // namespace
@@ -73,35 +45,23 @@ QString styleSheetFor(const QPalette &palette, int badgeSide)
 namespace vorn {
 
 MainWindow::MainWindow(QWidget *parent)
-    : QMainWindow(parent), m_closeQuestion(new CloseQuestion(this)),
-      m_ui(std::make_unique<Ui::MainWindow>())
+    : QMainWindow(parent), m_ui(std::make_unique<Ui::MainWindow>())
 {
-    connect(m_closeQuestion, &CloseQuestion::confirmed, this, [this](CloseQuestion::Subject what) {
-        if (what == CloseQuestion::Subject::Device) {
-            emit closePortAnyway();
-            return;
-        }
-        m_updateRuns = false;
-        close();
-    });
-
     loadResources();
     m_ui->setupUi(this);
     setCentralWidget(m_ui->view);
-    setWindowIcon(programIcon());
 
     QSizePolicy keepsItsPlace = m_ui->downloadProgress->sizePolicy();
     keepsItsPlace.setRetainSizeWhenHidden(true);
     m_ui->downloadProgress->setSizePolicy(keepsItsPlace);
-    m_ui->downloadProgress->hide();
-    m_ui->logPanel->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    // Reading an image first loads the plug-in of every format that the system knows.
+    connect(this, &MainWindow::didAppear, this, [this] { setWindowIcon(programIcon()); });
     // Not a checkable button: screen readers would call it a check box.
     connect(m_ui->logButton, &QPushButton::clicked, this,
             [this] { showLog(!m_ui->logPanel->isVisible()); });
     connect(m_ui->logCopyButton, &QPushButton::clicked, this, &MainWindow::logCopyRequested);
     connect(m_ui->logSaveButton, &QPushButton::clicked, this, &MainWindow::askWhereToSaveLog);
-    showLog(false);
-    applyLook();
+    fitSizes();
     resize(sizeHint().expandedTo({kStartWidth, 0}));
 }
 
@@ -152,7 +112,8 @@ void MainWindow::setUpdateRuns(bool runs)
     // The focus went to the next control by itself; a user who has moved on keeps theirs.
     if (std::exchange(m_refocusUpdateButton, false) && focusWidget() == m_ui->logButton)
         m_ui->updateButton_2001->setFocus();
-    m_closeQuestion->updateDidEnd();
+    if (m_closeQuestion)
+        m_closeQuestion->updateDidEnd();
 }
 
 void MainWindow::appendLog(const QString &line)
@@ -171,6 +132,8 @@ void MainWindow::showLog(bool shown)
     m_refocusUpdateButton = false;
     const int before = height();
     const int bottom = frameGeometry().bottom();
+    if (shown && !m_ui->logPanel->testAttribute(Qt::WA_SetFont))
+        m_ui->logPanel->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     for (QWidget *part :
          {static_cast<QWidget *>(m_ui->logPanel), static_cast<QWidget *>(m_ui->logCopyButton),
           static_cast<QWidget *>(m_ui->logSaveButton)})
@@ -209,7 +172,24 @@ void MainWindow::askWhereToSaveLog()
 
 void MainWindow::askToClosePort()
 {
-    m_closeQuestion->ask(CloseQuestion::Subject::Device);
+    closeQuestion().ask(CloseQuestion::Subject::Device);
+}
+
+// Made when it is first needed: a message box loads the style's icons.
+CloseQuestion &MainWindow::closeQuestion()
+{
+    if (m_closeQuestion)
+        return *m_closeQuestion;
+    m_closeQuestion = new CloseQuestion(this);
+    connect(m_closeQuestion, &CloseQuestion::confirmed, this, [this](CloseQuestion::Subject what) {
+        if (what == CloseQuestion::Subject::Device) {
+            emit closePortAnyway();
+            return;
+        }
+        m_updateRuns = false;
+        close();
+    });
+    return *m_closeQuestion;
 }
 
 void MainWindow::showDownloadProgress(int percent)
@@ -247,6 +227,9 @@ bool MainWindow::event(QEvent *event)
         }
         m_frame.start(kFrameTime, Qt::PreciseTimer, this);
     }
+    // Queued, since the picture is sent to the screen when all widgets have been painted.
+    if (event->type() == QEvent::Paint && !std::exchange(m_hasAppeared, true))
+        QMetaObject::invokeMethod(this, &MainWindow::didAppear, Qt::QueuedConnection);
     return QMainWindow::event(event);
 }
 
@@ -266,29 +249,19 @@ void MainWindow::timerEvent(QTimerEvent *event)
 void MainWindow::changeEvent(QEvent *event)
 {
     QMainWindow::changeEvent(event);
-    switch (event->type()) {
-    case QEvent::FontChange:
-    case QEvent::StyleChange:
-    case QEvent::PaletteChange:
-        applyLook();
-        break;
-    default:
-        break;
-    }
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        fitSizes();
 }
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
     event->setAccepted(!m_updateRuns);
     if (m_updateRuns)
-        m_closeQuestion->ask(CloseQuestion::Subject::Window);
+        closeQuestion().ask(CloseQuestion::Subject::Window);
 }
 
-void MainWindow::applyLook()
+void MainWindow::fitSizes()
 {
-    const int badgeSide = (fontMetrics().height() + 8) / 2 * 2;
-    m_ui->view->setStyleSheet(styleSheetFor(palette(), badgeSide));
-
     // A row's list and button have one height and all buttons the width of the widest, so that
     // nothing moves when a button's text changes.
     constexpr int kPadding = 8;

@@ -65,6 +65,8 @@ public:
     void showLogNotice(const QString &text);
 
 signals:
+    // The first picture has been drawn. What the window can do without may begin now.
+    void didAppear();
     // The user wants the log in the clipboard, or in the file.
     void logCopyRequested();
     void logSaveRequested(const QString &path);
@@ -78,19 +80,21 @@ protected:
     void closeEvent(QCloseEvent *event) override;
 
 private:
-    // Fits colours and sizes to the current palette, font and style.
-    void applyLook();
+    // Fits the controls' sizes to the current font and style.
+    void fitSizes();
+    CloseQuestion &closeQuestion();
     void showLog(bool shown);
     void askWhereToSaveLog();
 
     // Runs for one frame's time after each repaint; a repaint that is due meanwhile waits for it.
     QBasicTimer m_frame;
     bool m_repaintIsDue = false;
+    bool m_hasAppeared = false;
 
     bool m_updateRuns = false;
-    bool m_refocusUpdateButton = false; // it had the focus when it was disabled
-    int m_grownForLog = 0;              // by how many pixels, when the log was shown
-    CloseQuestion *const m_closeQuestion;
+    bool m_refocusUpdateButton = false;       // it had the focus when it was disabled
+    int m_grownForLog = 0;                    // by how many pixels, when the log was shown
+    CloseQuestion *m_closeQuestion = nullptr; // null before the first question
 
     const std::unique_ptr<Ui::MainWindow> m_ui;
 };

@@ -12,6 +12,7 @@ enum class ArchiveFailureKind {
     TooLarge,   // the archive claims more bytes than its limits allow
     Outside,    // the entry's path leaves the destination
     NameTaken,  // a folder stands where the entry's file belongs, or a file where its folder does
+    NotRead,    // errno; the archive itself
     NotWritten, // errno
 };
 

@@ -23,15 +23,18 @@ ArchiveFile &fileOf(voidpf self)
 
 } // namespace
 
-std::unique_ptr<ArchiveFile> ArchiveFile::open(const QString &path)
+std::unique_ptr<ArchiveFile> ArchiveFile::open(const QString &path, int &error)
 {
+    error = 0;
     // Non-blocking, so that opening a named pipe returns at once.
     FileDescriptor fd(
         ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!fd.isValid())
-        return nullptr;
     struct stat status = {};
-    if (::fstat(fd.get(), &status) != 0 || !S_ISREG(status.st_mode))
+    if (!fd.isValid() || ::fstat(fd.get(), &status) != 0) {
+        error = errno;
+        return nullptr;
+    }
+    if (!S_ISREG(status.st_mode))
         return nullptr;
     return std::unique_ptr<ArchiveFile>(
         new ArchiveFile(std::move(fd), static_cast<quint64>(status.st_size)));
@@ -59,7 +62,7 @@ std::size_t ArchiveFile::readFile(std::span<char> target, quint64 position)
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
-            m_failed = true;
+            m_error = errno;
         if (count <= 0)
             break;
         done += static_cast<std::size_t>(count);
@@ -108,7 +111,7 @@ zlib_filefunc64_def ArchiveFile::minizipFunctions()
                     return 0L;
                 },
             .zclose_file = [](voidpf, voidpf) { return 0; },
-            .zerror_file = [](voidpf self, voidpf) { return fileOf(self).m_failed ? 1 : 0; },
+            .zerror_file = [](voidpf self, voidpf) { return fileOf(self).m_error; },
             .opaque = this};
 }
 

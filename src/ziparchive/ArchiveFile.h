@@ -18,8 +18,11 @@ namespace vorn {
 class ArchiveFile
 {
 public:
-    // Null when `path` cannot be opened or is not a regular file.
-    static std::unique_ptr<ArchiveFile> open(const QString &path);
+    // Null when `path` cannot be opened, for the errno in `error`, or is not a regular file.
+    static std::unique_ptr<ArchiveFile> open(const QString &path, int &error);
+
+    // The errno of the last read that failed, or 0.
+    int error() const { return m_error; }
 
     // Lets minizip read through this object, which must outlive minizip's handle.
     zlib_filefunc64_def minizipFunctions();
@@ -40,7 +43,7 @@ private:
     FileDescriptor m_fd;
     quint64 m_size = 0;
     quint64 m_position = 0;
-    bool m_failed = false;
+    int m_error = 0;
     // Each for every sixteenth stretch of the file, so that the directory rarely shares one with
     // the data that are read at the same time.
     std::array<Window, 16> m_windows;

@@ -30,13 +30,14 @@ ArchiveReader::Opened refuse(ArchiveReader::Opened result, const QByteArray &nam
 
 } // namespace
 
-std::unique_ptr<ArchiveReader> ArchiveReader::open(const QString &path)
+std::unique_ptr<ArchiveReader> ArchiveReader::open(const QString &path, int &error)
 {
-    auto file = ArchiveFile::open(path);
+    auto file = ArchiveFile::open(path, error);
     if (!file)
         return nullptr;
     zlib_filefunc64_def functions = file->minizipFunctions();
     Handle handle(unzOpen2_64(nullptr, &functions));
+    error = file->error();
     if (!handle)
         return nullptr;
     return std::unique_ptr<ArchiveReader>(new ArchiveReader(std::move(file), std::move(handle)));

@@ -34,8 +34,10 @@ public:
         tm_unz date = {};
     };
 
-    // Null when `path` cannot be read, is no archive, or has no entries.
-    static std::unique_ptr<ArchiveReader> open(const QString &path);
+    // Null when `path` cannot be read, for the errno in `error`, is no archive, or has no entries.
+    static std::unique_ptr<ArchiveReader> open(const QString &path, int &error);
+    // The errno of the last read that failed, or 0.
+    int readError() const { return m_file->error(); }
 
     // The number of entries according to the archive's end record.
     quint64 entryCount() const;

@@ -39,8 +39,10 @@ ArchiveFailure FolderSink::prepare(quint64 bytes)
         return {.kind = Kind::TooLarge};
     const QString folder = m_path.isEmpty() ? QStringLiteral(".") : m_path;
     // A destination that cannot be created or opened shows when its first file is opened.
-    if (!QDir().mkpath(folder) || !m_destination.open())
+    if (!QDir().mkpath(folder) || !m_destination.open()) {
+        m_destinationFailure = {.kind = Kind::NotWritten, .code = errno};
         return {};
+    }
     const auto available = m_fileManager.availableBytesAtPath(folder);
     if (available && bytes > *available)
         return {.kind = Kind::NotWritten, .code = ENOSPC, .text = folder};
@@ -56,7 +58,8 @@ bool FolderSink::begin(const EntryHead &entry)
         return fail({.kind = Kind::Outside});
     m_fullPath = joined(m_path, *components);
     m_fileName = entry.isFolder() || components->isEmpty() ? QByteArray() : components->takeLast();
-    m_folderFailure = m_destination.enter(*components);
+    m_folderFailure =
+        m_destinationFailure ? m_destinationFailure : m_destination.enter(*components);
     return m_folderFailure.kind == Kind::Outside ? fail(m_folderFailure) : true;
 }
 

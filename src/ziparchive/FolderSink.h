@@ -39,6 +39,7 @@ private:
     const Question m_mayReplace;
     QStringList &m_written;
     SafeDestination m_destination;
+    ArchiveFailure m_destinationFailure; // why it could not be opened
     // The current entry.
     EntryHead m_entry;
     QString m_fullPath;

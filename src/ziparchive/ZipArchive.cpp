@@ -48,7 +48,7 @@ bool ZipArchive::UnzipOpenFile(const QString &path)
     m_unzippedFiles.clear();
     if (m_unzFile)
         m_leftOpen.push_back(std::move(m_unzFile));
-    m_unzFile = vorn::ArchiveReader::open(path);
+    m_unzFile = vorn::ArchiveReader::open(path, m_openError);
     if (!m_unzFile)
         return false;
     m_numFiles = m_unzFile->entryCount();

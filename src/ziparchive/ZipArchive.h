@@ -156,6 +156,7 @@ private:
     std::unique_ptr<vorn::ArchiveWriter> m_zipFile;
     // Shared with the walk in progress: a callback may close the archive.
     std::shared_ptr<vorn::ArchiveReader> m_unzFile;
+    int m_openError = 0; // errno, if that kept the archive from being opened
     std::vector<std::shared_ptr<vorn::ArchiveReader>> m_leftOpen;
     quint64 m_numFiles = 0;
     QString m_password;

@@ -163,6 +163,11 @@ void ZipArchive::report(const ArchiveFailure &failure, const QString &text)
 {
     if (!m_firstFailure)
         m_firstFailure = failure;
+    // What cannot be read is not to be called damaged.
+    const int readError = m_unzFile ? m_unzFile->readError() : m_openError;
+    if (readError != 0 &&
+        (m_firstFailure.kind == Kind::NoArchive || m_firstFailure.kind == Kind::BadEntry))
+        m_firstFailure = {.kind = Kind::NotRead, .code = readError};
     // A name taken by something of another kind is reported, but leaves the result as it is.
     m_hasWalkFailed = m_hasWalkFailed || failure.kind != Kind::NameTaken;
     qCWarning(logArchive) << qUtf8Printable(text) << failure.text

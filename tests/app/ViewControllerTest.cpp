@@ -139,7 +139,7 @@ TEST_F(WindowTest, ClosingTheDeviceDuringAnUpdateAsksFirst)
     press(updateButton);
     ASSERT_TRUE(eventually([&] { return device->report().downloadFrames == 20; }));
     press(openButton);
-    EXPECT_TRUE(question->isVisible());
+    ASSERT_TRUE(question() && question()->isVisible());
     EXPECT_TRUE(controller->serialPort()->isOpen());
     confirm();
     ASSERT_TRUE(eventually([&] { return says(connection, "close successfully"); }));
@@ -156,13 +156,13 @@ TEST_F(WindowTest, ClosingTheWindowDuringAnUpdateAsksFirst)
         press(updateButton);
         ASSERT_TRUE(eventually([&] { return says(status, "progress,updating"); }));
         EXPECT_FALSE(window.close());
-        EXPECT_TRUE(question->isVisible());
+        ASSERT_TRUE(question() && question()->isVisible());
     };
     // The question stays when the update ends, and then the window closes without one.
     ASSERT_NO_FATAL_FAILURE(closeDuringUpdate());
     ASSERT_TRUE(eventually([&] { return says(status, "please try again"); }));
-    EXPECT_TRUE(question->isVisible());
-    QTest::keyClick(question->focusWidget(), Qt::Key_Return);
+    ASSERT_TRUE(question() && question()->isVisible());
+    QTest::keyClick(question()->focusWidget(), Qt::Key_Return);
     EXPECT_TRUE(window.isVisible());
 
     ASSERT_NO_FATAL_FAILURE(closeDuringUpdate());

@@ -115,11 +115,13 @@ struct WindowTest : testing::Test
         ASSERT_TRUE(eventually([&] { return titles(firmware) == kTitles; }));
         choose();
     }
+    // Null before the first question.
+    QMessageBox *question() const { return window.findChild<QMessageBox *>(); }
     // Presses the second, destructive button of the question that is shown.
     void confirm() const
     {
-        for (QAbstractButton *button : question->buttons()) {
-            if (question->buttonRole(button) == QMessageBox::DestructiveRole)
+        for (QAbstractButton *button : question()->buttons()) {
+            if (question()->buttonRole(button) == QMessageBox::DestructiveRole)
                 QTest::mouseClick(button, Qt::LeftButton);
         }
     }
@@ -150,7 +152,6 @@ struct WindowTest : testing::Test
     StatusLine *const connection = window.findChild<StatusLine *>("connectText_1001");
     StatusLine *const choice = window.findChild<StatusLine *>("perText_1012");
     StatusLine *const status = window.findChild<StatusLine *>("updateText_1015");
-    QMessageBox *const question = window.findChild<QMessageBox *>();
     QComboBox *const firmware = window.findChild<QComboBox *>("firmwareList_1002");
     QComboBox *const devices = window.findChild<QComboBox *>("deviceList_1010");
     QPushButton *const openButton = window.findChild<QPushButton *>("openButton_1011");

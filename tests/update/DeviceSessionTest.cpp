@@ -1,4 +1,5 @@
 // Sessions with simulated devices on real terminals.
+#include "platform/MainQueue.h"
 #include "serial/ORSSerialPortManager.h"
 #include "tests/update/SessionRig.h"
 #include "update/Frames.h"
@@ -52,6 +53,7 @@ TEST(PortLine, DropsWhatArrivedBeforeItSendsAndSendsNothingOnceAbandoned)
     const auto buffer = std::make_shared<ReceiveBuffer>();
     PortLine line(rig.session->port(), buffer);
     const QByteArray sync(1, static_cast<char>(SyncByte));
+    buffer->startReceiving();
     buffer->receive("\xaf");
     line.send(sync);
     QByteArray chunk;
@@ -107,6 +109,7 @@ TEST(DeviceSession, CountsAnswersThatCameInTimeHoweverLateTheyAreDelivered)
     rig.update(300);
     rig.expectUpdated();
     EXPECT_EQ(rig.targetVersion, 8);
+    puts(qPrintable(rig.session->transcript()->text().left(600)));
 }
 
 TEST(DeviceSession, NeedsNoProcessorTimeWhileTheDeviceErases)
@@ -198,6 +201,20 @@ TEST(DeviceSession, AnUpdateTakesTheLineFromAQueryThatStillWaits)
         rig.expectUpdated();
         EXPECT_EQ(rig.queries, 1) << "an abandoned query says nothing";
     }
+}
+
+TEST(DeviceSession, ABusyMainThreadDoesNotMakeTheQuerysLastAnswerTheUpdatesFirst)
+{
+    SessionRig rig({.answerDelay = 40ms});
+    rig.targetVersion = -1;
+    runEventLoopFor(100ms);
+    rig.update(600);
+    // It was read during the reset; the sync byte is sent before it is delivered.
+    MainQueue::instance().post(
+        [&] { rig.session->serialPortDidReceiveData(*rig.session->port(), "\xaf"); });
+    std::this_thread::sleep_for(30ms);
+    rig.expectUpdated();
+    EXPECT_EQ(rig.targetVersion, 8);
 }
 
 TEST(DeviceSession, OneThatIsDestroyedLeavesWithoutAWordAndTheLineToTheNext)

@@ -6,9 +6,11 @@
 #include <QByteArray>
 #include <QStringList>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 #include <span>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -22,20 +24,31 @@ class ScriptedLine final : public DeviceLine
 public:
     // A step of the exchange, and the number of the data frame at BootStep::Frame, from 1.
     using Step = std::pair<BootStep, int>;
-    // Called in place of the right answer to a step, which is handed over; false when that does not
-    // come, nor what would follow it.
+    // Replaces the right answer to a step, which is passed in. False if neither that answer comes
+    // nor any that would follow it.
     using Fault = std::function<bool(ScriptedLine &line, const QByteArray &answer)>;
 
-    explicit ScriptedLine(int modelCode) : m_modelCode(modelCode) {}
+    // The device takes `latency` for each answer.
+    explicit ScriptedLine(int modelCode, std::chrono::milliseconds latency = 0ms)
+        : m_modelCode(modelCode), m_latency(latency)
+    {
+    }
 
-    // What the device does.
+    // What the device does. Times count from when it would have begun to answer.
     void answer(const QByteArray &chunk, std::chrono::milliseconds after = 0ms)
     {
-        m_arrivals.emplace(m_now + after, Arrival{LineEvent::Chunk, chunk});
+        m_arrivals.emplace(m_base + after, chunk);
     }
-    void happens(LineEvent goneOrAbandoned)
+    void happens(LineEvent goneOrAbandoned, Clock::duration after = {})
     {
-        m_arrivals.emplace(m_now, Arrival{goneOrAbandoned, {}});
+        Clock::time_point &when = goneOrAbandoned == LineEvent::Gone ? m_gone : m_abandoned;
+        when = std::min(when, m_base + after);
+    }
+    // The latest frame does not count: it was refused, or lost on its way.
+    void forgetFrame()
+    {
+        image.chop(m_latestBytes);
+        isComplete = false;
     }
 
     std::map<Step, Fault> faults;
@@ -55,10 +68,14 @@ public:
     // DeviceLine
     void send(QByteArrayView bytes) override
     {
-        if (m_ended)
+        if (isAbandoned())
             return;
         m_arrivals.erase(m_arrivals.begin(), m_arrivals.upper_bound(m_now));
+        if (m_gone <= m_now)
+            return;
         lastSent = bytes.toByteArray();
+        if (m_released <= m_now)
+            m_device.release();
         std::span<const std::uint8_t> left(reinterpret_cast<const std::uint8_t *>(bytes.data()),
                                            static_cast<std::size_t>(bytes.size()));
         while (!left.empty()) {
@@ -68,52 +85,62 @@ public:
                 react(*taken.event);
         }
     }
-    void setRts(bool high) override { rts.push_back(high); }
+    void setRts(bool high) override
+    {
+        if (!high || !isAbandoned())
+            rts.push_back(high);
+    }
     LineEvent waitForChunk(Clock::time_point deadline, QByteArray &chunk) override
     {
+        if (++m_waits > kMostWaits)
+            throw std::runtime_error("the update does not end");
+        if (isAbandoned())
+            return LineEvent::Abandoned;
+        const auto limit = std::min({deadline, m_gone, m_abandoned});
         const auto next = m_arrivals.begin();
-        if (next == m_arrivals.end() || next->first > deadline) {
-            m_now = std::max(m_now, deadline);
-            return LineEvent::Silence;
-        }
-        m_now = std::max(m_now, next->first);
-        const Arrival arrival = next->second;
-        m_ended = arrival.event != LineEvent::Chunk;
-        if (!m_ended) // gone is gone for good
+        if (next != m_arrivals.end() && next->first <= limit) {
+            m_now = std::max(m_now, next->first);
+            chunk = next->second;
             m_arrivals.erase(next);
-        chunk = arrival.chunk;
-        return arrival.event;
+            return LineEvent::Chunk;
+        }
+        m_now = std::max(m_now, limit);
+        if (isAbandoned())
+            return LineEvent::Abandoned;
+        return m_gone <= m_now ? LineEvent::Gone : LineEvent::Silence;
     }
     void pause(std::chrono::milliseconds time) override { m_now += time; }
     Clock::time_point now() const override { return m_now; }
 
 private:
-    struct Arrival
-    {
-        LineEvent event;
-        QByteArray chunk;
-    };
+    // More than an update of the largest image takes.
+    static constexpr int kMostWaits = 10'000;
 
+    bool isAbandoned() const { return m_abandoned <= m_now; }
     void react(const BootEvent &event)
     {
+        m_base = m_now + m_latency;
         if (!event.error.isEmpty())
             violations += event.error;
         if (event.verdict == BootEvent::Verdict::Refused)
             answer("\xfc");
         if (event.verdict != BootEvent::Verdict::Accepted)
             return;
-        image.append(reinterpret_cast<const char *>(event.data.data()),
-                     static_cast<qsizetype>(event.data.size()));
+        m_latestBytes = static_cast<qsizetype>(event.data.size());
+        image.append(reinterpret_cast<const char *>(event.data.data()), m_latestBytes);
         isComplete = event.step == BootStep::Last;
-        m_device.release();
         switch (event.step) {
         case BootStep::Connect:
             give({event.step, 0}, QByteArray("\xaf\0\0", 3) + static_cast<char>(m_modelCode));
             break;
         case BootStep::Header:
             image.clear();
-            if (m_modelCode >= 2 && !give({BootStep::Erase, 0}, "\xaf"))
-                break;
+            if (m_modelCode >= 2) {
+                if (!give({BootStep::Erase, 0}, "\xaf"))
+                    break;
+                // The release of the first data frame follows the end of the erase.
+                m_base = std::max(m_base, m_arrivals.rbegin()->first) + m_latency;
+            }
             give({BootStep::Ready, 0}, "\xaf");
             break;
         case BootStep::Frame:
@@ -122,23 +149,27 @@ private:
         default:
             give({event.step, 0}, "\xaf");
         }
+        m_released = m_arrivals.empty() ? Clock::time_point::max() : m_arrivals.rbegin()->first;
     }
     bool give(Step step, const QByteArray &rightAnswer)
     {
         if (const auto fault = faults.find(step); fault != faults.end())
             return fault->second(*this, rightAnswer);
-        // The release of the first data frame follows the end of the erase.
-        const bool follows = step.first == BootStep::Ready && !m_arrivals.empty();
-        const auto when = follows ? std::max(m_now, m_arrivals.rbegin()->first) : m_now;
-        m_arrivals.emplace(when, Arrival{LineEvent::Chunk, rightAnswer});
+        answer(rightAnswer);
         return true;
     }
 
     const int m_modelCode;
+    const std::chrono::milliseconds m_latency;
     BootLoader m_device{qsizetype{16} << 20};
     Clock::time_point m_now{};
-    std::multimap<Clock::time_point, Arrival> m_arrivals;
-    bool m_ended = false;
+    Clock::time_point m_base{};     // when the device begins to answer
+    Clock::time_point m_released{}; // when its answers are complete: the next frame may come
+    std::multimap<Clock::time_point, QByteArray> m_arrivals;
+    Clock::time_point m_gone = Clock::time_point::max();
+    Clock::time_point m_abandoned = Clock::time_point::max();
+    qsizetype m_latestBytes = 0;
+    int m_waits = 0;
 };
 
 } // namespace vorn

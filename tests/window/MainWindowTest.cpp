@@ -259,9 +259,10 @@ TEST_F(MainWindowTest, AChangeOfThePaletteIsFollowed)
 TEST_F(MainWindowTest, ReturnAndEscapeKeepTheUpdateAndAQuestionAboutThePortStaysOne)
 {
     m_window.setUpdateRuns(true);
-    auto *const question = m_window.findChild<QMessageBox *>();
     QSignalSpy closePort(&m_window, &vorn::MainWindow::closePortAnyway);
     m_window.close();
+    auto *const question = m_window.findChild<QMessageBox *>();
+    ASSERT_TRUE(question);
     const QString aboutTheWindow = question->informativeText();
     // The focus that one question left on the other button is not that of the next one.
     for (const Qt::Key key : {Qt::Key_Escape, Qt::Key_Return, Qt::Key_Return}) {

@@ -186,6 +186,11 @@ TEST_F(Extraction, FailsWithoutAnOpenArchive)
     EXPECT_EQ(m_listener->errors, (QStringList{"Failed", "Error occurs", "Failed", "Error occurs",
                                                "Failed", "Error occured"}));
     EXPECT_FALSE(QFileInfo::exists(out()));
+
+    EXPECT_FALSE(m_archive.UnzipOpenFile(path("missing.zip")));
+    m_archive.getZipFileContents();
+    EXPECT_EQ(m_archive.firstFailure().kind, vorn::ArchiveFailureKind::NotRead);
+    EXPECT_EQ(m_archive.firstFailure().code, ENOENT);
 }
 
 TEST_F(Extraction, ListsUpToTheFirstEntryThatDoesNotOpenAndNeedsNoPassword)

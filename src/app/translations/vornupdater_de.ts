@@ -738,16 +738,12 @@
 <context>
     <name>CommandLine</name>
     <message>
-        <source>The device directory does not exist: %1</source>
-        <translation>Das Geräteverzeichnis existiert nicht: %1</translation>
+        <source>The device directory %1 cannot be used: %2</source>
+        <translation>Das Geräteverzeichnis %1 kann nicht verwendet werden: %2</translation>
     </message>
     <message>
-        <source>The device directory is not a directory: %1</source>
-        <translation>Das Geräteverzeichnis ist kein Verzeichnis: %1</translation>
-    </message>
-    <message>
-        <source>The device directory cannot be read: %1</source>
-        <translation>Das Geräteverzeichnis kann nicht gelesen werden: %1</translation>
+        <source>The program cannot start: %1</source>
+        <translation>Das Programm kann nicht starten: %1</translation>
     </message>
     <message>
         <source>The package host is not of the form HOST[:PORT]: %1</source>

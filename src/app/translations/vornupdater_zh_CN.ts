@@ -738,16 +738,12 @@
 <context>
     <name>CommandLine</name>
     <message>
-        <source>The device directory does not exist: %1</source>
-        <translation>设备目录不存在：%1</translation>
+        <source>The device directory %1 cannot be used: %2</source>
+        <translation>无法使用设备目录 %1：%2</translation>
     </message>
     <message>
-        <source>The device directory is not a directory: %1</source>
-        <translation>设备目录不是目录：%1</translation>
-    </message>
-    <message>
-        <source>The device directory cannot be read: %1</source>
-        <translation>无法读取设备目录：%1</translation>
+        <source>The program cannot start: %1</source>
+        <translation>程序无法启动：%1</translation>
     </message>
     <message>
         <source>The package host is not of the form HOST[:PORT]: %1</source>
