@@ -155,11 +155,18 @@ def hung_caches():
                 program.end()
 
 
+def press_until_pulse(program):
+    program.press_update()
+    limit = time.monotonic() + 0.3  # the pulse takes 10 ms, and may be missed
+    while program.rts() != '1' and time.monotonic() < limit:
+        pass
+
+
 ENDS = {  # what runs, the device's options, whether its driver hangs
     'an open device': (Program.open_device, [], False),
     'a version query': (Program.open_device, ['--fault', 'connect=silence'], False),
     'an update': (Program.press_update, RATE, False),
-    'a reset pulse': (lambda program: (program.press_update(), wait_for(lambda: program.rts() == '1', 1, 'RTS')), RATE, False),
+    'a reset pulse': (press_until_pulse, RATE, False),
     'an erase': (lambda program: (program.press_update(), time.sleep(0.7)), ['--erase-ms', '20000'], False),
     'a hung driver': (Program.press_update, RATE, True),
 }

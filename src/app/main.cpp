@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -113,6 +114,8 @@ int main(int argc, char **argv)
     });
     window.show();
     delegate.applicationDidFinishLaunching();
+    // Qt itself calls exit() when the display goes away, and an update would wait for its answer.
+    ::on_exit([](int status, void *) { vorn::limitExit(status); }, nullptr);
     exitCode = QApplication::exec();
     vorn::limitExit(exitCode);
     return exitCode;
