@@ -1,7 +1,7 @@
 #pragma once
 
 #include "soak/Tally.h"
-#include "tests/update/UpdateCase.h"
+#include "soak/UpdateCase.h"
 
 #include <chrono>
 

@@ -3,7 +3,7 @@
 
 #include "tests/support/QtPrinting.h"
 #include "tests/support/TestImage.h"
-#include "tests/update/UpdateCase.h"
+#include "soak/UpdateCase.h"
 
 #include <gtest/gtest.h>
 

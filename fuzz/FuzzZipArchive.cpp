@@ -2,7 +2,7 @@
 // leads out. Nothing may be written outside, nor more than the limits allow; a file that was
 // reported as written is there, with the bytes that were unpacked into memory.
 
-#include "tests/fuzz/Fuzzing.h"
+#include "fuzz/Fuzzing.h"
 #include "ziparchive/ZipArchive.h"
 
 using vorn::require;

@@ -5,7 +5,7 @@
 // packet (a pattern, or prefix and suffix), that, and the stream.
 
 #include "serial/PacketMatcher.h"
-#include "tests/fuzz/Fuzzing.h"
+#include "fuzz/Fuzzing.h"
 
 #include <QStringDecoder>
 

@@ -6,7 +6,7 @@
 
 #include "firmware/FirmwareFolder.h"
 #include "firmware/PackageStore.h"
-#include "tests/fuzz/Fuzzing.h"
+#include "fuzz/Fuzzing.h"
 #include "ziparchive/ZipArchive.h"
 
 using vorn::require;

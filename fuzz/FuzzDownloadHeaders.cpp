@@ -3,7 +3,7 @@
 
 #include "firmware/PackageLocation.h"
 #include "firmware/ResponseHeaders.h"
-#include "tests/fuzz/Fuzzing.h"
+#include "fuzz/Fuzzing.h"
 
 using vorn::require;
 

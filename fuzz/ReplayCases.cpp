@@ -1,7 +1,7 @@
 // Gives each fuzz target the inputs that once made it fail: fuzz_cases FOLDER, where FOLDER/TARGET
 // holds them. A target that finds fault aborts.
 
-#include "tests/fuzz/Fuzzing.h"
+#include "fuzz/Fuzzing.h"
 
 #include <cstdio>
 

@@ -10,11 +10,11 @@ mkdir -p "$corpus"
 options=(-max_total_time="$SECONDS_EACH" -timeout=20 -rss_limit_mb=2048 -print_final_stats=1
     -artifact_prefix="$corpus-")
 [ ! -e "$here/$target.dict" ] || options+=(-dict="$here/$target.dict")
-"$program" "${options[@]}" "$corpus" "$build/tests/fuzz/seeds/$target" >"$log" 2>&1
+"$program" "${options[@]}" "$corpus" "$build/fuzz_targets/seeds/$target" >"$log" 2>&1
 status=$?
 runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
 echo "$target: ${runs:-0} runs in $SECONDS_EACH s, $(find "$corpus" -type f | wc -l) inputs kept"
 [ $status -eq 0 ] && exit
 tail -n 40 "$log"
-echo "Found a fault in $target: see $log. Mended, its input belongs to tests/fuzz/cases/$target."
+echo "Found a fault in $target: see $log. Mended, its input belongs to fuzz/cases/$target."
 exit 1

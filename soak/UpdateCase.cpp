@@ -1,4 +1,4 @@
-#include "tests/update/UpdateCase.h"
+#include "soak/UpdateCase.h"
 
 #include "tests/support/TestImage.h"
 

@@ -8,7 +8,7 @@ import sys
 import tempfile
 
 out = pathlib.Path(sys.argv[1])
-tests = pathlib.Path(__file__).parent.parent
+tests = pathlib.Path(__file__).parent.parent / "tests"
 shutil.rmtree(out, ignore_errors=True)
 
 

@@ -4,7 +4,7 @@
 
 #include "firmware/FirmwareModels.h"
 #include "platform/SerialDeviceName.h"
-#include "tests/fuzz/Fuzzing.h"
+#include "fuzz/Fuzzing.h"
 
 namespace {
 

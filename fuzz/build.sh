@@ -3,7 +3,7 @@
 # LIB_FUZZING_ENGINE from the environment, into $OUT, each with its seeds and dictionary. The
 # programs use the system's Qt, minizip and libudev.
 set -euo pipefail
-cd "$(dirname "$0")/../.."
+cd "$(dirname "$0")/.."
 export CC=${CC:-clang} CXX=${CXX:-clang++}
 export LIB_FUZZING_ENGINE=${LIB_FUZZING_ENGINE:--fsanitize=fuzzer}
 export CXXFLAGS=${CXXFLAGS:--O1 -g1 -fsanitize=address,undefined,fuzzer-no-link}
@@ -16,6 +16,6 @@ cmake --build "$work" --target fuzzers
 for program in "$work"/bin/fuzz_*; do
     target=${program##*/fuzz_}
     cp "$program" "$OUT"
-    zip -qjr "$OUT/fuzz_${target}_seed_corpus.zip" "$work/tests/fuzz/seeds/$target"
-    [ ! -e "tests/fuzz/$target.dict" ] || cp "tests/fuzz/$target.dict" "$OUT/fuzz_$target.dict"
+    zip -qjr "$OUT/fuzz_${target}_seed_corpus.zip" "$work/fuzz_targets/seeds/$target"
+    [ ! -e "fuzz/$target.dict" ] || cp "fuzz/$target.dict" "$OUT/fuzz_$target.dict"
 done

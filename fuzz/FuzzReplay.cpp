@@ -4,7 +4,7 @@
 // The input: the log, a NUL, then reads: a length, bytes.
 
 #include "simulator/Replay.h"
-#include "tests/fuzz/Fuzzing.h"
+#include "fuzz/Fuzzing.h"
 
 #include <QByteArrayList>
 

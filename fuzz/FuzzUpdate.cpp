@@ -5,7 +5,7 @@
 // The input: the kind of sequence, the image's length, then what arrives: a delay, a length, bytes.
 
 #include "simulator/Replay.h"
-#include "tests/fuzz/Fuzzing.h"
+#include "fuzz/Fuzzing.h"
 #include "update/ReceiveBuffer.h"
 #include "update/RecordingLine.h"
 #include "update/UpdateRun.h"
