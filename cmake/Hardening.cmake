@@ -1,4 +1,4 @@
-# Protection that compiler, C library and linker give, as far as each of them knows it. A sanitizer
+# Compiler, C library and linker hardening, each flag only where it is supported. A sanitizer
 # build goes without: the sanitizers bring checks of their own, and some of these hide faults from them.
 # packaging/check-hardening.sh reads from the packed programs whether they have it.
 if(NOT VORN_SANITIZE)

@@ -278,6 +278,8 @@ UpdateCase::Expected UpdateCase::expected() const
             const auto cutAt = std::min(goneAt, abandonedAt);
             now = std::min(ended + kGaps * milliseconds(time), std::max(ended, cutAt));
             end.versionIsWhole = now < cutAt;
+            if (end.ending == Kind::None && !end.versionIsWhole)
+                end.ending = abandonedAt <= goneAt ? Kind::Abandoned : Kind::PortClosed;
         }
         if (end.ending != Kind::None)
             break;

@@ -48,7 +48,10 @@ void FirmwareSection::begin()
     // In the background, like every use of the caches: a network file system may hang.
     GlobalQueue::instance().post([this, token = m_lifetime.token()] {
         StagingFolder::recoverInterruptedPublish();
-        MainQueue::instance().post(token, [this] { refill(); });
+        MainQueue::instance().post(token, [this] {
+            if (!m_library.isRead())
+                refill();
+        });
     });
 }
 
@@ -72,13 +75,15 @@ void FirmwareSection::firmwareListDidChange(const QStringList &files)
     list->clear();
     list->addItem(texts::kNoFirmware);
     list->addItems(files);
+    m_saidEmpty.reset();
     leadToFiles(!files.isEmpty());
 }
 
 void FirmwareSection::firmwareFolderIsEmpty()
 {
-    // Said once, unless there were files before.
-    if (!std::exchange(m_saidEmpty, true))
+    // Said once, and again when the reason is another one.
+    const int error = m_library.scanError();
+    if (std::exchange(m_saidEmpty, error) != error)
         leadToFiles(false);
 }
 

@@ -77,12 +77,12 @@ private:
     qint32 m_targetVersion = -1;
     qint32 m_listedVersion = -1; // the model that the list was filled for last
     QTimer m_refill;
-    DownloadProgress m_progress; // of the latest download
-    QString m_arrived;           // how long its package took to arrive
-    QTimer m_refresh;            // of the details while a package arrives
-    bool m_showsHint = false;    // the details line leads to firmware files
-    bool m_saidEmpty = false;    // that the folder has no file
-    QString m_fileName;          // null while none was chosen
+    DownloadProgress m_progress;    // of the latest download
+    QString m_arrived;              // how long its package took to arrive
+    QTimer m_refresh;               // of the details while a package arrives
+    bool m_showsHint = false;       // the details line leads to firmware files
+    std::optional<int> m_saidEmpty; // the errno, or 0, for which the folder was said to be empty
+    QString m_fileName;             // null while none was chosen
     Lifetime m_lifetime;
 };
 

@@ -112,7 +112,7 @@ void ViewController::setSerialPort(const ORSSerialPortPtr &port)
         return;
     if (m_session)
         m_session->end();
-    m_checking.reset();
+    forgetPress();
     m_session.reset();
     if (port)
         m_session = std::make_unique<vorn::DeviceSession>(port, *this, m_parameters);
@@ -172,7 +172,13 @@ void ViewController::openHandleBtn()
     else if (m_session->isOpen() && title == kClose && isUpdating())
         m_window.askToClosePort();
     else if (m_session->isOpen() && title == kClose)
-        m_session->close();
+        closeSerialPort();
+}
+
+void ViewController::closeSerialPort()
+{
+    forgetPress();
+    m_session->close();
 }
 
 void ViewController::openSerialPort()
@@ -196,7 +202,7 @@ void ViewController::deviceDidReopen()
 
 void ViewController::deviceDidClose(bool onRequest)
 {
-    m_checking.reset();
+    forgetPress();
     setTitle(m_controls.openBtn, kOpen);
     m_connection.showClosed(*m_session->port(), onRequest);
 }
@@ -220,6 +226,7 @@ void ViewController::send()
 
     // In the background, since a network file system may hang.
     m_checking.emplace();
+    m_window.showUpdateDetails(tr("Checking the firmware file."));
     GlobalQueue::instance().post(
         [this, imagePath = m_firmware.imagePath(), token = m_checking->token()] {
             vorn::UpdateResult check;
@@ -234,11 +241,21 @@ void ViewController::send()
         });
 }
 
+void ViewController::forgetPress()
+{
+    if (!m_checking)
+        return;
+    m_checking.reset();
+    m_window.showUpdateDetails({});
+}
+
 void ViewController::startUpdate(const QString &imagePath, const vorn::UpdateResult &check)
 {
-    if (!check.succeeded())
-        return m_update.refuse(vorn::texts::ofUpdateEnd(check).constFirst(),
-                               vorn::explainUpdate(check));
+    if (!check.succeeded()) {
+        m_update.refuse(vorn::texts::ofUpdateEnd(check).constFirst(), vorn::explainUpdate(check));
+        deviceDidBecomeIdle();
+        return;
+    }
     m_update.begin(*m_session, imagePath);
     m_session->startUpdate(imagePath);
 }
@@ -262,6 +279,8 @@ void ViewController::serialPortsWereDisconnected(const QVariantMap &userInfo)
     // Nobody asked for this closing, so not by the session.
     if (isCurrentGone && isUpdating())
         m_session->port()->close();
+    if (isCurrentGone)
+        forgetPress();
     postUserNotificationForDisconnectedPorts(ports);
 }
 
@@ -283,7 +302,7 @@ void ViewController::announce(const QString &title, const QString &text,
         return;
     for (const ORSSerialPortPtr &port : ports)
         m_notifications.deliver(title, text.arg(port->name()));
-    if (isUpdating())
+    if (isUpdating() || m_checking)
         m_rebuildAfterUpdate = true;
     else
         getDeviceConnected();

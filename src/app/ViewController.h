@@ -71,6 +71,9 @@ private:
     void wireControls();
     void announce(const QString &title, const QString &text, const ORSSerialPortList &ports);
     void openSerialPort();
+    void closeSerialPort();
+    // Drops a press of the update button whose image is still being checked.
+    void forgetPress();
     void startUpdate(const QString &imagePath, const vorn::UpdateResult &check);
     bool isUpdating() const { return m_session && m_session->isUpdating(); }
     void logSettings(const vorn::PackageLocation &packages);

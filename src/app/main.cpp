@@ -95,7 +95,9 @@ int main(int argc, char **argv)
         return exitCode;
     if (!vorn::startQueues())
         return kCannotStart;
-    vorn::installDeviceRegistry(wishes->deviceDirectory);
+    const QString unwatched = vorn::installDeviceRegistry(wishes->deviceDirectory);
+    if (!unwatched.isEmpty())
+        vorn::print(stderr, unwatched + u'\n');
 
     const AppDelegate delegate;
     QObject::connect(&application, &QCoreApplication::aboutToQuit,

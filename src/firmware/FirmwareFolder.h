@@ -17,7 +17,8 @@ struct FirmwareScan
     QStringList files;
     // The folder has no entry of any kind.
     bool isEmpty = true;
-    // The errno if the folder could not be read, ENOENT for a missing one; then the rest is empty.
+    // The errno if the folder could not be read, ENOENT if it does not exist; the other members
+    // are then empty.
     int error = 0;
 
     bool isUnreadable() const { return error != 0 && error != ENOENT; }

@@ -25,7 +25,7 @@ using Kind = PackageProblemKind;
 // and gives no sign of them before they are complete; a server that never ends them was measured to
 // fill 70 MB per second. So what is in memory besides the packages is limited. A package may take
 // three times its size while its buffer grows.
-constexpr std::size_t kMostOverhead = std::size_t{64} << 20;
+constexpr std::size_t kMostOverhead = std::size_t{128} << 20;
 constexpr std::size_t kMostPerByte = 3;
 constexpr std::chrono::milliseconds kMemoryCheckInterval{100};
 

@@ -27,7 +27,7 @@ public:
 
     bool isConfigured() const { return !m_url.isEmpty(); }
     const QUrl &url() const { return m_url; }
-    // Those to trust instead of the system's, which they include; empty for the system's.
+    // The CAs to trust, including the system's; empty means the system's alone.
     const QList<QSslCertificate> &certificates() const { return m_certificates; }
 
 private:

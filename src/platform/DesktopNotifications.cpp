@@ -12,7 +12,7 @@ namespace {
 
 // How many messages may wait for the service: enough for a hub full of adapters. More at once come
 // from a loose contact, and would be shown for minutes after it.
-constexpr qsizetype kMostPending = 16;
+constexpr qsizetype kMostPending = 64;
 
 } // namespace
 

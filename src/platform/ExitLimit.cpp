@@ -12,7 +12,7 @@
 namespace vorn {
 namespace {
 
-// Two seconds, less what the process takes to go.
+// Two seconds, less the time that the process needs to exit.
 constexpr timespec kLimit{.tv_sec = 1, .tv_nsec = 900'000'000};
 
 } // namespace

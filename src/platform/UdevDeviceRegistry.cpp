@@ -26,8 +26,8 @@ bool isAwaitingRules(udev_device *device, const UdevTty &tty)
 }
 
 // The kernel's names of the ttys that are not virtual. udev makes more than 100 system calls for
-// each tty that it enumerates, and most ttys are consoles.
-std::vector<std::string> namesOfRealTtys()
+// each tty that it enumerates, and most ttys are consoles. Nothing when they cannot be read.
+std::optional<std::vector<std::string>> namesOfRealTtys()
 {
     std::vector<std::string> names;
     std::error_code failure;
@@ -38,16 +38,22 @@ std::vector<std::string> namesOfRealTtys()
         if (target.find("/devices/virtual/") == std::string::npos)
             names.push_back(item->path().filename());
     }
+    if (failure && failure != std::errc::no_such_file_or_directory) {
+        qCWarning(logPlatform, "/sys/class/tty: %s", failure.message().c_str());
+        return std::nullopt;
+    }
     return names;
 }
 
-// The serial ports that are present, in udev's order. Uses its own udev context, so that it can run
-// on any thread.
-std::vector<UdevTty> scanTtys()
+// The serial ports that are present, in udev's order; nothing when they cannot be told. Uses its
+// own udev context, so that it can run on any thread.
+std::optional<std::vector<UdevTty>> scanTtys()
 {
     std::vector<UdevTty> ttys;
-    const std::vector<std::string> names = namesOfRealTtys();
-    if (names.empty())
+    const auto names = namesOfRealTtys();
+    if (!names)
+        return std::nullopt;
+    if (names->empty())
         return ttys;
     const UdevPointer<udev> context(udev_new());
     const UdevPointer<udev_enumerate> list(context ? udev_enumerate_new(context.get()) : nullptr);
@@ -55,10 +61,10 @@ std::vector<UdevTty> scanTtys()
         return udev_enumerate_add_match_sysname(list.get(), name.c_str()) >= 0;
     };
     if (!list || udev_enumerate_add_match_subsystem(list.get(), "tty") < 0 ||
-        !std::all_of(names.begin(), names.end(), addName) ||
+        !std::all_of(names->begin(), names->end(), addName) ||
         udev_enumerate_scan_devices(list.get()) < 0) {
         qCWarning(logPlatform, "udev cannot enumerate the serial devices");
-        return ttys;
+        return std::nullopt;
     }
     udev_list_entry *entry = nullptr;
     udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(list.get()))
@@ -96,14 +102,14 @@ UdevDeviceRegistry::UdevDeviceRegistry() : m_udev(udev_new())
         qCWarning(logPlatform,
                   "cannot monitor udev: added and removed serial devices will not be noticed");
     // After the monitor has been enabled, so that no device is missed in between.
-    m_ports = nameUdevPorts({}, scanTtys());
+    m_ports = nameUdevPorts({}, scanTtys().value_or(std::vector<UdevTty>()));
 }
 
 SerialDeviceRegistry::Devices UdevDeviceRegistry::devices() const
 {
-    const std::vector<UdevTty> present = scanTtys();
+    const auto present = scanTtys();
     const std::lock_guard lock(m_mutex);
-    return devicesOf(nameUdevPorts(m_ports, present));
+    return devicesOf(present ? nameUdevPorts(m_ports, *present) : m_ports);
 }
 
 bool UdevDeviceRegistry::watch(Observer &observer)
@@ -145,16 +151,15 @@ void UdevDeviceRegistry::receive()
             added.push_back(*tty);
     }
 
-    std::vector<UdevTty> present;
-    if (lostEvents) {
-        present = scanTtys();
-    } else {
+    auto present = lostEvents ? scanTtys() : std::nullopt;
+    if (!present) {
+        present.emplace();
         for (const UdevPort &port : known)
-            present.push_back(port.tty);
-        present.insert(present.end(), added.begin(), added.end());
+            present->push_back(port.tty);
+        present->insert(present->end(), added.begin(), added.end());
     }
     const Devices before = devicesOf(m_ports);
-    std::vector<UdevPort> ports = nameUdevPorts(known, present);
+    std::vector<UdevPort> ports = nameUdevPorts(known, *present);
     {
         const std::lock_guard lock(m_mutex);
         m_ports = std::move(ports);

@@ -42,8 +42,12 @@ LineEvent PortLine::waitForChunk(Clock::time_point deadline, QByteArray &chunk)
     // never falls silent would prolong the wait without end.
     if (std::exchange(m_passed, deadline) != deadline) {
         MainQueue::instance().postAndWait([] {});
-        m_buffer->seal();
+        m_inTime = m_buffer->held();
+    } else if (m_inTime > 0) {
+        --m_inTime;
     }
+    if (m_inTime == 0 && m_buffer->held() > 0)
+        return m_buffer->isAbandoned() ? LineEvent::Abandoned : LineEvent::Silence;
     return m_buffer->waitForChunk(deadline, chunk);
 }
 

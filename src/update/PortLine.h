@@ -26,6 +26,7 @@ private:
     const std::shared_ptr<ReceiveBuffer> m_buffer;
     bool m_hasSent = false;
     Clock::time_point m_passed{}; // the last deadline that has passed
+    std::size_t m_inTime = 0;     // chunks that had arrived by then and are still to be taken
 };
 
 } // namespace vorn

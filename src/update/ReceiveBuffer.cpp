@@ -20,7 +20,7 @@ void ReceiveBuffer::receive(QByteArrayView chunk)
 {
     {
         const std::lock_guard lock(m_mutex);
-        if (!m_isReceiving || m_isSealed || chunk.isEmpty() || m_held.size() >= kMostHeldChunks)
+        if (!m_isReceiving || chunk.isEmpty() || m_held.size() >= kMostHeldChunks)
             return;
         m_held.push_back(chunk.first(std::min(chunk.size(), kSize)).toByteArray());
     }
@@ -51,16 +51,15 @@ bool ReceiveBuffer::isAbandoned() const
     return m_abandoned;
 }
 
-void ReceiveBuffer::seal()
+std::size_t ReceiveBuffer::held() const
 {
     const std::lock_guard lock(m_mutex);
-    m_isSealed = true;
+    return m_held.size();
 }
 
 void ReceiveBuffer::drop()
 {
     const std::lock_guard lock(m_mutex);
-    m_isSealed = false;
     m_held.clear();
 }
 

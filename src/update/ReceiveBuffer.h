@@ -33,8 +33,8 @@ public:
     void abandon();
     bool isAbandoned() const;
 
-    // Ignores further chunks until the next drop().
-    void seal();
+    // How many chunks are held.
+    std::size_t held() const;
     // Drops the held chunks, which cannot be answers to what is sent next.
     void drop();
     LineEvent waitForChunk(Clock::time_point deadline, QByteArray &chunk);
@@ -44,7 +44,6 @@ private:
     std::condition_variable m_changed;
     std::deque<QByteArray> m_held;
     bool m_isReceiving = false;
-    bool m_isSealed = false;
     bool m_portClosed = false;
     bool m_abandoned = false;
 };

@@ -1016,6 +1016,10 @@
         <source>Serial Port %1 was disconnected from your Mac.</source>
         <translation>Der serielle Port %1 wurde von Ihrem Computer getrennt.</translation>
     </message>
+    <message>
+        <source>Checking the firmware file.</source>
+        <translation>Die Firmware-Datei wird geprüft.</translation>
+    </message>
 </context>
 <context>
     <name>vorn::CloseQuestion</name>

@@ -1016,6 +1016,10 @@
         <source>Serial Port %1 was disconnected from your Mac.</source>
         <translation>串口 %1 已与您的计算机断开。</translation>
     </message>
+    <message>
+        <source>Checking the firmware file.</source>
+        <translation>正在检查固件文件。</translation>
+    </message>
 </context>
 <context>
     <name>vorn::CloseQuestion</name>
