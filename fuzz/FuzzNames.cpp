@@ -3,8 +3,8 @@
 // The input: a model code, then names, a line each.
 
 #include "firmware/FirmwareModels.h"
-#include "platform/SerialDeviceName.h"
 #include "fuzz/Fuzzing.h"
+#include "platform/SerialDeviceName.h"
 
 namespace {
 

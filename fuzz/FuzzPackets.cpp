@@ -4,8 +4,8 @@
 // The input: the kind of descriptor, options, the longest packet, the lengths of what describes the
 // packet (a pattern, or prefix and suffix), that, and the stream.
 
-#include "serial/PacketMatcher.h"
 #include "fuzz/Fuzzing.h"
+#include "serial/PacketMatcher.h"
 
 #include <QStringDecoder>
 

@@ -3,8 +3,8 @@
 //
 // The input: the log, a NUL, then reads: a length, bytes.
 
-#include "simulator/Replay.h"
 #include "fuzz/Fuzzing.h"
+#include "simulator/Replay.h"
 
 #include <QByteArrayList>
 

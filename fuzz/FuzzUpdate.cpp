@@ -4,8 +4,8 @@
 //
 // The input: the kind of sequence, the image's length, then what arrives: a delay, a length, bytes.
 
-#include "simulator/Replay.h"
 #include "fuzz/Fuzzing.h"
+#include "simulator/Replay.h"
 #include "update/ReceiveBuffer.h"
 #include "update/RecordingLine.h"
 #include "update/UpdateRun.h"
@@ -255,7 +255,7 @@ private:
         if (!isAcknowledged(UpdateStep::Connect, 5s))
             return false;
         QByteArray answer = m_chunk;
-        const Time late = m_line.now() + 20ms;
+        const Time late = m_line.now() + std::chrono::milliseconds(20);
         while (answer.size() < 4 && heard(late))
             answer += m_chunk;
         if (m_outcome.kind == Kind::TimedOut)

@@ -237,7 +237,7 @@ UpdateCase::Expected UpdateCase::expected() const
     auto goneAt = gone ? between(gone) : Clock::duration::max();
     auto abandonedAt = abandoned ? between(abandoned) : Clock::duration::max();
     Expected end;
-    Clock::duration now = 20ms; // a reset pulse and the start of the boot loader
+    Clock::duration now = milliseconds(20); // a reset pulse and the start of the boot loader
     std::optional<Kind> joined;
     for (const Step &step : steps()) {
         end.at = step;

@@ -6,6 +6,7 @@ from peers import *
 from rig import *
 
 MOST_STALL = 100  # ms
+CLI_CODES = 9, 10  # the download had failed already, or was interrupted
 WAITING = re.compile(r'elapsed|remaining|Unpacking|^$')
 PEERS = {  # behaviour, the limit of the download in s, what it says, whether it is a proxy
     'a byte a second': (drip(SIZED % 9 + bytes(9)), 20, 'sent nothing for 5 s'),
@@ -52,7 +53,7 @@ def peer(behave, limit, says, plain=None):
     for how in (signal.SIGINT, signal.SIGTERM):
         with Home() as home, downloading(home, behave, plain, cli=True) as program:
             time.sleep(0.4)
-            program.end(how)
+            program.end(how, CLI_CODES)
             expect(not home.leftovers(), home.leftovers())
 
 
@@ -147,7 +148,7 @@ def hung_caches():
                 expect(program.process.wait(10) == 0, program.said())
             with Program(home, 'update', '--newest', cli=True) as program:
                 time.sleep(0.5)
-                program.end(signal.SIGINT)
+                program.end(signal.SIGINT, (-signal.SIGINT,))
             with Program(home) as program:
                 program.start()
                 program.open_device()

@@ -76,11 +76,14 @@ class Program:
         self.probe.settimeout(limit)
         try:
             self.probe.sendall(command.encode() + b'\n')
-            return self.answers.readline().strip()
+            answer = self.answers.readline()
         except TimeoutError:
             raise Fault(f'no answer to "{command}" within {limit} s') from None
         except OSError:
-            return ''
+            answer = ''
+        if not answer and command != 'quit':
+            raise Fault(f'ended before "{command}"')
+        return answer.strip()
 
     def said(self):
         return os.pread(self.log.fileno(), 1 << 20, 0).decode(errors='replace')
@@ -88,7 +91,7 @@ class Program:
     def measure(self, starts=False):
         """Takes note of the stalls since the last call: by the thread's own doing, and beside it while
         other programs had the processor. Those of the start are forgotten."""
-        own, waited = (int(part) / 1000 for part in (self.ask('stall', 60) or '0 0').split())
+        own, waited = (int(part) / 1000 for part in self.ask('stall', 60).split())
         if not starts:
             self.stall, self.waited = max(self.stall, own), max(self.waited, waited - own)
 
@@ -133,8 +136,8 @@ class Program:
             file.seek(1)
             file.write(b'1')
 
-    def end(self, how=signal.SIGTERM, limit=2.2):
-        """Ends the program; the seconds that took."""
+    def end(self, how=signal.SIGTERM, codes=(0,), limit=2.2):
+        """Ends the program, which has to have one of these exit codes; the seconds that took."""
         began = time.monotonic()
         if isinstance(how, str):
             self.ask(how, 2)
@@ -144,6 +147,7 @@ class Program:
             self.process.wait(limit)
         except subprocess.TimeoutExpired:
             raise Fault(f'does not end within {limit} s') from None
+        expect(self.process.returncode in codes, f'exit code {self.process.returncode}: {self.said()[-500:]}')
         return time.monotonic() - began
 
     def __exit__(self, *_):

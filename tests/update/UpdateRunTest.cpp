@@ -1,9 +1,9 @@
 // Every way an update can go, over a scripted line.
 #include "update/UpdateRun.h"
 
+#include "soak/UpdateCase.h"
 #include "tests/support/QtPrinting.h"
 #include "tests/support/TestImage.h"
-#include "soak/UpdateCase.h"
 
 #include <gtest/gtest.h>
 
