@@ -7,10 +7,11 @@ namespace {
 
 constexpr CauseRow kRows[] = {
     {Cause::RunsAsRoot, "",
-     QT_TRANSLATE_NOOP("Causes", "The program runs as root: files from the network are unpacked "
-                                 "with all rights, into root's firmware folder."),
-     QT_TRANSLATE_NOOP("Causes", "Start it as an ordinary user; the group dialout or the package's "
-                                 "udev rule gives access to the device.")},
+     QT_TRANSLATE_NOOP(
+         "Causes",
+         "The program runs as root: it unpacks downloads with all rights, into root's folder."),
+     QT_TRANSLATE_NOOP("Causes", "Start it as an ordinary user; the group dialout or the package "
+                                 "gives access to the device.")},
     {Cause::NoDevice, "no-device", QT_TRANSLATE_NOOP("Causes", "No device is plugged in."),
      QT_TRANSLATE_NOOP("Causes",
                        "Plug in the device's USB-serial adapter; it appears here by itself."),

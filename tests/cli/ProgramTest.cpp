@@ -31,10 +31,8 @@ namespace {
 using namespace std::chrono_literals;
 
 const QByteArray kRootNote =
-    "The program runs as root: files from the network are unpacked with all "
-    "rights, into root's firmware folder. Start it as an ordinary user; "
-    "the group dialout or the package's udev rule gives access to the "
-    "device.\n";
+    "The program runs as root: it unpacks downloads with all rights, into root's folder. "
+    "Start it as an ordinary user; the group dialout or the package gives access to the device.\n";
 
 QList<QJsonObject> objectsIn(const QByteArray &text)
 {

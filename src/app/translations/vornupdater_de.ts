@@ -616,12 +616,12 @@
         <translation>%1 ist keine Datei mit Zertifikaten im PEM-Format.</translation>
     </message>
     <message>
-        <source>The program runs as root: files from the network are unpacked with all rights, into root&apos;s firmware folder.</source>
-        <translation>Das Programm läuft als root: Dateien aus dem Netz werden mit allen Rechten entpackt, in den Firmware-Ordner von root.</translation>
+        <source>The program runs as root: it unpacks downloads with all rights, into root&apos;s folder.</source>
+        <translation>Das Programm läuft als root: Es entpackt Downloads mit allen Rechten, in den Ordner von root.</translation>
     </message>
     <message>
-        <source>Start it as an ordinary user; the group dialout or the package&apos;s udev rule gives access to the device.</source>
-        <translation>Starten Sie es als gewöhnlicher Benutzer; Zugriff auf das Gerät gibt die Gruppe dialout oder die udev-Regel des Pakets.</translation>
+        <source>Start it as an ordinary user; the group dialout or the package gives access to the device.</source>
+        <translation>Starten Sie es als normaler Benutzer; die Gruppe dialout oder das Paket gibt Zugriff.</translation>
     </message>
 </context>
 <context>

@@ -616,12 +616,12 @@
         <translation>%1 不是包含 PEM 格式证书的文件。</translation>
     </message>
     <message>
-        <source>The program runs as root: files from the network are unpacked with all rights, into root&apos;s firmware folder.</source>
-        <translation>程序正以 root 身份运行：来自网络的文件会以全部权限解压到 root 的固件文件夹中。</translation>
+        <source>The program runs as root: it unpacks downloads with all rights, into root&apos;s folder.</source>
+        <translation>程序正以 root 身份运行：下载的文件会以全部权限解压到 root 的文件夹中。</translation>
     </message>
     <message>
-        <source>Start it as an ordinary user; the group dialout or the package&apos;s udev rule gives access to the device.</source>
-        <translation>请以普通用户身份启动；dialout 组或软件包的 udev 规则可授予对设备的访问权限。</translation>
+        <source>Start it as an ordinary user; the group dialout or the package gives access to the device.</source>
+        <translation>请以普通用户身份启动；dialout 组或软件包会授予设备访问权限。</translation>
     </message>
 </context>
 <context>
