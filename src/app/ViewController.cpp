@@ -247,13 +247,21 @@ void ViewController::forgetPress()
         return;
     m_checking.reset();
     m_window.showUpdateDetails({});
+    // Later, since the device may be telling that it has closed.
+    QMetaObject::invokeMethod(this, &ViewController::rebuildIfDue, Qt::QueuedConnection);
+}
+
+void ViewController::rebuildIfDue()
+{
+    if (m_rebuildAfterUpdate && !isUpdating() && !m_checking)
+        getDeviceConnected();
 }
 
 void ViewController::startUpdate(const QString &imagePath, const vorn::UpdateResult &check)
 {
     if (!check.succeeded()) {
         m_update.refuse(vorn::texts::ofUpdateEnd(check).constFirst(), vorn::explainUpdate(check));
-        deviceDidBecomeIdle();
+        rebuildIfDue();
         return;
     }
     m_update.begin(*m_session, imagePath);

@@ -74,6 +74,8 @@ private:
     void closeSerialPort();
     // Drops a press of the update button whose image is still being checked.
     void forgetPress();
+    // Rebuilds the device list if a device came or went while that had to wait.
+    void rebuildIfDue();
     void startUpdate(const QString &imagePath, const vorn::UpdateResult &check);
     bool isUpdating() const { return m_session && m_session->isUpdating(); }
     void logSettings(const vorn::PackageLocation &packages);

@@ -2,6 +2,7 @@
 
 #include "simulator/SimulatedDevice.h"
 #include "tests/support/Eventually.h"
+#include "tests/support/PatientParameters.h"
 #include "tests/support/QtPrinting.h"
 #include "tests/support/TestImage.h"
 #include "tests/ziparchive/Tree.h"
@@ -18,15 +19,6 @@
 namespace vorn {
 
 using namespace std::chrono_literals;
-
-// Limits that only a hanging test reaches.
-inline BootParameters patientParameters()
-{
-    BootParameters parameters = kVornBoot;
-    parameters.answerLimit = parameters.eraseLimit = 20s;
-    parameters.answerGap = 2s;
-    return parameters;
-}
 
 // A simulated device and an open session on its terminal whose version query has ended.
 class SessionRig final : public DeviceSessionObserver
