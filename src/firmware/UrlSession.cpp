@@ -101,6 +101,8 @@ void UrlSession::resume(QNetworkAccessManager &network, const PackageLocation &l
             m_certificate = {Kind::Certificate, static_cast<int>(errors.front().error()),
                              m_reply->url().host()};
     });
+    connect(m_reply, &QNetworkReply::socketStartedConnecting, this,
+            [this] { m_isConnecting = true; });
     connect(m_reply, &QNetworkReply::requestSent, this, [this] {
         m_isConnected = true;
         m_stepTimer.start(m_timeouts.response);
@@ -121,9 +123,10 @@ void UrlSession::expire(const QTimer &timer)
 PackageProblem UrlSession::timeoutProblem(const QTimer &timer) const
 {
     const QString host = m_reply->url().host();
-    // A server or proxy that accepts connections and no more.
+    // The name server does not answer, or a server or proxy accepts connections and no more.
     if (!m_isConnected)
-        return {Kind::Encryption, static_cast<int>(QNetworkReply::TimeoutError), host};
+        return {m_isConnecting ? Kind::Encryption : Kind::Unreachable,
+                static_cast<int>(QNetworkReply::TimeoutError), host};
     const auto seconds = std::chrono::ceil<std::chrono::seconds>(timer.intervalAsDuration());
     return {&timer == &m_totalTimer ? Kind::TooSlow : Kind::TimedOut,
             static_cast<int>(seconds.count()), host};

@@ -80,7 +80,8 @@ private:
     PackageProblem m_certificate; // what is wrong with the server's certificate
     qint64 m_expected = 0;
     qint64 m_received = 0;
-    bool m_isConnected = false;
+    bool m_isConnecting = false; // the server's name is resolved
+    bool m_isConnected = false;  // with TLS
     bool m_hasResponse = false;
     bool m_isComplete = false;
 };
