@@ -49,7 +49,7 @@ void FirmwareSection::begin()
     GlobalQueue::instance().post([this, token = m_lifetime.token()] {
         StagingFolder::recoverInterruptedPublish();
         MainQueue::instance().post(token, [this] {
-            if (!m_library.isRead())
+            if (!m_library.hasStartedScan())
                 refill();
         });
     });
@@ -159,7 +159,8 @@ void FirmwareSection::leadToFiles(bool hasFiles)
         return;
     const QString folder = QDir(cachesDirectory()).filePath(kFirmwareFolderName);
     Explanation hint;
-    if (!hasFiles && m_targetVersion > 0)
+    const bool hasOthers = !m_library.allFileArray().value_or(QStringList()).isEmpty();
+    if (!hasFiles && hasOthers && m_targetVersion > 0)
         hint = explain(Cause::NoFirmwareForModel, {QString::number(m_targetVersion)});
     else if (!hasFiles)
         hint = explainNoFirmware(withoutPersonalNames(folder), m_library.scanError(),

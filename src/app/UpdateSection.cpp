@@ -31,7 +31,8 @@ void UpdateSection::setDevice(const QString &name)
     if (m_device == name)
         return;
     m_device = name;
-    m_showsUpdate = m_hasUpdateTranscript = false;
+    m_hasUpdateTranscript = false;
+    m_endText.clear();
     m_window.showUpdateDetails({});
 }
 
@@ -43,8 +44,17 @@ void UpdateSection::warn(const Explanation &why)
 
 void UpdateSection::forgetRefusal()
 {
-    if (!m_showsUpdate)
-        m_window.showUpdateDetails({});
+    if (!m_session)
+        m_window.showUpdateDetails(m_endText);
+}
+
+// The end of the last update is no longer shown, unless it left the device without firmware.
+void UpdateSection::supersedeEnd()
+{
+    if (m_unfinished.contains(m_device))
+        return;
+    m_endText.clear();
+    m_window.resetUpdateProgress();
 }
 
 // Leaves the device alone.
@@ -53,15 +63,14 @@ void UpdateSection::refuse(const QString &text, const Explanation &why)
     m_log.add(tr("Update not started: %1").arg(why.text()));
     showStatus(m_controls.updateText, text, StatusTone::Bad);
     m_window.showUpdateDetails(why.text());
-    m_showsUpdate = false;
-    m_window.resetUpdateProgress();
+    supersedeEnd();
 }
 
 void UpdateSection::begin(const DeviceSession &session, const QString &imagePath)
 {
     m_session = &session;
     m_percent = 0;
-    m_showsUpdate = true;
+    m_endText.clear();
     m_step.reset();
     m_progress.start(Clock::now());
     m_sleepBlock.emplace(tr("A device's firmware is being updated"));
@@ -114,7 +123,8 @@ void UpdateSection::end(const UpdateResult &ended)
     m_window.setUpdateRuns(false);
 
     const QString why = explainUpdate(result).text();
-    m_window.showUpdateDetails(result.succeeded() ? textOfUpdateTime(result) : why);
+    m_endText = result.succeeded() ? textOfUpdateTime(result) : why;
+    m_window.showUpdateDetails(m_endText);
     if (result.succeeded()) {
         endStep();
         m_log.addOk(tr("Update"), result.elapsed);
@@ -145,13 +155,16 @@ void UpdateSection::queryDidEnd(const DeviceSession &session, const UpdateResult
     for (const QString &text : texts::ofVersionQueryEnd(result))
         showStatus(m_controls.updateText, text, StatusTone::Bad);
     const QString why = explainVersionQuery(result).text();
-    // What an update left behind stays; and of a port that closed the connection's details tell.
-    if (!m_showsUpdate && result.failure.kind != UpdateFailureKind::PortClosed)
-        m_window.showUpdateDetails(why);
-    if (result.succeeded())
+    if (result.succeeded()) {
         m_log.addOk(tr("Version query"), result.elapsed);
-    else
-        m_log.addFailed(tr("Version query"), result.elapsed, why);
+        return;
+    }
+    m_log.addFailed(tr("Version query"), result.elapsed, why);
+    // Details of a failed update stay; a closed port is explained under the connection.
+    if (m_unfinished.contains(m_device) || result.failure.kind == UpdateFailureKind::PortClosed)
+        return;
+    supersedeEnd();
+    m_window.showUpdateDetails(why);
 }
 
 void UpdateSection::showDetails()

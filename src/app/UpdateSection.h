@@ -32,8 +32,8 @@ public:
     void setDevice(const QString &name);
     // At the start: shown until there is anything else to say here; the log keeps it.
     void warn(const Explanation &why);
-    // A file was chosen or the device opened: what was said of a press that could not start an
-    // update, or of a query, goes.
+    // A file was chosen or the device opened: instead of what was said of a press that could not
+    // start an update, or of a query, the end of the last update is shown.
     void forgetRefusal();
     // A press that cannot start an update.
     void refuse(const QString &text, const Explanation &why);
@@ -47,6 +47,7 @@ public:
     void queryDidEnd(const DeviceSession &session, const UpdateResult &result);
 
 private:
+    void supersedeEnd();
     void showDetails();
     void endStep();
     void announce(const UpdateResult &result);
@@ -60,9 +61,9 @@ private:
     QTimer m_refresh; // of the details while an update runs
     std::optional<SleepBlock> m_sleepBlock;
     int m_percent = 0;
-    bool m_showsUpdate = false;         // the details are about an update
-    bool m_hasUpdateTranscript = false; // so is the transcript in the log
+    bool m_hasUpdateTranscript = false; // in the log
     QString m_device;                   // the current or last device's name
+    QString m_endText;                  // how its last update ended
     QSet<QString> m_unfinished;         // devices that an update may have left without firmware
     // The step whose answer is awaited, and since when.
     std::optional<UpdateStep> m_step;

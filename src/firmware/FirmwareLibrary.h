@@ -36,8 +36,7 @@ public:
     // started later has been taken over meanwhile.
     void readFirmWareInBackground(qint32 modelCode);
 
-    // Whether any scan was started.
-    bool isRead() const { return m_lastStarted > 0; }
+    bool hasStartedScan() const { return m_lastStarted > 0; }
     // Every firmware file, in folder order; no value when the folder could not be read.
     const std::optional<QStringList> &allFileArray() const { return m_allFileArray; }
     // Why it could not, by the latest scan: an errno, 0 when it could.

@@ -16,11 +16,10 @@ struct UdevPort
 
 // Returns a record for each port in `present`, in the same order. A known port keeps its record,
 // and so its name, whatever else was added or removed. A new port is named as follows:
-//   - an adapter of the kernel's usb-serial family: "usbserial-", a CDC-ACM device: "usbmodem-",
-//   each
-//     followed by the adapter's serial number, or by its USB path if it has no serial number or
-//     shares it with another adapter that is present; then "-" and the port's number if the adapter
-//     has several ports;
+//   - an adapter of the kernel's usb-serial family: "usbserial-", a CDC-ACM device: "usbmodem-";
+//     then the adapter's serial number, or its USB path if it has no serial number or shares it
+//     with another adapter that is present; then "-" and the port's number if the adapter has
+//     several ports;
 //   - any other port: the kernel's name.
 // So a name does not depend on the number of the device node. If two adapters with the same serial
 // number are found together, both are named after their USB path; if one is added later, only that

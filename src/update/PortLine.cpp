@@ -6,6 +6,12 @@
 #include <utility>
 
 namespace vorn {
+namespace {
+
+// The port reads what has arrived within this time, even on a busy machine.
+constexpr std::chrono::milliseconds kReadTime{50};
+
+} // namespace
 
 PortLine::PortLine(ORSSerialPortPtr port, std::shared_ptr<ReceiveBuffer> buffer)
     : m_port(std::move(port)), m_buffer(std::move(buffer))
@@ -41,6 +47,9 @@ LineEvent PortLine::waitForChunk(Clock::time_point deadline, QByteArray &chunk)
     // everything queued so far is handled arrived in time. Nothing later counts, or a device that
     // never falls silent would prolong the wait without end.
     if (std::exchange(m_passed, deadline) != deadline) {
+        // The program was stopped: an answer that came meanwhile is still to be read by the port.
+        if (Clock::now() - deadline > kReadTime)
+            pause(kReadTime);
         MainQueue::instance().postAndWait([] {});
         m_inTime = m_buffer->held();
     } else if (m_inTime > 0) {

@@ -81,16 +81,15 @@ bool UpdateRun::handshake()
         return false;
     m_targetVersion = m_boot.reportedVersion();
     m_observer.targetVersionDidArrive(m_targetVersion);
-    reach(UpdateStep::QueryVersion);
     return true;
 }
 
 bool UpdateRun::readImage()
 {
+    reach(UpdateStep::ReadImage);
     FirmwareImage image = m_readImage(m_targetVersion);
     if (image.failure) {
         // The device still has its old firmware: no download command has been sent.
-        m_result.step = UpdateStep::ReadImage;
         m_result.failure = image.failure;
         return false;
     }
@@ -102,6 +101,7 @@ bool UpdateRun::readImage()
 
 bool UpdateRun::startDownload()
 {
+    reach(UpdateStep::QueryVersion);
     if (!send(CmdDownload()))
         return false;
     reach(UpdateStep::Download);

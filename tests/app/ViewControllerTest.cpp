@@ -109,6 +109,13 @@ TEST_F(WindowTest, AnUpdateFromTheButtonsPutsTheChosenFileIntoTheDevice)
         [&] { return connection->text() == "Prompt:usbserial-one Selected,close successfully"; }));
     EXPECT_EQ(openButton->text(), "Open");
     EXPECT_FALSE(controller->serialPort()->isOpen());
+
+    // A later failure does not stand beside the success.
+    device->setFaults({{.step = BootStep::Sync, .kind = FaultKind::Silence}});
+    open();
+    ASSERT_TRUE(eventually([&] { return says(status, "please try again"); }));
+    EXPECT_TRUE(explains("update", "did not report its model"));
+    EXPECT_EQ(progress->value(), 0);
 }
 
 TEST_F(WindowTest, AfterACablePulledOutDuringAnUpdateTheNextOneSucceeds)
@@ -123,6 +130,8 @@ TEST_F(WindowTest, AfterACablePulledOutDuringAnUpdateTheNextOneSucceeds)
 
     ASSERT_TRUE(device->replug());
     ASSERT_TRUE(eventually([&] { return says(connection, "not opened"); }));
+    press(updateButton);
+    EXPECT_TRUE(explains("update", "is not open"));
     open();
     ASSERT_TRUE(eventually([&] { return device->report().exchanges == 3; }));
     ASSERT_TRUE(eventually([&] { return firmware->currentIndex() == 0; })); // filled again
