@@ -113,6 +113,27 @@ def storm():
         program.end()
 
 
+def udev_storm():
+    plugger = subprocess.Popen(['umockdev-wrapper', sys.executable, os.path.dirname(__file__) + '/plugger.py'],
+                               stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+    with plugger, Home() as home:
+        def step():
+            print(file=plugger.stdin, flush=True)
+            plugger.stdout.readline()
+        mocked = {'UMOCKDEV_DIR': plugger.stdout.readline().strip(),
+                  'LD_PRELOAD': f'{BIN}/hostileprobe.so libumockdev-preload.so.0'}
+        with Program(home, environment=mocked) as program:
+            program.start(device=False)
+            before = program.resources()
+            step()
+            program.await_text('connectText_1001', 'usbserial-95')
+            step()
+            program.await_text('connectText_1001', 'No device')
+            yield program, 150
+            expect(program.resources() < before + 8, 'descriptors or threads are left')
+            program.end()
+
+
 def many_files():
     names = ['a\nb', '\x1b[31mred', '\u202egnp', '\udcff\udcfe', 'x' * 251, '<b>', '-rf', '\x9b31m', ' ', 'folder', 'loop']
     with Home() as home, simulator(home):
@@ -192,6 +213,7 @@ def ending(begin, options, hangs):
 CASES = {
     'a device that streams zeros': lambda: garbage(bytes(65536)),
     'a thousand devices in 10 s': storm,
+    'a thousand adapters through udev': udev_storm,
     '100,000 files': many_files,
     'unpacking 256 MiB': lambda: unpacking(256, False),
     'ended while unpacking 1.9 GiB': lambda: unpacking(1900, True),
