@@ -90,8 +90,10 @@ void ViewController::wireControls()
     wire(m_controls.openBtn.get(), &QPushButton::clicked, this, &ViewController::openHandleBtn);
     wire(m_controls.filePopUpBtn.get(), &QComboBox::activated, &m_firmware,
          &FirmwareSection::fileHandlePopBtn);
-    wire(m_controls.filePopUpBtn.get(), &QComboBox::activated, &m_update,
-         &vorn::UpdateSection::forgetRefusal);
+    wire(m_controls.filePopUpBtn.get(), &QComboBox::activated, this, [this] {
+        if (!m_checking)
+            m_update.forgetRefusal();
+    });
     wire(m_controls.devPopUpBtn.get(), &QComboBox::activated, this,
          &ViewController::devHandlePopBtn);
 }
@@ -215,8 +217,11 @@ void ViewController::deviceDoesNotClose()
 
 void ViewController::send()
 {
-    if (isUpdating() || m_checking)
+    const QString imagePath = m_firmware.imagePath();
+    if (isUpdating() || (m_checking && m_checkedImage == imagePath))
         return;
+    // Another file was chosen, since that of an earlier press hangs.
+    forgetPress();
     if (!m_session)
         return m_update.refuse(vorn::texts::kNoDeviceSelected, explain(Cause::NoDevice));
     if (!m_session->isOpen())
@@ -226,19 +231,19 @@ void ViewController::send()
 
     // In the background, since a network file system may hang.
     m_checking.emplace();
+    m_checkedImage = imagePath;
     m_window.showUpdateDetails(tr("Checking the firmware file."));
-    GlobalQueue::instance().post(
-        [this, imagePath = m_firmware.imagePath(), token = m_checking->token()] {
-            vorn::UpdateResult check;
-            check.step = vorn::UpdateStep::ReadImage;
-            // A listed file that nobody chose counts as none only once the device is ready for it.
-            if (!imagePath.isNull())
-                check.failure = vorn::checkFirmwareImage(imagePath);
-            MainQueue::instance().post(token, [this, imagePath, check] {
-                m_checking.reset();
-                startUpdate(imagePath, check);
-            });
+    GlobalQueue::instance().post([this, imagePath, token = m_checking->token()] {
+        vorn::UpdateResult check;
+        check.step = vorn::UpdateStep::ReadImage;
+        // A listed file that nobody chose counts as none only once the device is ready for it.
+        if (!imagePath.isNull())
+            check.failure = vorn::checkFirmwareImage(imagePath);
+        MainQueue::instance().post(token, [this, imagePath, check] {
+            m_checking.reset();
+            startUpdate(imagePath, check);
         });
+    });
 }
 
 void ViewController::forgetPress()

@@ -93,6 +93,7 @@ private:
     // While the image is checked, since the button was pressed. Goes when the device closes or
     // changes, and the press with it.
     std::optional<vorn::Lifetime> m_checking;
+    QString m_checkedImage;
     bool m_rebuildAfterUpdate = false;
     int m_lastError = 0; // the errno that the port told last since it was to open
 };
