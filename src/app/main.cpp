@@ -90,9 +90,12 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     vorn::installTranslations();
     int exitCode = 0;
+    // The files that it names may be on a network file system that hangs.
+    quitSignals.letKill();
     const auto wishes = vorn::readCommandLine(QCoreApplication::arguments(), exitCode);
     if (!wishes)
         return exitCode;
+    quitSignals.watch();
     if (!vorn::startQueues())
         return kCannotStart;
     const QString unwatched = vorn::installDeviceRegistry(wishes->deviceDirectory);
@@ -102,7 +105,6 @@ int main(int argc, char **argv)
     const AppDelegate delegate;
     QObject::connect(&application, &QCoreApplication::aboutToQuit,
                      [&] { delegate.applicationWillTerminate(); });
-    quitSignals.watch();
 
     vorn::MainWindow window;
     ViewController controller(window, wishes->packages);

@@ -11,21 +11,24 @@ DeviceCommand::DeviceCommand(const CliOptions &options, Output &output)
 {
 }
 
-std::optional<ExitCode> DeviceCommand::start()
+std::optional<ExitCode> DeviceCommand::prepare()
 {
     Explanation problem;
     if (m_options.command == CliCommand::Update)
         problem = problemOfImage(m_options);
-    ORSSerialPortList ports;
     if (problem.cause == Cause::None)
-        ports = chosenDevices(m_options, problem);
+        m_ports = chosenDevices(m_options, problem);
     if (problem.cause != Cause::None) {
         m_output.showResult({.why = problem});
         return exitCodeOf(problem);
     }
-    for (const ORSSerialPortPtr &port : ports)
-        m_runs.start(port);
     return std::nullopt;
+}
+
+void DeviceCommand::start()
+{
+    for (const ORSSerialPortPtr &port : std::as_const(m_ports))
+        m_runs.start(port);
 }
 
 void DeviceCommand::allRunsDidEnd()

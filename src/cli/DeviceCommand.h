@@ -15,9 +15,10 @@ public:
     // Options and output outlive the object.
     DeviceCommand(const CliOptions &options, Output &output);
 
-    // Starts the runs; they end the event loop with their exit code. Without any, returns the exit
-    // code.
-    std::optional<ExitCode> start();
+    // Checks the image and chooses the devices. The exit code when there is nothing to start.
+    std::optional<ExitCode> prepare();
+    // Starts the runs; they end the event loop with their exit code.
+    void start();
 
 private:
     bool quitSignalDidArrive(int signal) override { return m_runs.interruptOn(signal); }
@@ -25,6 +26,7 @@ private:
 
     const CliOptions &m_options;
     Output &m_output;
+    ORSSerialPortList m_ports;
     DeviceRuns m_runs;
 };
 

@@ -16,14 +16,18 @@ Download::Download(const CliOptions &options, Output &output)
 {
 }
 
-std::optional<ExitCode> Download::start()
+std::optional<ExitCode> Download::prepare()
 {
     if (!m_hasServer)
         return fail(explain(Cause::NoServer));
     // Whether the installed package is still there decides whether the latest one is fetched.
     m_library.readFirmWare(-1);
-    m_download.sendRequest();
     return std::nullopt;
+}
+
+void Download::start()
+{
+    m_download.sendRequest();
 }
 
 bool Download::quitSignalDidArrive(int signal)

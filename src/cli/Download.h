@@ -20,8 +20,10 @@ public:
     // The output outlives the object.
     Download(const CliOptions &options, Output &output);
 
-    // Starts it; it ends the event loop with its exit code. The exit code when there is no server.
-    std::optional<ExitCode> start();
+    // Looks for the installed package. The exit code when there is no server.
+    std::optional<ExitCode> prepare();
+    // Starts it; it ends the event loop with its exit code.
+    void start();
 
 private:
     bool quitSignalDidArrive(int signal) override;

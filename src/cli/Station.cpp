@@ -2,6 +2,8 @@
 
 #include "app/StatusTexts.h"
 #include "cli/DeviceChoice.h"
+#include "platform/GlobalQueue.h"
+#include "platform/MainQueue.h"
 #include "platform/NotificationCenter.h"
 
 #include <QCoreApplication>
@@ -24,7 +26,7 @@ Station::Station(const CliOptions &options, Output &output)
 {
 }
 
-std::optional<ExitCode> Station::start()
+std::optional<ExitCode> Station::prepare()
 {
     const Explanation problem = problemOfImage(m_options);
     if (problem.cause != Cause::None) {
@@ -37,28 +39,42 @@ std::optional<ExitCode> Station::start()
             return kUsage;
         }
     }
+    return std::nullopt;
+}
+
+void Station::start()
+{
     NotificationCenter::defaultCenter().addObserver(
         &m_subscription, ORSSerialPortWasConnectedNotification, [this](const QVariantMap &info) {
             take(info.value(ORSConnectedSerialPortsKey).value<ORSSerialPortList>());
         });
     m_output.note(tr("Plug in a device to update it; Ctrl-C ends."));
     take(offeredDevices());
-    return std::nullopt;
 }
 
 void Station::take(const ORSSerialPortList &ports)
 {
     for (const ORSSerialPortPtr &port : ports) {
-        if (m_isEnding || !port->name().startsWith(texts::kDeviceNamePrefix))
+        if (!port->name().startsWith(texts::kDeviceNamePrefix))
             continue;
-        // The file may have gone since the last device.
-        const Explanation problem = problemOfImage(m_options);
-        if (problem.cause == Cause::None) {
-            m_runs.start(port);
-        } else {
-            ++m_refused;
-            m_output.showResult({.device = port->name(), .why = problem});
-        }
+        // The file may have gone since the last device. In the background, since a network file
+        // system may hang, which must not stop other devices' updates.
+        GlobalQueue::instance().post([this, port, options = m_options, token = m_lifetime.token()] {
+            MainQueue::instance().post(
+                token, [this, port, why = problemOfImage(options)] { begin(port, why); });
+        });
+    }
+}
+
+void Station::begin(const ORSSerialPortPtr &port, const Explanation &problem)
+{
+    if (m_isEnding)
+        return;
+    if (problem.cause == Cause::None) {
+        m_runs.start(port);
+    } else {
+        ++m_refused;
+        m_output.showResult({.device = port->name(), .why = problem});
     }
 }
 

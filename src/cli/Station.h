@@ -3,6 +3,7 @@
 #include "cli/CliOptions.h"
 #include "cli/DeviceRuns.h"
 #include "cli/StationRecord.h"
+#include "platform/Lifetime.h"
 #include "platform/QuitSignals.h"
 
 #include <QCoreApplication>
@@ -18,8 +19,10 @@ public:
     // Options and output outlive the object.
     Station(const CliOptions &options, Output &output);
 
-    // Begins with the devices that are there. The exit code when it cannot.
-    std::optional<ExitCode> start();
+    // Checks the image and opens the record. The exit code when it cannot begin.
+    std::optional<ExitCode> prepare();
+    // Begins with the devices that are there.
+    void start();
 
 private:
     bool quitSignalDidArrive(int signal) override;
@@ -27,6 +30,7 @@ private:
     void allRunsDidEnd() override;
 
     void take(const ORSSerialPortList &ports);
+    void begin(const ORSSerialPortPtr &port, const Explanation &problem);
     void end();
 
     const CliOptions &m_options;
@@ -37,6 +41,7 @@ private:
     bool m_isEnding = false;
     bool m_recordFailed = false;
     QObject m_subscription;
+    Lifetime m_lifetime;
 };
 
 } // namespace vorn

@@ -73,9 +73,13 @@ template <typename Command>
 int run(const CliOptions &options, Output &output, QuitSignals &quitSignals)
 {
     Command command(options, output);
+    // The files that it reads may be on a network file system that hangs.
+    quitSignals.letKill();
+    if (const auto failed = command.prepare())
+        return *failed;
     quitSignals.watch(command);
-    const auto failed = command.start();
-    const int exitCode = failed ? *failed : QCoreApplication::exec();
+    command.start();
+    const int exitCode = QCoreApplication::exec();
     quitSignals.letKill();
     return exitCode;
 }

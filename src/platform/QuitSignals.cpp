@@ -51,6 +51,8 @@ void QuitSignals::watch(QuitSignalsObserver &observer)
 {
     if (!m_fd.isValid())
         return;
+    const sigset_t set = quitSignals();
+    ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
     m_notifier = std::make_unique<QSocketNotifier>(m_fd.get(), QSocketNotifier::Read);
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [&, this] {
         bool ends = false;
@@ -64,14 +66,15 @@ void QuitSignals::watch(QuitSignalsObserver &observer)
 
 void QuitSignals::letKill()
 {
-    if (m_notifier)
-        m_notifier->setEnabled(false);
     sigset_t set = quitSignals();
-    sigdelset(&set, SIGHUP);
-    // One that arrived too late to be handled does not kill.
-    const timespec now{};
-    while (::sigtimedwait(&set, nullptr, &now) > 0)
-        continue;
+    if (m_notifier) {
+        m_notifier->setEnabled(false);
+        sigdelset(&set, SIGHUP);
+        // One that arrived too late to be handled does not kill.
+        const timespec now{};
+        while (::sigtimedwait(&set, nullptr, &now) > 0)
+            continue;
+    }
     ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 

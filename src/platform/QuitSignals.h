@@ -34,8 +34,9 @@ public:
     void watch();
     // Leaves the decision to the observer, which must exist as long as the event loop runs.
     void watch(QuitSignalsObserver &observer);
-    // From now on SIGINT and SIGTERM kill the program. For what follows the event loop and may
-    // hang. SIGHUP remains blocked: a closing terminal sends it more than once.
+    // Lets the signals kill the program until watch() is called: for what precedes or follows the
+    // event loop and may hang. After watch(), SIGHUP remains blocked, since a closing terminal
+    // sends it more than once.
     void letKill();
 
 private:
