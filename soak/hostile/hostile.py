@@ -177,6 +177,63 @@ def hung_caches():
                 program.end()
 
 
+def hung_image():
+    with Home() as home, simulator(home, *RATE), Program(home) as program:
+        home.add_firmware()
+        shutil.copy(home.add_firmware(200_000), f'{home.firmware}/VORN_PLATINA-2.0.bin')
+        program.start()
+        program.open_device()
+        program.ask('pick firmwareList_1002 VORN_PLATINA-2.0.bin')
+        with contextlib.closing(HungFileSystem(home.caches)) as hung:
+            program.ask('press updateButton_2001')
+            program.await_text('updateDetails', 'Checking')
+            hung.detach()
+            program.ask('pick firmwareList_1002 ' + IMAGE)
+            program.await_text('updateDetails', 'Checking')
+            program.ask('press updateButton_2001')
+            program.await_text('updateText_1015', 'progress')
+            yield program, 150
+            program.end()
+    # A device that is plugged in while the image hangs does not stop the others.
+    with Home() as home, simulator(home, *RATE):
+        image = home.add_firmware(200_000)
+        with Program(home, 'watch', '--firmware', image, cli=True) as program:
+            wait_for(lambda: '10 %' in program.said(), 10, 'the update runs')
+            with contextlib.closing(HungFileSystem(home.caches)):
+                Line(home)
+                wait_for(lambda: 'sim: Updated' in program.said(), 20, 'the update goes on')
+                program.end(signal.SIGINT)
+    for cli, options in ((True, ['update', '--firmware', '*']), (True, ['watch', '--firmware', '*']),
+                         (False, ['--package-ca', '*'])):
+        with Home() as home, contextlib.closing(HungFileSystem(home.caches)):
+            options[-1] = home.firmware
+            with Program(home, *options, cli=cli) as program:
+                time.sleep(0.7)
+                program.end(signal.SIGTERM, (-signal.SIGTERM,))
+
+
+def silent_name_server():
+    for how in (None, signal.SIGINT, signal.SIGTERM):
+        with socket.socket(type=socket.SOCK_DGRAM) as server, Home() as home:
+            server.bind(('127.9.9.9', 53))
+            server.settimeout(20)
+            with open(home.path + '/resolver', 'w', encoding='ascii') as file:
+                file.write('nameserver 127.9.9.9\n')
+            inside = ['unshare', '--mount', 'sh', '-c',
+                      f'mount --bind {file.name} /etc/resolv.conf && exec "$@"', 'sh']
+            arguments = ['--package-host', 'packages.invalid', *(['download'] if how else [])]
+            with Program(home, *arguments, cli=bool(how), inside=inside) as program:
+                if not how:
+                    program.start(device=False)
+                    program.ask('press downloadButton_2002')
+                    program.await_text('firmwareDetails', 'cannot be found', 15)
+                    program.ask('press downloadButton_2002')
+                    program.await_text('firmwareDetails', 'elapsed')
+                    yield program, 150
+                server.recv(512)
+                program.end(how or signal.SIGTERM, CLI_CODES if how else (0,))
+
+
 def press_until_pulse(program):
     program.press_update()
     limit = time.monotonic() + 0.3  # the pulse takes 10 ms, and may be missed
@@ -218,7 +275,9 @@ CASES = {
     'unpacking 256 MiB': lambda: unpacking(256, False),
     'ended while unpacking 1.9 GiB': lambda: unpacking(1900, True),
     'caches that hang': hung_caches,
+    'an image that hangs': hung_image,
     **{'ended during ' + what: lambda row=row: ending(*row) for what, row in ENDS.items()},
+    'a name server that is silent': silent_name_server,
     **{'a server with ' + what: lambda row=row: peer(*row) for what, row in PEERS.items()},
 }
 

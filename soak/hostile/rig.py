@@ -52,7 +52,7 @@ class Home:
 class Program:
     """The window, or the command line program, with the probe in it."""
 
-    def __init__(self, home, *arguments, cli=False, environment=None):
+    def __init__(self, home, *arguments, cli=False, environment=None, inside=()):
         self.probe, theirs = socket.socketpair()
         self.lines, self.stall, self.waited = home.path + '/lines', 0.0, 0.0
         with open(self.lines, 'w', encoding='ascii') as file:
@@ -64,7 +64,7 @@ class Program:
                  'DBUS_SESSION_BUS_ADDRESS': 'disabled:', 'https_proxy': '', **(environment or {})}
         self.log = open(home.path + '/log', 'w+b')
         name = f'{BIN}/vornupdater' + ('-cli' if cli else '')
-        self.process = subprocess.Popen([name, '--device-dir', home.devices, *arguments], env=names,
+        self.process = subprocess.Popen([*inside, name, '--device-dir', home.devices, *arguments], env=names,
                                         pass_fds=[theirs.fileno()], stdout=self.log, stderr=self.log)
         theirs.close()
         self.answers = self.probe.makefile()
