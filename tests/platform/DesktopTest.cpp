@@ -37,7 +37,8 @@ protected:
         QFile config(m_directory.filePath("bus.conf"));
         EXPECT_TRUE(config.open(QIODevice::WriteOnly));
         config.write(
-            "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>"
+            "<busconfig><type>session</type><listen>unix:tmpdir=" + m_directory.path().toUtf8() +
+            "</listen>"
             "<policy context='default'><allow send_destination='*'/><allow receive_type='*'/>"
             "<allow own='*'/>"
             "</policy></busconfig>");

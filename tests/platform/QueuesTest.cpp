@@ -55,7 +55,7 @@ TEST(MainQueueTest, ClosingReleasesWaitingThreadsSoThatTheProgramCanEnd)
         int late = 0;
         queue.postAndWait([&] { late = 1; }); // on this thread, there being no other
         MainQueue::instance().post([] { std::_Exit(3); });
-        std::_Exit(refused == 20 && late == 1 && !GlobalQueue::instance().post([] {}) ? 0 : 4);
+        std::exit(refused == 20 && late == 1 && !GlobalQueue::instance().post([] {}) ? 0 : 4);
     };
     EXPECT_EXIT(endProgram(), testing::ExitedWithCode(0), "");
 }
