@@ -3,60 +3,50 @@ unplugged 50 adapters later, then unplugs the last 50. Before each step and at t
 test bed's folder and waits for a line on its standard input."""
 import ctypes, os, shutil, sys, time
 
-LIBRARY = ctypes.CDLL('libumockdev.so.0')
-LIBRARY.umockdev_testbed_new.restype = LIBRARY.umockdev_testbed_get_sys_dir.restype = ctypes.c_void_p
-BED = ctypes.c_void_p(LIBRARY.umockdev_testbed_new())
-SYS = ctypes.string_at(LIBRARY.umockdev_testbed_get_sys_dir(BED)).decode()
 STAY = 50
-
-
-def place_of(number):
-    usb = f'/devices/pci0/1-{number}'
-    return usb, f'{usb}/1-{number}:1.0/ttyUSB{number}'
-
-
-def plug(number):
-    usb, port = place_of(number)
-    LIBRARY.umockdev_testbed_add_from_string(BED, f'''P: {usb}
+DEVICES = '''P: /devices/pci0/1-{0}
 E: SUBSYSTEM=usb
 E: DEVTYPE=usb_device
 
-P: {port}
-E: SUBSYSTEM=usb-serial
-
-P: {port}/tty/ttyUSB{number}
+P: {1}
 E: SUBSYSTEM=tty
-E: DEVNAME=/dev/ttyUSB{number}
+E: DEVNAME=/dev/ttyUSB{0}
 E: ID_BUS=usb
-E: ID_SERIAL=Adapter_{number}
-E: ID_SERIAL_SHORT={number}
-'''.encode(), None)
+E: ID_SERIAL=Adapter_{0}
+E: ID_SERIAL_SHORT={0}
+'''
+library = ctypes.CDLL('libumockdev.so.0')
+library.umockdev_testbed_new.restype = library.umockdev_testbed_get_root_dir.restype = ctypes.c_void_p
+bed = ctypes.c_void_p(library.umockdev_testbed_new())
+root = ctypes.string_at(library.umockdev_testbed_get_root_dir(bed)).decode()
+
+
+def tty(number):
+    return f'/devices/pci0/1-{number}/1-{number}:1.0/ttyUSB{number}/tty/ttyUSB{number}'
 
 
 def unplug(number):
-    usb, port = place_of(number)
     # By hand, since umockdev_testbed_remove_device() starts a process for each.
-    for bus in ('class/tty', 'bus/usb-serial/devices'):
-        os.unlink(f'{SYS}/{bus}/ttyUSB{number}')
-    os.unlink(f'{SYS}/bus/usb/devices/1-{number}')
-    LIBRARY.umockdev_testbed_uevent(BED, f'/sys{port}/tty/ttyUSB{number}'.encode(), b'remove')
-    shutil.rmtree(SYS + usb)
+    os.unlink(f'{root}/sys/class/tty/ttyUSB{number}')
+    os.unlink(f'{root}/sys/bus/usb/devices/1-{number}')
+    library.umockdev_testbed_uevent(bed, f'/sys{tty(number)}'.encode(), b'remove')
+    shutil.rmtree(f'{root}/sys/devices/pci0/1-{number}')
 
 
-def turn():
-    print(os.path.dirname(SYS), flush=True)
+def end_step():
+    print(root, flush=True)
     sys.stdin.readline()
 
 
-turn()
+end_step()
 began = time.monotonic()
 for number in range(1000):
     time.sleep(max(0.0, began + number / 100 - time.monotonic()))
-    plug(number)
+    library.umockdev_testbed_add_from_string(bed, DEVICES.format(number, tty(number)).encode(), None)
     if number >= STAY:
         unplug(number - STAY)
-turn()
+end_step()
 for number in range(1000 - STAY, 1000):
     unplug(number)
-turn()
-shutil.rmtree(os.path.dirname(SYS))
+end_step()
+shutil.rmtree(root)

@@ -45,7 +45,13 @@ void UpdateSection::warn(const Explanation &why)
 void UpdateSection::forgetRefusal()
 {
     if (!m_session)
-        m_window.showUpdateDetails(m_endText);
+        m_window.showUpdateDetails(m_checkText.isEmpty() ? m_endText : m_checkText);
+}
+
+void UpdateSection::showCheck(const QString &text)
+{
+    m_checkText = text;
+    forgetRefusal();
 }
 
 // The end of the last update is no longer shown, unless it left the device without firmware.
@@ -62,6 +68,7 @@ void UpdateSection::refuse(const QString &text, const Explanation &why)
 {
     m_log.add(tr("Update not started: %1").arg(why.text()));
     showStatus(m_controls.updateText, text, StatusTone::Bad);
+    m_checkText.clear();
     m_window.showUpdateDetails(why.text());
     supersedeEnd();
 }
@@ -71,6 +78,7 @@ void UpdateSection::begin(const DeviceSession &session, const QString &imagePath
     m_session = &session;
     m_percent = 0;
     m_endText.clear();
+    m_checkText.clear();
     m_step.reset();
     m_progress.start(Clock::now());
     m_sleepBlock.emplace(tr("A device's firmware is being updated"));
@@ -164,7 +172,8 @@ void UpdateSection::queryDidEnd(const DeviceSession &session, const UpdateResult
     if (m_unfinished.contains(m_device) || result.failure.kind == UpdateFailureKind::PortClosed)
         return;
     supersedeEnd();
-    m_window.showUpdateDetails(why);
+    if (m_checkText.isEmpty())
+        m_window.showUpdateDetails(why);
 }
 
 void UpdateSection::showDetails()

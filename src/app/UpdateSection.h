@@ -35,6 +35,8 @@ public:
     // A file was chosen or the device opened: instead of what was said of a press that could not
     // start an update, or of a query, the end of the last update is shown.
     void forgetRefusal();
+    // Said while a press's image is checked; empty when the press was given up.
+    void showCheck(const QString &text);
     // A press that cannot start an update.
     void refuse(const QString &text, const Explanation &why);
     // An update with the file begins; the session lives until the end() that follows.
@@ -64,6 +66,7 @@ private:
     bool m_hasUpdateTranscript = false; // in the log
     QString m_device;                   // the current or last device's name
     QString m_endText;                  // how its last update ended
+    QString m_checkText;                // empty unless an image is checked
     QSet<QString> m_unfinished;         // devices that an update may have left without firmware
     // The step whose answer is awaited, and since when.
     std::optional<UpdateStep> m_step;

@@ -90,10 +90,8 @@ void ViewController::wireControls()
     wire(m_controls.openBtn.get(), &QPushButton::clicked, this, &ViewController::openHandleBtn);
     wire(m_controls.filePopUpBtn.get(), &QComboBox::activated, &m_firmware,
          &FirmwareSection::fileHandlePopBtn);
-    wire(m_controls.filePopUpBtn.get(), &QComboBox::activated, this, [this] {
-        if (!m_checking)
-            m_update.forgetRefusal();
-    });
+    wire(m_controls.filePopUpBtn.get(), &QComboBox::activated, &m_update,
+         &vorn::UpdateSection::forgetRefusal);
     wire(m_controls.devPopUpBtn.get(), &QComboBox::activated, this,
          &ViewController::devHandlePopBtn);
 }
@@ -232,7 +230,7 @@ void ViewController::send()
     // In the background, since a network file system may hang.
     m_checking.emplace();
     m_checkedImage = imagePath;
-    m_window.showUpdateDetails(tr("Checking the firmware file."));
+    m_update.showCheck(tr("Checking the firmware file."));
     GlobalQueue::instance().post([this, imagePath, token = m_checking->token()] {
         vorn::UpdateResult check;
         check.step = vorn::UpdateStep::ReadImage;
@@ -251,7 +249,7 @@ void ViewController::forgetPress()
     if (!m_checking)
         return;
     m_checking.reset();
-    m_window.showUpdateDetails({});
+    m_update.showCheck({});
     // Later, since the device may be telling that it has closed.
     QMetaObject::invokeMethod(this, &ViewController::rebuildIfDue, Qt::QueuedConnection);
 }
