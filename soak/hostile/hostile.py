@@ -186,7 +186,7 @@ def hung_image():
         program.ask('pick firmwareList_1002 VORN_PLATINA-2.0.bin')
         with contextlib.closing(HungFileSystem(home.caches)) as hung:
             program.ask('press updateButton_2001')
-            program.await_text('updateDetails', 'Checking')
+            expect(hung.asked.wait(10), 'the image is not looked at')
             hung.detach()
             program.ask('pick firmwareList_1002 ' + IMAGE)
             program.await_text('updateDetails', 'Checking')
@@ -199,16 +199,17 @@ def hung_image():
         image = home.add_firmware(200_000)
         with Program(home, 'watch', '--firmware', image, cli=True) as program:
             wait_for(lambda: '10 %' in program.said(), 10, 'the update runs')
-            with contextlib.closing(HungFileSystem(home.caches)):
+            with contextlib.closing(HungFileSystem(home.caches)) as hung:
                 Line(home)
+                expect(hung.asked.wait(10), 'the image is not looked at')
                 wait_for(lambda: 'sim: Updated' in program.said(), 20, 'the update goes on')
                 program.end(signal.SIGINT)
     for cli, options in ((True, ['update', '--firmware', '*']), (True, ['watch', '--firmware', '*']),
                          (False, ['--package-ca', '*'])):
-        with Home() as home, contextlib.closing(HungFileSystem(home.caches)):
+        with Home() as home, contextlib.closing(HungFileSystem(home.caches)) as hung:
             options[-1] = home.firmware
             with Program(home, *options, cli=cli) as program:
-                time.sleep(0.7)
+                expect(hung.asked.wait(10), 'the file is not looked at')
                 program.end(signal.SIGTERM, (-signal.SIGTERM,))
 
 

@@ -78,6 +78,7 @@ class HungFileSystem:
 
     def __init__(self, path):
         self.path, self.device = path, os.open('/dev/fuse', os.O_RDWR)
+        self.asked = threading.Event()  # something hangs
         options = f'fd={self.device},rootmode=40000,user_id=0,group_id=0,allow_other'.encode()
         self.libc = ctypes.CDLL(None, use_errno=True)
         if self.libc.mount(b'hung', path.encode(), b'fuse', 0, options) != 0:
@@ -97,7 +98,9 @@ class HungFileSystem:
                                struct.pack('<7I', 0o40777, 2, 0, 0, 0, 4096, 0))
                 elif operation == self.INTERRUPT:
                     self.reply(struct.unpack_from('<Q', request, 40)[0], error=-4)
-                elif operation == self.LOOKUP and not ours:
+                elif operation == self.LOOKUP and ours:
+                    self.asked.set()
+                elif operation == self.LOOKUP:
                     self.reply(number, error=-2)
 
     def reply(self, number, data=b'', error=0):
