@@ -350,6 +350,5 @@ void ViewController::updateDidEnd(const vorn::UpdateResult &result)
 
 void ViewController::deviceDidBecomeIdle()
 {
-    if (m_rebuildAfterUpdate)
-        getDeviceConnected();
+    rebuildIfDue();
 }

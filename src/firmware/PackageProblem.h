@@ -8,8 +8,8 @@ namespace vorn {
 enum class PackageProblemKind {
     None,
     NameNotFound,     // QNetworkReply::NetworkError
-    Unreachable,      // QNetworkReply::NetworkError: refused, no network, proxy trouble, or
-                      // TimeoutError while its name was being resolved
+    Unreachable,      // QNetworkReply::NetworkError: refused, no network, no name server, or
+                      // trouble with the proxy
     ConnectionLost,   // QNetworkReply::NetworkError: ended before the whole body had arrived
     TimedOut,         // nothing came for this long, in seconds
     TooSlow,          // the whole transfer exceeded this limit, in seconds

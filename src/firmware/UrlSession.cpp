@@ -2,6 +2,7 @@
 
 #include <QLoggingCategory>
 #include <QNetworkAccessManager>
+#include <QNetworkProxyFactory>
 #include <QNetworkRequest>
 #include <QSslConfiguration>
 #include <QSslError>
@@ -94,6 +95,8 @@ UrlSession::~UrlSession()
 
 void UrlSession::resume(QNetworkAccessManager &network, const PackageLocation &location)
 {
+    const auto proxies = network.proxyFactory()->queryProxy(QNetworkProxyQuery(location.url()));
+    m_hasProxy = proxies.constFirst().type() != QNetworkProxy::NoProxy;
     m_reply = network.get(requestFor(location));
     m_reply->setReadBufferSize(kReadBuffer);
     connect(m_reply, &QNetworkReply::sslErrors, this, [this](const QList<QSslError> &errors) {
@@ -124,12 +127,21 @@ PackageProblem UrlSession::timeoutProblem(const QTimer &timer) const
 {
     const QString host = m_reply->url().host();
     // The name server does not answer, or a server or proxy accepts connections and no more.
+    if (!m_isConnecting)
+        return unreachable(QNetworkReply::TimeoutError);
     if (!m_isConnected)
-        return {m_isConnecting ? Kind::Encryption : Kind::Unreachable,
-                static_cast<int>(QNetworkReply::TimeoutError), host};
+        return {Kind::Encryption, static_cast<int>(QNetworkReply::TimeoutError), host};
     const auto seconds = std::chrono::ceil<std::chrono::seconds>(timer.intervalAsDuration());
     return {&timer == &m_totalTimer ? Kind::TooSlow : Kind::TimedOut,
             static_cast<int>(seconds.count()), host};
+}
+
+// Through a proxy, only the proxy's own name is resolved here.
+PackageProblem UrlSession::unreachable(QNetworkReply::NetworkError error) const
+{
+    return {Kind::Unreachable,
+            static_cast<int>(m_hasProxy ? QNetworkReply::ProxyNotFoundError : error),
+            m_reply->url().host()};
 }
 
 void UrlSession::cancel()
@@ -191,6 +203,8 @@ PackageProblem UrlSession::replyProblem() const
         qCInfo(logFirmware) << "Transfer ended:" << error << m_reply->errorString();
         if (error == QNetworkReply::SslHandshakeFailedError && m_certificate)
             return m_certificate;
+        if (error == QNetworkReply::HostNotFoundError && m_hasProxy)
+            return unreachable(error);
         return {kindOf(error), static_cast<int>(error), host};
     }
     if (!m_hasResponse)

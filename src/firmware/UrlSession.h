@@ -69,6 +69,7 @@ private:
     void complete(const PackageProblem &error);
     PackageProblem replyProblem() const;
     PackageProblem timeoutProblem(const QTimer &timer) const;
+    PackageProblem unreachable(QNetworkReply::NetworkError error) const;
     void expire(const QTimer &timer);
 
     UrlSessionDelegate &m_delegate;
@@ -80,7 +81,8 @@ private:
     PackageProblem m_certificate; // what is wrong with the server's certificate
     qint64 m_expected = 0;
     qint64 m_received = 0;
-    bool m_isConnecting = false; // the server's name is resolved
+    bool m_hasProxy = false;
+    bool m_isConnecting = false; // the name of the server or proxy is resolved
     bool m_isConnected = false;  // with TLS
     bool m_hasResponse = false;
     bool m_isComplete = false;
