@@ -1,5 +1,5 @@
 // Preloaded into a program, lets one of its system calls fail: the n-th one of a kind since main()
-// began, as the environment says:
+// began, or since the probe of the hostile cases said so, as the environment says:
 //     VORN_FAULT=CALL:ERROR:N    CALL as in kCalls below; ERROR an errno, or 0 for a transfer of
 //                                half the bytes
 //     VORN_FAULT_REPORT=FILE     gets the call stack when that call was reached
@@ -133,7 +133,7 @@ int countedMain(int argc, char **argv, char **environment)
         wish.call = call.data();
         std::array<void *, 1> first{};
         ::backtrace(first.data(), 1); // loads now what it needs
-        isRunning = true;
+        isRunning = !std::getenv("VORN_PROBE");
     }
     return programMain(argc, argv, environment);
 }
@@ -226,6 +226,12 @@ void *noDevice(void *)
 {
     errno = EAGAIN;
     return nullptr;
+}
+
+// Starts the counting when the program is idle.
+extern "C" void vornCount()
+{
+    isRunning = !wish.call.empty();
 }
 
 // Starts the counting with main().

@@ -1,33 +1,38 @@
 #!/usr/bin/env python3
-"""Lets each system call of vornupdater-cli fail once and looks at what becomes of it.
+"""Lets each system call of the programs fail once and looks at what becomes of it.
 
 calls.py BIN [SCENARIO[:CALL[:ERROR[:N]]]]
 
 For each scenario, kind of call and error that the kernel may answer with, the program in BIN runs
-with the first such call failing, then with the second, and so on until a run makes no more. A run
-is "recovered" when it did all the same what it was asked for, "reported" when it failed in good
-order and said why, else wrong. A second argument limits that to one scenario, call or error; with
+with the first such call failing, then with the second, and so on until a run makes no more. Of the
+window, those count that it makes from when it is up and idle until its end. A run is
+"recovered" when it did all the same what it was asked for, "reported" when it failed in good order
+and said why, else wrong. A second argument limits that to one scenario, call or error; with
 N, it is one run, and the call stack is printed.
 """
+import contextlib
 import errno
 import json
 import os
 import re
-import shutil
 import signal
 import subprocess
 import sys
 import tempfile
 import threading
+import time
 import zipfile
 from collections import Counter
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
+sys.path.insert(0, str(Path(__file__).resolve().parent / "hostile"))
+from rig import Fault as Wrong, Home, Program, expect, wait_for  # noqa: E402
+
 BIN = Path(sys.argv[1]).resolve()
 FOLDER = Path(__file__).resolve().parent
 RUN_LIMIT = 90  # seconds; a server that does not answer is given 60
-JOBS = 4  # which mostly wait
+JOBS = 6  # which mostly wait
 # AddressSanitizer's own library goes first.
 ASAN = re.findall(r"(/\S*libasan\.so\S*)", subprocess.run(
     ["ldd", BIN / "vornupdater-cli"], capture_output=True, text=True, check=True).stdout)
@@ -35,6 +40,7 @@ PRELOAD = ":".join([*ASAN, str(BIN / "libvorn_faults.so")])
 SANITIZED = "asan " if ASAN else ""
 TIMEOUT_SCALE = "1" if ASAN else "0.3"
 SERVERS = {}  # by package
+WAITING = re.compile(r"elapsed|remaining|Checking|Unpacking|^$")
 ERRORS = {
     "open": "EMFILE ENOMEM EIO EINTR ENOSPC",
     "fopen": "EMFILE EIO",
@@ -64,30 +70,19 @@ OLD = {NAME: b"old" * 100, "VORN_I-1.0.bin": b"older" * 50}
 NEW = {NAME: bytes(range(256)) * 3, "VORN_I-1.0.bin": b"new" * 70}
 
 
-class Wrong(Exception):
-    """The run did what it must not."""
-
-
-def expect(holds, text):
-    if not holds:
-        raise Wrong(text)
-
-
 class Raced(Exception):
     """The network library does not wait until its thread has really ended, and what that thread
     frees then, its encryption library may have freed at the program's exit."""
 
 
-class Run:
-    """One run of the program in a folder of its own."""
+class Run(Home):
+    """One run of the program in folders of its own."""
 
     def __init__(self, fault):
-        self.folder = Path(tempfile.mkdtemp(prefix="vorn-calls-"))
-        self.home = self.folder / "home"
-        self.devices = self.folder / "devices"
-        self.devices.mkdir()
+        self.__enter__()
+        self.folder, self.home = Path(self.path), Path(self.caches)
         self.firmware = self.home / "VornUpdate2"
-        self.firmware.mkdir(parents=True)
+        self.firmware.mkdir()
         for name, content in OLD.items():
             (self.firmware / name).write_bytes(content)
         self.image = self.folder / NAME
@@ -96,16 +91,20 @@ class Run:
         self.fault = fault
         self.device = None
 
-    def start(self, arguments, fault=None):
-        env = {**os.environ, "XDG_CACHE_HOME": str(self.home), "XDG_CONFIG_HOME": str(self.home),
-               "LC_ALL": "C.UTF-8", "LD_PRELOAD": PRELOAD,
+    def environment(self, fault, probe=""):
+        env = {"LD_PRELOAD": PRELOAD + probe,
                "LSAN_OPTIONS": f"suppressions={FOLDER}/lsan.supp:print_suppressions=0"}
-        for name in ("DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS"):
-            env.pop(name, None)
         if fault:
             call, error, n = fault
             number = 0 if error == "short" else getattr(errno, error)
             env |= {"VORN_FAULT": f"{call}:{number}:{n}", "VORN_FAULT_REPORT": str(self.stack)}
+        return env
+
+    def start(self, arguments, fault=None):
+        env = {**os.environ, "XDG_CACHE_HOME": str(self.home), "XDG_CONFIG_HOME": str(self.home),
+               "LC_ALL": "C.UTF-8", **self.environment(fault)}
+        for name in ("DISPLAY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS"):
+            env.pop(name, None)
         command = [BIN / "vornupdater-cli", "--json", "--timeout-scale", TIMEOUT_SCALE, "--device-dir",
                    self.devices, *arguments]
         return subprocess.Popen(command, env=env, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
@@ -114,17 +113,19 @@ class Run:
     def finish(self, program, before=""):
         """Waits; sets the exit code, the events and the results in the output."""
         try:
-            out, self.err = program.communicate(timeout=RUN_LIMIT)
+            out, err = program.communicate(timeout=RUN_LIMIT)
         except subprocess.TimeoutExpired:
             program.kill()
-            _, self.err = program.communicate()
-            raise Wrong(f"hangs: {self.err}") from None
-        self.exit = program.returncode
+            raise Wrong(f"hangs: {program.communicate()[1]}") from None
+        self.judge_end(program.returncode, err)
+        self.events = [json.loads(line) for line in (before + out).splitlines()]
+        self.results = [event for event in self.events if event["event"] == "result"]
+
+    def judge_end(self, code, err):
+        self.exit, self.err = code, err
         if "nptl_deallocate_tsd" in self.err:
             raise Raced
         expect("Sanitizer" not in self.err and "runtime error" not in self.err, self.err)
-        self.events = [json.loads(line) for line in (before + out).splitlines()]
-        self.results = [event for event in self.events if event["event"] == "result"]
         trace = self.trace()
         # A program that can have no event loop is ended by GLib, with a line that says so; without
         # a signalfd, Ctrl-C ends it as it ends any other.
@@ -142,20 +143,20 @@ class Run:
              self.got, "--report", self.report], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
         self.device.stdout.readline()
 
-    def unplug(self, image):
-        """Whether the device holds the image."""
+    def unplug(self, image, most=1):
+        """Whether the device was updated, `most` times at most, and holds the image."""
         self.device.terminate()
         self.device.communicate()
         self.device = None
         report = json.loads(self.report.read_text())
         expect(report["errors"] == [], f"the device complains: {report['errors']}")
-        return report["updates"] == 1 and self.got.read_bytes() == image
+        return 1 <= report["updates"] <= most and self.got.read_bytes() == image
 
     def end(self):
         if self.device:
             self.device.kill()
             self.device.communicate()
-        shutil.rmtree(self.folder)
+        self.__exit__()
 
     def trace(self):
         return self.stack.read_text() if self.stack.exists() else ""
@@ -165,8 +166,8 @@ class Run:
             return True  # the network library has names of its own
         if self.fault[1] == "short":
             return False  # which is no error
-        is_full = self.fault[1] == "ENOSPC" and "Not enough disk space" in text
-        return is_full or os.strerror(getattr(errno, self.fault[1])) in text
+        words = {"ENOSPC": "Not enough disk space", "EIO": "The connection to usbserial-1 was lost"}
+        return words.get(self.fault[1], "\0") in text or os.strerror(getattr(errno, self.fault[1])) in text
 
     def outcome(self):
         """What the program says of itself, judged as far as every scenario has it."""
@@ -224,24 +225,31 @@ def listing(run):
     return outcome
 
 
-def download(run, package="VornUpdate2"):
+def from_server(package):
     server = SERVERS[package]
-    arguments = ["--package-host", server["host"], "--package-ca", server["ca"], "download"]
+    return ["--package-host", server["host"], "--package-ca", server["ca"]]
+
+
+def check_caches(run, is_installed, text):
+    state = run.folder_state()
+    expect(state == ("new" if is_installed else "old"), f"firmware folder {state}: {text}")
+    leftovers = [name for name in run.leftovers() if name.startswith(".Vorn")]
+    # What the clean-up itself could not remove, the next start does.
+    expect(not leftovers or run.fault and run.fault[0] in ("open", "readdir", "stat", "unlink"),
+           f"leaves {leftovers}")
+
+
+def download(run, package="VornUpdate2"):
+    arguments = [*from_server(package), "download"]
     run.run(arguments, run.fault)
     outcome = run.outcome()
-    state = run.folder_state()
-    expect(state == ("new" if run.exit == 0 else "old"),
-           f"exits with {run.exit}, firmware folder {state}: {run.err}")
-    leftovers = [each.name for each in run.home.iterdir() if each.name.startswith(".Vorn")]
-    # What the clean-up itself could not remove, the next start does.
-    expect(not leftovers or run.fault[0] in ("open", "readdir", "stat", "unlink"),
-           f"leaves {leftovers}")
+    check_caches(run, run.exit == 0, f"exits with {run.exit}: {run.err}")
     if outcome == "recovered":
         return outcome
     run.run(arguments)
-    expect(run.exit == 0 and run.folder_state() == "new", f"the next download fails: {run.err}")
-    expect(not any(each.name.startswith(".Vorn") for each in run.home.iterdir()),
-           "the next start leaves the leftovers")
+    expect(run.exit == 0, f"the next download fails: {run.err}")
+    run.fault = None
+    check_caches(run, True, run.err)
     return outcome
 
 
@@ -285,8 +293,87 @@ def watch(run):
     return outcome
 
 
+@contextlib.contextmanager
+def show_window(run, *arguments):
+    environment = run.environment(run.fault, f":{BIN}/hostileprobe.so")
+    with Program(run, *arguments, environment=environment) as program:
+        program.start(device=run.device)
+        expect(program.ask("count") == "ok", "the calls are not counted")
+        try:
+            yield program
+            program.end("quit", range(-64, 256), 20 if ASAN else 2.2)
+        except Wrong:
+            if program.process.poll() is None:
+                raise
+        run.judge_end(program.process.wait(), program.said())
+        expect(run.exit == 0 or run.is_given_up, f"exits with {run.exit}: {run.err}")
+        expect(program.rts() == "0", "RTS is high")
+
+
+def press(program, button, status, good, details):
+    """Why it failed, or nothing."""
+    program.ask("press " + button)
+    program.ask("text " + status)  # by whose answer the button has been pressed
+
+    def end():
+        why = program.ask("text " + details)
+        return good if good in program.ask("text " + status) else not WAITING.search(why) and why
+    said = wait_for(end, RUN_LIMIT, f"{button} ends")
+    return "" if said == good else said
+
+
+def press_update(program):
+    if "Open" in program.ask("text openButton_1011"):
+        why = press(program, "openButton_1011", "connectText_1001", "opened successfully",
+                    "connectionDetails")
+        if why:
+            return why
+        time.sleep(0.8)  # until the list has been filled again
+    program.ask("pick firmwareList_1002 " + NAME)
+    return press(program, "updateButton_2001", "updateText_1015", "successfully", "updateDetails")
+
+
+def press_download(program):
+    return press(program, "downloadButton_2002", "perText_1012", "Success", "firmwareDetails")
+
+
+def judge_press(run, program, act):
+    """One that fails says why, and the next one succeeds."""
+    if not act(program):
+        return "recovered"
+    said = " ".join(program.ask("text " + each)
+                    for each in ("connectionDetails", "firmwareDetails", "updateDetails"))
+    expect(run.names_the_error(said), f"does not name the error: {said}")
+    why = act(program)
+    expect(not why, f"the next one fails: {why}")
+    return "reported"
+
+
+def window(run):
+    run.plug_in()
+    outcome = "reported"
+    with show_window(run) as program:
+        outcome = judge_press(run, program, press_update)
+        program.ask("press openButton_1011")
+        said = wait_for(lambda: re.search("close successfully|closeing failed",
+                                          program.ask("text connectText_1001")), 20, "it closes")
+        # A descriptor that could not be closed counts as open.
+        expect("success" in said[0] or run.fault[0] == "close", said[0])
+    expect(run.unplug(OLD[NAME], 2) or run.is_given_up, "the device was not updated")
+    return outcome
+
+
+def window_download(run):
+    outcome = "reported"
+    with show_window(run, *from_server("VornUpdate2")) as program:
+        outcome = judge_press(run, program, press_download)
+    check_caches(run, not run.is_given_up, run.err)
+    return outcome
+
+
 SCENARIOS = {each.__name__.replace("_", "-"): each
-             for each in (update, info, listing, download, download_other, watch)}
+             for each in (update, info, listing, download, download_other, watch, window,
+                          window_download)}
 
 
 def judge(scenario, fault):

@@ -113,6 +113,11 @@ constexpr CauseRow kRows[] = {
                        "Unplug the device; if that does not help, restart the computer.")},
     {Cause::ClosedByItself, "", QT_TRANSLATE_NOOP("Causes", "The connection to %1 was lost."),
      QT_TRANSLATE_NOOP("Causes", "If the device is still plugged in, press “Open”.")},
+    {Cause::PortFailed, "no-answer",
+     QT_TRANSLATE_NOOP("Causes", "Communication with the device failed: %1."),
+     QT_TRANSLATE_NOOP("Causes", "Unplug the device, plug it in again, then press “Open”."),
+     QT_TRANSLATE_NOOP("Causes",
+                       "Unplug the device, plug it in again, then run the command again.")},
     {Cause::DeviceNotOpen, "", QT_TRANSLATE_NOOP("Causes", "The device is not open."),
      QT_TRANSLATE_NOOP("Causes", "Press “Open” first.")},
     {Cause::NoImageChosen, "", QT_TRANSLATE_NOOP("Causes", "No firmware file is chosen."),
@@ -151,6 +156,21 @@ constexpr CauseRow kRows[] = {
                                  "its power and cable, then press “Update firmware”."),
      QT_TRANSLATE_NOOP("Causes", "The device must be updated again before it can be used: check "
                                  "its power and cable first.")},
+    {Cause::PortFailedButIntact, "no-answer",
+     QT_TRANSLATE_NOOP("Causes",
+                       "Communication with the device failed (%3); no answer to %1 within %2 s."),
+     QT_TRANSLATE_NOOP("Causes", "It still holds its old firmware. Unplug it, plug it in, press "
+                                 "“Open”, then “Update firmware”."),
+     QT_TRANSLATE_NOOP(
+         "Causes",
+         "It still holds its old firmware. Unplug it, plug it in, then update it again.")},
+    {Cause::PortFailedAndErased, "no-answer",
+     QT_TRANSLATE_NOOP("Causes",
+                       "Communication with the device failed (%3); no answer to %1 within %2 s."),
+     QT_TRANSLATE_NOOP("Causes", "The device must be updated again before it can be used: unplug "
+                                 "it, plug it in, press “Open”, then “Update firmware”."),
+     QT_TRANSLATE_NOOP("Causes", "The device must be updated again before it can be used: unplug "
+                                 "it and plug it in first.")},
     {Cause::RefusedButIntact, "refused",
      QT_TRANSLATE_NOOP("Causes", "The device refused %1 after %2 s."),
      QT_TRANSLATE_NOOP("Causes", "It still holds its old firmware. Unplug it, plug it in, press "

@@ -163,6 +163,11 @@ Explanation explainOpening(const OpeningFacts &facts)
     return explain(Cause::CannotOpen, {path, systemText(facts.code)});
 }
 
+Explanation explainPortError(int code)
+{
+    return explain(Cause::PortFailed, {systemText(code)});
+}
+
 Explanation explainVanishing(const QString &name, std::chrono::milliseconds after, bool brlttyRuns)
 {
     return explain(brlttyRuns ? Cause::VanishedToBrltty : Cause::VanishedSoon,
@@ -172,7 +177,7 @@ Explanation explainVanishing(const QString &name, std::chrono::milliseconds afte
 Explanation explainUpdate(const UpdateResult &result)
 {
     const QStringList places{nameOfStep(result.step, result.frame, result.frames),
-                             secondsText(result.waited)};
+                             secondsText(result.waited), systemText(result.failure.code)};
     const auto either = [&](Cause intact, Cause erased) {
         return explain(result.mayBeErased ? erased : intact, places);
     };
@@ -198,6 +203,8 @@ Explanation explainUpdate(const UpdateResult &result)
     case UpdateFailureKind::Refused:
         return either(Cause::RefusedButIntact, Cause::RefusedAndErased);
     case UpdateFailureKind::TimedOut:
+        if (failure.code != 0)
+            return either(Cause::PortFailedButIntact, Cause::PortFailedAndErased);
         return either(Cause::SilentButIntact, Cause::SilentAndErased);
     case UpdateFailureKind::PortClosed:
         return either(Cause::GoneButIntact, Cause::GoneAndErased);
@@ -212,7 +219,8 @@ Explanation explainVersionQuery(const UpdateResult &result)
     case UpdateFailureKind::Refused:
         return explain(Cause::QueryRefused, places);
     case UpdateFailureKind::TimedOut:
-        return explain(Cause::QuerySilent, places);
+        return result.failure.code != 0 ? explainPortError(result.failure.code)
+                                        : explain(Cause::QuerySilent, places);
     case UpdateFailureKind::PortClosed:
         return explain(Cause::QueryGone, places);
     default:

@@ -46,6 +46,7 @@ enum class Cause {
     SpeedNotPossible, // %2 baud
     DoesNotClose,
     ClosedByItself,
+    PortFailed, // %1 the system's text
 
     // Starting an update
     DeviceNotOpen,
@@ -55,9 +56,11 @@ enum class Cause {
     ImageTooLong,    // %1 path
     WrongModel,      // %1 path, %2 the device's model code
 
-    // Updating. %1 is what was not acknowledged, %2 seconds.
+    // Updating. %1 is what was not acknowledged, %2 seconds, %3 the system's text.
     SilentButIntact,
     SilentAndErased,
+    PortFailedButIntact,
+    PortFailedAndErased,
     RefusedButIntact,
     RefusedAndErased,
     GoneButIntact,
@@ -148,6 +151,9 @@ struct OpeningFacts
     QStringList suspects;
 };
 Explanation explainOpening(const OpeningFacts &facts);
+
+// An error of an open port: `code` is the errno.
+Explanation explainPortError(int code);
 
 // A device that was unplugged so soon after it was plugged in has a reason.
 inline constexpr std::chrono::seconds kSoon{5};

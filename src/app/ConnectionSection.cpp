@@ -49,12 +49,16 @@ void ConnectionSection::showChosen(const ORSSerialPort &port, const ORSSerialPor
         showDetails({});
 }
 
-void ConnectionSection::showOpened(const ORSSerialPort &port, bool hasItsSpeed)
+void ConnectionSection::showOpened(const ORSSerialPort &port, bool hasItsSpeed, int code)
 {
     show(Connection::Opened, port, StatusTone::Good);
-    showDetails(hasItsSpeed ? Explanation()
-                            : explain(Cause::SpeedNotPossible,
-                                      {port.path(), QString::number(port.baudRate())}));
+    if (hasItsSpeed)
+        showDetails({});
+    else if (code != 0)
+        showDetails(explainPortError(code));
+    else
+        showDetails(
+            explain(Cause::SpeedNotPossible, {port.path(), QString::number(port.baudRate())}));
     m_log.add(tr("%1 (%2): open").arg(port.name(), port.path()));
 }
 

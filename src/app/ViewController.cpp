@@ -183,10 +183,9 @@ void ViewController::closeSerialPort()
 
 void ViewController::openSerialPort()
 {
-    m_lastError = 0;
     if (!m_session->open()) {
         setTitle(m_controls.openBtn, kOpen);
-        m_connection.showOpenFailed(*m_session->port(), m_lastError);
+        m_connection.showOpenFailed(*m_session->port(), m_session->portError());
         return;
     }
     deviceDidReopen();
@@ -197,7 +196,7 @@ void ViewController::openSerialPort()
 void ViewController::deviceDidReopen()
 {
     setTitle(m_controls.openBtn, kClose);
-    m_connection.showOpened(*m_session->port(), m_session->hasItsSpeed());
+    m_connection.showOpened(*m_session->port(), m_session->hasItsSpeed(), m_session->portError());
 }
 
 void ViewController::deviceDidClose(bool onRequest)
@@ -321,7 +320,6 @@ void ViewController::announce(const QString &title, const QString &text,
 
 void ViewController::deviceDidReportError(const ORSSerialPortError &error)
 {
-    m_lastError = error.code;
     qCWarning(logController) << "Serial port" << m_session->port()->description()
                              << "encountered an error:" << error.description << error.code
                              << error.path;

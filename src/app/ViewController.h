@@ -95,5 +95,4 @@ private:
     std::optional<vorn::Lifetime> m_checking;
     QString m_checkedImage;
     bool m_rebuildAfterUpdate = false;
-    int m_lastError = 0; // the errno that the port told last since it was to open
 };

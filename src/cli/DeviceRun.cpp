@@ -6,7 +6,6 @@
 #include "platform/Directories.h"
 #include "platform/GlobalQueue.h"
 #include "platform/MainQueue.h"
-#include "serial/SerialTerminal.h"
 #include "update/FirmwareImage.h"
 
 #include <QCoreApplication>
@@ -62,11 +61,11 @@ void DeviceRun::start()
         return openingFailed();
     if (!m_session.hasItsSpeed()) {
         m_isIdle = true; // what the query finds out does not matter
-        m_outcome.code = m_lastError;
-        return sequenceDidEnd(
-            m_lastError != 0 ? explainOpening(OpeningFacts{port()->path(), m_lastError, {}, {}, {}})
-                             : explain(Cause::SpeedNotPossible,
-                                       {port()->path(), QString::number(port()->baudRate())}));
+        const int code = m_outcome.code = m_session.portError();
+        return sequenceDidEnd(code != 0
+                                  ? explainOpening(OpeningFacts{port()->path(), code, {}, {}, {}})
+                                  : explain(Cause::SpeedNotPossible,
+                                            {port()->path(), QString::number(port()->baudRate())}));
     }
     if (m_task.updates)
         startUpdate();
@@ -89,10 +88,10 @@ void DeviceRun::portWasRemoved()
 
 void DeviceRun::openingFailed()
 {
-    m_outcome.code = m_lastError;
+    m_outcome.code = m_session.portError();
     // Asks the system, which takes a while.
     GlobalQueue::instance().post(
-        [this, path = port()->path(), code = m_lastError, token = m_lifetime.token()] {
+        [this, path = port()->path(), code = m_outcome.code, token = m_lifetime.token()] {
             MainQueue::instance().post(token, [this, why = explainOpening(path, code)] {
                 m_isIdle = true;
                 sequenceDidEnd(why);
@@ -103,7 +102,6 @@ void DeviceRun::openingFailed()
 void DeviceRun::startUpdate()
 {
     m_step.reset();
-    m_lastError = 0;
     m_session.startUpdate([this, task = m_task, token = m_lifetime.token()](qint32 model) {
         QString path;
         FirmwareImage image = readImage(task, model, path);
@@ -118,13 +116,6 @@ void DeviceRun::startUpdate()
     });
 }
 
-void DeviceRun::deviceDidReportError(const ORSSerialPortError &error)
-{
-    // An open line without modem lines serves as well.
-    if (!m_session.port()->isOpen() || !meansNoModemLines(error.code))
-        m_lastError = error.code;
-}
-
 void DeviceRun::targetVersionDidArrive(qint32 targetVersion)
 {
     m_outcome.model = targetVersion;
@@ -136,8 +127,7 @@ void DeviceRun::versionQueryDidEnd(const UpdateResult &result)
     if (m_hasEnded)
         return;
     m_outcome.text = tr("Model code %1").arg(m_outcome.model);
-    if (!result.succeeded())
-        m_outcome.code = m_lastError;
+    m_outcome.code = result.failure.code;
     sequenceDidEnd(m_isInterrupted && !result.succeeded() ? explain(Cause::InterruptedButIntact)
                                                           : explainVersionQuery(result));
 }
@@ -181,10 +171,9 @@ void DeviceRun::updateDidEnd(const UpdateResult &result)
                              .arg(QFileInfo(m_outcome.file).fileName(), secondsText(ended.elapsed));
     else
         m_outcome.step = ended.step;
-    if (ended.failure.kind == Kind::ImageUnreadable)
+    if (ended.failure.kind == Kind::ImageUnreadable || ended.failure.kind == Kind::PortClosed ||
+        ended.failure.kind == Kind::TimedOut)
         m_outcome.code = ended.failure.code;
-    else if (ended.failure.kind == Kind::PortClosed || ended.failure.kind == Kind::TimedOut)
-        m_outcome.code = m_lastError;
     sequenceDidEnd(why);
 }
 

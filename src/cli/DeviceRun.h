@@ -57,7 +57,6 @@ private:
     // DeviceSessionObserver
     void deviceDidClose(bool onRequest) override;
     void deviceDoesNotClose() override;
-    void deviceDidReportError(const ORSSerialPortError &error) override;
     void targetVersionDidArrive(qint32 targetVersion) override;
     void versionQueryDidEnd(const UpdateResult &result) override;
     void updateDidProgress(const UpdateProgress &progress) override;
@@ -78,7 +77,6 @@ private:
     Outcome m_outcome;
     std::optional<UpdateStep> m_step;
     Clock::time_point m_began{};
-    int m_lastError = 0; // the errno that the port reported last
     int m_retried = 0;
     bool m_hasEnded = false; // m_outcome is known
     bool m_isIdle = false;

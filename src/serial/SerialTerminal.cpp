@@ -193,7 +193,8 @@ void SerialTerminal::restoreLine()
     // The system lowers the lines at close only where the original attributes have HUPCL, and a
     // high RTS holds a device in reset.
     constexpr int kRts = TIOCM_RTS;
-    ::ioctl(m_fd.get(), TIOCMBIC, &kRts);
+    if (::ioctl(m_fd.get(), TIOCMBIC, &kRts) != 0) // once more, since one USB transfer may fail
+        ::ioctl(m_fd.get(), TIOCMBIC, &kRts);
     if (m_originalSerialFlags) {
         serial_struct serial{};
         if (::ioctl(m_fd.get(), TIOCGSERIAL, &serial) == 0) {

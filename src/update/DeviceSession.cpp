@@ -2,6 +2,7 @@
 
 #include "platform/MainQueue.h"
 #include "serial/LineSpeed.h"
+#include "serial/SerialTerminal.h"
 #include "update/FirmwareImage.h"
 #include "update/PortLine.h"
 #include "update/ReceiveBuffer.h"
@@ -99,6 +100,7 @@ bool DeviceSession::hasItsSpeed() const
 
 bool DeviceSession::open()
 {
+    m_portError = 0;
     // A port that is still closing would look like one that has just opened.
     if (m_isOpen || m_port->isOpen())
         return false;
@@ -203,6 +205,7 @@ void DeviceSession::startUpdate(ImageReader readImage)
 {
     if (isUpdating())
         return;
+    m_portError = 0;
     runSequence(Running::Update, [readImage = std::move(readImage),
                                   parameters = m_parameters](DeviceLine &line, Relay &relay) {
         runUpdate(line, readImage, parameters, relay);
@@ -233,8 +236,12 @@ void DeviceSession::runSequence(Running which, Sequence sequence)
     });
 }
 
-void DeviceSession::sequenceDidEnd(const UpdateResult &result)
+void DeviceSession::sequenceDidEnd(UpdateResult result)
 {
+    // What could not be sent is not answered either.
+    if (result.failure.kind == UpdateFailureKind::TimedOut ||
+        result.failure.kind == UpdateFailureKind::PortClosed)
+        result.failure.code = m_portError;
     const Running ended = std::exchange(m_running, Running::Nothing);
     if (ended == Running::Update)
         m_observer.updateDidEnd(result);
@@ -252,6 +259,8 @@ void DeviceSession::serialPortDidReceiveData(ORSSerialPort &, const QByteArray &
 
 void DeviceSession::serialPortDidEncounterError(ORSSerialPort &, const ORSSerialPortError &error)
 {
+    if (!m_port->isOpen() || !meansNoModemLines(error.code))
+        m_portError = error.code;
     m_observer.deviceDidReportError(error);
 }
 

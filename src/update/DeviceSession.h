@@ -70,6 +70,9 @@ public:
     // Whether the open port runs at the family's speed, as far as can be told. An adapter that
     // cannot may be open at another one.
     bool hasItsSpeed() const;
+    // The errno of the port's latest error since the latest open() or startUpdate(), 0 without one.
+    // That an open line has no modem lines does not count: it serves as well.
+    int portError() const { return m_portError; }
 
     // Opens the port at the family's baud rate, resets the device into its boot loader and queries
     // its version. Returns false if the port cannot be opened, after reporting the error to the
@@ -115,7 +118,7 @@ private:
 
     void getTargetVersion();
     void runSequence(Running which, Sequence sequence);
-    void sequenceDidEnd(const UpdateResult &result);
+    void sequenceDidEnd(UpdateResult result);
     void endSequence(UpdateFailureKind why = UpdateFailureKind::PortClosed);
     void noteProgress(const UpdateProgress &progress);
     void letGoOfPort();
@@ -135,6 +138,7 @@ private:
     Clock::time_point m_sequenceBegan{};
     Clock::time_point m_stepBegan{}; // when m_progress came to its step
     bool m_isOpen = false;
+    int m_portError = 0;
     QTimer m_closeLimit; // active from close() until the port has closed or the limit has passed
     bool m_closing = false;
 };

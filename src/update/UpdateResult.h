@@ -30,8 +30,8 @@ enum class UpdateFailureKind {
     NoImageForModel, // no file is meant for the device; code: model code
     WrongModel,      // the file is meant for another model; code: the device's, text: path
     Refused,         // the device answered NakByte
-    TimedOut,        // the device did not answer in time
-    PortClosed,      // the port closed during the update
+    TimedOut,        // the device did not answer in time; code: DeviceSession::portError()
+    PortClosed,      // the port closed during the update; code: likewise
     Interrupted,     // DeviceSession::interrupt()
     Abandoned,       // nobody is interested in the result any more
 };

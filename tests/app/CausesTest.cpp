@@ -52,8 +52,8 @@ std::vector<Row> rows()
     const auto image = [&](const UpdateFailure &failure) {
         return update(failure, UpdateStep::ReadImage, false);
     };
-    const auto query = [](Ended kind) {
-        return explainVersionQuery(ended({kind}, UpdateStep::Connect, false));
+    const auto query = [](Ended kind, int code = 0) {
+        return explainVersionQuery(ended({kind, code}, UpdateStep::Connect, false));
     };
     const auto download = [](Kind kind, int code, const QString &text, bool hasNetwork = true) {
         return explainDownload({kind, code, text}, hasNetwork);
@@ -97,6 +97,12 @@ std::vector<Row> rows()
         {update({Ended::TimedOut}, UpdateStep::Erase, true),
          Cause::SilentAndErased,
          {"the erase command", "updated again"}},
+        {update({Ended::TimedOut, EIO}, UpdateStep::Connect, false),
+         Cause::PortFailedButIntact,
+         {"Input/output error", "old firmware"}},
+        {update({Ended::TimedOut, EIO}, UpdateStep::Erase, true),
+         Cause::PortFailedAndErased,
+         {"Input/output error", "updated again"}},
         {update({Ended::Refused}, UpdateStep::Connect, false), Cause::RefusedButIntact},
         {update({Ended::Refused}, UpdateStep::Data, true),
          Cause::RefusedAndErased,
@@ -107,6 +113,7 @@ std::vector<Row> rows()
          {"the last frame", "Open"}},
         {update({}, UpdateStep::Finish, true), Cause::None},
         {query(Ended::TimedOut), Cause::QuerySilent, {"the connect command"}},
+        {query(Ended::TimedOut, EIO), Cause::PortFailed, {"Input/output error"}},
         {query(Ended::Refused), Cause::QueryRefused},
         {query(Ended::PortClosed), Cause::QueryGone},
         {query(Ended::None), Cause::None},

@@ -623,6 +623,22 @@
         <source>Start it as an ordinary user; the group dialout or the package gives access to the device.</source>
         <translation>Starten Sie es als normaler Benutzer; die Gruppe dialout oder das Paket gibt Zugriff.</translation>
     </message>
+    <message>
+        <source>Communication with the device failed: %1.</source>
+        <translation>Die Verbindung zum Gerät ist gestört: %1.</translation>
+    </message>
+    <message>
+        <source>Communication with the device failed (%3); no answer to %1 within %2 s.</source>
+        <translation>Die Verbindung zum Gerät ist gestört (%3); keine Antwort auf %1 binnen %2 s.</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used: unplug it, plug it in, press “Open”, then “Update firmware”.</source>
+        <translation>Das Gerät ist erst nach erneutem Update benutzbar: Ziehen Sie es ab, stecken Sie es ein, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used: unplug it and plug it in first.</source>
+        <translation>Das Gerät muss erneut aktualisiert werden, bevor es verwendet werden kann: Ziehen Sie es zuerst ab und schließen Sie es wieder an.</translation>
+    </message>
 </context>
 <context>
     <name>CliOptions</name>

@@ -623,6 +623,22 @@
         <source>Start it as an ordinary user; the group dialout or the package gives access to the device.</source>
         <translation>请以普通用户身份启动；dialout 组或软件包会授予设备访问权限。</translation>
     </message>
+    <message>
+        <source>Communication with the device failed: %1.</source>
+        <translation>与设备通信失败：%1。</translation>
+    </message>
+    <message>
+        <source>Communication with the device failed (%3); no answer to %1 within %2 s.</source>
+        <translation>与设备通信失败（%3）；%2 秒内未收到设备对%1的应答。</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used: unplug it, plug it in, press “Open”, then “Update firmware”.</source>
+        <translation>设备必须重新更新后才能使用：请拔出后重新插入，点击“Open”，再点击“更新固件”。</translation>
+    </message>
+    <message>
+        <source>The device must be updated again before it can be used: unplug it and plug it in first.</source>
+        <translation>设备必须重新更新后才能使用：请先拔下设备并重新接上。</translation>
+    </message>
 </context>
 <context>
     <name>CliOptions</name>
