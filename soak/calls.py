@@ -330,7 +330,7 @@ def press_update(program):
                     "connectionDetails")
         if why:
             return why
-        time.sleep(0.8)  # until the list has been filled again
+        time.sleep(2 if ASAN else 0.8)  # until the list has been filled again
     program.ask("pick firmwareList_1002 " + NAME)
     return press(program, "updateButton_2001", "updateText_1015", "successfully", "updateDetails")
 
