@@ -156,17 +156,12 @@ constexpr CauseRow kRows[] = {
                                  "its power and cable, then press “Update firmware”."),
      QT_TRANSLATE_NOOP("Causes", "The device must be updated again before it can be used: check "
                                  "its power and cable first.")},
-    {Cause::PortFailedButIntact, "no-answer",
-     QT_TRANSLATE_NOOP("Causes",
-                       "Communication with the device failed (%3); no answer to %1 within %2 s."),
-     QT_TRANSLATE_NOOP("Causes", "It still holds its old firmware. Unplug it, plug it in, press "
-                                 "“Open”, then “Update firmware”."),
-     QT_TRANSLATE_NOOP(
-         "Causes",
-         "It still holds its old firmware. Unplug it, plug it in, then update it again.")},
-    {Cause::PortFailedAndErased, "no-answer",
-     QT_TRANSLATE_NOOP("Causes",
-                       "Communication with the device failed (%3); no answer to %1 within %2 s."),
+    {Cause::PortFailedButIntact, "no-answer", QT_TRANSLATE_NOOP("Causes", "Sending %1 failed: %3."),
+     QT_TRANSLATE_NOOP("Causes", "The device still holds its old firmware. Unplug it, plug it in, "
+                                 "press “Open”, then “Update firmware”."),
+     QT_TRANSLATE_NOOP("Causes", "The device still holds its old firmware. Unplug it, plug it in, "
+                                 "then update it again.")},
+    {Cause::PortFailedAndErased, "no-answer", QT_TRANSLATE_NOOP("Causes", "Sending %1 failed: %3."),
      QT_TRANSLATE_NOOP("Causes", "The device must be updated again before it can be used: unplug "
                                  "it, plug it in, press “Open”, then “Update firmware”."),
      QT_TRANSLATE_NOOP("Causes", "The device must be updated again before it can be used: unplug "

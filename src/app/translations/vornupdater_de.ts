@@ -628,12 +628,20 @@
         <translation>Die Verbindung zum Gerät ist gestört: %1.</translation>
     </message>
     <message>
-        <source>Communication with the device failed (%3); no answer to %1 within %2 s.</source>
-        <translation>Die Verbindung zum Gerät ist gestört (%3); keine Antwort auf %1 binnen %2 s.</translation>
+        <source>Sending %1 failed: %3.</source>
+        <translation>Konnte %1 nicht senden: %3.</translation>
+    </message>
+    <message>
+        <source>The device still holds its old firmware. Unplug it, plug it in, press “Open”, then “Update firmware”.</source>
+        <translation>Das Gerät hat noch seine alte Firmware. Stecken Sie es neu ein, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
+    </message>
+    <message>
+        <source>The device still holds its old firmware. Unplug it, plug it in, then update it again.</source>
+        <translation>Das Gerät hat noch seine alte Firmware. Ziehen Sie es ab, schließen Sie es wieder an und aktualisieren Sie es dann erneut.</translation>
     </message>
     <message>
         <source>The device must be updated again before it can be used: unplug it, plug it in, press “Open”, then “Update firmware”.</source>
-        <translation>Das Gerät ist erst nach erneutem Update benutzbar: Ziehen Sie es ab, stecken Sie es ein, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
+        <translation>Das Gerät ist erst nach erneutem Update benutzbar: Stecken Sie es neu ein, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
     </message>
     <message>
         <source>The device must be updated again before it can be used: unplug it and plug it in first.</source>

@@ -628,8 +628,16 @@
         <translation>与设备通信失败：%1。</translation>
     </message>
     <message>
-        <source>Communication with the device failed (%3); no answer to %1 within %2 s.</source>
-        <translation>与设备通信失败（%3）；%2 秒内未收到设备对%1的应答。</translation>
+        <source>Sending %1 failed: %3.</source>
+        <translation>发送%1失败：%3。</translation>
+    </message>
+    <message>
+        <source>The device still holds its old firmware. Unplug it, plug it in, press “Open”, then “Update firmware”.</source>
+        <translation>设备仍保留旧固件。请拔出后重新插入，点击“Open”，再点击“更新固件”。</translation>
+    </message>
+    <message>
+        <source>The device still holds its old firmware. Unplug it, plug it in, then update it again.</source>
+        <translation>设备仍保留旧固件。请拔下设备并重新接上，然后重新更新。</translation>
     </message>
     <message>
         <source>The device must be updated again before it can be used: unplug it, plug it in, press “Open”, then “Update firmware”.</source>
