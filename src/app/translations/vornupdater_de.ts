@@ -641,7 +641,7 @@
     </message>
     <message>
         <source>The device must be updated again before it can be used: unplug it, plug it in, press “Open”, then “Update firmware”.</source>
-        <translation>Das Gerät ist erst nach erneutem Update benutzbar: Stecken Sie es neu ein, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
+        <translation>Das Gerät braucht ein erneutes Update: Stecken Sie es neu ein, drücken Sie „Open“, dann „Firmware aktualisieren“.</translation>
     </message>
     <message>
         <source>The device must be updated again before it can be used: unplug it and plug it in first.</source>
