@@ -38,7 +38,7 @@ ASAN = re.findall(r"(/\S*libasan\.so\S*)", subprocess.run(
 PRELOAD = ":".join([*ASAN, str(BIN / "libvorn_faults.so")])
 SANITIZED = "asan " if ASAN else ""
 TIMEOUT_SCALE = "1" if ASAN else "0.3"
-SERVERS = {}  # by package
+SERVERS = {}  # by package: the arguments that name its server
 WAITING = re.compile(r"elapsed|remaining|Checking|Unpacking|^$")
 ERRORS = {
     "open": "EMFILE ENOMEM EIO EINTR ENOSPC",
@@ -225,11 +225,6 @@ def listing(run):
     return outcome
 
 
-def from_server(package):
-    server = SERVERS[package]
-    return ["--package-host", server["host"], "--package-ca", server["ca"]]
-
-
 def check_caches(run, is_installed, text):
     state = run.folder_state()
     expect(state == ("new" if is_installed else "old"), f"firmware folder {state}: {text}")
@@ -240,7 +235,7 @@ def check_caches(run, is_installed, text):
 
 
 def download(run, package="VornUpdate2"):
-    arguments = [*from_server(package), "download"]
+    arguments = [*SERVERS[package], "download"]
     run.run(arguments, run.fault)
     outcome = run.outcome()
     check_caches(run, run.exit == 0, f"exits with {run.exit}: {run.err}")
@@ -299,16 +294,16 @@ def show_window(run, *arguments):
     with Program(run, *arguments, environment=environment) as program:
         program.start(device=run.device)
         expect(program.ask("count") == "ok", "the calls are not counted")
-        early = ""
         try:
             yield program
             program.end("quit", range(-64, 256), 20 if ASAN else 2.2)
+            run.judge_end(program.process.returncode, program.said())
         except Wrong as problem:
-            early = str(problem)
-            if "ended before" not in early:
+            if "ended before" not in str(problem):
                 raise
-        run.judge_end(program.process.wait(20), program.said())
-        expect(run.is_given_up or run.exit == 0 and not early, f"{early}, {run.exit}: {run.err}")
+            run.judge_end(program.process.wait(20), program.said())
+            expect(run.is_given_up, f"{problem}: {run.err}")
+        expect(run.is_given_up or run.exit == 0, f"exits with {run.exit}: {run.err}")
         expect(program.rts() == "0", "RTS is high")
 
 
@@ -326,17 +321,12 @@ def press(program, button, status, good, details):
 
 def press_update(program):
     if "Open" in program.ask("text openButton_1011"):
-        why = press(program, "openButton_1011", "connectText_1001", "opened successfully",
-                    "connectionDetails")
-        if why:
+        if why := press(program, "openButton_1011", "connectText_1001", "opened successfully",
+                        "connectionDetails"):
             return why
         time.sleep(2 if ASAN else 0.8)  # until the list has been filled again
     program.ask("pick firmwareList_1002 " + NAME)
     return press(program, "updateButton_2001", "updateText_1015", "successfully", "updateDetails")
-
-
-def press_download(program):
-    return press(program, "downloadButton_2002", "perText_1012", "Success", "firmwareDetails")
 
 
 def judge_press(run, program, act):
@@ -356,10 +346,9 @@ def window(run):
     with show_window(run) as program:
         outcome = judge_press(run, program, press_update)
         program.ask("press openButton_1011")
-        said = wait_for(lambda: re.search("close successfully|closeing failed",
-                                          program.ask("text connectText_1001")), 20, "it closes")
         # A descriptor that could not be closed counts as open.
-        expect("success" in said[0] or run.fault[0] == "close", said[0])
+        said = "close successfully" + "|closeing failed" * (run.fault[0] == "close")
+        wait_for(lambda: re.search(said, program.ask("text connectText_1001")), 20, said)
     holds_image = run.unplug(OLD[NAME], 1 if outcome == "recovered" else 2)
     expect(holds_image or run.is_given_up, "the device was not updated")
     return outcome
@@ -367,8 +356,9 @@ def window(run):
 
 def window_download(run):
     outcome = "reported"
-    with show_window(run, *from_server("VornUpdate2")) as program:
-        outcome = judge_press(run, program, press_download)
+    with show_window(run, *SERVERS["VornUpdate2"]) as program:
+        outcome = judge_press(run, program, lambda program: press(
+            program, "downloadButton_2002", "perText_1012", "Success", "firmwareDetails"))
     check_caches(run, not run.is_given_up, run.err)
     return outcome
 
@@ -447,7 +437,8 @@ def main():
              for error in row.split() if [scenario, call, error][:len(wanted)] == wanted[:3]]
     with tempfile.TemporaryDirectory(prefix="vorn-calls-") as folder:
         servers = [serve(Path(folder), name) for name in ("VornUpdate2", "VornPack")]
-        SERVERS.update((name, ready) for name, _, ready in servers)
+        SERVERS.update((name, ["--package-host", ready["host"], "--package-ca", ready["ca"]])
+                       for name, _, ready in servers)
         try:
             if len(wanted) == 4:
                 outcome, stack = judge(wanted[0], (wanted[1], wanted[2], int(wanted[3])))
