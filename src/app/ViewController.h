@@ -72,7 +72,8 @@ private:
     void announce(const QString &title, const QString &text, const ORSSerialPortList &ports);
     void openSerialPort();
     void closeSerialPort();
-    // Drops a press of the update button whose image is still being checked.
+    // Drops a press of the update button whose image is still being checked. The device has closed
+    // or changed, or another file was chosen.
     void forgetPress();
     // Rebuilds the device list if a device came or went while that had to wait.
     void rebuildIfDue();
@@ -90,8 +91,7 @@ private:
     const vorn::BootParameters m_parameters;
     ORSSerialPortManager *m_serialPortManager = nullptr;
     std::unique_ptr<vorn::DeviceSession> m_session; // the current port's; null without one
-    // While the image is checked, since the button was pressed. Goes when the device closes or
-    // changes, and the press with it.
+    // Set while the image of a pressed update is checked; resetting it drops the press.
     std::optional<vorn::Lifetime> m_checking;
     QString m_checkedImage;
     bool m_rebuildAfterUpdate = false;

@@ -121,6 +121,9 @@ void UrlSession::expire(const QTimer &timer)
 {
     m_timeout = timeoutProblem(timer);
     m_reply->abort();
+    // Qt never starts its thread again if the system had none for it.
+    if (!m_isConnecting)
+        m_reply->manager()->clearConnectionCache();
 }
 
 PackageProblem UrlSession::timeoutProblem(const QTimer &timer) const
