@@ -54,13 +54,12 @@ void UpdateSection::showCheck(const QString &text)
     forgetRefusal();
 }
 
-// The end of the last update is no longer shown, unless it left the device without firmware.
+// The end of the last update is no longer told, unless it left the device without firmware.
 void UpdateSection::supersedeEnd()
 {
-    if (m_unfinished.contains(m_device))
-        return;
-    m_endText.clear();
     m_window.resetUpdateProgress();
+    if (!m_unfinished.contains(m_device))
+        m_endText.clear();
 }
 
 // Leaves the device alone.
@@ -162,11 +161,11 @@ void UpdateSection::queryDidEnd(const DeviceSession &session, const UpdateResult
         m_log.setTranscript(session.transcript());
     for (const QString &text : texts::ofVersionQueryEnd(result))
         showStatus(m_controls.updateText, text, StatusTone::Bad);
-    const QString why = explainVersionQuery(result).text();
     if (result.succeeded()) {
         m_log.addOk(tr("Version query"), result.elapsed);
         return;
     }
+    const QString why = explainVersionQuery(result).text();
     m_log.addFailed(tr("Version query"), result.elapsed, why);
     // Details of a failed update stay; a closed port is explained under the connection.
     if (m_unfinished.contains(m_device) || result.failure.kind == UpdateFailureKind::PortClosed)
