@@ -4,6 +4,7 @@ import time, tty
 
 BIN = sys.argv[1]
 IMAGE = 'VORN_PLATINA-1.0.bin'
+signal.signal(signal.SIGINT, signal.default_int_handler)  # which a shell's background jobs ignore
 RATE = ['--baud', '500000']  # an update with an image of 3 MB then takes a minute
 
 
