@@ -30,8 +30,8 @@ public:
     void showNoDevice(const ORSSerialPortList &ports);
     // A device was chosen by the program, among these ports.
     void showChosen(const ORSSerialPort &port, const ORSSerialPortList &ports);
+    // In these two, `code` is the errno, 0 when none was told.
     void showOpened(const ORSSerialPort &port, bool hasItsSpeed, int code);
-    // `code` is the errno, 0 when none was told.
     void showOpenFailed(const ORSSerialPort &port, int code);
     void showClosed(const ORSSerialPort &port, bool onRequest);
     void showCloseFailed(const ORSSerialPort &port);

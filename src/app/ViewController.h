@@ -72,8 +72,7 @@ private:
     void announce(const QString &title, const QString &text, const ORSSerialPortList &ports);
     void openSerialPort();
     void closeSerialPort();
-    // Drops a press of the update button whose image is still being checked. The device has closed
-    // or changed, or another file was chosen.
+    // Drops a press of the update button whose image is still being checked.
     void forgetPress();
     // Rebuilds the device list if a device came or went while that had to wait.
     void rebuildIfDue();
@@ -93,6 +92,6 @@ private:
     std::unique_ptr<vorn::DeviceSession> m_session; // the current port's; null without one
     // Set while the image of a pressed update is checked; resetting it drops the press.
     std::optional<vorn::Lifetime> m_checking;
-    QString m_checkedImage;
+    QString m_checkedImage; // that image's path
     bool m_rebuildAfterUpdate = false;
 };
