@@ -170,7 +170,7 @@ def hung_caches():
         shutil.rmtree(home.firmware)
         with contextlib.closing(HungFileSystem(home.caches)):
             with Program(home, 'update', '--firmware', f'{home.path}/{IMAGE}', cli=True) as program:
-                expect(program.process.wait(60) == 0, program.said())
+                expect(program.process.wait(10) == 0, program.said())
             with Program(home, 'update', '--newest', cli=True) as program:
                 time.sleep(0.5)
                 program.end(signal.SIGINT, (-signal.SIGINT,))
