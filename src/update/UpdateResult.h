@@ -8,12 +8,12 @@
 
 namespace vorn {
 
-// The steps of an update, each named after the answer that it waits for.
+// The steps of an update in their order, each named after the answer that it waits for.
 enum class UpdateStep {
     Synchronize,  // the answer to the sync byte
     Connect,      // the answer to the connect command, which carries the version
-    QueryVersion, // the answer to the version query
     ReadImage,    // none: the image is being read
+    QueryVersion, // the answer to the version query
     Download,     // the answer to the download command
     Erase,        // the end of the erase (erasing models only)
     Release,      // the release of the first data frame
